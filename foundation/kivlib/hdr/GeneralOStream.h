@@ -1,0 +1,28 @@
+#pragma once
+
+#include "kivlib/hdr/CharOStream.h"
+#include "kivlib/hdr/FileHandle.h"
+
+/// Writes a file of objects. What is inserted is held in memory and reaches the file, whole, when
+/// the stream is flushed, asked for errors or closed; closing is by deleting the stream.
+class GeneralOStream : public CharOStream {
+public:
+    /// Creates the file, or empties the one that is there. A symbolic link is not followed.
+    explicit GeneralOStream(const char* path, int permissions = 0666);
+    ~GeneralOStream() override;
+
+    KIVString inq_file_name() const override { return path; }
+
+    /// Flushes and syncs first, so that a full disc is seen here.
+    bool alert_user_if_error() const override;
+    void close() override;
+    void flush() override;
+
+private:
+    void sync();
+
+    KIVString path;
+    FileHandle file;
+    std::size_t flushed = 0; // bytes of the payload that are in the file
+    bool is_synced = true;
+};

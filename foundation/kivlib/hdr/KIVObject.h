@@ -1,0 +1,49 @@
+#pragma once
+
+#include "kivlib/hdr/Owned.h"
+
+#include <cstdint>
+
+class ClassDescriptor;
+class KIVIStream;
+class KIVOStream;
+
+/// Root of every stored class.
+class KIVObject {
+public:
+    KIVObject() = default;
+
+    /// Reads what `storer` wrote: nothing but the object's place in the stream's load table.
+    explicit KIVObject(KIVIStream& stream);
+
+    KIVObject(const KIVObject&) noexcept {}
+    KIVObject& operator=(const KIVObject&) noexcept { return *this; }
+
+    /// Writes the object's own data. Every override calls the base's first.
+    virtual void storer(KIVOStream& stream);
+    virtual ClassDescriptor* inq_class_descriptor() const;
+    virtual const char* class_name() const;
+    virtual ~KIVObject() = default;
+
+    /// Whether a second insertion in one stream is a reference to the first.
+    virtual bool reference_from_stream() const;
+    virtual unsigned long hash() const;
+    virtual bool is_same_as(KIVObject* other);
+    virtual void dump_on(KIVOStream& stream) const;
+
+    /// A copy, or null for a class that has none.
+    virtual gsl::owner<KIVObject*> clone() const;
+    virtual void update();
+
+    /// Whether the object's class, or one up its chain of base names, is called `name`.
+    bool is_kind_of(const char* name) const;
+
+private:
+    friend class LoadTable;
+    friend class StoreTable;
+
+    // The object's number in the stream that met it last: the stream's own mark, not part of the
+    // object's value, and not copied.
+    mutable std::uint32_t stream_epoch = 0;
+    mutable std::uint32_t stream_number = 0;
+};

@@ -1,0 +1,156 @@
+#pragma once
+
+#include "kivlib/hdr/FormatVersions.h"
+#include "kivlib/hdr/KIVIStream.h"
+#include "kivlib/hdr/KIVOStream.h"
+
+#include <memory>
+#include <type_traits>
+
+// A record told once. A class lists its fields in one template member `record`, which its stream
+// constructor runs with a RecordReader and its `storer` with a RecordWriter, so the two orders
+// cannot part. bool and enumerations stand in the file as int.
+
+class RecordReader {
+public:
+    explicit RecordReader(KIVIStream& stream) : stream(stream) {}
+
+    template <class T> void value(T& field, FormatVersions in = always(), const T& otherwise = T())
+    {
+        if (!in.hold(stream.inq_version()) || stream.inq_error_state()) {
+            field = otherwise;
+        } else if constexpr (std::is_same_v<T, bool>) {
+            field = read_int() != 0;
+        } else if constexpr (std::is_enum_v<T>) {
+            field = static_cast<T>(read_int());
+        } else {
+            stream >> field;
+        }
+    }
+
+    /// A value object without class header.
+    template <class T>
+    void embedded(T& field, FormatVersions in = always(), const T& otherwise = T())
+    {
+        if (in.hold(stream.inq_version()))
+            field = T(stream);
+        else
+            field = otherwise;
+    }
+
+    /// A value object with class header. A null leaves the default value.
+    template <class T> void headed(T& field, FormatVersions in = always())
+    {
+        std::unique_ptr<T> object;
+        owned(object, in);
+        field = object ? *object : T();
+    }
+
+    /// An object with class header that this record owns.
+    template <class T> void owned(std::unique_ptr<T>& field, FormatVersions in = always())
+    {
+        T* object = in.hold(stream.inq_version()) ? T::read_from(stream) : nullptr;
+        field.reset(object && stream.claim(object) ? object : nullptr);
+    }
+
+    /// An object with class header that somebody else owns.
+    template <class T> void link(T*& field, FormatVersions in = always())
+    {
+        field = in.hold(stream.inq_version()) ? T::read_from(stream) : nullptr;
+    }
+
+    /// The same where chains of such links may be as long as the scene is large. What the field
+    /// points at may not even be under construction yet.
+    template <class T> void far_link(T*& field) { link(field); }
+
+    /// Fields that stood in old files and have no use today.
+    void dropped_int(FormatVersions in)
+    {
+        int dropped = 0;
+        value(dropped, in);
+    }
+    template <class T> void dropped_link(FormatVersions in)
+    {
+        T* dropped = nullptr;
+        link(dropped, in);
+    }
+    template <class T> void dropped_owned(FormatVersions in)
+    {
+        std::unique_ptr<T> dropped;
+        owned(dropped, in);
+    }
+
+private:
+    int read_int()
+    {
+        int number = 0;
+        stream >> number;
+        return number;
+    }
+
+    KIVIStream& stream;
+};
+
+/// Writes the newest form: a field of old files alone is passed over.
+class RecordWriter {
+public:
+    explicit RecordWriter(KIVOStream& stream) : stream(stream) {}
+
+    template <class T> void value(const T& field, FormatVersions in = always(), const T& = T())
+    {
+        if (!in.hold_today())
+            return;
+        if constexpr (std::is_same_v<T, bool> || std::is_enum_v<T>)
+            stream << static_cast<int>(field);
+        else
+            stream << field;
+    }
+
+    template <class T> void embedded(const T& field, FormatVersions in = always(), const T& = T())
+    {
+        if (in.hold_today())
+            stream.insert_without_class_hdr(&field);
+    }
+
+    template <class T> void headed(const T& field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_with_class_hdr(&field);
+    }
+
+    template <class T> void owned(const std::unique_ptr<T>& field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_with_class_hdr(field.get());
+    }
+
+    template <class T> void link(T* field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_with_class_hdr(field);
+    }
+
+    template <class T> void far_link(T* field) { stream.insert_link(field); }
+
+    void dropped_int(FormatVersions) {}
+    template <class T> void dropped_link(FormatVersions) {}
+    template <class T> void dropped_owned(FormatVersions) {}
+
+private:
+    KIVOStream& stream;
+};
+
+/// The stream constructor and the storer of a class that does no more than run its `record`.
+#define KIV_STORED_RECORD(Class)                                                                   \
+    Class::Class(KIVIStream& stream) : Base(stream)                                                \
+    {                                                                                              \
+        RecordReader reader_of_fields(stream);                                                     \
+        record(reader_of_fields);                                                                  \
+    }                                                                                              \
+    void Class::storer(KIVOStream& stream)                                                         \
+    {                                                                                              \
+        Base::storer(stream);                                                                      \
+        RecordWriter writer_of_fields(stream);                                                     \
+        record(writer_of_fields);                                                                  \
+    }                                                                                              \
+    static_assert(true)

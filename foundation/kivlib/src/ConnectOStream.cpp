@@ -1,0 +1,210 @@
+#include "kivlib/hdr/ConnectOStream.h"
+
+#include "kivlib/hdr/ClassDescriptor.h"
+#include "kivlib/hdr/UCharArray.h"
+#include "kivlib/hdr/stack_left.h"
+#include "kivlib/src/StoreTable.h"
+#include "kivlib/src/container_format.h"
+#include "kivlib/src/object_tags.h"
+
+namespace {
+constexpr int DEEP = 400; // links below this nesting are announced, and written later
+}
+
+ConnectOStream::ConnectOStream()
+    : table(std::make_unique<StoreTable>()), required_version(container::VERSION)
+{}
+
+ConnectOStream::~ConnectOStream() = default;
+
+void KIVOStream::insert_link(const KIVObject* object)
+{
+    is_link = true;
+    insert_with_class_hdr(object);
+    is_link = false;
+}
+
+void ConnectOStream::put_bytes(const void* from, std::size_t n)
+{
+    payload.append(from, n);
+    if (payload.has_failed())
+        set_error_state(NO_MEMORY);
+}
+
+template <class T> void ConnectOStream::put_number(T value)
+{
+    put_bytes(&value, sizeof value);
+}
+
+KIVOStream& ConnectOStream::operator<<(int value)
+{
+    put_number<std::int32_t>(value);
+    return *this;
+}
+
+KIVOStream& ConnectOStream::operator<<(long value)
+{
+    put_number<std::int64_t>(value);
+    return *this;
+}
+
+KIVOStream& ConnectOStream::operator<<(double value)
+{
+    if (!std::isfinite(value))
+        set_error_state(BAD_NUMBER);
+    put_number(value);
+    return *this;
+}
+
+KIVOStream& ConnectOStream::operator<<(float value)
+{
+    if (!std::isfinite(value))
+        set_error_state(BAD_NUMBER);
+    put_number(value);
+    return *this;
+}
+
+KIVOStream& ConnectOStream::operator<<(const UCharArray& bytes)
+{
+    put_number(static_cast<std::uint32_t>(bytes.inq_size()));
+    put_bytes(bytes.inq_bytes(), bytes.inq_size());
+    return *this;
+}
+
+KIVOStream& ConnectOStream::operator<<(const char* text)
+{
+    return *this << UCharArray(text, std::strlen(text));
+}
+
+void ConnectOStream::insert_without_class_hdr(const KIVObject* object)
+{
+    const_cast<KIVObject*>(object)->storer(*this);
+}
+
+void ConnectOStream::insert_with_class_hdr(const KIVObject* object)
+{
+    const bool may_wait = std::exchange(is_link, false) && nesting >= DEEP;
+    if (!object) {
+        put_number<std::uint16_t>(NULL_OBJECT);
+        return;
+    }
+    const std::uint32_t number = table->find(object);
+    if (number == StoreTable::NONE && may_wait)
+        put_forward(object);
+    else if (number == StoreTable::NONE || !object->reference_from_stream())
+        put_new(object);
+    else if (!awaited.empty() && awaited.erase(object) > 0)
+        put_arrival(object, number);
+    else
+        put_seen(number);
+    if (nesting == 0)
+        put_awaited();
+}
+
+void ConnectOStream::put_seen(std::uint32_t number)
+{
+    put_number<std::uint16_t>(SEEN_OBJECT);
+    put_number(number);
+}
+
+void ConnectOStream::put_new(const KIVObject* object)
+{
+    table->add(object);
+    put_number<std::uint16_t>(
+        static_cast<std::uint16_t>(FIRST_CLASS + intern(object->inq_class_descriptor())));
+    put_record(object);
+}
+
+void ConnectOStream::put_forward(const KIVObject* object)
+{
+    table->add(object);
+    awaited.insert(object);
+    forwards.push_back(object);
+    put_number<std::uint16_t>(FORWARD_OBJECT);
+    put_number(static_cast<std::uint16_t>(intern(object->inq_class_descriptor())));
+}
+
+void ConnectOStream::put_arrival(const KIVObject* object, std::uint32_t number)
+{
+    put_number<std::uint16_t>(ARRIVING_OBJECT);
+    put_number(number);
+    put_number(static_cast<std::uint16_t>(intern(object->inq_class_descriptor())));
+    put_record(object);
+}
+
+/// What was announced and is written nowhere else; each record may announce more.
+void ConnectOStream::put_awaited()
+{
+    while (!forwards.empty()) {
+        const KIVObject* object = forwards.front();
+        forwards.pop_front();
+        if (awaited.erase(object) > 0)
+            put_arrival(object, table->find(object));
+    }
+}
+
+void ConnectOStream::put_record(const KIVObject* object)
+{
+    if (is_stack_low())
+        set_error_state(TOO_DEEP);
+    if (inq_error_state() != OKAY)
+        return;
+    const std::size_t start = begin_length();
+    insert_without_class_hdr(object);
+    end_record(start);
+}
+
+std::size_t ConnectOStream::begin_length()
+{
+    put_number<std::uint32_t>(0);
+    ++nesting;
+    return payload.size();
+}
+
+void ConnectOStream::end_record(std::size_t start)
+{
+    --nesting;
+    const std::size_t length = payload.size() - start;
+    if (length > UINT32_MAX)
+        set_error(CANT_WRITE, "a record of more than 4 GiB");
+    if (inq_error_state() != OKAY)
+        return;
+    const auto stored_length = static_cast<std::uint32_t>(length);
+    std::memcpy(payload.data() + start - sizeof stored_length, &stored_length,
+                sizeof stored_length);
+}
+
+std::size_t ConnectOStream::begin_record(const KIVString& class_name, int version)
+{
+    table->skip();
+    put_number<std::uint16_t>(
+        static_cast<std::uint16_t>(FIRST_CLASS + intern(class_name, version)));
+    return begin_length();
+}
+
+unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
+{
+    auto& recent =
+        recent_classes[(reinterpret_cast<std::uintptr_t>(descriptor) >> 6) % recent_classes.size()];
+    if (recent.first != descriptor) {
+        const auto [place, is_new] = class_indices.try_emplace(descriptor, 0U);
+        if (is_new)
+            place->second = intern(descriptor->inq_name(), descriptor->inq_stored_version());
+        recent = *place;
+    }
+    return recent.second;
+}
+
+unsigned ConnectOStream::intern(const KIVString& name, int version)
+{
+    const auto found = std::ranges::find_if(classes, [&](const StoredClass& stored) {
+        return stored.version == version && stored.name == name;
+    });
+    if (found != classes.end())
+        return static_cast<unsigned>(found - classes.begin());
+    if (classes.size() >= container::MOST_CLASSES)
+        set_error(CANT_WRITE, "too many classes");
+    else
+        classes.push_back({name, version});
+    return static_cast<unsigned>(classes.size() - 1);
+}

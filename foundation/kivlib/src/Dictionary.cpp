@@ -1,0 +1,180 @@
+#include "kivlib/hdr/KIVOStream.h"
+#include "kivlib/hdr/NameKeyDictionary.h"
+
+KIV_STORED_CLASS(DictionaryBase, -1);
+KIV_STORED_CLASS(Dictionary, -1);
+KIV_STORED_CLASS(NameKeyDictionary, -1);
+
+DictionaryBase::DictionaryBase(unsigned bucket_count) : buckets(std::max(bucket_count, 1U)) {}
+
+DictionaryBase::DictionaryBase(KIVIStream& stream) : KIVObject(stream), buckets(128) {}
+
+DictionaryBase::~DictionaryBase()
+{
+    clear();
+}
+
+/// Chains are taken apart one by one: their destructors would nest.
+void DictionaryBase::clear()
+{
+    for (auto& head : buckets)
+        while (head)
+            head = std::move(head->next);
+    size = 0;
+}
+
+unsigned long DictionaryBase::do_hash(unsigned long hash) const
+{
+    return hash % buckets.size();
+}
+
+void DictionaryBase::delete_all()
+{
+    for (auto& head : buckets)
+        for (const Assoc* assoc = head.get(); assoc; assoc = assoc->next.get()) {
+            delete assoc->value;
+            delete assoc->key;
+        }
+    clear();
+}
+
+void DictionaryBase::add_assoc(unsigned long hash, KIVObject* key, KIVObject* value)
+{
+    if (static_cast<std::size_t>(size) >= 2 * buckets.size())
+        grow();
+    auto* place = &buckets[do_hash(hash)];
+    while (*place) // an older pair of the same key goes first
+        place = &(*place)->next;
+    *place = std::make_unique<Assoc>(Assoc{hash, key, value, nullptr});
+    ++size;
+}
+
+void DictionaryBase::grow()
+{
+    auto old = std::exchange(buckets, std::vector<std::unique_ptr<Assoc>>(4 * buckets.size()));
+    size = 0;
+    for (auto& head : old)
+        while (head) {
+            add_assoc(head->hash, head->key, head->value);
+            head = std::move(head->next);
+        }
+}
+
+std::vector<const DictionaryBase::Assoc*> DictionaryBase::inq_sorted() const
+{
+    std::vector<const Assoc*> sorted;
+    for (const auto& head : buckets)
+        for (const Assoc* assoc = head.get(); assoc; assoc = assoc->next.get())
+            sorted.push_back(assoc);
+    std::ranges::stable_sort(sorted, {}, &Assoc::hash);
+    return sorted;
+}
+
+Dictionary::Dictionary(KIVIStream& stream) : DictionaryBase(stream)
+{
+    for (int left = stream.read_count(2 * sizeof(short)); left > 0; --left) {
+        KIVObject* key = stream.read_object(nullptr);
+        KIVObject* value = stream.read_object(nullptr);
+        if (key && value)
+            add(*key, *value);
+    }
+}
+
+void Dictionary::storer(KIVOStream& stream)
+{
+    DictionaryBase::storer(stream);
+    stream << count();
+    for (const Assoc* assoc : inq_sorted()) {
+        stream.insert_with_class_hdr(assoc->key);
+        stream.insert_with_class_hdr(assoc->value);
+    }
+}
+
+bool Dictionary::lookup_assoc(KIVObject* key, KIVObject** value) const
+{
+    const unsigned long hash = key->hash();
+    const Assoc* assoc = buckets[do_hash(hash)].get();
+    while (assoc && !(assoc->hash == hash && assoc->key->is_same_as(key)))
+        assoc = assoc->next.get();
+    if (assoc)
+        *value = assoc->value;
+    return assoc != nullptr;
+}
+
+NameKeyDictionary::NameKeyDictionary(KIVIStream& stream) : DictionaryBase(stream)
+{
+    for (int left = stream.read_count(sizeof(long) + sizeof(short)); left > 0; --left) {
+        unsigned long key = 0;
+        stream >> key;
+        KIVObject* value = stream.read_object(nullptr);
+        if (value && stream.claim(value))
+            add(key, *value);
+    }
+}
+
+void NameKeyDictionary::storer(KIVOStream& stream)
+{
+    DictionaryBase::storer(stream);
+    stream << count();
+    for (const Assoc* assoc : inq_sorted()) {
+        stream << assoc->hash;
+        stream.insert_with_class_hdr(assoc->value);
+    }
+}
+
+bool NameKeyDictionary::lookup_assoc(unsigned long key, KIVObject** value) const
+{
+    const Assoc* assoc = buckets[do_hash(key)].get();
+    while (assoc && assoc->hash != key)
+        assoc = assoc->next.get();
+    if (assoc)
+        *value = assoc->value;
+    return assoc != nullptr;
+}
+
+bool NameKeyDictionary::remove(unsigned long key)
+{
+    DictionaryIterator pairs(this);
+    while (pairs.advance())
+        if (pairs.get_assoc()->hash == key) {
+            pairs.remove();
+            return true;
+        }
+    return false;
+}
+
+DictionaryIterator::DictionaryIterator(DictionaryBase* dictionary) : dictionary(dictionary)
+{
+    next = &dictionary->buckets[0];
+    skip_empty_buckets();
+}
+
+void DictionaryIterator::skip_empty_buckets()
+{
+    while (!*next && ++bucket < dictionary->buckets.size())
+        next = &dictionary->buckets[bucket];
+}
+
+bool DictionaryIterator::advance()
+{
+    current = *next ? next : nullptr;
+    if (!current)
+        return false;
+    next = &(*current)->next;
+    skip_empty_buckets();
+    return true;
+}
+
+KIVObject* DictionaryIterator::remove()
+{
+    if (!current)
+        return nullptr;
+    KIVObject* value = (*current)->value;
+    const bool is_next_behind = next == &(*current)->next;
+    *current = std::move((*current)->next);
+    if (is_next_behind)
+        next = current;
+    current = nullptr;
+    --dictionary->size;
+    return value;
+}

@@ -1,0 +1,52 @@
+#include "kivlib/hdr/GeneralOStream.h"
+
+GeneralOStream::GeneralOStream(const char* path, int permissions)
+    : path(path), file(FileHandle::open_to_write(path, permissions))
+{
+    if (!file.is_open())
+        set_error(CANT_OPEN, inq_system_error());
+}
+
+GeneralOStream::~GeneralOStream()
+{
+    close();
+}
+
+bool GeneralOStream::alert_user_if_error() const
+{
+    auto* self = const_cast<GeneralOStream*>(this);
+    self->flush();
+    self->sync();
+    return CharOStream::alert_user_if_error();
+}
+
+void GeneralOStream::close()
+{
+    flush();
+    if (!file.close())
+        set_error(CANT_WRITE, inq_system_error());
+}
+
+/// The head and the checksum speak of the whole, so a second flush writes all of it again.
+void GeneralOStream::flush()
+{
+    if (inq_error_state() != OKAY || !file.is_open() || flushed == inq_payload().size())
+        return;
+    const std::string head = inq_head();
+    const std::string tail = inq_tail(head);
+    if (!file.rewind_and_empty() || !file.write_all(head.data(), head.size()) ||
+        !file.write_all(inq_payload().data(), inq_payload().size()) ||
+        !file.write_all(tail.data(), tail.size()))
+        set_error(CANT_WRITE, inq_system_error());
+    flushed = inq_payload().size();
+    is_synced = false;
+}
+
+void GeneralOStream::sync()
+{
+    if (inq_error_state() != OKAY || is_synced)
+        return;
+    if (!file.sync())
+        set_error(CANT_WRITE, inq_system_error());
+    is_synced = true;
+}

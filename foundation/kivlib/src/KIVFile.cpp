@@ -1,0 +1,156 @@
+#include "kivlib/hdr/KIVFile.h"
+
+#include "kivlib/hdr/BinOStream.h"
+#include "kivlib/hdr/GeneralIStream.h"
+#include "kivlib/hdr/KIVFileUtilities.h"
+#include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/file_operations.h"
+#include "kivlib/src/KvdRecord.h"
+
+#include <cstdio>
+
+KIV_STORED_CLASS(KvdRecord, -1);
+
+KvdRecord::KvdRecord(KIVIStream& stream) : KIVObject(stream)
+{
+    for (int left = stream.read_count(2 * sizeof(int)); left > 0; --left) {
+        Entry entry;
+        stream >> entry.key;
+        entry.list = KIVFileReferenceList(stream);
+        entries.push_back(std::move(entry));
+    }
+}
+
+void KvdRecord::storer(KIVOStream& stream)
+{
+    KIVObject::storer(stream);
+    stream << static_cast<int>(entries.size());
+    for (Entry& entry : entries) {
+        stream << entry.key;
+        stream.insert_without_class_hdr(&entry.list);
+    }
+}
+
+const KIVFileReferenceList* KvdRecord::find(const KIVString& key) const
+{
+    const auto found = std::ranges::find(entries, key, &Entry::key);
+    return found == entries.end() ? nullptr : &found->list;
+}
+
+void KvdRecord::set(const KIVString& key, const KIVFileReferenceList* list)
+{
+    const auto found = std::ranges::find(entries, key, &Entry::key);
+    if (found == entries.end() && list)
+        entries.push_back({key, *list});
+    else if (found != entries.end() && list)
+        found->list = *list;
+    else if (found != entries.end())
+        entries.erase(found);
+}
+
+void KvdRecord::set_folder(const KIVString& folder)
+{
+    for (Entry& entry : entries)
+        entry.list.set_folder(folder);
+}
+
+KIVFile::KIVFile() = default;
+
+KIVFile::KIVFile(const KIVString& local_path)
+{
+    set_local_path(local_path);
+}
+
+KIVFile::KIVFile(const KIVFile& other)
+    : KIVString(other), universal_path(other.universal_path), user_name(other.user_name)
+{}
+
+KIVFile& KIVFile::operator=(const KIVFile& other)
+{
+    KIVString::operator=(other);
+    universal_path = other.universal_path;
+    user_name = other.user_name;
+    record.reset();
+    return *this;
+}
+
+KIVFile::~KIVFile() = default;
+
+void KIVFile::set_local_path(const KIVString& path)
+{
+    std::string_view kept = path;
+    while (kept.size() > 1 && kept.ends_with('/'))
+        kept.remove_suffix(1);
+    KIVString::operator=(kept);
+    universal_path = *this;
+    record.reset();
+}
+
+void KIVFile::set_universal_or_legacy_path(const KIVString& path)
+{
+    std::string with_slashes = path.str();
+    std::ranges::replace(with_slashes, '\\', '/');
+    set_local_path(with_slashes);
+}
+
+KIVString KIVFile::get_user_name() const
+{
+    if (!user_name.is_null())
+        return user_name;
+    KIVString name = get_file();
+    name.set_extension("");
+    return name;
+}
+
+KvdRecord& KIVFile::inq_record() const
+{
+    if (record)
+        return *record;
+    record = std::make_unique<KvdRecord>();
+    const KIVString path = KIVFileUtilities::local_get_subfile(*this, "kvd");
+    if (!inq_file_exists(path))
+        return *record;
+    GeneralIStream stream(path.c_str());
+    std::unique_ptr<KvdRecord> stored;
+    RecordReader(stream).owned(stored);
+    if (!stream.alert_user_if_error() && stored)
+        record = std::move(stored);
+    record->set_folder(*this);
+    return *record;
+}
+
+const KIVFileReferenceList* KIVFile::inq_reference_list_value(const KIVString& key) const
+{
+    return inq_record().find(key);
+}
+
+void KIVFile::set_reference_list_value(const KIVString& key, const KIVFileReferenceList* list)
+{
+    inq_record().set(key, list);
+}
+
+bool KIVFile::save_kvd()
+{
+    const KIVString path = KIVFileUtilities::local_get_subfile(*this, "kvd");
+    const KIVString fresh = path + "~";
+    {
+        BinOStream stream(fresh.c_str(), 1, -1);
+        insert_kvd(stream);
+        if (stream.alert_user_if_error())
+            return false;
+    }
+    return std::rename(fresh.c_str(), path.c_str()) == 0;
+}
+
+void KIVFile::insert_kvd(KIVOStream& stream)
+{
+    stream.insert_with_class_hdr(&inq_record());
+}
+
+void KIVFile::extract_kvd(KIVIStream& stream)
+{
+    RecordReader(stream).owned(record);
+    if (!record)
+        record = std::make_unique<KvdRecord>();
+    record->set_folder(*this);
+}

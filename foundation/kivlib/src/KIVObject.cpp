@@ -1,0 +1,64 @@
+#include "kivlib/hdr/KIVObject.h"
+
+#include "kivlib/hdr/KIVOStream.h"
+#include "kivlib/hdr/StoredClass.h"
+
+namespace {
+ClassDescriptor* object_descriptor()
+{
+    static auto* descriptor = new ClassDescriptor("KIVObject", "", nullptr, -1, nullptr);
+    return descriptor;
+}
+
+const bool is_entered = (ClassManager::inq_main()->enter(object_descriptor()), true);
+} // namespace
+
+KIVObject::KIVObject(KIVIStream& stream)
+{
+    stream.add_to_load_table(this);
+}
+
+void KIVObject::storer(KIVOStream&) {}
+
+ClassDescriptor* KIVObject::inq_class_descriptor() const
+{
+    return object_descriptor();
+}
+
+const char* KIVObject::class_name() const
+{
+    return "KIVObject";
+}
+
+bool KIVObject::reference_from_stream() const
+{
+    return true;
+}
+
+unsigned long KIVObject::hash() const
+{
+    return std::hash<const KIVObject*>()(this);
+}
+
+bool KIVObject::is_same_as(KIVObject* other)
+{
+    return this == other;
+}
+
+void KIVObject::dump_on(KIVOStream& stream) const
+{
+    stream << class_name();
+}
+
+gsl::owner<KIVObject*> KIVObject::clone() const
+{
+    return nullptr;
+}
+
+void KIVObject::update() {}
+
+bool KIVObject::is_kind_of(const char* name) const
+{
+    const ClassDescriptor* descriptor = inq_class_descriptor();
+    return descriptor && descriptor->is_subclass_of(name);
+}

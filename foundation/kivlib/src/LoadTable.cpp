@@ -1,0 +1,67 @@
+#include "kivlib/src/LoadTable.h"
+
+LoadTable::~LoadTable()
+{
+    for (Entry& entry : entries) {
+        if (entry.is_awaited)
+            ::operator delete(static_cast<void*>(entry.object));
+        else if (delete_unowned && !entry.is_owned)
+            delete entry.object;
+    }
+}
+
+std::uint32_t LoadTable::next_epoch()
+{
+    static std::uint32_t epoch = 0;
+    return ++epoch;
+}
+
+LoadTable::Entry* LoadTable::find(std::uint32_t number)
+{
+    return number < entries.size() ? &entries[number] : nullptr;
+}
+
+LoadTable::Entry* LoadTable::find(const KIVObject* object)
+{
+    return object && object->stream_epoch == epoch ? find(object->stream_number) : nullptr;
+}
+
+std::uint32_t LoadTable::add(const StoredType* type)
+{
+    entries.push_back({nullptr, type});
+    return size() - 1;
+}
+
+bool LoadTable::add_awaited(const StoredType* type, KIVObject*& place)
+{
+    void* memory = ::operator new(type->size, std::nothrow);
+    if (!memory)
+        return false;
+    place = static_cast<KIVObject*>(memory);
+    entries.push_back({place, type, false, true});
+    ++awaited_count;
+    return true;
+}
+
+void LoadTable::enter(KIVObject* object)
+{
+    if (pending == NONE)
+        return;
+    Entry& entry = entries[pending];
+    entry.object = object;
+    if (object) {
+        object->stream_epoch = epoch;
+        object->stream_number = pending;
+    }
+    pending = NONE;
+}
+
+void* LoadTable::storage(std::size_t size)
+{
+    if (pending != NONE && entries[pending].is_awaited) {
+        entries[pending].is_awaited = false;
+        --awaited_count;
+        return entries[pending].object;
+    }
+    return ::operator new(size, std::nothrow);
+}

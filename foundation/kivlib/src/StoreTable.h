@@ -1,0 +1,30 @@
+#pragma once
+
+#include "kivlib/hdr/KIVObject.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+/// The objects of one writing stream by number. The number is kept in the object itself, unless
+/// another stream that is still open has marked it.
+class StoreTable {
+public:
+    static constexpr std::uint32_t NONE = UINT32_MAX;
+
+    StoreTable();
+    ~StoreTable();
+    StoreTable(const StoreTable&) = delete;
+    StoreTable& operator=(const StoreTable&) = delete;
+
+    /// NONE for an object that was not added.
+    std::uint32_t find(const KIVObject* object) const;
+    std::uint32_t add(const KIVObject* object);
+
+    /// A number for a record that has no object.
+    void skip() { ++count; }
+
+private:
+    std::uint32_t epoch;
+    std::uint32_t count = 0;
+    std::unordered_map<const KIVObject*, std::uint32_t> marked_by_others;
+};

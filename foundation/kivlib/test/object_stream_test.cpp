@@ -1,0 +1,350 @@
+#include "kivlib/hdr/BinOStream.h"
+#include "kivlib/hdr/GeneralIStream.h"
+#include "kivlib/hdr/KIVColour.h"
+#include "kivlib/hdr/KIVDLLUsageList.h"
+#include "kivlib/hdr/KIVLinkedList.h"
+#include "kivlib/hdr/NameKeyDictionary.h"
+#include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/Vector.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// One that owns a neighbour, refers to another and is of a class older than its base.
+class Ring : public KIVLinkedList {
+    KIV_STORED(Ring, KIVLinkedList);
+
+public:
+    Ring() = default;
+    explicit Ring(KIVIStream& stream);
+    void storer(KIVOStream& stream) override;
+
+    std::unique_ptr<Ring> inner;
+    Ring* other = nullptr; // not owned
+    int late = 0;
+    int seen_version = 0;
+};
+
+template <class Class> void record_of(Class& ring, auto& r)
+{
+    r.owned(ring.inner);
+    r.far_link(ring.other);
+    r.value(ring.late, since(70), 7);
+}
+
+Ring::Ring(KIVIStream& stream) : KIVLinkedList(stream), seen_version(stream.inq_version())
+{
+    RecordReader r(stream);
+    record_of(*this, r);
+}
+
+void Ring::storer(KIVOStream& stream)
+{
+    KIVLinkedList::storer(stream);
+    RecordWriter r(stream);
+    record_of(*this, r);
+}
+
+KIV_STORED_CLASS(Ring, 70);
+
+class YoungerBase : public KIVObject {
+    KIV_STORED(YoungerBase, KIVObject);
+
+public:
+    YoungerBase() = default;
+    explicit YoungerBase(KIVIStream& stream) : KIVObject(stream) {}
+};
+KIV_STORED_CLASS(YoungerBase, 118);
+
+class OlderHeir : public YoungerBase {
+    KIV_STORED(OlderHeir, YoungerBase);
+
+public:
+    OlderHeir() = default;
+    explicit OlderHeir(KIVIStream& stream) : YoungerBase(stream) {}
+};
+KIV_STORED_CLASS(OlderHeir, 97, "NobodyRegistersThis");
+
+std::string container_of(const KIVObject& object)
+{
+    CharOStream out;
+    out.insert_with_class_hdr(&object);
+    return out.inq_container();
+}
+
+int read_error(const std::string& container)
+{
+    CharIStream in(container);
+    const std::unique_ptr<Ring> ring(Ring::read_from(in));
+    EXPECT_EQ(ring == nullptr, in.inq_error_state() != KIVStream::OKAY);
+    return in.inq_error_state();
+}
+
+} // namespace
+
+TEST(ObjectStream, gives_back_nulls_references_and_cycles)
+{
+    Ring outer;
+    outer.inner = std::make_unique<Ring>();
+    outer.other = outer.inner.get();
+    outer.inner->other = &outer;
+    outer.add(outer.inner.get());
+    outer.late = 5;
+
+    const auto back = stored_and_read(outer);
+    ASSERT_TRUE(back && back->inner);
+    EXPECT_EQ(back->other, back->inner.get());
+    EXPECT_EQ(back->inner->other, back.get());
+    EXPECT_EQ(back->at_index(0), back->inner.get());
+    EXPECT_EQ(back->inner->inner, nullptr);
+    EXPECT_EQ(back->late, 5);
+}
+
+TEST(ObjectStream, keeps_numbers_and_texts)
+{
+    CharOStream out;
+    out << -3 << 4000000000L << 0.1 << 0.5F << "text" << KIVString("Überblendung");
+    CharIStream in(out.inq_container());
+    int i = 0;
+    long l = 0;
+    double d = 0;
+    float f = 0;
+    char text[4];
+    KIVString string;
+    in.width(sizeof text);
+    in >> i >> l >> d >> f >> text >> string;
+    EXPECT_EQ(i, -3);
+    EXPECT_EQ(l, 4000000000L);
+    EXPECT_EQ(d, 0.1);
+    EXPECT_EQ(f, 0.5F);
+    EXPECT_STREQ(text, "tex");
+    EXPECT_TRUE(string == "Überblendung");
+    EXPECT_EQ(in.num_chars_in_buffer(), 0);
+}
+
+TEST(ObjectStream, writes_a_header_with_the_newest_version_of_class_and_bases)
+{
+    EXPECT_EQ(OlderHeir::inq_class_descriptor_s()->inq_version(), 97);
+    EXPECT_EQ(OlderHeir::inq_class_descriptor_s()->inq_stored_version(), 118);
+    EXPECT_EQ(KIVColour::inq_class_descriptor_s()->inq_stored_version(), 1);
+    const OlderHeir heir;
+    CharIStream in(container_of(heir));
+    const std::unique_ptr<YoungerBase> base(YoungerBase::read_from(in));
+    EXPECT_TRUE(base);
+}
+
+TEST(ObjectStream, gives_fields_that_an_old_record_lacks_their_default)
+{
+    OldRecord old("Ring", 69);
+    old << 0;                           // no objects in the list
+    old.insert_with_class_hdr(nullptr); // inner
+    old.insert_with_class_hdr(nullptr); // other
+    const auto ring = old.read<Ring>();
+    ASSERT_TRUE(ring);
+    EXPECT_EQ(ring->late, 7);
+    EXPECT_EQ(ring->seen_version, 69);
+}
+
+TEST(ObjectStream, names_all_unknown_classes_before_it_reads)
+{
+    OldRecord old("Ring", 70);
+    old << 2;
+    old.nested("NoSuchNode", 3, [](auto&) {}).nested("NoSuchKey", 3, [](auto&) {});
+    CharIStream in(old.finish());
+    EXPECT_EQ(Ring::read_from(in), nullptr);
+    EXPECT_EQ(in.inq_error_state(), KIVStream::UNKNOWN_CLASS);
+    EXPECT_EQ(in.inq_error_detail(), "NoSuchNode, NoSuchKey");
+}
+
+TEST(ObjectStream, refuses_an_object_of_another_class)
+{
+    OldRecord old("Ring", 70);
+    old << 0;
+    old.nested("KIVColour", 1, [](auto& r) { r << 0.0 << 0.0 << 0.0 << 1.0; });
+    EXPECT_EQ(read_error(old.finish()), KIVStream::WRONG_CLASS);
+}
+
+TEST(ObjectStream, refuses_a_second_owner)
+{
+    OldRecord old("Ring", 70);
+    old << 0;
+    old.nested("Ring", 70, [](OldRecord& r) {
+        r << 0;
+        r.put_seen(1); // owns itself
+        r.insert_with_class_hdr(nullptr);
+        r << 0;
+    });
+    old.insert_with_class_hdr(nullptr);
+    old << 0;
+    EXPECT_EQ(read_error(old.finish()), KIVStream::OWNED_TWICE);
+}
+
+TEST(ObjectStream, bounds_counts_by_the_record)
+{
+    OldRecord old("Ring", 70);
+    old << 2000000000;
+    EXPECT_EQ(read_error(old.finish()), KIVStream::BAD_COUNT);
+}
+
+TEST(ObjectStream, keeps_numbers_finite_on_both_sides)
+{
+    CharOStream out;
+    out << std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(out.inq_error_state(), KIVStream::BAD_NUMBER);
+    CharIStream in(out.inq_container());
+    double value = 1.0;
+    in >> value;
+    EXPECT_EQ(in.inq_error_state(), KIVStream::BAD_NUMBER);
+    EXPECT_EQ(value, 0.0);
+}
+
+TEST(ObjectStream, sees_every_damaged_byte_and_every_cut)
+{
+    Ring ring;
+    ring.inner = std::make_unique<Ring>();
+    const std::string whole = container_of(ring);
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        std::string damaged = whole;
+        damaged[i] = static_cast<char>(damaged[i] ^ 0x10);
+        EXPECT_NE(read_error(damaged), KIVStream::OKAY) << i;
+        EXPECT_NE(read_error(whole.substr(0, i)), KIVStream::OKAY) << i;
+    }
+    EXPECT_EQ(read_error(whole + "x"), KIVStream::BAD_CHECKSUM);
+    EXPECT_EQ(read_error("a text"), KIVStream::FOREIGN_FILE);
+    std::string newer = whole;
+    newer[8] = 2;
+    EXPECT_EQ(read_error(newer), KIVStream::NEWER_CONTAINER);
+}
+
+TEST(ObjectStream, carries_links_of_any_length_and_refuses_owners_that_nest_too_deeply)
+{
+    constexpr int COUNT = 100000;
+    Ring first;
+    std::vector<std::unique_ptr<Ring>> chain;
+    for (int i = 0; i < COUNT; ++i) {
+        chain.push_back(std::make_unique<Ring>());
+        (i ? *chain[static_cast<std::size_t>(i) - 1] : first).other = chain.back().get();
+    }
+    const std::string container = container_of(first);
+    CharIStream in(container);
+    std::vector<std::unique_ptr<Ring>> back;
+    for (Ring* ring = Ring::read_from(in); ring; ring = ring->other)
+        back.emplace_back(ring);
+    EXPECT_EQ(back.size(), COUNT + 1U);
+
+    Ring owner;
+    Ring* last = &owner;
+    for (int i = 0; i < COUNT; ++i)
+        last = (last->inner = std::make_unique<Ring>()).get();
+    CharOStream out;
+    out.insert_with_class_hdr(&owner);
+    EXPECT_EQ(out.inq_error_state(), KIVStream::TOO_DEEP);
+    while (owner.inner) // from the outside inwards: the destructors would nest as well
+        owner.inner = std::move(owner.inner->inner);
+}
+
+TEST(ObjectStream, keeps_objects_apart_that_two_open_streams_write)
+{
+    const KIVColour colour(0.25);
+    CharOStream one;
+    CharOStream two;
+    for (CharOStream* out : {&one, &two, &one, &two})
+        out->insert_with_class_hdr(&colour);
+    EXPECT_EQ(one.inq_container(), two.inq_container());
+    CharIStream in(two.inq_container());
+    const std::unique_ptr<KIVColour> first(KIVColour::read_from(in));
+    EXPECT_EQ(KIVColour::read_from(in), first.get());
+}
+
+TEST(ObjectStream, keeps_a_dictionary_by_number)
+{
+    NameKeyDictionary dictionary(4);
+    std::vector<KIVString> texts(50);
+    for (unsigned long i = 0; i < 50; ++i) {
+        texts[i] = KIVString(static_cast<int>(i), 0);
+        dictionary.add(i * 7, texts[i]);
+    }
+    EXPECT_TRUE(dictionary.remove(14));
+    EXPECT_FALSE(dictionary.remove(14));
+    const auto back = stored_and_read(dictionary);
+    KIVObject* found = nullptr;
+    EXPECT_EQ(back->count(), 49);
+    EXPECT_FALSE(back->lookup_assoc(14, &found));
+    ASSERT_TRUE(back->lookup_assoc(21, &found));
+    EXPECT_TRUE(*static_cast<KIVString*>(found) == "3");
+    back->delete_all();
+}
+
+TEST(ObjectStream, completes_a_descriptor_from_a_stream_when_its_module_registers)
+{
+    ClassManager* manager = ClassManager::inq_main();
+    const auto make = [](KIVReadFunction reader) {
+        return new ClassDescriptor("LateClass", "KIVObject", reader, 12, nullptr);
+    };
+    const std::unique_ptr<ClassDescriptor> known_by_name(make(nullptr));
+    ClassDescriptor* from_stream = stored_and_read(*known_by_name).release();
+    from_stream->did_load();
+    ASSERT_EQ(manager->find_cd_for("LateClass"), from_stream);
+    EXPECT_EQ(from_stream->inq_reader(), nullptr);
+    EXPECT_EQ(from_stream->inq_version(), 12);
+
+    const auto reader = [](KIVIStream& stream) -> KIVObject* { return new KIVObject(stream); };
+    const std::unique_ptr<ClassDescriptor> module(make(reader));
+    manager->enter(module.get());
+    EXPECT_EQ(manager->find_cd_for("LateClass"), from_stream);
+    EXPECT_NE(from_stream->inq_reader(), nullptr);
+    EXPECT_TRUE(from_stream->is_subclass_of("KIVObject"));
+    EXPECT_FALSE(from_stream->is_subclass_of("KIVString"));
+    EXPECT_EQ(manager->find_cd_for("NoSuchClass"), nullptr);
+}
+
+TEST(FileStream, is_whole_on_the_disc_once_it_was_asked_for_errors)
+{
+    const TempFolder folder;
+    const KIVString path = folder.path("stream");
+    const KIVColour colour(0.5);
+    BinOStream out(path.c_str(), 1, -1);
+    out.insert_with_class_hdr(&colour);
+    EXPECT_EQ(folder.read("stream"), "");
+    EXPECT_FALSE(out.alert_user_if_error());
+    EXPECT_EQ(folder.read("stream"), container_of(colour));
+    out.insert_with_class_hdr(nullptr);
+    EXPECT_FALSE(out.alert_user_if_error());
+
+    GeneralIStream in(path.c_str());
+    const std::unique_ptr<KIVColour> back(KIVColour::read_from(in));
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(*back == colour);
+    EXPECT_EQ(in.num_chars_in_buffer(), 2);
+}
+
+TEST(FileStream, tells_the_user_once)
+{
+    const TempFolder folder;
+    const Captured captured;
+    folder.write("text", "no stream");
+    const GeneralIStream in(folder.path("text").c_str());
+    EXPECT_TRUE(in.alert_user_if_error());
+    EXPECT_TRUE(in.alert_user_if_error());
+    ASSERT_EQ(captured.inq_alerts().size(), 1U);
+    EXPECT_NE(captured.inq_alerts()[0].find(folder.path("text").str()), std::string::npos);
+
+    const BinOStream out(folder.path("no/such/folder").c_str(), 1, -1);
+    EXPECT_TRUE(out.alert_user_if_error());
+    const BinOStream full("/dev/full", 1, -1);
+    EXPECT_FALSE(full.alert_user_if_error()); // nothing to write yet
+}
+
+TEST(FileStream, sees_a_full_disc_before_it_is_closed)
+{
+    const Captured captured;
+    const KIVColour colour;
+    BinOStream out("/dev/full", 1, -1);
+    out.insert_with_class_hdr(&colour);
+    EXPECT_TRUE(out.alert_user_if_error());
+    EXPECT_EQ(out.inq_error_state(), KIVStream::CANT_WRITE);
+}

@@ -1,0 +1,257 @@
+#include "kivlib/hdr/BoundingBox.h"
+#include "kivlib/hdr/CoverSheetDefaults.h"
+#include "kivlib/hdr/IntBBox.h"
+#include "kivlib/hdr/KIVColour.h"
+#include "kivlib/hdr/KIVDateAndTime.h"
+#include "kivlib/hdr/KIVDefaultUnitHandler.h"
+#include "kivlib/hdr/KIVDefaults.h"
+#include "kivlib/hdr/KIVFileReference.h"
+#include "kivlib/hdr/Matrix.h"
+#include "kivlib/hdr/file_operations.h"
+#include "kivlib/hdr/report_error.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+#include <numbers>
+
+static_assert(source_place("foundation/kivlib/hdr/Vector.h") == "kivlib/hdr/Vector");
+static_assert(source_place("compositor/lib/src/CData.cpp") == "compositor/lib/src/CData");
+
+namespace {
+void expect_near(const Vector2& a, const Vector2& b)
+{
+    EXPECT_NEAR(a.x(), b.x(), 1e-12);
+    EXPECT_NEAR(a.y(), b.y(), 1e-12);
+}
+} // namespace
+
+TEST(Vector, reports_a_bad_index_and_uses_the_first)
+{
+    const Captured captured;
+    const Vector v(2, 4.0);
+    EXPECT_EQ(v.elem(2), 4.0);
+    EXPECT_EQ(Vector2(1.0, 2.0).elem(-1), 1.0);
+    const std::string errors = captured.inq_errors();
+    EXPECT_NE(errors.find("kivlib/hdr/Vector, line"), std::string::npos);
+    EXPECT_NE(errors.find("VECLIB [Vector::elem]: element index out of bounds\n"),
+              std::string::npos);
+    EXPECT_EQ(Vector().elem(0), 0.0);
+}
+
+TEST(Vector, of_another_size_keeps_what_fits)
+{
+    const Vector3 v(Vector2(1.0, 2.0));
+    EXPECT_EQ(v.elem(1), 2.0);
+    EXPECT_EQ(v.elem(2), 0.0);
+    const Vector sum = 2.0 * Vector2(1.0, 2.0) + Vector(v);
+    EXPECT_EQ(sum.size(), 3);
+    EXPECT_EQ(sum.elem(1), 6.0);
+    const auto back = stored_and_read(sum);
+    EXPECT_EQ(back->elem(1), 6.0);
+}
+
+TEST(Matrix, composes_with_column_vectors)
+{
+    Matrix33 move;
+    Matrix33 turn;
+    move.set_translation(Vector2(10.0, 0.0));
+    turn.set_rotation(std::numbers::pi / 2, Vector2(0.0, 0.0));
+    expect_near((turn * move) * Vector2(0.0, 0.0), Vector2(0.0, 10.0));
+    expect_near(Matrix44(move * turn) * Vector2(1.0, 0.0), Vector2(10.0, 1.0));
+    turn.set_rotation(0.7, Vector2(3.0, 4.0));
+    expect_near(turn * Vector2(3.0, 4.0), Vector2(3.0, 4.0));
+    turn.set_rotation(0.7, Vector2());
+    expect_near((turn * Vector2(5.0, 1.0)).rotate(-0.7), Vector2(5.0, 1.0));
+}
+
+TEST(Matrix, inverts_and_says_if_it_can_not)
+{
+    Matrix44 m;
+    m.set_scale(Vector3(2.0, 4.0, 1.0));
+    Matrix44 shift;
+    shift.set_translation(Vector3(1.0, 2.0, 1.0));
+    m = m * shift;
+    Matrix44 inverse = m;
+    ASSERT_TRUE(inverse.invert());
+    expect_near(inverse * (m * Vector2(7.0, 8.0)), Vector2(7.0, 8.0));
+    m.set_scale(Vector3(1.0, 0.0, 1.0));
+    const Matrix44 before = m;
+    EXPECT_FALSE(m.invert());
+    EXPECT_TRUE(m == before);
+}
+
+TEST(Matrix, maps_corners_to_the_unit_square_and_back)
+{
+    const Vector2 origin(1.0, 1.0);
+    const Vector2 x(3.0, 2.0);
+    const Vector2 y(0.0, 5.0);
+    const Matrix33 to = points_to_unit_square(origin, x, y);
+    expect_near(to * x, Vector2(1.0, 0.0));
+    expect_near(to * y, Vector2(0.0, 1.0));
+    expect_near(unit_square_to_points(origin, x, y) * (to * Vector2(9.0, -4.0)),
+                Vector2(9.0, -4.0));
+    expect_near(points_to_unit_square(origin, x, x) * y, Vector2(0.0, 0.0));
+}
+
+TEST(Boxes, intersect_unite_and_know_when_they_are_empty)
+{
+    const IntBBox none;
+    EXPECT_TRUE(none.inq_is_empty());
+    EXPECT_TRUE(IntBBox(none).inq_is_empty());
+    IntBBox box(IntRect(10, 0, 0, 10));
+    EXPECT_TRUE(bb_union(none, box) == box);
+    IntBBox cut = box;
+    cut.set_intersection(IntBBox(IntRect(20, 5, 5, 20)));
+    EXPECT_TRUE(cut == IntBBox(IntRect(10, 5, 5, 10)));
+    cut.set_intersection(IntBBox(IntRect(5, 5, 0, 10)));
+    EXPECT_TRUE(cut.inq_is_empty());
+    EXPECT_TRUE(cut == none);
+    box.add_border(IntVector2(1, 2));
+    EXPECT_TRUE(box == IntBBox(IntRect(12, -1, -2, 11)));
+
+    const KIVRectangle r(-0.5, 0.25, 3.0, 4.75);
+    EXPECT_TRUE(IntRect::roundout(r) == IntRect(5, -1, 0, 3));
+    BoundingBox around(IntRect(4, 1, 0, 2));
+    around.set_union(Vector2(-1.0, 2.0));
+    EXPECT_TRUE(around.inq_rectangle() == KIVRectangle(-1.0, 0.0, 2.0, 4.0));
+    EXPECT_TRUE(r.is_inside(Vector2(3.0, 4.75)));
+    EXPECT_FALSE(r.is_inside(Vector2(3.1, 1.0)));
+}
+
+TEST(KIVColour, changes_spaces_and_comes_back)
+{
+    const double levels[] = {0.0, 0.2, 0.5, 1.0};
+    for (const double red : levels)
+        for (const double green : levels)
+            for (const double blue : levels) {
+                float a, b, c, k;
+                const KIVColour colour(red, green, blue);
+                KIVColour back;
+                colour.inq_hsb(&a, &b, &c);
+                back.set_hsb(double{a}, double{b}, double{c});
+                EXPECT_NEAR(back.inq_red(), red, 1e-6);
+                EXPECT_NEAR(back.inq_green(), green, 1e-6);
+                EXPECT_NEAR(back.inq_blue(), blue, 1e-6);
+                colour.inq_cmyk(&a, &b, &c, &k);
+                back.set_cmyk(double{a}, double{b}, double{c}, double{k});
+                EXPECT_NEAR(back.inq_red(), red, 1e-6);
+                EXPECT_NEAR(back.inq_blue(), blue, 1e-6);
+            }
+    EXPECT_EQ(KIVColour(0.0).inq_alpha(), 1.0);
+}
+
+TEST(KIVColour, goes_the_short_way_round_the_hues)
+{
+    KIVColour colour;
+    colour.set_hsb(0.95, 1.0, 1.0);
+    KIVColour target;
+    target.set_hsb(0.15, 1.0, 1.0);
+    colour.interpolate_hsb_to(target, 0.5F);
+    float hue, saturation, brightness;
+    colour.inq_hsb(&hue, &saturation, &brightness);
+    EXPECT_NEAR(hue, 0.05F, 1e-6F);
+    KIVColour grey(0.5);
+    grey.interpolate_hsb_to(target, 0.5F);
+    grey.inq_hsb(&hue, &saturation, &brightness);
+    EXPECT_NEAR(hue, 0.15F, 1e-6F);
+    EXPECT_NEAR(saturation, 0.5F, 1e-6F);
+}
+
+TEST(UnitHandler, shows_and_reads_its_units)
+{
+    KIVDefaultUnitHandler handler;
+    handler.set_aspect_ratio(1.5);
+    double value = -1.0;
+    EXPECT_TRUE(handler.x_to_units(90.0, false) == "1.50");
+    EXPECT_TRUE(handler.y_to_units(90.0, false) == "2.25");
+    EXPECT_TRUE(handler.x_to_units(90.0, true) == "90.00°");
+    EXPECT_TRUE(handler.y_to_internal(" 2.25 ", &value, false));
+    EXPECT_DOUBLE_EQ(value, 90.0);
+    EXPECT_TRUE(handler.x_to_internal("2.54cm", &value, false));
+    EXPECT_DOUBLE_EQ(value, 60.0);
+    handler.set_default_unit(KIV_UNIT_PERCENT);
+    EXPECT_TRUE(handler.x_to_units(0.5, false) == "50.00%");
+    EXPECT_TRUE(handler.x_to_internal("25 %", &value, false));
+    EXPECT_DOUBLE_EQ(value, 0.25);
+    for (const char* text : {"", "abc", "5 cm", "1.2.3", "nan", "5 %%"})
+        EXPECT_FALSE(handler.x_to_internal(text, &value, false)) << text;
+    EXPECT_DOUBLE_EQ(value, 0.25);
+}
+
+TEST(KIVDefaults, fall_back)
+{
+    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 2);
+    KIVDefaults::set_default("NumericPrecision", 4);
+    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 4);
+    KIVDefaults::clear_default("NumericPrecision");
+    EXPECT_TRUE(KIVDefaults::inq_default("InkPaintEditRegistration", true));
+}
+
+TEST(Files, make_folders_and_second_names)
+{
+    const TempFolder folder;
+    EXPECT_EQ(makedir(folder.path("new"), 0777, false), 0);
+    EXPECT_EQ(makedir(folder.path("new"), 0777, false), 17);
+    EXPECT_NE(makedir(folder.path("a/b/c"), 0777, false), 0);
+    EXPECT_EQ(makedir(folder.path("a/b/c"), 0777, true), 0);
+    EXPECT_TRUE(inq_is_directory(folder.path("a/b/c")));
+    folder.write("old", "content");
+    EXPECT_EQ(make_symbolic_link(folder.path("old"), folder.path("second")), 0);
+    std::filesystem::remove(folder.path("old").str());
+    EXPECT_EQ(folder.read("second"), "content");
+    EXPECT_TRUE(inq_absolute_path("/a/./b//../c/") == "/a/c");
+}
+
+TEST(Files, find_references_again_after_the_project_has_moved)
+{
+    const TempFolder folder;
+    makedir(folder.path("before/scene"), 0777, true);
+    folder.write("before/image.png", "");
+    {
+        KIVFile scene(folder.path("before/scene/"));
+        KIVFileReferenceList list;
+        list.add({scene, KIVFile(folder.path("before/image.png")), "Images"}, 3);
+        list.add({scene, KIVFile("relative.png"), "Images"}, 5);
+        scene.set_reference_list_value("Images", &list);
+        EXPECT_TRUE(scene.save_kvd());
+    }
+    std::filesystem::rename(folder.path("before").str(), folder.path("after").str());
+    const KIVFile scene(folder.path("after/scene"));
+    KIVFileReferenceListIter i(scene.inq_reference_list_value("Images"));
+    ASSERT_TRUE(i.ok());
+    EXPECT_EQ(i.inq_tag(), 3);
+    EXPECT_EQ(i.inq_target(), folder.path("after/image.png"));
+    EXPECT_TRUE(i.inq_target().get_user_name() == "image");
+    i.advance();
+    EXPECT_EQ(i.inq_target(), "relative.png");
+    i.advance();
+    EXPECT_FALSE(i.ok());
+    EXPECT_FALSE(KIVFileReferenceListIter(scene.inq_reference_list_value("Levels")).ok());
+}
+
+TEST(CoverSheetDefaults, are_kept_in_the_users_directory)
+{
+    const TempFolder folder;
+    ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    EXPECT_EQ(inq_cover_sheet_defaults(), nullptr);
+    CoverSheetDefaults defaults;
+    defaults.set_credit(CoverSheetDefaults::PAINTER_NAME, "A. Painter");
+    defaults.frame_rate = 25;
+    EXPECT_TRUE(defaults.store_in_central_file());
+    ASSERT_TRUE(inq_cover_sheet_defaults());
+    EXPECT_TRUE(inq_cover_sheet_defaults()->inq_painter_name() == "A. Painter");
+    EXPECT_EQ(inq_cover_sheet_defaults()->frame_rate, 25);
+}
+
+TEST(DatesAndTimes, compare_and_name_files)
+{
+    const KIVDateAndTime now;
+    EXPECT_TRUE(now > KIVDateAndTime(1000, 0));
+    EXPECT_TRUE(KIVDateAndTime(5, 2) > KIVDateAndTime(5, 1));
+    EXPECT_FALSE(KIVDateAndTime(5, 1) > KIVDateAndTime(5, 1));
+    EXPECT_TRUE(KIVDate(9, 3, 2026, 1).inq_date_string(KIV_DATE_FILE_NAME) == "2026-03-09");
+    EXPECT_TRUE(KIVTime(9, 5, 2).inq_time_string(KIV_TIME_FILE_NAME) == "09-05-02");
+    EXPECT_TRUE(KIVTime(0, 5, 2).inq_time_string(KIV_TIME_TWELVE) == "12:05 am");
+}
