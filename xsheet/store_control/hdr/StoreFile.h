@@ -1,0 +1,51 @@
+#pragma once
+
+#include "kivlib/hdr/KIVOStream.h"
+#include "kivlib/hdr/Record.h"
+#include "xsheet/store_control/hdr/XSheetStoreController.h"
+
+#include <memory>
+
+/// A file of the open folder for as long as it is read. Without a stream if anything has failed.
+class LoadFile {
+public:
+    LoadFile(XSheetStoreController& store, const KIVString& name)
+        : store(store), stream(store.is_okay() ? store.open_load_file(name) : nullptr)
+    {}
+    LoadFile(const LoadFile&) = delete;
+    LoadFile& operator=(const LoadFile&) = delete;
+    ~LoadFile()
+    {
+        if (stream)
+            store.close_stream(stream);
+    }
+
+    /// Null if anything has failed.
+    KIVIStream* inq_stream() const { return stream; }
+
+    /// The object in the file, or null if anything has failed.
+    template <class Class> std::unique_ptr<Class> read()
+    {
+        std::unique_ptr<Class> object;
+        if (stream && store.is_okay())
+            RecordReader(*stream).owned(object);
+        return object;
+    }
+
+private:
+    XSheetStoreController& store;
+    gsl::owner<KIVIStream*> stream;
+};
+
+/// Writes `object` as a file of the open folder, unless anything has failed.
+inline void save_object(XSheetStoreController& store, const KIVString& name,
+                        const KIVObject* object)
+{
+    if (!store.is_okay())
+        return;
+    gsl::owner<KIVOStream*> stream = store.open_save_file(name);
+    if (!stream)
+        return;
+    stream->insert_with_class_hdr(object);
+    store.close_stream(stream);
+}

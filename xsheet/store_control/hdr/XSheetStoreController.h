@@ -1,0 +1,96 @@
+#pragma once
+
+#include "kivlib/hdr/KIVLinkedList.h"
+
+/// The one gateway between a scene and the file system. It keeps the folder that is open, opens
+/// streams for files in it, protects what is there while a save runs, and turns the first failure
+/// into one alert and a flag that refuses every further operation until `clear_failed`. It changes
+/// the working directory of the process.
+class XSheetStoreController : public KIVObject {
+public:
+    /// Bits of the mode.
+    enum {
+        SAVE_ALL = 2,        // everything needs saving, whatever its flags
+        LOADING = 4,         // for `KIVScene::load_from_file`
+        DIRTY_FLAGS_LIVE = 8 // objects may set and clear their flags
+    };
+
+    int inq_mode_flags() const { return mode_flags; }
+    void set_mode_flags(int flags) { mode_flags = flags; }
+
+    bool inq_has_failed() const { return failed; }
+    bool is_okay() const { return !failed; }
+
+    /// Raises the flag, and with a message tells the user first. True if this call raised it; if
+    /// it is up already nothing happens.
+    bool set_failed(const KIVString& message);
+    bool set_failed();
+
+    /// True if the flag was up.
+    bool clear_failed();
+
+    /// While enabled, a file is written under its name with "~", and `save_finished` moves it.
+    void set_tilde_saving_enabled(bool enabled) { tilde_saving = enabled; }
+    bool inq_tilde_saving_enabled() const { return tilde_saving; }
+
+    KIVString* inq_current_path() { return &current_path; }
+    KIVString* inq_root_folder() { return &root_folder; }
+
+    /// Makes `path` the root and the working directory. Mode 0: it must be there; mode 1: it is
+    /// made if it is not.
+    bool open_folder(const KIVString& path, int mode);
+    bool close_folder();
+    void reset_current_path();
+    bool inq_folder_exists(const KIVString& path);
+
+    /// Folders are never deleted: false.
+    bool delete_folder(const KIVString& path);
+
+    /// A stream on a file of the open folder, for `close_stream`. Null on failure.
+    gsl::owner<KIVIStream*> open_load_file(const KIVString& name);
+    gsl::owner<KIVOStream*> open_save_file(const KIVString& name);
+
+    /// Deletes `stream`. True if it is there and without error and nothing failed before; all
+    /// else is a failure.
+    bool close_stream(gsl::owner<KIVStream*> stream);
+
+    /// Moves the files of a whole save over their final names, in the order of their writing.
+    void save_finished();
+
+    bool inq_file_exists(const KIVString& name);
+
+    /// Whether `a` was changed later than `b`.
+    bool inq_file_is_newer(const KIVString& a, const KIVString& b);
+
+    /// `to` is replaced.
+    bool rename_file(const KIVString& from, const KIVString& to);
+    bool delete_file(const KIVString& name);
+    bool copy_file(const KIVString& from, const KIVString& to);
+
+    bool update_dirty_flags() const { return (mode_flags & DIRTY_FLAGS_LIVE) != 0; }
+
+    /// Whether an object with these dirty flags is to be saved.
+    bool check_needs_saving_flags(int flags) const;
+
+    /// The dirty flags that an object has after it was saved.
+    int clear_flags_after_save(int flags) const;
+    bool check_disc_space();
+
+private:
+    bool add_folder(const KIVString& path);
+    void set_root_folder(const KIVString& path, int mode);
+    void replace_tilde(KIVString& name);
+    void add_to_tilde_list(const KIVString& name);
+    bool keep_checkpoint(const KIVString& name);
+
+    KIVString root_folder;
+    KIVString current_path;
+    KIVString relative_path{"."};
+    int mode_flags = DIRTY_FLAGS_LIVE;
+    bool failed = false;
+    bool tilde_saving = false;
+    gsl::owner<KIVLinkedList*> tilde_list = nullptr; // of heap strings, each gone once it is moved
+};
+
+/// The controller of the process.
+XSheetStoreController* inq_xs_store_control();
