@@ -1,0 +1,187 @@
+#include "scene/hdr/KIVScene.h"
+
+#include "kivlib/hdr/BaseFileFinder.h"
+#include "kivlib/hdr/KIVDLLUsageList.h"
+#include "kivlib/hdr/KIVDateAndTime.h"
+#include "kivlib/hdr/KIVLinkedList.h"
+#include "kivlib/hdr/entry_point.h"
+#include "kivlib/hdr/file_operations.h"
+#include "scene/hdr/KIVSceneWatcher.h"
+#include "xsheet/store_control/hdr/StoreFile.h"
+
+KIV_STORED_CLASS(KIVScene, -1);
+
+namespace {
+constexpr int IS_DIRTY = 1;
+constexpr int IDLE = XSheetStoreController::DIRTY_FLAGS_LIVE;
+constexpr char CONTENTS[] = "Scene.contents";
+constexpr char DLL_USAGE[] = "DLLUsage";
+constexpr char DRAWING_WINDOW_TAGS[] = "drawing_window_tags";
+} // namespace
+
+gsl::owner<KIVScene*> KIVScene::inq_unsetup_scene()
+{
+    return new KIVScene;
+}
+
+KIVScene::KIVScene()
+{
+    tw_scene_will_create();
+    tw_scene_was_created();
+}
+
+KIVScene::~KIVScene()
+{
+    tw_scene_will_delete();
+    tw_scene_was_deleted();
+}
+
+gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& folder,
+                                               gsl::owner<BaseFileFinder*> finder, bool flag)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    store.clear_failed();
+    store.set_mode_flags(XSheetStoreController::LOADING | IDLE);
+    store.open_folder(folder, 0);
+    set_file_finder(finder);
+    KIVScene* scene = without_exceptions<KIVScene*>(nullptr, [&] { return load(folder, flag); });
+    delete_file_finder();
+    store.set_mode_flags(IDLE);
+    store.clear_failed();
+    return scene;
+}
+
+gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    std::unique_ptr<KIVScene> scene;
+    if (lock_file(folder)) {
+        scene = LoadFile(store, CONTENTS).read<KIVScene>();
+        if (store.clear_failed())
+            scene.reset();
+        unlock_file(folder);
+    }
+    if (!scene)
+        return nullptr;
+    scene->current_file = folder;
+    return scene->load_finished_with_abort(flag) ? nullptr : scene.release();
+}
+
+KIVScene::KIVScene(KIVIStream& stream) : KIVObject(stream)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    tw_scene_will_load(&store);
+    read_parts(store);
+    tw_scene_was_loaded(&store);
+}
+
+void KIVScene::read_parts(XSheetStoreController&) {}
+
+bool KIVScene::load_finished_with_abort(bool)
+{
+    tw_scene_fully_loaded(inq_xs_store_control());
+    return false;
+}
+
+bool KIVScene::save_to_file(const KIVString& folder, bool save_all, bool update_flags,
+                            bool save_as_copy)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    store.set_mode_flags((update_flags ? XSheetStoreController::DIRTY_FLAGS_LIVE : 0) |
+                         (save_all ? XSheetStoreController::SAVE_ALL : 0));
+    store.check_disc_space();
+    store.set_tilde_saving_enabled(true);
+    const bool is_saved = without_exceptions(false, [&] { return save(folder, save_as_copy); });
+    store.set_mode_flags(IDLE);
+    return is_saved;
+}
+
+bool KIVScene::save(const KIVString& folder, bool save_as_copy)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    const bool is_written = !lock_file(folder) || write_files(folder);
+    if (store.clear_failed() || !is_written)
+        return false;
+    if (store.inq_file_exists(DRAWING_WINDOW_TAGS))
+        store.delete_file(DRAWING_WINDOW_TAGS);
+    if (!save_as_copy) {
+        current_file = folder;
+        set_just_saved();
+    }
+    return true;
+}
+
+// Without a stream tilde saving stays on until the next save sets it afresh.
+bool KIVScene::write_files(const KIVString& folder)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    store.open_folder(folder, 1);
+    gsl::owner<KIVOStream*> stream = store.open_save_file(CONTENTS);
+    if (stream) {
+        stream->insert_with_class_hdr(this);
+        store.close_stream(stream);
+        store.save_finished();
+        store.set_tilde_saving_enabled(false);
+    }
+    unlock_file(folder);
+    return stream != nullptr;
+}
+
+void KIVScene::storer(KIVOStream& stream)
+{
+    XSheetStoreController& store = *inq_xs_store_control();
+    if (store.is_okay()) {
+        tw_scene_will_save(&store);
+        KIVObject::storer(stream);
+    }
+    const std::unique_ptr<KIVDLLUsageList> usage(make_dll_usage_list());
+    save_object(store, DLL_USAGE, usage.get());
+    if (store.is_okay())
+        tw_scene_was_saved(&store);
+}
+
+gsl::owner<KIVDLLUsageList*> KIVScene::make_dll_usage_list() const
+{
+    return new KIVDLLUsageList;
+}
+
+bool KIVScene::lock_file(const KIVString&)
+{
+    return true;
+}
+
+bool KIVScene::unlock_file(const KIVString&)
+{
+    return true;
+}
+
+void KIVScene::set_needs_saving()
+{
+    if (inq_xs_store_control()->update_dirty_flags())
+        scene_flags |= IS_DIRTY;
+}
+
+bool KIVScene::inq_needs_saving()
+{
+    return inq_xs_store_control()->check_needs_saving_flags(scene_flags) ||
+           inq_tw_scene_needs_saved();
+}
+
+void KIVScene::set_just_saved()
+{
+    scene_flags = inq_xs_store_control()->clear_flags_after_save(scene_flags);
+}
+
+const KIVString& KIVScene::inq_scratch_file() const
+{
+    static KIVString scratch_file;
+    std::string name = current_file.get_file().str();
+    if (name.empty())
+        name = "unnamed.scene";
+    std::replace(name.begin(), name.end(), ' ', '_');
+    const KIVDateAndTime now;
+    scratch_file = inq_kiv_scratch_directory();
+    scratch_file.append_path(now.inq_date().inq_date_string(KIV_DATE_FILE_NAME) + "+" +
+                             now.inq_time().inq_time_string(KIV_TIME_FILE_NAME) + "+" + name);
+    return scratch_file;
+}
