@@ -1,26 +1,27 @@
 #pragma once
 
+#include "kivlib/hdr/KIVString.h"
 #include "kivlib/hdr/StoredClass.h"
 
-/// Base of the records that bind a data type to a node class.
+/// A type of processing that a module attaches to a node class from outside.
 class CNodeGenericOp : public KIVObject {
     KIV_STORED_ABSTRACT(CNodeGenericOp, KIVObject);
 
 public:
-    void storer(KIVOStream& stream) override;
-
-    const KIVString& inq_node_type() const { return node_type; }
-    int inq_data_type() const { return data_type; }
-
-protected:
     CNodeGenericOp(const KIVString& node_type, int data_type)
         : node_type(node_type), data_type(data_type)
     {}
     explicit CNodeGenericOp(KIVIStream& stream);
 
+    void storer(KIVOStream& stream) override;
+
+    /// The class name of the node it serves.
+    const KIVString& inq_node_type() const { return node_type; }
+    int inq_data_type() const { return data_type; }
+
 private:
     template <class Record> void record(Record& r);
 
     KIVString node_type;
-    int data_type = 0;
+    int data_type;
 };
