@@ -61,7 +61,7 @@ public:
 
     /// The same where chains of such links may be as long as the scene is large. What the field
     /// points at may not even be under construction yet.
-    template <class T> void far_link(T*& field) { link(field); }
+    template <class T> void far_link(T*& field, FormatVersions in = always()) { link(field, in); }
 
     /// Fields that stood in old files and have no use today.
     void dropped_int(FormatVersions in)
@@ -130,7 +130,11 @@ public:
             stream.insert_with_class_hdr(field);
     }
 
-    template <class T> void far_link(T* field) { stream.insert_link(field); }
+    template <class T> void far_link(T* field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_link(field);
+    }
 
     void dropped_int(FormatVersions) {}
     template <class T> void dropped_link(FormatVersions) {}
