@@ -63,6 +63,9 @@ public:
     /// points at may not even be under construction yet.
     template <class T> void far_link(T*& field, FormatVersions in = always()) { link(field, in); }
 
+    /// The same for a link to the owner of this object, which may be met first through this link.
+    template <class T> void back_link(T*& field) { link(field); }
+
     /// Fields that stood in old files and have no use today.
     void dropped_int(FormatVersions in)
     {
@@ -130,11 +133,16 @@ public:
             stream.insert_with_class_hdr(field);
     }
 
+<<<<<<< HEAD
     template <class T> void far_link(T* field, FormatVersions in = always())
     {
         if (in.hold_today())
             stream.insert_link(field);
     }
+=======
+    template <class T> void far_link(T* field) { stream.insert_link(field); }
+    template <class T> void back_link(T* field) { stream.insert_back_link(field); }
+>>>>>>> sheet
 
     void dropped_int(FormatVersions) {}
     template <class T> void dropped_link(FormatVersions) {}
