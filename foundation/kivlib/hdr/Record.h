@@ -133,16 +133,12 @@ public:
             stream.insert_with_class_hdr(field);
     }
 
-<<<<<<< HEAD
     template <class T> void far_link(T* field, FormatVersions in = always())
     {
         if (in.hold_today())
             stream.insert_link(field);
     }
-=======
-    template <class T> void far_link(T* field) { stream.insert_link(field); }
     template <class T> void back_link(T* field) { stream.insert_back_link(field); }
->>>>>>> sheet
 
     void dropped_int(FormatVersions) {}
     template <class T> void dropped_link(FormatVersions) {}
