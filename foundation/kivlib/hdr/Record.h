@@ -63,6 +63,9 @@ public:
     /// points at may not even be under construction yet.
     template <class T> void far_link(T*& field) { link(field); }
 
+    /// The same for a link to the owner of this object, which may be met first through this link.
+    template <class T> void back_link(T*& field) { link(field); }
+
     /// Fields that stood in old files and have no use today.
     void dropped_int(FormatVersions in)
     {
@@ -131,6 +134,7 @@ public:
     }
 
     template <class T> void far_link(T* field) { stream.insert_link(field); }
+    template <class T> void back_link(T* field) { stream.insert_back_link(field); }
 
     void dropped_int(FormatVersions) {}
     template <class T> void dropped_link(FormatVersions) {}
