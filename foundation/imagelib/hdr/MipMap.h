@@ -51,7 +51,7 @@ protected:
 
     void set_size(int width, int height, double x_dpi, double y_dpi);
     void set_unusable(const KIVString& reason);
-    void drop_pixels() { levels.clear(); }
+    void drop_pixels();
     std::size_t inq_bytes() const;
 
     /// Pixels have been made.
