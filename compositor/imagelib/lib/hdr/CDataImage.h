@@ -5,6 +5,7 @@ class MipMap;
 class RenderableImage;
 
 #include "compositor/affine/lib/hdr/CDataRender.h"
+#include "compositor/lib/hdr/DataType.h"
 #include "imagelib/hdr/KIVPixmap.h"
 
 #include <memory>
@@ -22,6 +23,9 @@ public:
     static CDataDescriptor* inq_desc_s();
     static constexpr int inq_type_s() { return IMAGE_TYPE; }
     static CData* new_data_s();
+
+    /// `data` if it is an image, else null.
+    static CDataImage* from(CData* data);
 
     CDataDescriptor* inq_desc() const override;
     int inq_type() const override;
@@ -70,8 +74,9 @@ protected:
 
 private:
     bool is_high_quality() const { return inq_render_quality() == 0; }
-    bool inq_any_did_composite(const CNodeOpArray& inputs) const;
-    KIVPixmap* set_new_pixmap(PixType type);
+    static bool inq_any_did_composite(const CNodeOpArray& inputs);
+    KIVPixmap* place_pixmap();
+    KIVPixmap* make_empty_layer();
 
     std::unique_ptr<KIVPixmap> pixmap;
     bool did_composite = false; // drawn into a shared target further up

@@ -16,6 +16,7 @@ public:
 
 private:
     void init();
+    void add_screen_base();
     void init_generic();
 
     inline static CNodeRasterImageLoadDelegate* m_delegate = nullptr; // not owned

@@ -54,6 +54,7 @@ private:
 
     void init_column(const KIVStringSet& files);
     void make_keys_for_assets(const KIVStringSet& files, CNodeGraph* graph);
+    void make_key(int frame, const KIVString& file);
     void set_sub_column_refs();
     RasterSeqCellData* inq_cell_data(int frame) const;
 

@@ -5,6 +5,8 @@
 #include "kivlib/hdr/Vector.h"
 
 class BoundingBox;
+class KIVRectangle;
+class Matrix44;
 
 /// Draws the image of a frame where the transforms above have put it, resampled once.
 class CNodeRasterImageOp : public CNodeOp {
@@ -22,9 +24,12 @@ public:
 
 private:
     /// In node space; empty without a usable image.
-    BoundingBox inq_image_bounds() const;
+    BoundingBox inq_image_bounds(int bits) const;
+    void place_corners(const KIVRectangle& bounds, const Matrix44& to_view);
 
-    Vector2 corners[4]; // in view space: top left, top right, bottom right, bottom left
-    int mipmap_id = -1; // -1: no image shows
+    static constexpr int N_CORNERS = 4;
+
+    Vector2 corners[N_CORNERS]; // in view space: top left, top right, bottom right, bottom left
+    int mipmap_id = -1;         // -1: no image shows
     KIVString filename;
 };
