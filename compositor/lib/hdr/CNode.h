@@ -208,12 +208,14 @@ public:
     void update_and_propogate_inchoate_flag(BoundingBox* box);
 
 private:
+    friend class GraphClaims;
     friend class NodeWalk;
 
     template <class Record> void record(Record& r);
     bool inq_flag(int flag) const { return (flags & flag) != 0; }
     void set_flag(int flag, bool on) { flags = on ? flags | flag : flags & ~flag; }
     bool should_be_inchoate() const;
+    void lay_out_channels();
 
     bool is_disabled = false;
     bool is_temp_disabled = false;

@@ -58,8 +58,7 @@ public:
     void remove_generic(const CNodeGenericOpDescriptor* generic);
 
 private:
-    template <class Record> void record(Record& r);
-    template <class Record> void record_types(Record& r);
+    void read_types(KIVIStream& stream);
 
     KIVString user_type_name;
     int catagory_type = 0;
@@ -71,5 +70,5 @@ private:
     const int* output_types = nullptr;
     NewNodeFunction new_node_fn = nullptr;
     std::unique_ptr<KIVLinkedList> generics; // refers
-    std::vector<int> read_types;             // the lists of a descriptor from a stream
+    std::vector<int> read_lists;             // the types of a descriptor from a stream
 };

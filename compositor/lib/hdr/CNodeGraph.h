@@ -118,6 +118,8 @@ public:
 private:
     enum class TypeLists { STORED, DROPPED };
 
+    template <class Record> void record(Record& r);
+
     /// Whether the data types fit, with one more connection if two channels are given.
     bool run_type_checker(TypeLists lists, CNodeChannel* output = nullptr,
                           CNodeChannel* input = nullptr);

@@ -61,7 +61,7 @@ public:
 
     /// The same where chains of such links may be as long as the scene is large. What the field
     /// points at may not even be under construction yet.
-    template <class T> void far_link(T*& field) { link(field); }
+    template <class T> void far_link(T*& field, FormatVersions in = always()) { link(field, in); }
 
     /// The same for a link to the owner of this object, which may be met first through this link.
     template <class T> void back_link(T*& field) { link(field); }
@@ -133,7 +133,11 @@ public:
             stream.insert_with_class_hdr(field);
     }
 
-    template <class T> void far_link(T* field) { stream.insert_link(field); }
+    template <class T> void far_link(T* field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_link(field);
+    }
     template <class T> void back_link(T* field) { stream.insert_back_link(field); }
 
     void dropped_int(FormatVersions) {}
