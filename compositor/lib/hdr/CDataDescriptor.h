@@ -51,8 +51,8 @@ public:
 
     /// The operator of the pass called `name` on an input or output channel of any type, or null;
     /// the caller deletes it.
-    gsl::owner<DAGOpChannelOut*> inq_td_dag_op(const KIVString& name, DAGOpChannel* channel);
-    gsl::owner<DAGOpChannelIn*> inq_bu_dag_op(const KIVString& name, DAGOpChannel* channel);
+    static gsl::owner<DAGOpChannelOut*> inq_td_dag_op(const KIVString& name, DAGOpChannel* channel);
+    static gsl::owner<DAGOpChannelIn*> inq_bu_dag_op(const KIVString& name, DAGOpChannel* channel);
 
 private:
     const char* data_class_name;

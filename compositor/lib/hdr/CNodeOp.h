@@ -1,5 +1,9 @@
 #pragma once
 
+#include "kivlib/hdr/KIVString.h"
+
+#include <memory>
+
 class AbortPanel;
 class CData;
 class CDataConvertor;
@@ -8,10 +12,6 @@ class CNodeOpArray;
 class CNodeOpArraySet;
 class GraphExec;
 class KIVError;
-
-#include "kivlib/hdr/KIVString.h"
-
-#include <memory>
 
 /// What an op does in this run: compute, hand on its first input, or hand on all its inputs since
 /// nothing of it is wanted.
@@ -116,8 +116,9 @@ private:
     bool inq_input_types_same_as_output() const;
     int inq_n_passed_inputs() const;
     CData* inq_first_input_data() const;
-    CData* inq_composite_output_of_consumer(int type);
-    bool inq_consumer_lets_through() const;
+    bool inq_lets_through(const CNodeOp* known);
+    bool inq_all_direct_composite_but(const CNodeOp* known);
+    void hand_request_on();
 
     CNode* node; // not owned
     KIVString node_name;

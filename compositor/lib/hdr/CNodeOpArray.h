@@ -1,15 +1,15 @@
 #pragma once
 
+#include "kivlib/hdr/IntArray.h"
+
+#include <memory>
+#include <vector>
+
 class AbortPanel;
 class CData;
 class CNodeOp;
 class CNodeOpArraySet;
 class GraphExec;
-
-#include "kivlib/hdr/IntArray.h"
-
-#include <memory>
-#include <vector>
 
 /// The ops that feed one input channel, one for each connection, in compositing order. With more
 /// than one, their data are merged in data of the array's own.

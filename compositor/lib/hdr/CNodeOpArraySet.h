@@ -1,14 +1,14 @@
 #pragma once
 
-class AbortPanel;
-class CData;
-class CNodeOp;
-class CNodeOpArray;
-
 #include "kivlib/hdr/KIVObject.h"
 
 #include <memory>
 #include <vector>
+
+class AbortPanel;
+class CData;
+class CNodeOp;
+class CNodeOpArray;
 
 /// The inputs of an op: an array of ops for each input channel.
 class CNodeOpArraySet : public KIVObject {

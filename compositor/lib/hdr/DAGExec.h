@@ -1,5 +1,10 @@
 #pragma once
 
+#include "compositor/lib/hdr/DAGOpGraph.h"
+#include "kivlib/hdr/KIVString.h"
+
+#include <memory>
+
 class CNodeGraph;
 class DAGExecReporter;
 class DAGOpBottomUp;
@@ -7,11 +12,6 @@ class DAGOpTopDown;
 class FlatTypeChecker;
 class KIVError;
 class KIVLinkedList;
-
-#include "compositor/lib/hdr/DAGOpGraph.h"
-#include "kivlib/hdr/KIVString.h"
-
-#include <memory>
 
 /// One run of a named pass over a private mirror of the graph: construct, propose connections to
 /// `inq_graph()`, `init`, `execute`.
@@ -48,8 +48,10 @@ public:
 private:
     bool inq_is_bottom_up() const { return bu_default != nullptr; }
     bool inq_is_flat_check() const;
+    void set_ops();
     void set_ops_of(DAGOpNode& node);
-    void execute_at(DAGOpNode& node);
+    void execute_upwards(DAGOpNode& node);
+    void execute_downwards(DAGOpNode& node);
 
     CNodeGraph* c_graph; // not owned
     std::unique_ptr<DAGOpGraph> graph;

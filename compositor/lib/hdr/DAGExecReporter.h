@@ -1,8 +1,8 @@
 #pragma once
 
-class KIVError;
-
 #include "kivlib/hdr/KIVObject.h"
+
+class KIVError;
 
 /// Hears of the errors of a pass.
 class DAGExecReporter : public KIVObject {

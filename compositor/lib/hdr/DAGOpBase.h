@@ -1,10 +1,10 @@
 #pragma once
 
+#include "kivlib/hdr/KIVObject.h"
+
 class DAGExec;
 class DAGOpNode;
 class KIVError;
-
-#include "kivlib/hdr/KIVObject.h"
 
 /// What a pass over the graph does at one node.
 class DAGOpBase : public KIVObject {

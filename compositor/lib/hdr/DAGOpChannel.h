@@ -1,5 +1,11 @@
 #pragma once
 
+#include "compositor/lib/hdr/DAGOpSlot.h"
+#include "kivlib/hdr/KIVLinkedList.h"
+
+#include <memory>
+#include <vector>
+
 class CNodeChannel;
 class DAGExec;
 class DAGOpChannel;
@@ -8,12 +14,6 @@ class DAGOpConnection;
 class DAGOpNode;
 class KIVError;
 class KIVString;
-
-#include "compositor/lib/hdr/DAGOpSlot.h"
-#include "kivlib/hdr/KIVLinkedList.h"
-
-#include <memory>
-#include <vector>
 
 /// What a pass from the leaves to the root does at one input channel, before its node's turn.
 class DAGOpChannelIn : public KIVObject {

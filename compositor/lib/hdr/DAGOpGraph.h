@@ -1,5 +1,12 @@
 #pragma once
 
+#include "kivlib/hdr/Dictionary.h"
+#include "kivlib/hdr/KIVLinkedList.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
 class CNode;
 class CNodeChannel;
 class CNodeConnection;
@@ -8,11 +15,6 @@ class DAGOpChannel;
 class DAGOpConnection;
 class DAGOpNode;
 class FlatGraph;
-
-#include "kivlib/hdr/Dictionary.h"
-#include "kivlib/hdr/KIVLinkedList.h"
-
-#include <memory>
 
 /// A private mirror of a node graph as it stood when this was made. It can hold connections that
 /// the real graph does not have, and lack others. The mirrored nodes are made when they are first
@@ -50,9 +52,11 @@ public:
     /// The flat form; null once the mirrored nodes stand.
     FlatGraph* inq_flat() const { return flat.get(); }
 
+    /// What is to be done when the flat form gives way to mirrored nodes.
+    void set_when_built(std::function<void()> then) { when_built = std::move(then); }
+
 private:
     void build_graph();
-    void connect_flat();
     DAGOpChannel* find_output(CNodeChannel* real);
     DAGOpChannel* find_input(CNodeChannel* real);
 
@@ -61,4 +65,5 @@ private:
     CNodeGraph* c_graph;            // not owned
     std::unique_ptr<Dictionary> node_map;
     std::unique_ptr<FlatGraph> flat;
+    std::function<void()> when_built;
 };

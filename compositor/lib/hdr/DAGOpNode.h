@@ -1,12 +1,12 @@
 #pragma once
 
+#include "compositor/lib/hdr/DAGOpBase.h"
+#include "compositor/lib/hdr/DAGOpChannel.h"
+
 class CNode;
 class DAGExec;
 class DAGOpGraph;
 class KIVString;
-
-#include "compositor/lib/hdr/DAGOpBase.h"
-#include "compositor/lib/hdr/DAGOpChannel.h"
 
 /// The mirror of one node, with the operators of the pass.
 class DAGOpNode : public KIVObject {
@@ -19,8 +19,8 @@ public:
     DAGOpNode(DAGOpGraph* graph, CNode* c_node);
 
     virtual void init();
-    virtual int inq_n_vis_input_channels();
-    virtual int inq_n_vis_output_channels();
+    virtual int inq_n_vis_input_channels() const;
+    virtual int inq_n_vis_output_channels() const;
     virtual void add_to_graph(DAGOpGraph* graph);
     virtual void remove_from_graph();
 

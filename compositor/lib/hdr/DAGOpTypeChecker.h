@@ -1,8 +1,10 @@
 #pragma once
 
-class cdata_tDArray;
-
 #include "compositor/lib/hdr/DAGOpBase.h"
+
+#include <memory>
+
+class cdata_tDArray;
 
 /// Checks an ordinary node: each input must carry the channel's data type or one that converts to
 /// it. Each output then carries its own channel's type alone.
@@ -37,7 +39,7 @@ public:
     void set_all_outputs(cdata_tDArray* types, bool owned);
 
 private:
-    gsl::owner<cdata_tDArray*> intersect_inputs(bool with_conversions) const;
+    std::unique_ptr<cdata_tDArray> intersect_inputs(bool with_conversions) const;
 
     bool generic;
 };

@@ -1,8 +1,8 @@
 #pragma once
 
-class cdata_tDArray;
-
 #include "compositor/lib/hdr/DAGOpChannel.h"
+
+class cdata_tDArray;
 
 /// Finds the data types that the connections of one input channel can be composited in.
 class DAGOpTypeCompositor : public DAGOpChannelIn {
@@ -16,6 +16,7 @@ public:
     static void remove_non_compositable_types(cdata_tDArray* types);
 
 private:
-    gsl::owner<cdata_tDArray*> intersect_inputs(bool with_conversions) const;
+    std::unique_ptr<cdata_tDArray> intersect_inputs(bool with_conversions) const;
+    std::unique_ptr<cdata_tDArray> composite_converted();
     bool inq_can_connect_multiple_inputs() const;
 };

@@ -1,19 +1,16 @@
 #pragma once
 
-class AbortPanel;
-class CData;
-class CNode;
-class CNodeChannel;
-class CNodeOp;
-class CNodeOpArray;
-class GraphExecReporter;
-class KIVError;
-
 #include "kivlib/hdr/KIVLinkedList.h"
 
 #include <memory>
-#include <optional>
 #include <vector>
+
+class AbortPanel;
+class CData;
+class CNode;
+class CNodeOp;
+class GraphExecReporter;
+class KIVError;
 
 /// Evaluates a graph from one output channel, frame after frame: set the request on
 /// `inq_root_data()`, then `setup_data`, then `generate_data`. The graph is read once, at
@@ -71,10 +68,12 @@ public:
     void set_needs_reorder(bool needs) { needs_reorder = needs; }
 
 private:
-    struct Builder;
     struct Visit;
 
     bool inq_reports_status() const { return reporters && !is_interactive; }
+    void reset_data(CNodeOp& op);
+    void bring_immediate_data(AbortPanel* panel);
+    void bring_generated_data(AbortPanel* panel);
     void reorder_graph();
     void rec_do_request(CNodeOp* op, AbortPanel* panel);
     void rec_do_immediate(CNodeOp* op, AbortPanel* panel);

@@ -1,8 +1,8 @@
 #pragma once
 
-class KIVError;
-
 #include "kivlib/hdr/KIVObject.h"
+
+class KIVError;
 
 /// Hears of the errors and the progress of an evaluation. Each reporter gets a copy of its own.
 class GraphExecReporter : public KIVObject {

@@ -461,7 +461,8 @@ gsl::owner<KIVLinkedList*> CNode::inq_descendent_conns() const
     walk_beyond(this, Neighbours::children_of, [&](CNode* node) {
         if (!walk.enter(node))
             return false; // its connections are there, and those of all that feeds it
-        for (KIVObject* connection : node->inq_out_connections_list().of<KIVObject>())
+        const KIVLinkedList outgoing = node->inq_out_connections_list();
+        for (KIVObject* connection : outgoing.of<KIVObject>())
             found->add(connection);
         return true;
     });

@@ -134,7 +134,8 @@ void CNodeDescriptor::add_generic(CNodeGenericOpDescriptor* generic)
     if (!generics)
         generics = std::make_unique<KIVLinkedList>(false);
     for (const auto* known : generics->of<CNodeGenericOpDescriptor>())
-        if (known->inq_name() == generic->inq_name())
+        if (known->inq_name() == generic->inq_name() &&
+            known->inq_data_type() == generic->inq_data_type())
             return; // the module of one that came in with a file has been loaded
     generics->add(generic);
 }
