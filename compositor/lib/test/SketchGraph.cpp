@@ -25,11 +25,13 @@ CNodeDescriptor* generic_descriptor_for(int n_inputs, const std::vector<int>& ty
     for (const int type : types)
         family += "_" + std::to_string(type);
     CNodeDescriptor* descriptor = descriptor_for(n_inputs, WILDCARD_TYPE, family);
-    if (!descriptor->inq_generic_descriptors())
-        for (const int type : types)
-            descriptor->add_generic(
-                new CNodeGenericOpDescriptor("SketchGenericOp", "CNodeGenericOp", nullptr, -1,
-                                             nullptr, "NoSketchNode", type, nullptr));
+    if (descriptor->inq_generic_descriptors())
+        return descriptor;
+    for (const int type : types) {
+        const std::string name = family + "_op_" + std::to_string(type);
+        descriptor->add_generic(new CNodeGenericOpDescriptor(
+            name.c_str(), "CNodeGenericOp", nullptr, -1, nullptr, "NoSketchNode", type, nullptr));
+    }
     return descriptor;
 }
 } // namespace
