@@ -28,6 +28,14 @@ public:
         }
     }
 
+    /// A number that stands in the file as another type than in memory.
+    template <class Stored, class T> void value_as(T& field)
+    {
+        Stored stored{};
+        value(stored);
+        field = static_cast<T>(stored);
+    }
+
     /// A value object without class header.
     template <class T>
     void embedded(T& field, FormatVersions in = always(), const T& otherwise = T())
@@ -107,6 +115,11 @@ public:
             stream << static_cast<int>(field);
         else
             stream << field;
+    }
+
+    template <class Stored, class T> void value_as(const T& field)
+    {
+        value(static_cast<Stored>(field));
     }
 
     template <class T> void embedded(const T& field, FormatVersions in = always(), const T& = T())

@@ -45,9 +45,9 @@ private:
     using Cells = std::vector<BaseCell*>;
 
     BaseCell* search_from(BaseCell* start, int number) const;
-    BaseCell* search_whole(int number) const;
+    Cells::const_iterator find_behind(int number) const;
     Cells::const_iterator find_place(const BaseCell* cell) const;
-    void insert_behind(BaseCell* before, BaseCell* cell);
+    void insert(Cells::const_iterator place, BaseCell* cell);
 
     Cells cells; // owned; `next` and `prev` of each cell tell the same order
     BaseCell* cursor = nullptr;

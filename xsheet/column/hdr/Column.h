@@ -95,6 +95,7 @@ public:
 private:
     template <class Record> void record(Record& r);
     void read_sub_columns(KIVIStream& stream);
+    int find_in_headers(const KIVString& text, int frame, int flags);
     KIVLinkedList::Objects<SubColumn> members() const { return sub_columns.of<SubColumn>(); }
 
     int next_sub_col_label = 1;

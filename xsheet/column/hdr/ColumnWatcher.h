@@ -5,6 +5,8 @@ class Column;
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "xsheet/column/hdr/SubColumnWatcher.h"
 
+#include <functional>
+
 /// Watches a column and, if asked to, each sub-column in it through a watcher of its own, which it
 /// deletes. What changes in a member has changed in the column.
 class ColumnWatcher : public SubColumnWatcher {
@@ -38,11 +40,11 @@ public:
     static ColumnWatcher* as_column_watcher(SubColumnWatcher* watcher);
 
 protected:
-    Column* inq_watched_column() const;
+    void for_each_member(const std::function<void(SubColumn*)>& function) const;
 
     /// The member's watcher with the label of this. A new one is `is_new`.
     SubColumnWatcher* find_or_create_watcher(SubColumn* member, bool& is_new);
-    void remove_watcher_of(SubColumn* member, SubColumnWatcher* watcher);
+    void remove_watcher_of(SubColumn* member, gsl::owner<SubColumnWatcher*> watcher);
 
     KIVLinkedList sub_column_watchers{false}; // owned, and deleted by the destructor
     bool watch_sub_columns = false;

@@ -34,7 +34,7 @@ public:
     /// Bits of the display flags.
     enum : unsigned { HIDDEN = 1, COLLAPSED = 2 };
 
-    SubColumn() = default;
+    SubColumn();
 
     /// The copy has its own keys and header, and lies in no column.
     SubColumn(const SubColumn& other, bool = true);

@@ -18,6 +18,9 @@ public:
     bool inq_is_generic() const override { return true; }
 
 protected:
+    /// Before version 95 some of these nodes stored numbers that have no use today.
+    static void drop_old_numbers(KIVIStream& stream, int count);
+
     /// Adds a sub-column that gets its label here.
     void add_labelled(unsigned long label, gsl::owner<SubColumn*> sub_column,
                       const KIVString& name);
@@ -27,14 +30,13 @@ protected:
     MoveColumn* find_move(unsigned long label) const;
 
     /// An element of a numeric column at a frame; `otherwise` without the column.
-    static double inq_value(const NumericSubColumn* column, int frame, double otherwise,
-                            int element = 0);
+    static double inq_value(NumericSubColumn* column, int frame, double otherwise, int element = 0);
 
     /// The same for an angle: the column counts degrees.
-    static double inq_radians(const NumericSubColumn* angle, int frame);
+    static double inq_radians(NumericSubColumn* angle, int frame);
 
     /// The place that a move column gives for a frame; the origin without the column.
-    static Vector2 inq_place(const MoveColumn* column, int frame);
+    static Vector2 inq_place(MoveColumn* column, int frame);
 
     enum class OldPosition { X_AND_Y, ONE_COLUMN };
 

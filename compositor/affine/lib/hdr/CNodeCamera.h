@@ -19,7 +19,6 @@ public:
     CNodeCamera();
     explicit CNodeCamera(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     bool load_finished_with_abort() override;
     Matrix44 inq_node_transform(int frame) const override;
     bool inq_is_camera() const override { return true; }
@@ -40,7 +39,4 @@ public:
     /// A width too small to be one is reported, and the nominal width is taken.
     double inq_camera_width(int frame) const;
     double inq_camera_scale(int frame) const;
-
-private:
-    template <class Record> void record(Record& r);
 };

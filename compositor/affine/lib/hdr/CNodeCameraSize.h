@@ -11,11 +11,7 @@ public:
     CNodeCameraSize();
     explicit CNodeCameraSize(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     Matrix44 inq_node_transform(int frame) const override;
 
     NumericSubColumn* inq_width_subcolumn() const { return find_numeric(1); }
-
-private:
-    template <class Record> void record(Record& r);
 };

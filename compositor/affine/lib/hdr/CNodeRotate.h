@@ -11,7 +11,6 @@ public:
     CNodeRotate();
     explicit CNodeRotate(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     Matrix44 inq_node_transform(int frame) const override;
 
     NumericSubColumn* inq_angle_subcolumn() const { return find_numeric(1); }
@@ -19,7 +18,4 @@ public:
     /// In radians.
     double inq_angle(int frame) const;
     Vector2 inq_centre(int) const { return {0.0, 0.0}; }
-
-private:
-    template <class Record> void record(Record& r);
 };

@@ -11,12 +11,8 @@ public:
     CNodeScale();
     explicit CNodeScale(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     Matrix44 inq_node_transform(int frame) const override;
 
     NumericSubColumn* inq_scale_subcolumn() const { return find_numeric(1); }
     double inq_scale(int frame) const;
-
-private:
-    template <class Record> void record(Record& r);
 };

@@ -15,7 +15,6 @@ public:
     CNodeTranslate();
     explicit CNodeTranslate(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     bool load_finished_with_abort() override;
     Matrix44 inq_node_transform(int frame) const override;
 
@@ -29,7 +28,4 @@ protected:
 
     /// Without sub-columns: a subclass adds its own.
     explicit CNodeTranslate(constructor_t) {}
-
-private:
-    template <class Record> void record(Record& r);
 };

@@ -11,14 +11,10 @@ public:
     CNodeXYScale();
     explicit CNodeXYScale(KIVIStream& stream);
 
-    void storer(KIVOStream& stream) override;
     Matrix44 inq_node_transform(int frame) const override;
 
     NumericSubColumn* inq_x_scale_subcolumn() const { return find_numeric(1); }
     NumericSubColumn* inq_y_scale_subcolumn() const { return find_numeric(2); }
     double inq_x_scale(int frame) const;
     double inq_y_scale(int frame) const;
-
-private:
-    template <class Record> void record(Record& r);
 };

@@ -1,0 +1,3 @@
+#include "xsheet/node/hdr/SubColPrefs.h"
+
+KIV_STORED_CLASS(SubColPrefs, -1);
