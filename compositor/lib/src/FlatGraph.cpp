@@ -59,34 +59,29 @@ void FlatGraph::connect_outputs(int number)
     }
 }
 
-/// The map is less than half full, and a node stands at the first free slot from its hash on.
+/// The map is at most half full, and a node stands at the first free place from its hash on.
 void FlatGraph::make_map()
 {
-    map.assign(std::bit_ceil(2 * nodes.size() + 1), -1);
-    for (const int number : order) {
-        std::size_t slot = hash_slot(inq_node(number).real);
-        while (map[slot] >= 0)
-            slot = (slot + 1) % map.size();
-        map[slot] = number;
-    }
+    map_bits = static_cast<int>(std::bit_width(2 * nodes.size() + 1));
+    map.assign(std::size_t{1} << map_bits, Place{});
+    for (const int number : order)
+        map[find_place(inq_node(number).real)] = {inq_node(number).real, number};
 }
 
-std::size_t FlatGraph::hash_slot(const CNode* real) const
+std::size_t FlatGraph::find_place(const CNode* real) const
 {
     constexpr std::uint64_t golden_ratio = 0x9E3779B97F4A7C15U;
-    constexpr int used_bits = 32;
-    const std::uint64_t mixed = reinterpret_cast<std::uintptr_t>(real) * golden_ratio;
-    return (mixed >> used_bits) % map.size();
+    constexpr int n_bits = 64;
+    std::size_t place =
+        (reinterpret_cast<std::uintptr_t>(real) * golden_ratio) >> (n_bits - map_bits);
+    while (map[place].real && map[place].real != real)
+        place = (place + 1) & (map.size() - 1);
+    return place;
 }
 
 int FlatGraph::find_number(const CNode* real) const
 {
-    if (map.empty())
-        return -1;
-    std::size_t slot = hash_slot(real);
-    while (map[slot] >= 0 && inq_node(map[slot]).real != real)
-        slot = (slot + 1) % map.size();
-    return map[slot];
+    return map.empty() ? -1 : map[find_place(real)].number;
 }
 
 bool FlatGraph::find_output(CNodeChannel* channel, Connection& ends) const

@@ -72,13 +72,17 @@ public:
 
 private:
     class Sorting;
+    struct Place {
+        const CNode* real = nullptr; // null where the place is free
+        int number = -1;
+    };
 
     void add_node(CNode* real);
     void connect_outputs(int number);
     int find_number(const CNode* real) const;
     bool find_output(CNodeChannel* channel, Connection& ends) const;
     bool find_input(CNodeChannel* channel, Connection& ends) const;
-    std::size_t hash_slot(const CNode* real) const;
+    std::size_t find_place(const CNode* real) const;
     void make_map();
     std::span<const Connection> inq_feeds_of(const Node& node) const;
 
@@ -87,7 +91,8 @@ private:
     std::vector<Connection> connections;
     std::vector<Connection> feeds; // by input channel
     std::vector<int> first_feed;   // of each input channel, and one more; empty until gathered
-    std::vector<int> map;          // numbers of nodes by hash, -1 where free
+    std::vector<Place> map;        // by hash
+    int map_bits = 0;
     int n_inputs = 0;
     int n_outputs = 0;
     std::vector<const cdata_tDArray*> input_types;  // not owned
