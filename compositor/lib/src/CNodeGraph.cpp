@@ -417,9 +417,9 @@ void CNodeGraph::notify_chan_selection_changed(bool has_changed)
 void CNodeGraph::notify_number_of_nodes_changed()
 {
     const KIVLinkedList told(*watchers);
-    for (CNodeGraphWatcher* watcher : told.of<CNodeGraphWatcher>())
+    for (KIVObject* watcher : told.of<KIVObject>())
         if (watchers->find(watcher)) // another may have taken it away
-            watcher->number_of_nodes_changed();
+            static_cast<CNodeGraphWatcher*>(watcher)->number_of_nodes_changed();
 }
 
 void CNodeGraph::selection_changed()
@@ -489,8 +489,10 @@ void CNodeGraph::delete_all_connections()
 /// Guarded against a list that does not get shorter.
 void CNodeGraph::empty_channel(CNodeChannel& channel)
 {
-    const CNodeConnection* previous = nullptr;
-    for (int round = 0; CNodeConnection* head = channel.find_connection_at(0); ++round) {
+    const KIVObject* previous = nullptr; // gone by the time it is compared
+    const KIVLinkedList& connections = *channel.inq_connections_list();
+    for (int round = 0; !connections.inq_is_empty(); ++round) {
+        KIVObject* head = connections.inq_first_link()->value();
         if (head == previous) {
             report_here() << "Program error (repeated value).\n";
             return;
@@ -499,7 +501,7 @@ void CNodeGraph::empty_channel(CNodeChannel& channel)
             report_here() << "Program error (timeout).\n";
             return;
         }
-        delete_connection_from_destructor(head);
+        delete_connection_from_destructor(static_cast<CNodeConnection*>(head));
         previous = head;
     }
 }

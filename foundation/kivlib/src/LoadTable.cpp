@@ -39,7 +39,6 @@ bool LoadTable::add_awaited(const StoredType* type, KIVObject*& place)
     void* memory = ::operator new(type->size, std::nothrow);
     if (!memory)
         return false;
-    std::memset(memory, 0, type->size); // whoever asks about it too early finds no number there
     place = static_cast<KIVObject*>(memory);
     entries.push_back({place, type, false, true});
     awaited.insert(memory);
