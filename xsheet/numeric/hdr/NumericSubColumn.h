@@ -95,6 +95,8 @@ protected:
 
     /// Takes the unit and the precision of a kind of column from the settings.
     void init_units(const char* unit_key, KIVUnitType unit, const char* precision_key);
+    /// An easing profile through the keys, whose heights are `values`; null for fewer than two.
+    gsl::owner<Fairing*> make_fairing_through(std::span<const double> values) const;
     static Vector with_element(Vector values, int i, double value);
 
 private:

@@ -35,6 +35,9 @@ public:
     void setup_watcher();
     void watcher_deleted();
     void column_values_changed_in_range(int first, int last);
+
+    /// The source column is being deleted.
+    void source_closing() { other_sub_column = nullptr; }
     void change_all();
     void set_add_constant(double constant);
     void set_mult_constant(double constant);
@@ -46,9 +49,10 @@ private:
 
     double add_constant = 0.0;
     double mult_constant = 1.0;
-    unsigned column_label = 0;
-    unsigned sub_column_label = 0;
+    unsigned long column_label = 0; // labels of the source in old files
+    unsigned long sub_column_label = 0;
     NumericSubColumn* other_sub_column = nullptr; // not owned
     NumericSubColumn* sub_column = nullptr;       // not owned
     std::unique_ptr<RatioSubColumnWatcher> watcher;
+    bool is_telling = false;
 };

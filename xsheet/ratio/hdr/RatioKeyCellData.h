@@ -47,7 +47,7 @@ public:
     /// A frame outside the scene means its nearer end.
     void set_lock_frame(int frame);
 
-    /// Locks at another frame, and there at the value that the key's sub-column has.
+    /// Locks at another frame, and there at the value that the key's sub-column gives then.
     void reset_lock_frame(int frame);
     void set_source_column(NumericSubColumn* source);
     void set_unit_type(KIVUnitType type) { unit_type = type; }
@@ -65,9 +65,12 @@ public:
 
     void setup_watcher();
 
-    /// The watcher goes with its source column.
+    /// The watcher is gone already.
     void watcher_deleted();
     void column_values_changed_in_range(int first, int last);
+
+    /// The source column is being deleted.
+    void source_closing() { source_column = nullptr; }
 
 private:
     enum class Span { HOLDS_OWN, BLENDS_TO_RATIO, BLENDS_TO_VALUE };
@@ -80,7 +83,8 @@ private:
     double inq_offset_at_inbetween(int i, NumericInbetweenCell* cell) const;
     double calc_element(int i, NumericInbetweenCell* cell) const;
     NumericKeyCell* inq_next_key() const;
-    void leave_source();
+    NumericSubColumn* inq_own_column() const;
+    template <class Calc> Vector collect(Calc calc) const;
 
     Vector ratio_value;
     Vector lock_value;
@@ -90,6 +94,8 @@ private:
     NumericSubColumn* source_column = nullptr; // not owned
     KIVUnitType unit_type = KIV_UNIT_FIELDS;
     std::unique_ptr<KeyCellRatioSubColumnWatcher> watcher;
+    bool is_updating = false;
+    mutable bool is_evaluating = false;
 };
 
 /// Whether a column of this type can be followed by ratio.
