@@ -1,10 +1,10 @@
 #pragma once
 
+#include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "kivlib/hdr/KIVRectangle.h"
 
 class CNode;
-class CNodeChannelSet;
 class CNodeConnection;
 
 /// One input or output of a node: its connections in compositing order, and the strip along the
@@ -20,7 +20,7 @@ public:
     void storer(KIVOStream& stream) override;
 
     CNodeChannelSet* inq_channel_set() const { return channel_set; }
-    CNode* inq_node() const;
+    CNode* inq_node() const { return channel_set ? channel_set->inq_node() : nullptr; }
     bool inq_is_selected() const { return is_selected; }
     bool inq_is_in_macro() const { return is_in_macro; }
 

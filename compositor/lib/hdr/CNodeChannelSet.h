@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/StoredClass.h"
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -25,7 +26,10 @@ public:
     bool is_valid_channel(int index) const { return 0 <= index && index < inq_n_channels(); }
 
     /// Null out of range, -1 if it is not there.
-    CNodeChannel* inq_channel(int index) const;
+    CNodeChannel* inq_channel(int index) const
+    {
+        return is_valid_channel(index) ? channels[static_cast<std::size_t>(index)].get() : nullptr;
+    }
     int find_channel_index(const CNodeChannel* channel) const;
 
     /// Whether the node has this set as its inputs, or as its outputs.

@@ -5,11 +5,11 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/DAGOpTypeChecker.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
+#include "compositor/lib/src/DescendentWalk.h"
 #include "compositor/lib/src/NodeWalk.h"
+#include "compositor/lib/src/SourceNames.h"
 #include "kivlib/hdr/BoundingBox.h"
 #include "kivlib/hdr/Record.h"
-
-#include <unordered_set>
 
 KIV_STORED_CLASS(CNode, 146);
 
@@ -389,64 +389,6 @@ gsl::owner<KIVLinkedList*> CNode::inq_parent_nodes() const
     return list_of(Neighbours::parents_of(this));
 }
 
-namespace {
-/// The question of `inq_descendents`, asked of node after node. A class may answer it in its own
-/// way; a node that leaves it to `CNode` says so by `leave_to_walk`, and the walk goes on there.
-class DescendentWalk {
-public:
-    DescendentWalk(bool include_hidden, bool through_collapsed)
-        : include_hidden(include_hidden), through_collapsed(through_collapsed)
-    {}
-
-    gsl::owner<KIVLinkedList*> find(const CNode* from)
-    {
-        auto found = std::make_unique<KIVLinkedList>(false);
-        walk_beyond(from, Neighbours::children_of, [&](CNode* node) {
-            if ((node->inq_hidden() && !include_hidden) || !add(node, *found))
-                return false;
-            return (!node->inq_is_collapsed() || through_collapsed) && ask(node, *found);
-        });
-        return found.release();
-    }
-
-    static bool leave_to_walk(const CNode* node)
-    {
-        if (asked != node)
-            return false;
-        asked = nullptr;
-        return true;
-    }
-
-private:
-    bool add(CNode* node, KIVLinkedList& found)
-    {
-        const bool is_new = met.insert(node).second;
-        if (is_new)
-            found.add(node);
-        return is_new;
-    }
-
-    /// Whether the walk itself goes on beyond the node.
-    bool ask(const CNode* node, KIVLinkedList& found)
-    {
-        const CNode* const asked_outside = std::exchange(asked, node);
-        const std::unique_ptr<KIVLinkedList> own(
-            node->inq_descendents(include_hidden, through_collapsed));
-        const bool was_left = !asked;
-        asked = asked_outside;
-        for (CNode* descendent : own->of<CNode>())
-            add(descendent, found);
-        return was_left;
-    }
-
-    inline static const CNode* asked = nullptr;
-
-    bool include_hidden;
-    bool through_collapsed;
-    std::unordered_set<const CNode*> met;
-};
-} // namespace
-
 gsl::owner<KIVLinkedList*> CNode::inq_descendents(bool include_hidden, bool through_collapsed) const
 {
     if (DescendentWalk::leave_to_walk(this))
@@ -475,65 +417,6 @@ KIVString CNode::inq_source_node_names() const
     inq_source_node_names(const_cast<CNode*>(this), &names);
     return names;
 }
-
-namespace {
-/// Names the sources that feed a node, once for each way that leads to them.
-class SourceNames {
-public:
-    explicit SourceNames(KIVString* names) : names(names) {}
-
-    CNode* find(CNode* from)
-    {
-        visit(from);
-        while (!way.empty()) {
-            Step& step = way.back();
-            if (CNode* child = step.children.empty() ? nullptr : step.children.back()) {
-                step.children.pop_back();
-                visit(child);
-            } else {
-                on_way.erase(step.node);
-                way.pop_back();
-            }
-        }
-        return first;
-    }
-
-private:
-    struct Step {
-        const CNode* node;
-        std::vector<CNode*> children; // those still to be visited, the next one at the end
-    };
-
-    void visit(CNode* node)
-    {
-        if (node->inq_n_input_channels() == 0) {
-            add_source(node);
-        } else if (on_way.insert(node).second) {
-            way.push_back({node, {}});
-            Neighbours children = Neighbours::children_of(node);
-            while (CNode* child = children.next())
-                way.back().children.push_back(child);
-        }
-    }
-
-    void add_source(CNode* source)
-    {
-        if (!first)
-            first = source;
-        const KIVString name = names ? source->inq_name() : KIVString();
-        if (name.is_null())
-            return;
-        if (!names->is_null())
-            *names += ", ";
-        *names += name;
-    }
-
-    KIVString* names;
-    CNode* first = nullptr;
-    std::vector<Step> way;
-    std::unordered_set<const CNode*> on_way; // a cycle is no way to a source
-};
-} // namespace
 
 CNode* CNode::inq_source_node_names(CNode* node, KIVString* names)
 {

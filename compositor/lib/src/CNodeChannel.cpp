@@ -2,7 +2,6 @@
 
 #include "compositor/lib/hdr/CDataDescriptor.h"
 #include "compositor/lib/hdr/CNode.h"
-#include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/ChannelDataType.h"
@@ -43,11 +42,6 @@ void CNodeChannel::storer(KIVOStream& stream)
     KIVObject::storer(stream);
     RecordWriter r(stream);
     record(r);
-}
-
-CNode* CNodeChannel::inq_node() const
-{
-    return channel_set ? channel_set->inq_node() : nullptr;
 }
 
 int CNodeChannel::find_channel_index() const

@@ -59,11 +59,6 @@ void CNodeChannelSet::storer(KIVOStream& stream)
         r.owned(channel);
 }
 
-CNodeChannel* CNodeChannelSet::inq_channel(int index) const
-{
-    return is_valid_channel(index) ? channels[static_cast<std::size_t>(index)].get() : nullptr;
-}
-
 int CNodeChannelSet::find_channel_index(const CNodeChannel* channel) const
 {
     for (int i = 0; i < inq_n_channels(); ++i)

@@ -57,6 +57,15 @@ bool shows_no_use(const CNode& node)
     return true;
 }
 
+/// Tells the watchers of now, of which some may go meanwhile.
+template <class Watcher, class Tell> void tell_all(const KIVLinkedList& watchers, Tell tell)
+{
+    const KIVLinkedList told(watchers);
+    for (KIVObject* watcher : told.of<KIVObject>())
+        if (watchers.find(watcher))
+            tell(*static_cast<Watcher*>(watcher));
+}
+
 /// The node and all that it leads to, each once and behind all that leads to it. Nothing beyond
 /// the root.
 std::vector<CNode*> nodes_down_to(const CNode* root, CNode* from)
@@ -402,32 +411,26 @@ void CNodeGraph::remove_selection_watcher(CNodeGraphSelectionWatcher* watcher)
 void CNodeGraph::notify_connections_changed(bool connected_to_root)
 {
     update_inchoate_flags();
-    for (CNodeGraphWatcher* watcher : watchers->of<CNodeGraphWatcher>())
-        watcher->connections_changed(connected_to_root);
+    tell_all<CNodeGraphWatcher>(*watchers,
+                                [=](auto& w) { w.connections_changed(connected_to_root); });
 }
 
 void CNodeGraph::notify_chan_selection_changed(bool has_changed)
 {
-    if (!has_changed)
-        return;
-    for (CNodeGraphWatcher* watcher : watchers->of<CNodeGraphWatcher>())
-        watcher->connections_changed(true);
+    if (has_changed)
+        tell_all<CNodeGraphWatcher>(*watchers, [](auto& w) { w.connections_changed(true); });
 }
 
 void CNodeGraph::notify_number_of_nodes_changed()
 {
-    const KIVLinkedList told(*watchers);
-    for (KIVObject* watcher : told.of<KIVObject>())
-        if (watchers->find(watcher)) // another may have taken it away
-            static_cast<CNodeGraphWatcher*>(watcher)->number_of_nodes_changed();
+    tell_all<CNodeGraphWatcher>(*watchers, [](auto& w) { w.number_of_nodes_changed(); });
 }
 
 void CNodeGraph::selection_changed()
 {
-    if (!selection_watchers)
-        return;
-    for (auto* watcher : selection_watchers->of<CNodeGraphSelectionWatcher>())
-        watcher->selection_changed();
+    if (selection_watchers)
+        tell_all<CNodeGraphSelectionWatcher>(*selection_watchers,
+                                             [](auto& w) { w.selection_changed(); });
 }
 
 void CNodeGraph::add_change_event(ChangeEvt* event)

@@ -22,6 +22,8 @@ void CNodeInstance::push_root_node(CNode* node)
 
 void CNodeInstance::push_node(CNode* node, int channel)
 {
+    if (!instance_list)
+        instance_list = std::make_unique<KIVLinkedList>(true);
     instance_list->add(new CNodeInstanceEntry(node, channel));
 }
 

@@ -11,15 +11,19 @@ KIV_STORED_CLASS(CNodeAffineTransform, -1);
 namespace {
 constexpr FormatVersions HAS_OLD_NUMBERS = before(95);
 
-/// What a sub-column tells of itself by its `inq_type`.
-constexpr int NUMERIC_KINDS[] = {3, 11, 12, 13, 21, 22};
-constexpr int MOVE_KIND = 20;
-
 constexpr unsigned long OLD_POSITION = 1;
 constexpr unsigned long OLD_Y_POSITION = 2;
 
 constexpr double PI = 3.141592653589793;
 constexpr double PART_OF_HALF_TURN = 0.005555555555555556;
+
+/// Null if it is of another kind: a file may hold anything under a label.
+template <class Kind> Kind* as(SubColumn* sub_column)
+{
+    const ClassDescriptor* record = sub_column ? sub_column->inq_class_descriptor() : nullptr;
+    const StoredType* type = record ? record->inq_stored_type() : nullptr;
+    return type && type->is_a(stored::type_of<Kind>) ? static_cast<Kind*>(sub_column) : nullptr;
+}
 } // namespace
 
 void CNodeAffineTransform::drop_old_numbers(KIVIStream& stream, int count)
@@ -41,19 +45,14 @@ void CNodeAffineTransform::add_labelled(unsigned long label, gsl::owner<SubColum
     add_subcolumn(label, sub_column, name);
 }
 
-// A file may hold anything under a label.
 NumericSubColumn* CNodeAffineTransform::find_numeric(unsigned long label) const
 {
-    SubColumn* found = inq_subcolumn(label);
-    if (!found || std::ranges::find(NUMERIC_KINDS, found->inq_type()) == std::end(NUMERIC_KINDS))
-        return nullptr;
-    return static_cast<NumericSubColumn*>(found);
+    return as<NumericSubColumn>(inq_subcolumn(label));
 }
 
 MoveColumn* CNodeAffineTransform::find_move(unsigned long label) const
 {
-    SubColumn* found = inq_subcolumn(label);
-    return found && found->inq_type() == MOVE_KIND ? static_cast<MoveColumn*>(found) : nullptr;
+    return as<MoveColumn>(inq_subcolumn(label));
 }
 
 double CNodeAffineTransform::inq_value(NumericSubColumn* column, int frame, double otherwise,
