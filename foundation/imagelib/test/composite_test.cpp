@@ -1,4 +1,5 @@
 #include "imagelib/hdr/PixmapImage.h"
+#include "imagelib/src/composite.h"
 #include "imagelib/src/kernels.h"
 #include "imagelib/test/PixmapGrid.h"
 #include "kivlib/hdr/KIVColour.h"
@@ -49,19 +50,19 @@ double exact_sample(const KIVPixmap& source, const KIVPixmap& before, const Vect
 {
     constexpr int GRID = 6;
     const double most = source.inq_bits_per_sample() == 8 ? 255.0 : 65535.0;
-    const Vector2 across = p[2] - p[1];
-    const Vector2 down = p[0] - p[1];
-    const double area = across.x() * down.y() - across.y() * down.x();
+    const Place across = {p[2].x() - p[1].x(), p[2].y() - p[1].y()};
+    const Place down = {p[0].x() - p[1].x(), p[0].y() - p[1].y()};
+    const double area = across.x * down.y - across.y * down.x;
     const int width = source.inq_width();
     const int height = source.inq_height();
+    const Place corner = {p[1].x(), p[1].y()};
     double value = 0.0;
     double cover = 0.0;
     for (int i = 0; i < GRID * GRID; ++i) {
-        const Vector2 at(x + (i % GRID + 0.5) / GRID,
-                         before.inq_height() - y - (i / GRID + 0.5) / GRID);
-        const Vector2 d = at - p[1];
-        const double u = (d.x() * down.y() - d.y() * down.x()) / area * width;
-        const double v = (across.x() * d.y() - across.y() * d.x()) / area * height;
+        const double dx = x + (i % GRID + 0.5) / GRID - corner.x;
+        const double dy = before.inq_height() - y - (i / GRID + 0.5) / GRID - corner.y;
+        const double u = (dx * down.y - dy * down.x) / area * width;
+        const double v = (across.x * dy - across.y * dx) / area * height;
         if (u < 0 || v < 0 || u >= width || v >= height)
             continue;
         const double fu = std::clamp(u - 0.5, 0.0, width - 1.0);
@@ -69,8 +70,8 @@ double exact_sample(const KIVPixmap& source, const KIVPixmap& before, const Vect
         const int iu = std::min(static_cast<int>(fu), width - 2);
         const int iv = std::min(static_cast<int>(fv), height - 2);
         const auto mix = [&](int c) {
-            const auto get = [&](int dx, int dy) {
-                return double{1.0} * inq_sample(source, iu + dx, iv + dy, c);
+            const auto get = [&](int right, int below) {
+                return static_cast<double>(inq_sample(source, iu + right, iv + below, c));
             };
             const double top = get(0, 0) + (get(1, 0) - get(0, 0)) * (fu - iu);
             const double low = get(0, 1) + (get(1, 1) - get(0, 1)) * (fu - iu);
