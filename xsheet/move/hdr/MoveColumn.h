@@ -48,10 +48,10 @@ protected:
 private:
     template <class Record> void record(Record& r);
     void delete_sub_columns();
-    void add_new(gsl::owner<SubColumn*> sub, unsigned long sub_label, const KIVString& header,
+    void add_new(gsl::owner<SubColumn*> sub, unsigned sub_label, const KIVString& header,
                  SubColumn* after = nullptr);
     void add_x_and_y();
-    NumericSubColumn* find_numeric(unsigned long sub_label);
+    NumericSubColumn* find_numeric(unsigned long sub_label) const;
 
     int mode = XYCOL_MODE;
 };

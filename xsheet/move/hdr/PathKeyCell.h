@@ -20,7 +20,7 @@ public:
     void key_changed() override;
 
     unsigned long inq_bead_label() const { return bead_label; }
-    void set_bead_label(unsigned long label) { bead_label = static_cast<unsigned>(label); }
+    void set_bead_label(unsigned long label) { bead_label = label; }
 
     /// From the start of the curve, in world units along it.
     double inq_distance_along_path();
@@ -34,7 +34,7 @@ private:
     template <class Record> void record(Record& r);
     PathNumericColumnPolicy* inq_path_policy() const;
 
-    unsigned bead_label = 0;
+    unsigned long bead_label = 0;
 };
 
 class PathInbetweenCell : public NumericInbetweenCell {

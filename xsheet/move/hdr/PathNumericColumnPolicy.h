@@ -1,8 +1,7 @@
 #pragma once
 
 class BaseBeadKnot;
-class BaseCell;
-class Bead;
+class KeyCell;
 class PathKeyCell;
 class SquidgeSet;
 class SquidgeTable;
@@ -54,8 +53,9 @@ private:
     template <class Record> void record(Record& r);
     void make_table();
     void setup_key_table();
-    Bead* find_bead(const BaseCell* key) const;
-    Vector calculate_inbetween_value(Bead* from, Bead* to, double factor) const;
+    const KeyCell* inq_first_key() const;
+    BaseBeadKnot* find_bead(const KeyCell* key) const;
+    Vector calculate_inbetween_value(BaseBeadKnot* from, BaseBeadKnot* to, double factor) const;
 
     std::unique_ptr<SquidgeSet> squidges;
     std::unique_ptr<SquidgeTable> squidge_table;

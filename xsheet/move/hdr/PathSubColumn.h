@@ -1,6 +1,5 @@
 #pragma once
 
-class NumericTSubColumn;
 class PathNumericColumnPolicy;
 
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
@@ -12,8 +11,9 @@ class PathSubColumn : public NumericSubColumn {
 public:
     PathSubColumn();
 
-    /// The same keys, as far as they are path keys, with the policy of `source`.
-    explicit PathSubColumn(NumericTSubColumn& source);
+    /// The path form of a column of an old file, with copies of its keys and its curves.
+    explicit PathSubColumn(const NumericSubColumn& source);
+    PathSubColumn(const PathSubColumn& other) = default;
     explicit PathSubColumn(KIVIStream& stream) : NumericSubColumn(stream) {}
 
     gsl::owner<SubColumn*> duplicate() const override { return new PathSubColumn(*this); }
@@ -28,5 +28,7 @@ public:
     void calc_min_and_max_values(double* min, double* max) override;
 
     double inq_distance_along_path(int frame);
+
+    /// Null under a policy of another kind.
     PathNumericColumnPolicy* inq_path_policy() const;
 };
