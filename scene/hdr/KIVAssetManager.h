@@ -65,7 +65,7 @@ private:
     static gsl::owner<BaseSceneAsset*> do_create_asset(unsigned int kind, const KIVFile& file);
     BaseSceneAsset* create_and_add(const KIVFile& file, unsigned int kind);
     void enter(gsl::owner<BaseSceneAsset*> asset, unsigned int kind);
-    void refuse_strangers(KIVIStream& stream, NameKeyDictionary& assets_of_kind);
+    void refuse_strangers(KIVIStream& stream, unsigned int kind);
 
     std::array<std::unique_ptr<NameKeyDictionary>, ASSET_KIND_COUNT> assets; // own their values
     std::array<int, ASSET_KIND_COUNT> next_tag{};

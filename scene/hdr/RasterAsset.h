@@ -26,7 +26,7 @@ public:
 
 private:
     void make_mipmap_ids();
-    void release_mipmap_ids();
+    static void release_mipmap_ids(int id_8, int id_16);
 
     int mipmap_id_8 = -1;
     int mipmap_id_16 = -1;

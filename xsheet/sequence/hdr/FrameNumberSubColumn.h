@@ -58,6 +58,9 @@ public:
     void storer(KIVOStream& stream) override;
     gsl::owner<SubColumn*> duplicate() const override;
     void init_after_construction() override;
+
+    /// Gets its keys once the column lies in a sheet, which knows how many frames there are.
+    void added_to_column(Column* to) override;
     int inq_type() const override { return TYPE; }
     gsl::owner<KeyCell*> create_new_key_with_label(int new_label) override;
     bool can_remove_key(KeyCell*) override { return false; }
