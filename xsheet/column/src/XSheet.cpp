@@ -25,6 +25,7 @@ XSheet::XSheet(KIVIStream& stream) : Column(stream)
 {
     RecordReader r(stream);
     record(r);
+    set_column(nullptr); // nothing is around a sheet
     if (!is_in(footer_lines, 0, MOST_LINES) || !is_in(header_lines, 0, MOST_LINES) ||
         !is_in(scene_length, 1, BaseCell::MOST_FRAMES))
         stream.set_error_state(KIVStream::BAD_DATA);
