@@ -8,11 +8,25 @@
 /// places of the pass share.
 template <class Op> class DAGOpSlot {
 public:
-    void set_own(gsl::owner<Op*> op) { own.reset(op), current = op; }
-    void set_shared(Op* op) { own.reset(), current = op; }
+    void set_own(gsl::owner<Op*> op)
+    {
+        own.reset(op);
+        current = op;
+    }
+    void set_shared(Op* op)
+    {
+        own.reset();
+        current = op;
+    }
 
     /// The place's own operator, or else the shared one.
-    void set(gsl::owner<Op*> op, Op* otherwise) { op ? set_own(op) : set_shared(otherwise); }
+    void set(gsl::owner<Op*> op, Op* otherwise)
+    {
+        if (op)
+            set_own(op);
+        else
+            set_shared(otherwise);
+    }
 
     Op* get() const { return current; }
     void execute() const

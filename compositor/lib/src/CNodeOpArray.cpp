@@ -82,15 +82,14 @@ void CNodeOpArray::reset_union_data()
 
 void CNodeOpArray::reorder(const IntArray* new_order, bool forget)
 {
+    if (order && !forget && *new_order == *order)
+        return;
     if (!inq_is_permutation(*new_order)) {
         report_here() << "Program error.\n";
         return;
     }
-    if (order && !forget) {
-        if (*new_order == *order)
-            return;
+    if (order && !forget)
         undo_order();
-    }
     const std::vector<CNodeOp*> old = nodes;
     for (int i = 0; i < n_nodes; ++i)
         set_nodeop(i, old[static_cast<std::size_t>(new_order->inq_element(i))]);

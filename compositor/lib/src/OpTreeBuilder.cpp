@@ -7,11 +7,14 @@
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"
+#include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/CNodeOpArraySet.h"
 #include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
+
+#include <optional>
 
 namespace {
 /// The type that a channel carries for a consumer that wants `requested`; none if the node's
@@ -40,6 +43,9 @@ int type_of(const CNodeChannelSet* channels, int i)
 
 CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
 {
+    const CNodeGraph* graph = root ? root->inq_graph() : nullptr;
+    if (graph)
+        longest_path = static_cast<std::size_t>(graph->inq_nodes_list()->count());
     start(nullptr, 0, requested_type, root, channel);
     while (!path.empty())
         step();
@@ -49,7 +55,9 @@ CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
 void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, CNode* node,
                           int channel)
 {
-    std::unique_ptr<CNodeOp> op(node ? node->new_nodeop(requested_type) : nullptr);
+    if (!node || path.size() >= longest_path)
+        return; // a path that meets a node twice would never end
+    std::unique_ptr<CNodeOp> op(node->new_nodeop(requested_type));
     if (!op)
         return;
     op->set_parent(parent);

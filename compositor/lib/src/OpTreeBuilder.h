@@ -2,7 +2,7 @@
 
 #include "compositor/lib/hdr/CNodeOp.h"
 
-#include <optional>
+#include <limits>
 #include <vector>
 
 class CNodeOpArray;
@@ -46,4 +46,5 @@ private:
     GraphExec& exec;
     std::vector<CNodeOp*>& ops;
     std::vector<Unfinished> path;
+    std::size_t longest_path = std::numeric_limits<std::size_t>::max();
 };

@@ -454,6 +454,15 @@ TEST_F(GraphExecTest, drops_what_feeds_a_node_that_can_not_be_resolved)
     EXPECT_EQ(events, "info out\ninfo b\n");
 }
 
+TEST_F(GraphExecTest, ends_a_cycle_where_its_path_is_longer_than_the_graph)
+{
+    SketchNode* out = add("out", 1);
+    SketchNode* back = add("back", 1);
+    connect(back, out);
+    connect(out, back);
+    EXPECT_EQ(run(out), "out(back(-))");
+}
+
 TEST_F(GraphExecTest, offers_the_target_nearest_the_root_that_all_can_draw_into)
 {
     new_op = ::new_op<ThroughOp>;

@@ -4,6 +4,8 @@
 #include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/test/SketchData.h"
 
+#include <map>
+
 namespace {
 constexpr int SHAPE_CONVERSIONS[] = {PICTURE, MASK, NOTE, NO_DATA_TYPE};
 

@@ -9,7 +9,6 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
 
-#include <map>
 #include <string>
 #include <vector>
 
