@@ -7,6 +7,10 @@ class ColourSubColumn;
 #include "xsheet/numeric/hdr/NumericInbetweenCell.h"
 #include "xsheet/numeric/hdr/NumericKeyCell.h"
 
+/// The first three elements of `data`.
+KIVColour colour_of(const BaseNumericCellData& data);
+void set_colour_of(BaseNumericCellData& data, const KIVColour& colour);
+
 class ColourKeyCell : public NumericKeyCell {
     KIV_STORED(ColourKeyCell, NumericKeyCell);
 

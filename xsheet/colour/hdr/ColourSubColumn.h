@@ -1,5 +1,7 @@
 #pragma once
 
+class ColourTransform;
+
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVString.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
@@ -28,12 +30,14 @@ public:
     int inq_colour_interp_mode() const { return colour_interp_mode; }
     void set_colour_interp_mode(int mode);
 
-    /// The profile that the colours of the keys are meant in; empty for none.
+    /// The profile that the colours of the keys are meant for; empty for none.
     const KIVString& inq_profile() const { return profile; }
 
 private:
     template <class Record> void record(Record& r);
+    void change_to_output_profile();
+    void transform_keys(const ColourTransform& transform);
 
-    int colour_interp_mode;
+    int colour_interp_mode = HSV_INTERP;
     KIVString profile;
 };
