@@ -9,6 +9,8 @@ int to_int(double value)
 
 Interval find_inside(double start, double step, double from, double to)
 {
+    if (from > to)
+        return {0, 0};
     if (std::abs(step) < 1e-12)
         return start >= from && start <= to ? Interval{to_int(-FARTHEST), to_int(FARTHEST)}
                                             : Interval{0, 0};

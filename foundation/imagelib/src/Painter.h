@@ -6,6 +6,7 @@
 #include "imagelib/src/samples.h"
 
 #include <cstring>
+#include <limits>
 #include <vector>
 
 constexpr int STRIP = 512;        // pixels of a row drawn at once
@@ -25,7 +26,8 @@ constexpr double ONE_PLACE = 4294967296.0; // of a walk: 1 << plain::ONE_SHIFT
 
 inline std::int64_t to_walk(double value)
 {
-    return static_cast<std::int64_t>(std::floor(value * ONE_PLACE + 0.5));
+    return static_cast<std::int64_t>(
+        std::floor(std::clamp(value, -FARTHEST, FARTHEST) * ONE_PLACE + 0.5));
 }
 
 /// Multiplies pixels by a share of 65536.
@@ -80,7 +82,12 @@ public:
           takes_four(options.filtered &&
                      std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW),
           is_level(!takes_four && std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
-                   std::abs(m.u_x) < MOST_LEVEL_STEP)
+                   std::abs(m.u_x) < MOST_LEVEL_STEP),
+          is_exact((std::abs(m.u_0) + std::abs(m.v_0) +
+                    (std::abs(m.u_x) + std::abs(m.v_x)) * target.inq_width() +
+                    (std::abs(m.u_y) + std::abs(m.v_y)) * target.inq_height()) *
+                       std::numeric_limits<double>::epsilon() <
+                   0.01 * SAFE)
     {}
 
     void paint(Interval columns, Interval lines)
@@ -90,6 +97,9 @@ public:
 
 private:
     static constexpr int SAMPLES = 4;
+
+    /// Source pixels, against rounding where an edge meets a sample.
+    static constexpr double SAFE = 1e-6;
 
     /// Source pixels that a row may rise over its whole length and still count as level.
     static constexpr double LEVEL = 1e-9;
@@ -206,7 +216,6 @@ private:
     /// neighbours in pixels that are wholly covered.
     double find_margin(double step_x, double step_y, double length) const
     {
-        constexpr double SAFE = 1e-6; // against rounding where an edge meets a sample
         if (!options.filtered)
             return SAFE;
         const double spread = takes_four ? 0.25 : 0.0;
@@ -222,6 +231,8 @@ private:
 
     Interval find_inner(int y) const
     {
+        if (!is_exact)
+            return {0, 0};
         const double margin = find_margin(m.v_x, m.v_y, m.v_length);
         Interval inner = find_inner_columns(y);
         inner.cut(find_inside(m.v_at(0, y), m.v_x, margin, m.height - margin));
@@ -330,6 +341,7 @@ private:
     const SourcePixels pixels;
     const bool takes_four;
     const bool is_level;
+    const bool is_exact; // places are known well enough to go without looking at the edges
     const LevelStrip* level = nullptr; // not owned; that of the present strip
     alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED];
     alignas(64) Sample buffer[4 * STRIP];

@@ -294,6 +294,8 @@ TEST(Compositing, refuses_what_has_no_area_or_no_place)
     EXPECT_TRUE(draw(source, target, {{5e8, 2}, {5e8, 8}, {5e8 + 6, 8}}, true));
     EXPECT_TRUE(draw(source, target, {{5, 2.5}, {5, 8}, {5.001, 8}}, true)); // a hair
     EXPECT_EQ(inq_sample(target, 8, 5, 3), 0U);
+    draw(source, target, {{-9e8, -9e8}, {9e8, 9e8}, {9e8, 9e8 - 1e-6}}, true);
+    target.clear();
     Filled dot(1, 1, PT_RGBA_8, KIVColour(1.0));
     EXPECT_TRUE(draw(dot, target, {{-5e8, -5e8}, {-5e8, 5e8}, {5e8, 5e8}}, true));
     EXPECT_EQ(inq_plane(target, 3), Rows(10, std::vector<unsigned>(10, 255)));
