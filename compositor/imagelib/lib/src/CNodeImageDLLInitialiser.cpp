@@ -5,6 +5,7 @@
 #include "compositor/affine/lib/hdr/CNodeCameraSize.h"
 #include "compositor/affine/lib/hdr/CNodeCameraTranslate.h"
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
+#include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
 #include "compositor/imagelib/lib/hdr/CNodeRostrum.h"
 #include "compositor/imagelib/lib/hdr/CNodeScreen.h"
 #include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
@@ -19,6 +20,7 @@ constexpr NodeFamily SOURCE = {.catagory = 30, .n_inputs = 0, .n_outputs = 1, .t
 constexpr NodeFamily CAMERA = {.catagory = 10, .n_inputs = 1, .n_outputs = 1, .type = IMAGE_TYPE};
 
 constexpr NodeRow OUTPUT_NODES[] = {node_row<CNodeRostrum>("Output", 94, Palette::HIDDEN)};
+constexpr NodeRow IMAGE_NODES[] = {node_row<CNodeRasterImage>("BG/OL", 95)};
 constexpr NodeRow SCREEN_NODES[] = {node_row<CNodeScreen>("Color Card", -1)};
 constexpr NodeRow CAMERA_NODES[] = {
     node_row<CNodeCameraTranslate>("Camera Move", -1, Palette::HIDDEN),
@@ -72,6 +74,7 @@ void CNodeImageDLLInitialiser::init()
 {
     CDataImage::inq_desc_s();
     add_nodes(OUTPUT, OUTPUT_NODES);
+    add_nodes(SOURCE, IMAGE_NODES);
     add_screen_base();
     add_nodes(SOURCE, SCREEN_NODES);
     add_nodes(CAMERA, CAMERA_NODES);

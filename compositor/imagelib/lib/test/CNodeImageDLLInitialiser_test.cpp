@@ -27,6 +27,7 @@ std::string tell(const char* name)
 TEST(CNodeImageDLLInitialiser, registers_the_image_nodes)
 {
     EXPECT_EQ(tell("CNodeRostrum"), "DWNode \"Output\" 94 1 1 1 1 100");
+    EXPECT_EQ(tell("CNodeRasterImage"), "DWNode \"BG/OL\" 95 30 0 0 1 100");
     EXPECT_EQ(tell("CNodeScreen"), "CNodeScreenBase \"Color Card\" -1 30 0 0 1 100");
     EXPECT_EQ(tell("CNodeCameraTranslate"), "CNodeTranslate \"Camera Move\" -1 10 1 1 1 100");
     EXPECT_EQ(tell("CNodeCameraRotate"), "CNodeAffineTransform \"Camera Rotate\" 95 10 1 1 1 100");
