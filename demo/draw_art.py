@@ -12,6 +12,7 @@ import sys
 from pathlib import Path
 
 DENSITY = ["-units", "PixelsPerInch", "-density", "120"]
+BARE = ["-define", "png:exclude-chunks=date,time,text"]  # the same picture, the same file
 BACKGROUND = (2400, 1350)
 CREATURE = (420, 480)
 DRAWINGS = 12
@@ -75,7 +76,7 @@ def draw_background(path):
                "(", "-seed", 5, "-size", "600x338", "plasma:grey-grey", "-resize",
                f"{width}x{height}!", "-blur", "0x2", "-colorspace", "gray", ")",
                "-compose", "softlight", "-composite"]
-    convert(*layers, "-strip", *DENSITY, f"PNG24:{path}")
+    convert(*layers, *BARE, f"PNG24:{path}")
 
 
 def limb(hip, angle, length, bend):
@@ -135,7 +136,7 @@ def draw_creature(path, step):
                  "-stroke", "#2b2420", "-strokewidth", 4, "-fill", "#ffd36b", "-draw",
                  f"roundrectangle {lantern[0] - 20:.1f},{lantern[1] - 28:.1f} "
                  f"{lantern[0] + 20:.1f},{lantern[1] + 28:.1f} 9,9"]
-    convert(*arguments, "-strip", *DENSITY, f"PNG32:{path}")
+    convert(*arguments, *BARE, f"PNG32:{path}")
 
 
 def draw_overlay(path):
@@ -146,7 +147,7 @@ def draw_overlay(path):
         x, tall, lean = dice.uniform(-40, width + 40), dice.uniform(90, 330), dice.uniform(-60, 60)
         blades.append(polygon([(x - 7, height), (x + 7, height), (x + lean, height - tall)]))
     convert("-size", f"{width}x{height}", "xc:none", "-fill", "#0d1420", "-draw", " ".join(blades),
-            "-blur", "0x2.5", "-strip", *DENSITY, f"PNG32:{path}")
+            "-blur", "0x2.5", *BARE, f"PNG32:{path}")
 
 
 def main():

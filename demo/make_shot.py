@@ -71,7 +71,7 @@ def describe(background, creature, overlay):
                           "y": [key(1, -40, ease="in_out"), key(FRAMES, -100)]},
                  "Angle": [key(1, 0, ease="in_out"), key(FRAMES, 1.5)],
                  "Size": [key(1, 1000, ease="in_out"), key(FRAMES, 640)]}},
-            transform("Reeds in front", "Reeds", 1.1, [key(1, 70), key(FRAMES, -60)],
+            transform("Reeds in front", "Reeds", 1.1 * WORLD[0] / overlay.width, [key(1, 70), key(FRAMES, -60)],
                       [key(1, 10)]),
             transform("Creature walks", "Creature", grown,
                       [key(1, -290, ease=walk), key(FRAMES - 8, 120)],
