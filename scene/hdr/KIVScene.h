@@ -6,10 +6,17 @@
 #include <memory>
 
 class BaseFileFinder;
+class CNodeGraph;
+class CoverSheet;
+class KIVAssetManager;
+class KIVCamera;
 class KIVDLLUsageList;
+class KIVFieldChart;
 class KIVLinkedList;
 class KIVSceneWatcher;
+class KIVStringList;
 class UIKIVScene;
+class XSheet;
 class XSheetStoreController;
 
 /// The root of a scene, which owns all its parts. On disc it is a folder with a file for each
@@ -51,6 +58,23 @@ public:
 
     bool inq_needs_saving();
 
+    /// The parts, which the scene keeps. Null only in a scene whose loading failed.
+    XSheet* inq_xsheet() const { return xsheet.get(); }
+    CNodeGraph* inq_graph() const { return graph.get(); }
+    CoverSheet* inq_cover_sheet() const { return cover_sheet.get(); }
+    KIVAssetManager* inq_asset_manager() const { return asset_manager.get(); }
+    KIVCamera* inq_camera() const { return camera.get(); }
+    KIVFieldChart* inq_field_chart() const { return field_chart.get(); }
+
+    /// In frames.
+    int inq_scene_length() const;
+
+    /// Marks the assets that the sheet and the graph use.
+    void mark_used_assets();
+
+    /// Adds the paths of all files that the sheet refers to. `flag` makes no difference.
+    void get_dependencies(KIVStringList& list, bool flag);
+
     /// The user interface's view of the scene, which keeps it; null without one.
     UIKIVScene* inq_ui_scene() const { return ui_scene; }
     void set_ui_scene(UIKIVScene* scene) { ui_scene = scene; }
@@ -69,6 +93,7 @@ private:
     KIVScene();
 
     void read_parts(XSheetStoreController& store);
+    void save_assets(XSheetStoreController& store);
     static gsl::owner<KIVScene*> load(const KIVString& folder, bool flag);
     bool save(const KIVString& folder, bool save_as_copy);
     bool write_files(const KIVString& folder);
@@ -87,7 +112,13 @@ private:
 
     static KIVLinkedList* m_watcher_list; // null until the first; refers to its watchers
 
+    std::unique_ptr<XSheet> xsheet;
+    std::unique_ptr<CNodeGraph> graph;
     UIKIVScene* ui_scene = nullptr; // not owned
+    std::unique_ptr<CoverSheet> cover_sheet;
     KIVString current_file;
+    std::unique_ptr<KIVAssetManager> asset_manager;
+    std::unique_ptr<KIVCamera> camera;
+    std::unique_ptr<KIVFieldChart> field_chart;
     int scene_flags = 0;
 };

@@ -1,12 +1,20 @@
 #include "scene/hdr/KIVScene.h"
 
+#include "compositor/lib/hdr/CNode.h"
+#include "compositor/lib/hdr/CNodeGraph.h"
+#include "coversheet/lib/hdr/CoverSheet.h"
+#include "coversheet/lib/hdr/KIVCamera.h"
+#include "coversheet/lib/hdr/KIVFieldChart.h"
 #include "kivlib/hdr/BaseFileFinder.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
 #include "kivlib/hdr/KIVDateAndTime.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "kivlib/hdr/entry_point.h"
 #include "kivlib/hdr/file_operations.h"
+#include "scene/hdr/KIVAssetManager.h"
 #include "scene/hdr/KIVSceneWatcher.h"
+#include "scene/hdr/TransitionalAssets.h"
+#include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 KIV_STORED_CLASS(KIVScene, -1);
@@ -15,6 +23,9 @@ namespace {
 constexpr int IS_DIRTY = 1;
 constexpr int IDLE = XSheetStoreController::DIRTY_FLAGS_LIVE;
 constexpr char CONTENTS[] = "Scene.contents";
+constexpr char XSHEET[] = "XSheet";
+constexpr char COVER_SHEET[] = "CoverSheet";
+constexpr char GRAPH[] = "Graph";
 constexpr char DLL_USAGE[] = "DLLUsage";
 constexpr char DRAWING_WINDOW_TAGS[] = "drawing_window_tags";
 } // namespace
@@ -27,12 +38,24 @@ gsl::owner<KIVScene*> KIVScene::inq_unsetup_scene()
 KIVScene::KIVScene()
 {
     tw_scene_will_create();
+    xsheet = std::make_unique<XSheet>(this);
+    graph = std::make_unique<CNodeGraph>(xsheet.get());
+    cover_sheet = std::make_unique<CoverSheet>(this);
+    asset_manager = std::make_unique<KIVAssetManager>();
+    camera = std::make_unique<KIVCamera>(this);
+    field_chart = std::make_unique<KIVFieldChart>(this);
     tw_scene_was_created();
 }
 
 KIVScene::~KIVScene()
 {
     tw_scene_will_delete();
+    graph.reset(); // its nodes let go of the sheet's columns
+    xsheet.reset();
+    cover_sheet.reset();
+    asset_manager.reset();
+    camera.reset();
+    field_chart.reset();
     tw_scene_was_deleted();
 }
 
@@ -64,8 +87,26 @@ gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
     if (!scene)
         return nullptr;
     scene->current_file = folder;
-    return scene->load_finished_with_abort(flag) ? nullptr : scene.release();
+    if (scene->load_finished_with_abort(flag))
+        return nullptr;
+    if (inq_file_finder() && inq_file_finder()->files_were_replaced())
+        scene->xsheet->set_needs_saving();
+    return scene.release();
 }
+
+namespace {
+/// While this lives, nodes read tag positions only where the folder says that it holds them.
+class TagPositions {
+public:
+    explicit TagPositions(XSheetStoreController& store)
+    {
+        CNode::read_tags_pos_info = store.inq_file_exists(DRAWING_WINDOW_TAGS);
+    }
+    TagPositions(const TagPositions&) = delete;
+    TagPositions& operator=(const TagPositions&) = delete;
+    ~TagPositions() { CNode::read_tags_pos_info = true; }
+};
+} // namespace
 
 KIVScene::KIVScene(KIVIStream& stream) : KIVObject(stream)
 {
@@ -75,12 +116,28 @@ KIVScene::KIVScene(KIVIStream& stream) : KIVObject(stream)
     tw_scene_was_loaded(&store);
 }
 
-void KIVScene::read_parts(XSheetStoreController&) {}
-
-bool KIVScene::load_finished_with_abort(bool)
+void KIVScene::read_parts(XSheetStoreController& store)
 {
+    xsheet = LoadFile(store, XSHEET).read<XSheet>();
+    cover_sheet = LoadFile(store, COVER_SHEET).read<CoverSheet>();
+    {
+        const TagPositions positions(store);
+        graph = LoadFile(store, GRAPH).read<CNodeGraph>();
+    }
+    if (store.is_okay())
+        asset_manager.reset(TransitionalAssets::load_asset_manager(&store));
+    camera = std::make_unique<KIVCamera>(this);
+    field_chart = std::make_unique<KIVFieldChart>(this);
+}
+
+bool KIVScene::load_finished_with_abort(bool flag)
+{
+    if (xsheet->load_finished_with_abort(this))
+        return true;
+    cover_sheet->just_loaded_into(this);
+    const bool abort = graph->load_finished_with_abort(xsheet.get(), flag);
     tw_scene_fully_loaded(inq_xs_store_control());
-    return false;
+    return abort;
 }
 
 bool KIVScene::save_to_file(const KIVString& folder, bool save_all, bool update_flags,
@@ -134,15 +191,50 @@ void KIVScene::storer(KIVOStream& stream)
         tw_scene_will_save(&store);
         KIVObject::storer(stream);
     }
+    if (store.is_okay() && xsheet->inq_needs_saving())
+        save_object(store, XSHEET, xsheet.get());
+    if (store.is_okay() && cover_sheet->inq_needs_saving())
+        save_object(store, COVER_SHEET, cover_sheet.get());
+    save_object(store, GRAPH, graph.get());
+    save_assets(store);
     const std::unique_ptr<KIVDLLUsageList> usage(make_dll_usage_list());
     save_object(store, DLL_USAGE, usage.get());
     if (store.is_okay())
         tw_scene_was_saved(&store);
 }
 
+/// The sweep runs whether or not anything failed.
+void KIVScene::save_assets(XSheetStoreController& store)
+{
+    asset_manager->mark_all_unused();
+    mark_used_assets();
+    asset_manager->remove_unused_assets();
+    if (store.is_okay())
+        TransitionalAssets::save_asset_manager(asset_manager.get(), &store);
+}
+
+void KIVScene::mark_used_assets()
+{
+    xsheet->mark_used_assets();
+    graph->mark_used_assets();
+}
+
 gsl::owner<KIVDLLUsageList*> KIVScene::make_dll_usage_list() const
 {
-    return new KIVDLLUsageList;
+    auto* list = new KIVDLLUsageList;
+    graph->record_dll_usage(list);
+    return list;
+}
+
+int KIVScene::inq_scene_length() const
+{
+    return xsheet->inq_length();
+}
+
+void KIVScene::get_dependencies(KIVStringList& list, bool flag)
+{
+    if (xsheet)
+        xsheet->get_dependencies(list, flag);
 }
 
 bool KIVScene::lock_file(const KIVString&)
@@ -164,12 +256,15 @@ void KIVScene::set_needs_saving()
 bool KIVScene::inq_needs_saving()
 {
     return inq_xs_store_control()->check_needs_saving_flags(scene_flags) ||
+           xsheet->inq_needs_saving() || cover_sheet->inq_needs_saving() ||
            inq_tw_scene_needs_saved();
 }
 
 void KIVScene::set_just_saved()
 {
     scene_flags = inq_xs_store_control()->clear_flags_after_save(scene_flags);
+    xsheet->set_just_saved();
+    cover_sheet->set_just_saved();
 }
 
 const KIVString& KIVScene::inq_scratch_file() const
