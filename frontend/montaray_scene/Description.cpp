@@ -111,6 +111,13 @@ std::string Place::text() const
     return value->get<std::string>();
 }
 
+bool Place::truth() const
+{
+    if (!value->is_boolean())
+        refuse("true or false");
+    return value->get<bool>();
+}
+
 int Place::one_of(const std::vector<std::string>& words) const
 {
     const auto word = std::ranges::find(words, value->is_string() ? text() : "");

@@ -35,6 +35,7 @@ public:
     double number() const;
     int whole(int least, int most) const;
     std::string text() const;
+    bool truth() const;
 
     /// The index of the text among `words`.
     int one_of(const std::vector<std::string>& words) const;

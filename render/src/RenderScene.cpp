@@ -52,6 +52,19 @@ Matrix44 centred_view(double x_scale, double y_scale, int width, int height)
     to_middle.set_translation(Vector3(width / 2.0, height / 2.0, 0.0));
     return to_middle * scale(x_scale, y_scale);
 }
+
+/// What stands at the other end of the node's one connection; null unless there is just one
+/// channel with one connection.
+CNode* find_only_input(const CNode& node)
+{
+    if (node.inq_n_input_channels() != 1)
+        return nullptr;
+    const CNodeChannel* channel = node.inq_inputs()->inq_channel(0);
+    if (channel->inq_connections_list()->count() != 1)
+        return nullptr;
+    const CNodeChannel* output = channel->find_connection_at(0)->inq_output_channel();
+    return output ? output->inq_node() : nullptr;
+}
 } // namespace
 
 RenderScene::RenderScene(KIVScene* scene, int width, int height, double pixel_aspect, int quality,
@@ -215,13 +228,10 @@ Vector2 RenderScene::set_dynamic_view_transform(int frame)
 Matrix44 RenderScene::inq_world_to_camera_transform(int frame)
 {
     CNode* root = scene->inq_graph() ? scene->inq_graph()->inq_root_node() : nullptr;
-    CNodeChannelSet* inputs = root ? root->inq_input_channels() : nullptr;
-    if (!inputs || inputs->inq_n_channels() != 1 || inputs->inq_channel(0)->inq_n_connections() != 1)
-        return {};
-    CNode* node = inputs->inq_channel(0)->inq_connection(0)->inq_output_node();
+    const CNode* node = root ? find_only_input(*root) : nullptr;
     if (!node || std::strcmp(node->class_name(), "CNodeCamera") != 0)
         return {};
-    return static_cast<DWNode*>(node)->inq_node_transform(frame);
+    return static_cast<const DWNode*>(node)->inq_node_transform(frame);
 }
 
 KIVRectangle RenderScene::inq_w_camera_rect(const Matrix44& camera_to_world)
