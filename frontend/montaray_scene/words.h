@@ -12,6 +12,7 @@ inline constexpr char IMAGES_COLUMN[] = "BG/OL";
 // Kinds of sub-columns.
 inline constexpr int NUMERIC_COLUMN = 3;
 inline constexpr int RASTER_COLUMN = 4;
+inline constexpr int FRAME_NUMBER_COLUMN = 7;
 inline constexpr int COLOUR_COLUMN = 8;
 inline constexpr int MOVE_COLUMN = 20;
 
