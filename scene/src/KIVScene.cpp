@@ -228,7 +228,7 @@ gsl::owner<KIVDLLUsageList*> KIVScene::make_dll_usage_list() const
 
 int KIVScene::inq_scene_length() const
 {
-    return xsheet->inq_length();
+    return xsheet->inq_scene_length();
 }
 
 void KIVScene::get_dependencies(KIVStringList& list, bool flag)

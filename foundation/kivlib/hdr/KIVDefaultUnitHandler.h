@@ -3,7 +3,7 @@
 #include "kivlib/hdr/KIVString.h"
 
 /// How a value is shown. The numbers are stored. World units are 60 to the inch and to the field.
-enum KIVUnitType {
+enum KIVUnitType : int {
     KIV_UNIT_WORLD = 0,       // as it stands
     KIV_UNIT_FIELDS = 1,      // of the field chart; a vertical field is lower by its ratio
     KIV_UNIT_FIELD_WIDTH = 2, // a camera's width, in fields

@@ -41,6 +41,11 @@ public:
     /// nesting its record may follow later in the stream, so a long chain of links needs no stack.
     void insert_link(const KIVObject* object);
 
+    /// The same for a link to the owner of what is written. The owner's record never stands inside
+    /// that of what it owns: it follows where it is written itself.
+    void insert_back_link(const KIVObject* object);
+
 protected:
-    bool is_link = false; // while insert_link runs
+    enum class Link { NONE, FAR, BACK };
+    Link link = Link::NONE; // what insert_link and insert_back_link insert
 };

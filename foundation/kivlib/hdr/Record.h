@@ -28,6 +28,14 @@ public:
         }
     }
 
+    /// A number that stands in the file as another type than in memory.
+    template <class Stored, class T> void value_as(T& field)
+    {
+        Stored stored{};
+        value(stored);
+        field = static_cast<T>(stored);
+    }
+
     /// A value object without class header.
     template <class T>
     void embedded(T& field, FormatVersions in = always(), const T& otherwise = T())
@@ -61,7 +69,10 @@ public:
 
     /// The same where chains of such links may be as long as the scene is large. What the field
     /// points at may not even be under construction yet.
-    template <class T> void far_link(T*& field) { link(field); }
+    template <class T> void far_link(T*& field, FormatVersions in = always()) { link(field, in); }
+
+    /// The same for a link to the owner of this object, which may be met first through this link.
+    template <class T> void back_link(T*& field) { link(field); }
 
     /// Fields that stood in old files and have no use today.
     void dropped_int(FormatVersions in)
@@ -106,6 +117,11 @@ public:
             stream << field;
     }
 
+    template <class Stored, class T> void value_as(const T& field)
+    {
+        value(static_cast<Stored>(field));
+    }
+
     template <class T> void embedded(const T& field, FormatVersions in = always(), const T& = T())
     {
         if (in.hold_today())
@@ -130,7 +146,12 @@ public:
             stream.insert_with_class_hdr(field);
     }
 
-    template <class T> void far_link(T* field) { stream.insert_link(field); }
+    template <class T> void far_link(T* field, FormatVersions in = always())
+    {
+        if (in.hold_today())
+            stream.insert_link(field);
+    }
+    template <class T> void back_link(T* field) { stream.insert_back_link(field); }
 
     void dropped_int(FormatVersions) {}
     template <class T> void dropped_link(FormatVersions) {}

@@ -3,8 +3,8 @@
 #include "kivlib/hdr/IntVector2.h"
 #include "kivlib/hdr/StoredClass.h"
 
+#include <memory>
 #include <span>
-#include <vector>
 
 /// Elements of a value or of a point.
 class BaseVector : public KIVObject {
@@ -22,18 +22,22 @@ protected:
     static std::size_t check_index(int i, std::size_t elements);
 };
 
-/// A vector of any size.
+/// A vector of any size. Up to four elements stand in the object itself.
 class Vector : public BaseVector {
     KIV_STORED(Vector, KIVObject);
 
 public:
     Vector() = default;
     explicit Vector(int size, double value = 0.0);
-    Vector(const BaseVector& other);
+    Vector(const BaseVector& other) : Vector(other.inq_elements()) {}
+    Vector(const Vector& other) : Vector(other.inq_elements()) {}
+    explicit Vector(std::span<const double> elements);
     explicit Vector(KIVIStream& stream);
+    Vector& operator=(const Vector& other);
 
     void storer(KIVOStream& stream) override;
-    std::span<const double> inq_elements() const override { return elements; }
+    std::span<const double> inq_elements() const override { return {data(), count}; }
+    std::span<double> inq_elements() { return {data(), count}; }
 
     /// New elements are 0.
     void resize(int size);
@@ -41,7 +45,14 @@ public:
     double elem(int i) const { return BaseVector::elem(i); }
 
 private:
-    std::vector<double> elements;
+    static constexpr std::size_t MOST_INSIDE = 4;
+
+    const double* data() const { return outside ? outside.get() : inside; }
+    double* data() { return outside ? outside.get() : inside; }
+
+    std::size_t count = 0;
+    double inside[MOST_INSIDE] = {};
+    std::unique_ptr<double[]> outside; // the elements of a vector of more
 };
 
 class Vector3;

@@ -19,9 +19,16 @@ ConnectOStream::~ConnectOStream() = default;
 
 void KIVOStream::insert_link(const KIVObject* object)
 {
-    is_link = true;
+    link = Link::FAR;
     insert_with_class_hdr(object);
-    is_link = false;
+    link = Link::NONE;
+}
+
+void KIVOStream::insert_back_link(const KIVObject* object)
+{
+    link = Link::BACK;
+    insert_with_class_hdr(object);
+    link = Link::NONE;
 }
 
 void ConnectOStream::put_bytes(const void* from, std::size_t n)
@@ -83,7 +90,8 @@ void ConnectOStream::insert_without_class_hdr(const KIVObject* object)
 
 void ConnectOStream::insert_with_class_hdr(const KIVObject* object)
 {
-    const bool may_wait = std::exchange(is_link, false) && nesting >= DEEP;
+    const Link kind = std::exchange(link, Link::NONE);
+    const bool may_wait = kind == Link::BACK || (kind == Link::FAR && nesting >= DEEP);
     if (!object) {
         put_number<std::uint16_t>(NULL_OBJECT);
         return;

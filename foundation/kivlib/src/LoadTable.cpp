@@ -23,7 +23,9 @@ LoadTable::Entry* LoadTable::find(std::uint32_t number)
 
 LoadTable::Entry* LoadTable::find(const KIVObject* object)
 {
-    return object && object->stream_epoch == epoch ? find(object->stream_number) : nullptr;
+    if (!object || awaited.contains(object)) // no number stands there yet
+        return nullptr;
+    return object->stream_epoch == epoch ? find(object->stream_number) : nullptr;
 }
 
 std::uint32_t LoadTable::add(const StoredType* type)
@@ -39,7 +41,7 @@ bool LoadTable::add_awaited(const StoredType* type, KIVObject*& place)
         return false;
     place = static_cast<KIVObject*>(memory);
     entries.push_back({place, type, false, true});
-    ++awaited_count;
+    awaited.insert(memory);
     return true;
 }
 
@@ -60,7 +62,7 @@ void* LoadTable::storage(std::size_t size)
 {
     if (pending != NONE && entries[pending].is_awaited) {
         entries[pending].is_awaited = false;
-        --awaited_count;
+        awaited.erase(entries[pending].object);
         return entries[pending].object;
     }
     return ::operator new(size, std::nothrow);

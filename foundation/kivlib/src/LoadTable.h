@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <new>
+#include <unordered_set>
 #include <vector>
 
 /// The objects of one reading stream by number: their class, and whether somebody owns them.
@@ -24,6 +25,8 @@ public:
 
     std::uint32_t size() const { return static_cast<std::uint32_t>(entries.size()); }
     Entry* find(std::uint32_t number);
+
+    /// Null also for an announced object that is not there yet.
     Entry* find(const KIVObject* object);
 
     /// The number of a new entry, which has no object yet.
@@ -31,7 +34,7 @@ public:
 
     /// The number of an announced object, with memory for it. False without memory.
     bool add_awaited(const StoredType* type, KIVObject*& place);
-    std::uint32_t inq_awaited_count() const { return awaited_count; }
+    std::size_t inq_awaited_count() const { return awaited.size(); }
 
     /// The object being read next is this number's, until `enter` takes it.
     void expect(std::uint32_t number) { pending = number; }
@@ -52,6 +55,6 @@ private:
     std::vector<Entry> entries;
     std::uint32_t epoch;
     std::uint32_t pending = NONE;
-    std::uint32_t awaited_count = 0;
+    std::unordered_set<const void*> awaited; // memory of announced objects
     bool delete_unowned = false;
 };

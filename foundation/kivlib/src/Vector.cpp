@@ -50,37 +50,62 @@ double BaseVector::elem(int i) const
 }
 
 Vector::Vector(int size, double value)
-    : elements(static_cast<std::size_t>(std::max(size, 0)), value)
-{}
+{
+    resize(size);
+    std::ranges::fill(inq_elements(), value);
+}
 
-Vector::Vector(const BaseVector& other)
-    : elements(other.inq_elements().begin(), other.inq_elements().end())
-{}
+Vector::Vector(std::span<const double> elements)
+{
+    resize(static_cast<int>(elements.size()));
+    std::ranges::copy(elements, data());
+}
 
 Vector::Vector(KIVIStream& stream) : BaseVector(stream)
 {
-    elements.resize(static_cast<std::size_t>(stream.read_count(sizeof(double))));
-    read_elements(stream, elements);
+    resize(stream.read_count(sizeof(double)));
+    read_elements(stream, inq_elements());
+}
+
+Vector& Vector::operator=(const Vector& other)
+{
+    if (this == &other)
+        return *this;
+    resize(other.size());
+    std::ranges::copy(other.inq_elements(), data());
+    return *this;
 }
 
 void Vector::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
     stream << size();
-    store_elements(stream, elements);
+    store_elements(stream, inq_elements());
 }
 
 void Vector::resize(int size)
 {
-    elements.resize(static_cast<std::size_t>(std::max(size, 0)));
+    const auto new_count = static_cast<std::size_t>(std::max(size, 0));
+    if (new_count > MOST_INSIDE && new_count > count) {
+        auto larger = std::make_unique<double[]>(new_count);
+        std::ranges::copy(inq_elements(), larger.get());
+        outside = std::move(larger);
+    } else if (new_count <= MOST_INSIDE && outside) {
+        std::copy_n(outside.get(), new_count, inside);
+        outside.reset();
+    }
+    count = new_count;
+    std::fill(data() + count, data() + std::max(count, MOST_INSIDE), 0.0);
 }
 
 double& Vector::elem(int i)
 {
-    const std::size_t index = check_index(i, elements.size());
-    if (elements.empty())
-        elements.resize(1); // somewhere for the caller to write
-    return elements[index];
+    if (count == 0) {
+        check_index(i, 0);
+        resize(1); // somewhere for the caller to write
+        return inside[0];
+    }
+    return data()[check_index(i, count)];
 }
 
 Vector2::Vector2(const BaseVector& other)

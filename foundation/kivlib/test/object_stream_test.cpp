@@ -69,6 +69,55 @@ public:
 };
 KIV_STORED_CLASS(OlderHeir, 97, "NobodyRegistersThis");
 
+class Room;
+
+/// One that knows its owner, and another of its kind.
+class Lamp : public KIVObject {
+    KIV_STORED(Lamp, KIVObject);
+
+public:
+    explicit Lamp(Room* room) : room(room) {}
+    explicit Lamp(KIVIStream& stream);
+    void storer(KIVOStream& stream) override;
+
+    Room* room;           // not owned
+    Lamp* seen = nullptr; // not owned
+
+private:
+    template <class Record> void record(Record& r);
+};
+
+class Room : public KIVObject {
+    KIV_STORED(Room, KIVObject);
+
+public:
+    Room() = default;
+    explicit Room(KIVIStream& stream);
+    void storer(KIVOStream& stream) override;
+    void furnish() { lamp = std::make_unique<Lamp>(this); }
+
+    std::unique_ptr<Lamp> lamp;
+
+private:
+    template <class Record> void record(Record& r);
+};
+
+template <class Record> void Lamp::record(Record& r)
+{
+    r.back_link(room);
+    r.far_link(seen);
+}
+
+template <class Record> void Room::record(Record& r)
+{
+    r.owned(lamp);
+}
+
+KIV_STORED_CLASS(Lamp, -1);
+KIV_STORED_CLASS(Room, -1);
+KIV_STORED_RECORD(Lamp);
+KIV_STORED_RECORD(Room);
+
 std::string container_of(const KIVObject& object)
 {
     CharOStream out;
@@ -245,6 +294,25 @@ TEST(ObjectStream, carries_links_of_any_length_and_refuses_owners_that_nest_too_
     EXPECT_EQ(out.inq_error_state(), KIVStream::TOO_DEEP);
     while (owner.inner) // from the outside inwards: the destructors would nest as well
         owner.inner = std::move(owner.inner->inner);
+}
+
+TEST(ObjectStream, lets_an_owner_be_met_first_through_what_it_owns)
+{
+    Room first, second;
+    first.furnish();
+    second.furnish();
+    first.lamp->seen = second.lamp.get(); // written inside the first room's lamp
+    CharOStream out;
+    out.insert_with_class_hdr(&first);
+    out.insert_with_class_hdr(&second);
+    CharIStream in(out.inq_container());
+    std::unique_ptr<Room> one, two;
+    RecordReader reader(in);
+    reader.owned(one);
+    reader.owned(two);
+    ASSERT_EQ(in.inq_error_state(), KIVStream::OKAY);
+    EXPECT_EQ(one->lamp->seen, two->lamp.get());
+    EXPECT_EQ(two->lamp->room, two.get());
 }
 
 TEST(ObjectStream, keeps_objects_apart_that_two_open_streams_write)

@@ -23,12 +23,15 @@ public:
     /// Null if anything has failed.
     KIVIStream* inq_stream() const { return stream; }
 
-    /// The object in the file, or null if anything has failed.
+    /// The object in the file, or null if anything has failed. A file without one is a failure.
     template <class Class> std::unique_ptr<Class> read()
     {
         std::unique_ptr<Class> object;
-        if (stream && store.is_okay())
+        if (stream && store.is_okay()) {
             RecordReader(*stream).owned(object);
+            if (!object)
+                stream->set_error_state(KIVStream::BAD_DATA);
+        }
         return object;
     }
 

@@ -15,6 +15,9 @@ public:
         DIRTY_FLAGS_LIVE = 8 // objects may set and clear their flags
     };
 
+    XSheetStoreController() = default;
+    ~XSheetStoreController() override;
+
     int inq_mode_flags() const { return mode_flags; }
     void set_mode_flags(int flags) { mode_flags = flags; }
 

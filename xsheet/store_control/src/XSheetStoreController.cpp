@@ -25,6 +25,13 @@ XSheetStoreController* inq_xs_store_control()
     return controller;
 }
 
+XSheetStoreController::~XSheetStoreController()
+{
+    if (tilde_list)
+        tilde_list->remove_all_deleting_objects();
+    delete tilde_list;
+}
+
 bool XSheetStoreController::set_failed(const KIVString& message)
 {
     if (!failed)

@@ -151,3 +151,12 @@ TEST_F(StoreController, keeps_dirty_flags_by_its_mode)
     EXPECT_EQ(store.clear_flags_after_save(3), 3);
     EXPECT_FALSE(store.update_dirty_flags());
 }
+
+TEST_F(StoreController, a_file_that_holds_no_object_is_a_failure)
+{
+    store.open_folder(folder.path(), 0);
+    save_object(store, "empty", nullptr);
+    EXPECT_TRUE(store.is_okay());
+    EXPECT_EQ(LoadFile(store, "empty").read<KIVColour>(), nullptr);
+    EXPECT_TRUE(store.inq_has_failed());
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "compositor/affine/lib/hdr/CNodeAffineTransform.h"
+#include "compositor/lib/hdr/NodeClass.h"
+
+/// The camera's angle of old scenes: turns the picture against the camera, about the origin.
+class CNodeCameraRotate : public CNodeAffineTransform {
+    KIV_NODE(CNodeCameraRotate, CNodeAffineTransform);
+
+public:
+    CNodeCameraRotate();
+    explicit CNodeCameraRotate(KIVIStream& stream);
+
+    Matrix44 inq_node_transform(int frame) const override;
+
+    NumericSubColumn* inq_angle_subcolumn() const { return find_numeric(1); }
+
+    /// In radians.
+    double inq_angle(int frame) const;
+    Vector2 inq_centre(int) const { return {0.0, 0.0}; }
+};

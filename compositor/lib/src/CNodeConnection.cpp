@@ -1,0 +1,20 @@
+#include "compositor/lib/hdr/CNodeConnection.h"
+
+#include "compositor/lib/hdr/CNodeChannel.h"
+#include "kivlib/hdr/Record.h"
+
+KIV_STORED_CLASS(CNodeConnection, 132);
+
+namespace {
+constexpr FormatVersions HAS_UNUSED_NUMBER = between(102, 131);
+}
+
+/// Far links: from channel to connection to channel a graph is one long chain.
+template <class Record> void CNodeConnection::record(Record& r)
+{
+    r.far_link(output_channel);
+    r.far_link(input_channel);
+    r.dropped_int(HAS_UNUSED_NUMBER);
+}
+
+KIV_STORED_RECORD(CNodeConnection);

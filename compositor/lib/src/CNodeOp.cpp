@@ -1,0 +1,367 @@
+#include "compositor/lib/hdr/CNodeOp.h"
+
+#include "compositor/lib/hdr/CData.h"
+#include "compositor/lib/hdr/CDataConvertor.h"
+#include "compositor/lib/hdr/CDataDescriptor.h"
+#include "compositor/lib/hdr/CNode.h"
+#include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/hdr/CNodeChannelSet.h"
+#include "compositor/lib/hdr/CNodeOpArray.h"
+#include "compositor/lib/hdr/CNodeOpArraySet.h"
+#include "compositor/lib/hdr/CNodeRepository.h"
+#include "compositor/lib/hdr/GraphExec.h"
+#include "kivlib/hdr/KIVError.h"
+
+namespace {
+/// Calls `use` on each op that feeds `op`, until it answers false.
+template <class Use> bool for_each_input(const CNodeOp& op, Use use)
+{
+    for (int i = 0; i < op.inq_n_inputs(); ++i) {
+        const CNodeOpArray* array = op.inq_inputs(i);
+        for (int k = 0; array && k < array->inq_n_nodes(); ++k)
+            if (CNodeOp* input = array->inq_node_op(k); input && !use(*input))
+                return false;
+    }
+    return true;
+}
+} // namespace
+
+CNodeOp::CNodeOp(CNode* node)
+    : node(node), node_name(node ? node->inq_name() : KIVString()),
+      label(node ? node->inq_label() : 0)
+{}
+
+CNodeOp::~CNodeOp() = default;
+
+void CNodeOp::copy_node_info(CNode*) {}
+
+void CNodeOp::copy_request_data_to_inputs()
+{
+    if (inputs && node_data)
+        inputs->copy_request_data_from(node_data.get());
+}
+
+void CNodeOp::disabled_copy_request_data_to_inputs()
+{
+    if (inputs && node_data)
+        inputs->copy_request_data_from(node_data.get());
+}
+
+void CNodeOp::init_data(AbortPanel*)
+{
+    if (inq_n_inputs() == 0 || !node_data)
+        return;
+    if (CData* input = inq_first_input_data())
+        input->copy_immediate_data_to(node_data.get());
+    else
+        node_data->clear_immediate_data();
+}
+
+void CNodeOp::generate_data(AbortPanel* abort)
+{
+    CData* input = inq_first_input_data();
+    if (input && node_data)
+        input->copy_generated_data_to(node_data.get(), abort);
+}
+
+void CNodeOp::disabled_init_data(AbortPanel* abort)
+{
+    if (!node_data)
+        return;
+    node_data->clear_immediate_data();
+    const int n = inq_n_passed_inputs();
+    if (n == 0)
+        return;
+    if (!inq_input_types_same_as_output()) {
+        init_data(abort);
+        return;
+    }
+    for (int i = 0; i < n; ++i) {
+        CData* input = inq_inputs(i)->inq_data();
+        if (input && n == 1)
+            input->copy_immediate_data_to(node_data.get());
+        else if (input)
+            node_data->union_immediate_data_from(input, abort);
+    }
+}
+
+void CNodeOp::disabled_generate_data(AbortPanel* abort)
+{
+    const int n = inq_n_passed_inputs();
+    if (n == 0 || !node_data)
+        return;
+    if (!inq_input_types_same_as_output()) {
+        generate_data(abort);
+        return;
+    }
+    for (int i = 0; i < n; ++i) {
+        CData* input = inq_inputs(i)->inq_data();
+        if (input && n == 1)
+            input->copy_generated_data_to(node_data.get(), abort);
+        else if (input)
+            node_data->union_generated_data_from(input, abort);
+    }
+}
+
+void CNodeOp::auto_union_immediate_data(AbortPanel* abort)
+{
+    if (inputs)
+        inputs->auto_union_immediate_data(abort);
+}
+
+void CNodeOp::auto_union_generated_data(AbortPanel* abort)
+{
+    if (inputs)
+        inputs->auto_union_generated_data(abort);
+}
+
+bool CNodeOp::inq_can_composite()
+{
+    return graph && graph->inq_is_interactive() && !inq_interactive();
+}
+
+bool CNodeOp::inq_composite_through()
+{
+    return graph && graph->inq_is_interactive() && !inq_interactive();
+}
+
+bool CNodeOp::inq_interactive()
+{
+    return false;
+}
+
+CNodeOp* CNodeOp::inq_consumer() const
+{
+    const CNodeOpArraySet* set = parent ? parent->inq_parent() : nullptr;
+    return set ? set->inq_node() : nullptr;
+}
+
+void CNodeOp::set_inputs(gsl::owner<CNodeOpArraySet*> set)
+{
+    inputs.reset(set);
+}
+
+int CNodeOp::inq_n_inputs() const
+{
+    return inputs ? inputs->inq_n_channels() : 0;
+}
+
+CNodeOpArray* CNodeOp::inq_inputs(int i) const
+{
+    return inputs ? inputs->inq_nodeop_array(i) : nullptr;
+}
+
+CData* CNodeOp::inq_first_input_data() const
+{
+    const CNodeOpArray* first = inq_inputs(0);
+    return first ? first->inq_data() : nullptr;
+}
+
+bool CNodeOp::inq_is_input_channel_selected(int i) const
+{
+    const CNodeOpArray* array = inq_inputs(i);
+    return array && array->inq_is_selected();
+}
+
+bool CNodeOp::inq_is_output_channel_selected() const
+{
+    const CNodeChannelSet* outputs = node ? node->inq_outputs() : nullptr;
+    const CNodeChannel* channel = outputs ? outputs->inq_channel(output_channel_index) : nullptr;
+    return channel && channel->inq_is_selected();
+}
+
+void CNodeOp::set_outputs(int type, gsl::owner<CData*> data)
+{
+    convertor.reset();
+    converted_data.reset();
+    node_data.reset(data);
+    if (!node_data || node_data->inq_type() == type)
+        return;
+    converted_data.reset(CDataDescriptor::new_data(type));
+    CDataConvertorDescriptor* descriptor =
+        CNodeRepository::inq_repository()->inq_convertor(node_data->inq_type(), type);
+    if (converted_data && descriptor)
+        convertor.reset(descriptor->new_convertor(this));
+}
+
+void CNodeOp::do_setup_data(bool is_quiescent)
+{
+    const bool q = is_quiescent && !inq_is_selected();
+    if (convertor)
+        convertor->convert_request(node_data.get(), converted_data.get());
+    if (inq_is_disabled())
+        state = NODEOP_DISABLED;
+    else
+        state = q ? NODEOP_QUIESCENT : NODEOP_ACTIVE;
+    if (state != NODEOP_DISABLED)
+        copy_node_info(node);
+    hand_request_on();
+    quiescent = q;
+}
+
+/// A selected channel wakes all that feeds it.
+bool CNodeOp::inq_is_selected() const
+{
+    return (parent && parent->inq_is_selected()) || inq_is_output_channel_selected();
+}
+
+bool CNodeOp::inq_is_disabled()
+{
+    if (node && node->inq_is_disabled())
+        return true;
+    if (!graph)
+        return false;
+    if (node && node->inq_is_temp_disabled() && !graph->inq_ignore_temp_disable())
+        return true;
+    if (graph->inq_is_disabled(label))
+        return true;
+    return graph->inq_is_interactive() && !inq_interactive() &&
+           label != static_cast<unsigned>(graph->inq_interactive_node());
+}
+
+void CNodeOp::hand_request_on()
+{
+    if (state == NODEOP_ACTIVE)
+        copy_request_data_to_inputs();
+    else
+        disabled_copy_request_data_to_inputs();
+    if (inputs)
+        inputs->update_request_data();
+}
+
+void CNodeOp::do_request_data(AbortPanel*)
+{
+    if (convertor)
+        convertor->convert_request(node_data.get(), converted_data.get());
+    hand_request_on();
+}
+
+void CNodeOp::do_immediate_data(AbortPanel* abort)
+{
+    auto_union_immediate_data(abort);
+    if (state == NODEOP_ACTIVE)
+        init_data(abort);
+    else
+        disabled_init_data(abort);
+    if (convertor)
+        convertor->convert_immediate(node_data.get(), converted_data.get());
+}
+
+void CNodeOp::generate_node_data(AbortPanel* abort)
+{
+    auto_union_generated_data(abort);
+    if (state == NODEOP_ACTIVE)
+        generate_data(abort);
+    else
+        disabled_generate_data(abort);
+    if (convertor)
+        convertor->convert_generated(node_data.get(), converted_data.get(), abort);
+}
+
+void CNodeOp::changed_request(int i, AbortPanel* abort)
+{
+    if (CNodeOpArray* array = inq_inputs(i))
+        array->update_request_data();
+    if (graph)
+        graph->changed_request(i, this, abort);
+}
+
+void CNodeOp::changed_request(AbortPanel* abort)
+{
+    copy_request_data_to_inputs();
+    for (int i = 0; graph && i < inq_n_inputs(); ++i)
+        graph->changed_request(i, this, abort);
+}
+
+bool CNodeOp::signal_exception(gsl::owner<KIVError*> error)
+{
+    if (graph)
+        return graph->signal_exception(error);
+    delete error;
+    return true;
+}
+
+void CNodeOp::report_status(gsl::owner<KIVError*> status)
+{
+    if (graph)
+        graph->report_status(status);
+    else
+        delete status;
+}
+
+/// A disabled op is a wire on its first input; a quiescent one merges them all.
+int CNodeOp::inq_n_passed_inputs() const
+{
+    return state == NODEOP_DISABLED ? std::min(inq_n_inputs(), 1) : inq_n_inputs();
+}
+
+bool CNodeOp::inq_input_types_same_as_output() const
+{
+    const int type = node_data->inq_type();
+    for (int i = 0; i < inq_n_inputs(); ++i) {
+        const CData* input = inq_inputs(i)->inq_data();
+        if (input && input->inq_type() != type)
+            return false;
+    }
+    return true;
+}
+
+bool CNodeOp::inq_all_direct_composite()
+{
+    return inq_all_direct_composite_but(nullptr);
+}
+
+/// An op that only lets through what feeds it is looked through: its inputs have to comply too.
+/// `known` complies.
+bool CNodeOp::inq_all_direct_composite_but(const CNodeOp* known)
+{
+    std::vector<const CNodeOp*> looked_through{this};
+    const auto complies = [&](CNodeOp& input) {
+        if (&input == known)
+            return true;
+        if (input.convertor ? input.convertor->inq_can_composite() : input.inq_can_composite())
+            return true;
+        if (!input.inq_composite_through())
+            return false;
+        looked_through.push_back(&input);
+        return true;
+    };
+    while (!looked_through.empty()) {
+        const CNodeOp* op = looked_through.back();
+        looked_through.pop_back();
+        if (!for_each_input(*op, complies))
+            return false;
+    }
+    return true;
+}
+
+/// From consumer to consumer, as far as all that feeds them can be drawn straight through: the
+/// last of them that has data of the type offers them. Each consumer on the way complies for the
+/// next.
+CData* CNodeOp::inq_composite_output(int type)
+{
+    CData* found = nullptr;
+    const CNodeOp* known = nullptr;
+    for (CNodeOp* op = this; op;) {
+        if (op->node_data && op->node_data->inq_type() == type)
+            found = op->node_data.get();
+        CNodeOp* consumer = op->converted_data ? nullptr : op->inq_consumer();
+        op = consumer && consumer->inq_lets_through(known) ? consumer : nullptr;
+        known = op;
+    }
+    return found;
+}
+
+CData* CNodeOp::inq_converted_composite_output(int type)
+{
+    CNodeOp* consumer = inq_consumer();
+    CData* found = consumer && consumer->inq_lets_through(nullptr)
+                       ? consumer->inq_composite_output(type)
+                       : nullptr;
+    return found ? found : inq_output_data();
+}
+
+bool CNodeOp::inq_lets_through(const CNodeOp* known)
+{
+    return inq_composite_through() && inq_all_direct_composite_but(known);
+}

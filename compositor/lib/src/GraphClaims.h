@@ -1,0 +1,41 @@
+#pragma once
+
+#include <unordered_set>
+#include <vector>
+
+class CNode;
+class CNodeChannel;
+class CNodeChannelSet;
+class CNodeConnection;
+class CNodeGraph;
+class KIVIStream;
+class KIVLinkedList;
+class KIVObject;
+
+/// What a graph takes over from the stream it is read from. A file can name any object anywhere,
+/// so nothing is followed before it has been claimed: what can be claimed has been read to its end.
+class GraphClaims {
+public:
+    GraphClaims(KIVIStream& stream, CNodeGraph* graph) : stream(stream), graph(graph) {}
+
+    /// False, and an error of the stream, if nodes, channels and connections do not fit together.
+    /// What was claimed by then is deleted.
+    bool claim(const KIVLinkedList& listed, const CNode* root);
+
+private:
+    bool claim_nodes(const KIVLinkedList& listed);
+    bool is_sound(const CNode& node) const;
+    bool is_known(const CNode* node) const { return !node || known.contains(node); }
+    bool claim_outgoing(const CNode& node);
+    bool claim_connections(const CNodeChannel& output);
+    bool meet_incoming(const CNode& node);
+    bool meet_connections(const CNodeChannel& input);
+    void delete_claimed();
+
+    KIVIStream& stream;
+    CNodeGraph* graph;
+    std::vector<CNode*> nodes;
+    std::unordered_set<const CNode*> known;
+    std::unordered_set<const KIVObject*> half_met; // connections seen at their output alone
+    std::vector<CNodeConnection*> connections;
+};

@@ -1,0 +1,231 @@
+#include "compositor/lib/hdr/GraphExec.h"
+
+#include "compositor/lib/hdr/CData.h"
+#include "compositor/lib/hdr/CNodeOp.h"
+#include "compositor/lib/hdr/CNodeOpArray.h"
+#include "compositor/lib/hdr/CNodeOpArraySet.h"
+#include "compositor/lib/hdr/CNodeStatus.h"
+#include "compositor/lib/hdr/GraphExecReporter.h"
+#include "compositor/lib/src/OpTreeBuilder.h"
+#include "kivlib/hdr/AbortPanel.h"
+
+namespace {
+bool inq_stops(AbortPanel* panel)
+{
+    return panel && panel->inq_abort();
+}
+
+gsl::owner<KIVError*> copy_of(const KIVError& error)
+{
+    return static_cast<KIVError*>(error.clone());
+}
+} // namespace
+
+/// An op under a walk, and how many of its inputs the walk has met.
+struct GraphExec::Visit {
+    /// The next op that feeds this one, channel by channel; null when there are no more.
+    CNodeOp* next_input(bool last_connection_first = false)
+    {
+        for (; channel < op->inq_n_inputs(); ++channel, met = 0) {
+            const CNodeOpArray& array = *op->inq_inputs(channel);
+            while (met < array.inq_n_nodes()) {
+                const int i = last_connection_first ? array.inq_n_nodes() - 1 - met : met;
+                ++met;
+                if (CNodeOp* input = array.inq_node_op(i))
+                    return input;
+            }
+        }
+        return nullptr;
+    }
+
+    CNodeOp* op;
+    int channel = 0;
+    int met = 0;
+};
+
+GraphExec::GraphExec(int requested_type, CNode* root, int channel)
+    : root_node(root), root_channel(channel)
+{
+    OpTreeBuilder builder(*this, ops);
+    root_op = builder.build(requested_type, root, channel);
+}
+
+GraphExec::~GraphExec()
+{
+    for (CNodeOp* op : ops)
+        delete op;
+}
+
+CData* GraphExec::inq_root_data() const
+{
+    return root_op ? root_op->inq_output_data() : nullptr;
+}
+
+void GraphExec::setup_data()
+{
+    if (inq_reports_status())
+        report_status(new CNodeStatus);
+    if (!root_op)
+        return;
+    root_op->set_quiescent(is_restricted);
+    std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) { reset_data(*op); });
+    std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) {
+        const CNodeOp* consumer = op == root_op ? nullptr : op->inq_consumer();
+        op->do_setup_data(consumer ? consumer->inq_quiescent() : is_restricted);
+    });
+}
+
+/// The root keeps its data, since they hold the caller's request.
+void GraphExec::reset_data(CNodeOp& op)
+{
+    if (CNodeOpArraySet* inputs = op.inq_nodeop_array_set())
+        inputs->reset_union_data();
+    if (&op == root_op)
+        return;
+    if (CData* data = op.inq_node_data())
+        data->reset_data();
+    if (CData* data = op.inq_converted_data())
+        data->reset_data();
+}
+
+void GraphExec::generate_data(AbortPanel* panel)
+{
+    reorder_graph();
+    if (!inq_stops(panel))
+        bring_immediate_data(panel);
+    reorder_graph();
+    if (!inq_stops(panel))
+        bring_generated_data(panel);
+}
+
+void GraphExec::bring_immediate_data(AbortPanel* panel)
+{
+    for (CNodeOp* op : ops) {
+        if (inq_stops(panel))
+            return;
+        op->do_immediate_data(panel);
+    }
+}
+
+void GraphExec::bring_generated_data(AbortPanel* panel)
+{
+    for (CNodeOp* op : ops) {
+        if (inq_stops(panel))
+            return;
+        if (inq_reports_status())
+            report_status(new CNodeStatus(op->inq_node_name()));
+        op->generate_node_data(panel);
+    }
+}
+
+/// Brings the ops into the order that the arrays have taken on, inputs before consumers.
+void GraphExec::reorder_graph()
+{
+    if (!needs_reorder)
+        return;
+    needs_reorder = false;
+    ops.clear();
+    const std::size_t base = walk.size();
+    walk.push_back({root_op});
+    while (walk.size() > base) {
+        if (CNodeOp* input = walk.back().next_input(true)) {
+            walk.push_back({input});
+        } else {
+            ops.push_back(walk.back().op);
+            walk.pop_back();
+        }
+    }
+}
+
+void GraphExec::changed_request(int i, CNodeOp* op, AbortPanel* panel)
+{
+    const CNodeOpArray* array = op->inq_inputs(i);
+    const int n = array ? array->inq_n_nodes() : 0;
+    for (int k = 0; k < n; ++k)
+        if (CNodeOp* input = array->inq_node_op(k))
+            rec_do_request(input, panel);
+    for (int k = 0; k < n; ++k)
+        if (CNodeOp* input = array->inq_node_op(k))
+            rec_do_immediate(input, panel);
+}
+
+void GraphExec::rec_do_request(CNodeOp* op, AbortPanel* panel)
+{
+    const std::size_t base = walk.size();
+    op->do_request_data(panel);
+    walk.push_back({op});
+    while (walk.size() > base) {
+        if (CNodeOp* input = walk.back().next_input()) {
+            input->do_request_data(panel);
+            walk.push_back({input});
+        } else {
+            walk.pop_back();
+        }
+    }
+}
+
+/// An op may ask its own inputs again meanwhile: that walk stands above this one.
+void GraphExec::rec_do_immediate(CNodeOp* op, AbortPanel* panel)
+{
+    const std::size_t base = walk.size();
+    walk.push_back({op});
+    while (walk.size() > base) {
+        if (CNodeOp* input = walk.back().next_input()) {
+            walk.push_back({input});
+        } else {
+            CNodeOp* ready = walk.back().op;
+            walk.pop_back();
+            ready->do_immediate_data(panel);
+        }
+    }
+}
+
+void GraphExec::register_reporter(GraphExecReporter* reporter)
+{
+    if (!reporters)
+        reporters = std::make_unique<KIVLinkedList>();
+    reporters->add(reporter);
+}
+
+void GraphExec::unregister_reporter(GraphExecReporter* reporter)
+{
+    if (!reporters)
+        return;
+    reporters->remove(reporter);
+    if (reporters->inq_is_empty())
+        reporters.reset();
+}
+
+bool GraphExec::signal_exception(gsl::owner<KIVError*> given)
+{
+    const std::unique_ptr<KIVError> error(given);
+    bool goes_on = true;
+    if (reporters)
+        for (auto* reporter : reporters->of<GraphExecReporter>())
+            goes_on &= reporter->signal_exception(copy_of(*error));
+    return goes_on;
+}
+
+void GraphExec::report_status(gsl::owner<KIVError*> given)
+{
+    const std::unique_ptr<KIVError> status(given);
+    if (reporters)
+        for (auto* reporter : reporters->of<GraphExecReporter>())
+            reporter->report_status(copy_of(*status));
+}
+
+void GraphExec::set_disabled_nodes(const unsigned int* labels, int n)
+{
+    disabled_nodes.assign(labels, labels + std::max(n, 0));
+    std::ranges::sort(disabled_nodes);
+}
+
+void GraphExec::clear_disabled_nodes()
+{
+    disabled_nodes.clear();
+}
+
+bool GraphExec::inq_is_disabled(unsigned int label) const
+{
+    return std::ranges::binary_search(disabled_nodes, label);
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "compositor/lib/hdr/CNodeOp.h"
+
+#include <limits>
+#include <vector>
+
+class CNodeOpArray;
+class GraphExec;
+class KIVLinkOb;
+
+/// Turns the nodes that feed a root into a tree of ops, one for each path.
+class OpTreeBuilder {
+public:
+    /// The ops are appended to `ops`, which owns them; an op stands behind all that feed it.
+    OpTreeBuilder(GraphExec& exec, std::vector<CNodeOp*>& ops) : exec(exec), ops(ops) {}
+
+    /// The op of the root; null if its data type can't be told.
+    CNodeOp* build(int requested_type, CNode* root, int channel);
+
+private:
+    /// An op that is being built. Its inputs are made from the last to the first.
+    struct Unfinished {
+        std::unique_ptr<CNodeOp> op;
+        std::unique_ptr<CNodeOpArraySet> inputs;
+        CNode* node;
+        int output_channel;
+        int requested_type;
+        CNodeOpArray* parent;
+        int place;            // in `parent`
+        std::size_t first_op; // where the ops that feed it begin
+        int channel;          // the input in hand
+        CNodeOpArray* array;  // of that input
+        int array_type;
+        const KIVLinkOb* link; // the connection to be followed next
+        int next_place;
+    };
+
+    void start(CNodeOpArray* parent, int place, int requested_type, CNode* node, int channel);
+    void follow_connection(Unfinished& now);
+    bool open_next_input(Unfinished& now);
+    void step();
+    bool finish(Unfinished& now);
+    void drop();
+
+    GraphExec& exec;
+    std::vector<CNodeOp*>& ops;
+    std::vector<Unfinished> path;
+    std::size_t longest_path = std::numeric_limits<std::size_t>::max();
+};

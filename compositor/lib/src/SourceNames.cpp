@@ -1,0 +1,43 @@
+#include "compositor/lib/src/SourceNames.h"
+
+#include "compositor/lib/src/NodeWalk.h"
+
+CNode* SourceNames::find(CNode* from)
+{
+    visit(from);
+    while (!way.empty()) {
+        Step& step = way.back();
+        if (CNode* child = step.children.empty() ? nullptr : step.children.back()) {
+            step.children.pop_back();
+            visit(child);
+        } else {
+            on_way.erase(step.node);
+            way.pop_back();
+        }
+    }
+    return first;
+}
+
+void SourceNames::visit(CNode* node)
+{
+    if (node->inq_n_input_channels() == 0) {
+        add_source(node);
+    } else if (on_way.insert(node).second) {
+        way.push_back({node, {}});
+        Neighbours children = Neighbours::children_of(node);
+        while (CNode* child = children.next())
+            way.back().children.push_back(child);
+    }
+}
+
+void SourceNames::add_source(CNode* source)
+{
+    if (!first)
+        first = source;
+    const KIVString name = names ? source->inq_name() : KIVString();
+    if (name.is_null())
+        return;
+    if (!names->is_null())
+        *names += ", ";
+    *names += name;
+}

@@ -1,0 +1,198 @@
+#include "compositor/lib/hdr/CNodeCatagory.h"
+#include "compositor/lib/hdr/CNodeDescriptor.h"
+#include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
+#include "compositor/lib/hdr/CNodeInstance.h"
+#include "compositor/lib/hdr/CNodeRepository.h"
+#include "compositor/lib/hdr/StandInCNode.h"
+#include "compositor/lib/test/SampleNodes.h"
+#include "kivlib/hdr/KIVDLLUsageList.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+
+#include <gtest/gtest.h>
+
+using namespace sample;
+
+namespace {
+constexpr int INPUT_TYPES[] = {7, 8};
+constexpr int OUTPUT_TYPES[] = {9};
+
+CNodeDescriptor* new_descriptor(const char* class_name, NewNodeFunction new_node = nullptr)
+{
+    return new CNodeDescriptor(class_name, "CNode", nullptr, 77, nullptr, "Two", 21, true, 2, 1,
+                               INPUT_TYPES, OUTPUT_TYPES, new_node);
+}
+
+CNodeGenericOpDescriptor* new_generic(const char* class_name, const char* node_type,
+                                      NewOpFunction new_op = nullptr)
+{
+    return new CNodeGenericOpDescriptor(class_name, "CNodeGenericOp", nullptr, -1, nullptr,
+                                        node_type, PAINT, new_op);
+}
+
+CNodeDescriptor* descriptor_of(ClassDescriptor* record)
+{
+    return static_cast<CNodeDescriptor*>(record);
+}
+} // namespace
+
+TEST(CNodeDescriptor, gives_all_channels_one_type_or_each_its_own)
+{
+    const CNodeDescriptor* line = descriptor_of(SampleLine::inq_class_descriptor_s());
+    EXPECT_EQ(line->inq_input_type(5), PAINT);
+    EXPECT_EQ(line->inq_catagory_type(), 10);
+    EXPECT_TRUE(line->inq_is_hidden());
+    const CNodeDescriptor* two = new_descriptor("DescriptorTestTwo");
+    EXPECT_EQ(two->inq_input_type(1), 8);
+    EXPECT_EQ(two->inq_input_type(2), 0);
+    EXPECT_EQ(two->inq_input_type(-1), 0);
+    EXPECT_EQ(two->inq_output_type(0), 9);
+    EXPECT_EQ(two->inq_output_type(1), 0);
+}
+
+TEST(CNodeDescriptor, comes_back_without_its_code_and_with_old_versions_shown)
+{
+    const auto back = stored_and_read(*new_descriptor("DescriptorTestStored"));
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->inq_name(), "DescriptorTestStored");
+    EXPECT_EQ(back->inq_version(), 77);
+    EXPECT_EQ(back->inq_user_type_name(), "Two");
+    EXPECT_EQ(back->inq_catagory_type(), 21);
+    EXPECT_EQ(back->inq_input_type(1), 8);
+    EXPECT_EQ(back->inq_output_type(0), 9);
+    EXPECT_TRUE(back->inq_is_hidden());
+    const Captured captured;
+    EXPECT_EQ(back->new_node(nullptr, nullptr), nullptr);
+    const std::string errors = captured.inq_errors();
+    EXPECT_NE(errors.find("Can not make new node (null function): DescriptorTestStored.\n"),
+              std::string::npos);
+    EXPECT_NE(errors.find("compositor/lib/src/CNodeDescriptor"), std::string::npos);
+
+    OldRecord old("CNodeDescriptor", 105);
+    old << "DescriptorTestOld"
+        << "CNode" << -1 << "Old" << 30 << 0 << 1 << 100;
+    const auto shown = old.read<CNodeDescriptor>();
+    ASSERT_TRUE(shown);
+    EXPECT_FALSE(shown->inq_is_hidden());
+    EXPECT_EQ(shown->inq_output_type(0), 100);
+}
+
+TEST(CNodeDescriptor, refuses_channel_counts_beyond_its_record)
+{
+    for (const int type : {0, 100}) {
+        OldRecord old("CNodeDescriptor", 106);
+        old << "DescriptorTestBad"
+            << "CNode" << -1 << "Bad" << 30 << 2000000000 << 2000000000 << type << 0;
+        EXPECT_EQ(old.read<CNodeDescriptor>(), nullptr);
+    }
+}
+
+TEST(CNodeDescriptor, makes_nodes_once_the_module_of_a_class_is_there)
+{
+    CNodeDescriptor* from_stream = stored_and_read(*new_descriptor("DescriptorTestLate")).release();
+    from_stream->did_load();
+    ASSERT_EQ(ClassManager::inq_main()->find_cd_for("DescriptorTestLate"), from_stream);
+    const auto reader = [](KIVIStream&) -> KIVObject* { return nullptr; };
+    auto* module = new CNodeDescriptor("DescriptorTestLate", "CNode", reader, 77, nullptr, "Late",
+                                       21, true, 2, 1, PAINT, SampleMix::new_node_s);
+    ClassManager::inq_main()->enter(module);
+    bool flag = true;
+    const std::unique_ptr<CNode> node(from_stream->new_node(nullptr, &flag));
+    ASSERT_TRUE(node);
+    EXPECT_FALSE(flag);
+    EXPECT_EQ(node->inq_n_input_channels(), 2);
+}
+
+TEST(CNodeRepository, joins_generics_to_their_node_class_in_either_order)
+{
+    const KIVLinkedList& pending = CNodeRepository::inq_repository()->inq_pending_generics();
+    auto* early = new_generic("DescriptorTestEarlyOp", "DescriptorTestGeneric");
+    EXPECT_TRUE(pending.find(early));
+    const CNodeDescriptor* node_class = new_descriptor("DescriptorTestGeneric");
+    EXPECT_FALSE(pending.find(early));
+    auto* late = new_generic("DescriptorTestLateOp", "DescriptorTestGeneric");
+    const KIVLinkedList* generics = node_class->inq_generic_descriptors();
+    ASSERT_TRUE(generics);
+    EXPECT_EQ(generics->at_index(0), early);
+    EXPECT_EQ(generics->at_index(1), late);
+    EXPECT_TRUE(pending.find(new_generic("DescriptorTestLostOp", "DescriptorTestNoClass")));
+
+    EXPECT_TRUE(stored_and_read(*new_generic("DescriptorTestGoneOp", "DescriptorTestGeneric")));
+    EXPECT_EQ(generics->count(), 3) << "what was read has gone again";
+}
+
+TEST(CNodeGenericOpDescriptor, is_completed_by_its_module)
+{
+    CNodeGenericOpDescriptor* from_stream =
+        stored_and_read(*new_generic("DescriptorTestOp", "DescriptorTestNoClass")).release();
+    EXPECT_EQ(from_stream->inq_node_type(), "DescriptorTestNoClass");
+    EXPECT_EQ(from_stream->inq_data_type(), PAINT);
+    from_stream->did_load();
+    {
+        const Captured captured;
+        EXPECT_EQ(from_stream->inq_nodeop(nullptr), nullptr);
+        const std::string errors = captured.inq_errors();
+        EXPECT_NE(errors.find("Can not make new node (null function): DescriptorTestOp.\n"),
+                  std::string::npos);
+        EXPECT_NE(errors.find("compositor/lib/src/CNodeGenericOpDescriptor"), std::string::npos);
+    }
+    const auto new_op = [](CNode* node) { return new CNodeOp(node); };
+    new_generic("DescriptorTestOp", "DescriptorTestNoClass", new_op);
+    const std::unique_ptr<CNode> node(new_node<SampleLine>());
+    const std::unique_ptr<CNodeOp> op(from_stream->inq_nodeop(node.get()));
+    EXPECT_TRUE(op);
+}
+
+TEST(CNodeCatagory, falls_back_on_the_last_drawer)
+{
+    CNodeCatagory::init();
+    EXPECT_EQ(CNodeCatagory::find_name(99), "Misc.");
+    EXPECT_EQ(CNodeCatagory::find_name(41), "Ink&Paint");
+    EXPECT_EQ(CNodeCatagory::find_name(1), "");
+    EXPECT_EQ(CNodeCatagory::find_colour_type(20), 3);
+    const KIVLinkedList& all = CNodeCatagory::inq_node_catagories();
+    EXPECT_EQ(all.count(), 9);
+    EXPECT_EQ(all.inq_last_link()->value(), CNodeCatagory::find_catagory(0));
+}
+
+TEST(StandInCNode, answers_for_its_class_and_is_never_evaluated)
+{
+    CNodeDescriptor* line = descriptor_of(SampleLine::inq_class_descriptor_s());
+    StandInCNode entry(line);
+    EXPECT_EQ(entry.inq_desc(), line);
+    EXPECT_EQ(entry.inq_type_name(), "Line");
+    EXPECT_EQ(entry.inq_type(), -1);
+    EXPECT_TRUE(entry.inq_is_fully_connected());
+    const Captured captured;
+    EXPECT_EQ(entry.new_nodeop(PAINT), nullptr);
+    EXPECT_NE(captured.inq_errors().find("compositor/lib/src/StandInCNode"), std::string::npos);
+    EXPECT_NE(captured.inq_errors().find("Program error.\n"), std::string::npos);
+
+    const MacroStandInCNode macro(line, "/scenes/macros/blur.two.mac");
+    EXPECT_EQ(macro.inq_name(), "blur.two");
+    EXPECT_EQ(macro.inq_displayed_type_name(), "Macro");
+}
+
+TEST(CNodeInstance, is_valid_as_long_as_all_its_nodes_are_in_the_graph)
+{
+    CNodeGraph graph(nullptr);
+    auto* root = add<SampleLine>(graph);
+    auto* inner = add<SampleLine>(graph);
+    CNodeInstance path;
+    CNodeInstance other;
+    EXPECT_FALSE(path.inq_is_valid());
+    for (CNodeInstance* instance : {&path, &other}) {
+        instance->push_root_node(root);
+        instance->push_node(inner, 1);
+    }
+    EXPECT_TRUE(path.inq_is_valid());
+    EXPECT_TRUE(path.is_same_as(&other));
+    EXPECT_FALSE(path.is_same_as(nullptr));
+    other.push_node(inner, 0);
+    EXPECT_FALSE(path.is_same_as(&other));
+    path.push_node(inner, 2);
+    EXPECT_FALSE(path.is_same_as(&other));
+
+    const std::unique_ptr<CNode> removed(graph.remove_node(inner));
+    EXPECT_FALSE(path.inq_is_valid());
+}

@@ -1,0 +1,499 @@
+#include "compositor/lib/hdr/CNodeGraph.h"
+#include "compositor/lib/hdr/CNodeGraphWatcher.h"
+#include "compositor/lib/hdr/cdata_tDArray.h"
+#include "compositor/lib/test/SampleNodes.h"
+#include "kivlib/hdr/ChangeRecorder.h"
+#include "kivlib/hdr/KIVDLLUsageList.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+
+#include <gtest/gtest.h>
+
+using namespace sample;
+
+namespace {
+class Watcher : public CNodeGraphWatcher {
+public:
+    using CNodeGraphWatcher::CNodeGraphWatcher;
+
+    void connections_changed(bool connected_to_root) override
+    {
+        heard += connected_to_root ? "C" : "c";
+    }
+    void number_of_nodes_changed() override
+    {
+        heard += "n";
+        other.reset();
+    }
+
+    std::string heard;
+    std::unique_ptr<Watcher> other; // goes with the first change of the nodes
+};
+
+class SelectionWatcher : public CNodeGraphSelectionWatcher {
+public:
+    void selection_changed() override { ++heard; }
+    int heard = 0;
+};
+
+class Change : public ChangeEvt {
+public:
+    void undo() override {}
+    void redo() override {}
+};
+
+std::vector<std::string> take_log()
+{
+    return std::exchange(log(), {});
+}
+
+std::string container_of(const CNodeGraph& graph)
+{
+    CharOStream out;
+    out.insert_with_class_hdr(&graph);
+    EXPECT_EQ(out.inq_error_state(), KIVStream::OKAY);
+    return out.inq_container();
+}
+
+/// The record of a graph without connections that holds what `tell` writes into its list.
+std::unique_ptr<CNodeGraph> read_told(int n, const std::function<void(OldRecord&)>& tell)
+{
+    OldRecord old("CNodeGraph", 92);
+    old.nested("KIVLinkedList", 1, [&](OldRecord& r) {
+        r << n;
+        tell(r);
+    });
+    old.insert_with_class_hdr(nullptr);
+    return old.read<CNodeGraph>();
+}
+
+/// A node without channels, as it stands in a file.
+void put_node(OldRecord& r, const std::function<void(OldRecord&)>& put_group)
+{
+    r.nested("SampleSource", 146, [&](OldRecord& node) {
+        node << 50.0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0 << 0.0 << 0 << 0;
+        put_group(node);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0;
+    });
+}
+
+void put_null(OldRecord& r)
+{
+    r.insert_with_class_hdr(nullptr);
+}
+
+/// A node with one output channel, which lists what `put_connections` writes.
+void put_source(OldRecord& r, int node_number, const std::function<void(OldRecord&)>& put_list)
+{
+    r.nested("SampleSource", 146, [&](OldRecord& node) {
+        node << 50.0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.nested("CNodeChannelSet", 1, [&](OldRecord& set) {
+            set.put_seen(static_cast<std::uint32_t>(node_number));
+            set << 1;
+            set.nested("CNodeChannel", 144, [&](OldRecord& channel) {
+                channel.nested("KIVLinkedList", 1, put_list);
+                channel << 0;
+            });
+        });
+        node << 0.0 << 0.0 << 0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0;
+    });
+}
+} // namespace
+
+TEST(CNodeGraph, puts_connections_at_the_head_of_both_lists_and_tells_who_is_concerned)
+{
+    CNodeGraph graph(nullptr);
+    auto* first = add<SampleSource>(graph);
+    auto* second = add<SampleSource>(graph, "s");
+    auto* mix = add<SampleMix>(graph, "m");
+    auto* root = add<SampleLine>(graph, "r");
+    graph.set_root_node(root);
+    graph.make_connection(out(mix), in(root), false);
+    graph.make_connection(out(first), in(mix), false);
+    Watcher watcher(&graph);
+    take_log();
+
+    CNodeConnection* made = graph.make_connection(out(second), in(mix), true);
+    EXPECT_EQ(in(mix)->find_connection_at(0), made);
+    EXPECT_EQ(take_log(),
+              (std::vector<std::string>{"m inputs", "s outputs", "m updated", "r updated"}));
+    EXPECT_EQ(watcher.heard, "C");
+    EXPECT_EQ(graph.find_connection_between(out(second), in(mix)), made);
+    EXPECT_TRUE(graph.inq_is_connected(out(second), in(mix)));
+    EXPECT_FALSE(graph.inq_is_connected(out(mix), in(mix)));
+    EXPECT_TRUE(graph.inq_is_connected(out(second), in(mix, 1))); // which has none at all
+
+    graph.make_connection(out(second), 0, in(mix, 1), 0, false);
+    EXPECT_EQ(take_log(), (std::vector<std::string>{"m updated", "r updated"}));
+    EXPECT_EQ(out(second)->inq_connections_list()->count(), 2);
+
+    watcher.heard.clear();
+    graph.delete_connection(made, true);
+    EXPECT_EQ(take_log(),
+              (std::vector<std::string>{"s outputs", "m inputs", "m updated", "r updated"}));
+    EXPECT_EQ(watcher.heard, "");
+    EXPECT_EQ(in(mix)->inq_connections_list()->count(), 1);
+    graph.delete_connection(nullptr, true);
+}
+
+TEST(CNodeGraph, refuses_data_types_that_do_not_fit)
+{
+    CNodeGraph graph(nullptr);
+    auto* source = add<SampleSource>(graph);
+    auto* sound = add<SampleSoundLine>(graph);
+    auto* anything = add<SampleAnything>(graph);
+    EXPECT_FALSE(graph.inq_can_connect_data_types(out(source), in(sound)));
+    EXPECT_EQ(graph.make_connection(out(source), in(sound), true), nullptr);
+    EXPECT_TRUE(in(sound)->inq_connections_list()->inq_is_empty());
+
+    EXPECT_TRUE(graph.inq_can_connect_data_types(out(source), in(anything)));
+    EXPECT_EQ(anything->inq_types(), nullptr);
+    ASSERT_TRUE(graph.make_connection(out(source), in(anything), false));
+    ASSERT_TRUE(anything->inq_types());
+    EXPECT_EQ(anything->inq_types()->size(), 1);
+    EXPECT_FALSE(graph.inq_can_connect_data_types(out(anything), in(sound)));
+
+    graph.set_type_checker_disabled();
+    EXPECT_TRUE(graph.make_connection(out(anything), in(sound), false));
+    EXPECT_FALSE(graph.set_type_checker_enabled());
+    EXPECT_TRUE(graph.inq_type_checker_enabled());
+}
+
+TEST(CNodeGraph, sees_cycles_only_when_asked)
+{
+    CNodeGraph graph(nullptr);
+    auto* first = add<SampleLine>(graph);
+    auto* second = add<SampleLine>(graph);
+    graph.make_connection(out(first), in(second), false);
+    EXPECT_FALSE(graph.inq_can_connect_acyclic(out(second), in(first)));
+    EXPECT_FALSE(graph.inq_can_connect_acyclic(out(first), in(first)));
+    EXPECT_TRUE(graph.inq_can_connect_acyclic(out(first), in(second)));
+    EXPECT_TRUE(graph.inq_can_connect_multiple(out(first), in(second)));
+    EXPECT_TRUE(graph.make_connection(out(second), in(first), false));
+    EXPECT_FALSE(graph.is_connected_to_root(first));
+}
+
+TEST(CNodeGraph, updates_each_reader_once_and_behind_all_that_it_reads)
+{
+    CNodeGraph graph(nullptr);
+    auto* source = add<SampleLine>(graph, "s");
+    auto* line = add<SampleLine>(graph, "l");
+    auto* root = add<SampleMix>(graph, "r");
+    auto* beyond = add<SampleLine>(graph, "b");
+    join(source, root);
+    join(source, line);
+    join(line, root, 1);
+    join(root, beyond);
+    graph.set_root_node(root);
+    take_log();
+    graph.update_input_connections(source);
+    EXPECT_EQ(take_log(), (std::vector<std::string>{"s updated", "l updated", "r updated"}));
+    EXPECT_TRUE(graph.is_connected_to_root(source));
+    EXPECT_FALSE(graph.is_connected_to_root(beyond));
+}
+
+TEST(CNodeGraph, tells_watchers_until_they_go)
+{
+    CNodeGraph graph(nullptr);
+    Watcher watcher(&graph);
+    watcher.other = std::make_unique<Watcher>(&graph);
+    auto* line = add<SampleLine>(graph, "l");
+    EXPECT_EQ(watcher.heard, "n");
+    graph.notify_chan_selection_changed(false);
+    graph.notify_chan_selection_changed(true);
+    EXPECT_EQ(watcher.heard, "nC");
+    EXPECT_FALSE(line->inq_inchoate_flag());
+    graph.notify_connections_changed(false);
+    EXPECT_EQ(watcher.heard, "nCc");
+    EXPECT_TRUE(line->inq_inchoate_flag());
+
+    SelectionWatcher selection;
+    graph.selection_changed();
+    graph.add_selection_watcher(&selection);
+    graph.selection_changed();
+    graph.remove_selection_watcher(&selection);
+    graph.selection_changed();
+    EXPECT_EQ(selection.heard, 1);
+
+    take_log();
+    const std::unique_ptr<CNode> removed(graph.remove_node(line));
+    EXPECT_EQ(removed.get(), line);
+    EXPECT_EQ(line->inq_graph(), nullptr);
+    EXPECT_EQ(take_log(), std::vector<std::string>{"l removed"});
+    EXPECT_EQ(graph.remove_node(line), nullptr);
+    EXPECT_EQ(watcher.heard, "nCcn");
+
+    auto outlived = std::make_unique<CNodeGraph>(nullptr);
+    const Watcher outliving(outlived.get());
+    outlived.reset();
+}
+
+TEST(CNodeGraph, finds_nodes_by_what_they_are)
+{
+    CNodeGraph graph(nullptr);
+    auto* source = add<SampleSource>(graph, "s");
+    auto* line = add<SampleLine>(graph, "l");
+    auto* stranger = add<SampleLine>(graph, "x");
+    join(source, line);
+    graph.set_root_node(line);
+    EXPECT_EQ(names(graph.inq_nodes_of_type(SampleLine::inq_type_s())), "lx");
+    EXPECT_EQ(names(graph.make_ordered_nodes_list()), "ls");
+    EXPECT_EQ(names(graph.inq_nodes_with_no_out_puts()), "lx");
+    source->show_output_channel(false);
+    EXPECT_EQ(names(graph.inq_nodes_with_no_out_puts()), "slx");
+    EXPECT_EQ(graph.find_node(stranger->inq_label()), stranger);
+    EXPECT_FALSE(graph.inq_contains_node(0));
+
+    EXPECT_EQ(graph.find_single_selected_node(), nullptr);
+    line->set_is_selected(true);
+    EXPECT_EQ(graph.find_single_selected_node(), line);
+    source->set_is_selected(true);
+    EXPECT_EQ(graph.find_single_selected_node(), nullptr);
+    EXPECT_FALSE(graph.inq_channels_selected());
+    in(stranger)->set_is_selected(true);
+    EXPECT_TRUE(graph.inq_channels_selected());
+
+    const std::unique_ptr<KIVLinkedList> connections(
+        CNodeGraph::find_connections(*graph.inq_nodes_list()));
+    EXPECT_EQ(connections->count(), 1);
+    KIVDLLUsageList usage;
+    graph.record_dll_usage(&usage);
+    EXPECT_EQ(usage.inq_descriptors().size(), 2U);
+}
+
+TEST(CNodeGraph, finds_channels_under_a_point)
+{
+    CNodeGraph graph(nullptr);
+    auto* below = add<SampleLine>(graph);
+    auto* above = add<SampleLine>(graph);
+    below->set_position(Vector2(100.0, 0.0));
+    above->set_position(Vector2(100.0, 24.0)); // its inputs lie over the other's box
+    EXPECT_EQ(graph.find_channel_at(Vector2(100.0, 8.0)), in(above));
+    EXPECT_EQ(graph.find_channel_at(Vector2(100.0, 40.0)), out(above));
+    EXPECT_EQ(graph.find_channel_at(Vector2(0.0, 40.0)), nullptr);
+    EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), in(below));
+    below->set_is_hidden(true);
+    EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), nullptr);
+}
+
+TEST(CNodeGraph, ends_changes_under_the_name_that_is_given_or_set)
+{
+    CNodeGraph graph(nullptr);
+    ChangeRecorder recorder;
+    auto* unrecorded = new Change;
+    graph.add_change_event(unrecorded);
+    graph.end_change("nobody hears");
+    delete unrecorded;
+    graph.set_change_recorder(&recorder);
+    const auto end_as = [&](const char* name) {
+        graph.add_change_event(new Change);
+        graph.end_change(name);
+        return recorder.inq_undo_label().str();
+    };
+    EXPECT_EQ(end_as(nullptr), "");
+    graph.set_end_change_name("Set");
+    EXPECT_EQ(end_as("Given"), "Given");
+    EXPECT_EQ(end_as(nullptr), "Set");
+}
+
+TEST(CNodeGraph, loads_in_two_passes_unless_a_node_gives_up)
+{
+    CNodeGraph graph(nullptr);
+    add<SampleAnything>(graph, "a");
+    auto* second = add<SampleAnything>(graph, "b");
+    take_log();
+    EXPECT_FALSE(graph.load_finished_with_abort(nullptr, true));
+    EXPECT_EQ(take_log(),
+              (std::vector<std::string>{"a load", "b load", "a after load", "b after load",
+                                        "a after load", "b after load"}));
+    EXPECT_TRUE(second->inq_types());
+    add<SampleLine>(graph, "c");
+    second->aborts_load = true;
+    take_log();
+    EXPECT_TRUE(graph.load_finished_with_abort(nullptr, false));
+    EXPECT_EQ(take_log(), (std::vector<std::string>{"a load", "b load"}));
+}
+
+TEST(CNodeGraph, comes_back_with_its_connections_in_their_order)
+{
+    CNodeGraph graph(nullptr);
+    auto* first = add<SampleSource>(graph);
+    auto* second = add<SampleSource>(graph);
+    auto* mix = add<SampleMix>(graph);
+    auto* stranger = new_node<SampleLine>();
+    graph.make_connection(out(first), in(mix), false);
+    graph.make_connection(out(second), in(mix), false);
+    graph.make_connection(out(first), in(mix, 1), false);
+    first->add_to_group(mix);
+    second->add_to_group(stranger); // which is in no graph, and so not in the file
+    graph.set_root_node(mix);
+
+    const auto back = stored_and_read(graph);
+    delete stranger;
+    ASSERT_TRUE(back);
+    ASSERT_EQ(back->inq_nodes_list()->count(), 3);
+    const auto* a = static_cast<CNode*>(back->inq_nodes_list()->at_index(0));
+    const auto* b = static_cast<CNode*>(back->inq_nodes_list()->at_index(1));
+    auto* root = back->inq_root_node();
+    ASSERT_EQ(back->inq_nodes_list()->at_index(2), root);
+    EXPECT_EQ(root->inq_graph(), back.get());
+    EXPECT_EQ(a->inq_group(), root);
+    EXPECT_EQ(b->inq_group(), nullptr);
+    EXPECT_EQ(in(root)->find_connection_at(0)->inq_output_channel(), out(b));
+    EXPECT_EQ(in(root)->find_connection_at(1)->inq_output_channel(), out(a));
+    EXPECT_EQ(in(root, 1)->find_connection_at(0)->inq_input_channel(), in(root, 1));
+    EXPECT_EQ(out(a)->inq_connections_list()->count(), 2);
+    EXPECT_EQ(in(root)->inq_width(), 0.0);
+    back->load_finished_with_abort(nullptr, false);
+    EXPECT_EQ(in(root)->inq_width(), 25.0);
+    EXPECT_EQ(in(root)->find_data_type(), PAINT);
+}
+
+TEST(CNodeGraph, reads_graphs_that_were_nodes_and_gives_their_nodes_a_width)
+{
+    OldRecord old("CNodeGraph", 91);
+    old << 1;
+    old.insert_with_class_hdr(nullptr);
+    old.nested("CNodeChannelSet", 1, [](OldRecord& r) {
+        put_null(r);
+        r << 0;
+    });
+    put_null(old);
+    old << 5.0 << 6.0;
+    old.nested("KIVLinkedList", 1, [](OldRecord& list) {
+        list << 1;
+        list.nested("SampleMix", 91, [](OldRecord& node) {
+            node << 0;
+            node.put_seen(0); // its graph
+            put_null(node);
+            put_null(node);
+            node << 1.0 << 2.0 << 0.0;
+        });
+    });
+    put_null(old);
+    const auto graph = old.read<CNodeGraph>();
+    ASSERT_TRUE(graph);
+    ASSERT_EQ(graph->inq_nodes_list()->count(), 1);
+    graph->load_finished_with_abort(nullptr, false);
+    EXPECT_EQ(static_cast<CNode*>(graph->inq_nodes_list()->at_index(0))->inq_width(), 50.0);
+}
+
+TEST(CNodeGraph, refuses_files_whose_parts_do_not_belong_together)
+{
+    EXPECT_TRUE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        put_node(r, [](OldRecord& group) { group.put_seen(2); });
+    }));
+    // the same node twice; no node; a group that is in no graph
+    EXPECT_FALSE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        r.put_seen(2);
+    }));
+    EXPECT_FALSE(read_told(
+        1, [](OldRecord& r) { r.nested("KIVLinkedList", 1, [](OldRecord& list) { list << 0; }); }));
+    EXPECT_FALSE(read_told(
+        1, [](OldRecord& r) { put_node(r, [](OldRecord& group) { put_node(group, put_null); }); }));
+    // channels of another node; a list of no connections; a connection that is not mutual
+    EXPECT_TRUE(read_told(1, [](OldRecord& r) { put_source(r, 2, [](OldRecord& l) { l << 0; }); }));
+    EXPECT_FALSE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        put_source(r, 2, [](OldRecord& list) { list << 0; });
+    }));
+    EXPECT_FALSE(read_told(1, [](OldRecord& r) {
+        put_source(r, 2, [](OldRecord& list) {
+            list << 1;
+            list.nested("ChannelDataType", 1, [](OldRecord& object) {
+                object << 5;
+                put_null(object);
+                object << 0;
+            });
+        });
+    }));
+    EXPECT_FALSE(read_told(1, [](OldRecord& r) {
+        put_source(r, 2, [](OldRecord& list) {
+            list << 1;
+            list.nested("CNodeConnection", 132, [](OldRecord& connection) {
+                connection.put_seen(4); // the channel that lists it
+                put_null(connection);
+            });
+        });
+    }));
+}
+
+TEST(CNodeGraph, leaves_a_channel_whose_list_does_not_get_shorter)
+{
+    const Captured captured;
+    auto graph = std::make_unique<CNodeGraph>(nullptr);
+    auto* source = add<SampleSource>(*graph);
+    auto* line = add<SampleLine>(*graph);
+    auto* connection = new CNodeConnection(out(source), in(line));
+    in(line)->add_connection(connection, 0);
+    out(line)->add_connection(connection, 0); // where it does not belong
+    graph.reset();
+    EXPECT_NE(captured.inq_errors().find("compositor/lib/src/CNodeGraph"), std::string::npos);
+    EXPECT_NE(captured.inq_errors().find("Program error (repeated value).\n"), std::string::npos);
+}
+
+TEST(CNodeGraph, carries_long_chains_and_many_nodes)
+{
+    constexpr int CHAIN = 5000;
+    constexpr int ALL = 50000;
+    auto graph = std::make_unique<CNodeGraph>(nullptr);
+    CNode* last = add<SampleSource>(*graph);
+    const CNode* first = last;
+    for (int i = 1; i < ALL; ++i) {
+        CNode* next = add<SampleAnything>(*graph);
+        if (i % CHAIN != 0)
+            join(last, next);
+        last = next;
+        if (i == CHAIN - 1)
+            graph->set_root_node(next);
+    }
+    ASSERT_TRUE(graph->set_type_checker_enabled());
+    EXPECT_TRUE(graph->is_connected_to_root(first));
+    graph->notify_connections_changed(true);
+    EXPECT_TRUE(graph->inq_can_connect_acyclic(out(graph->inq_root_node()), in(last)));
+
+    const std::string container = container_of(*graph);
+    graph.reset();
+    CharIStream in(container);
+    graph.reset(CNodeGraph::read_from(in));
+    ASSERT_TRUE(graph);
+    EXPECT_FALSE(graph->load_finished_with_abort(nullptr, false));
+    const CNode* root = graph->inq_root_node();
+    ASSERT_TRUE(root && root->inq_types());
+    EXPECT_EQ(root->inq_types()->size(), 1);
+    const std::unique_ptr<KIVLinkedList> ordered(graph->make_ordered_nodes_list());
+    EXPECT_EQ(ordered->count(), CHAIN);
+    const std::unique_ptr<KIVLinkedList> below(root->inq_descendents(true, true));
+    EXPECT_EQ(below->count(), CHAIN - 1);
+    EXPECT_EQ(graph->inq_nodes_list()->count(), ALL);
+}
+
+TEST(CNodeGraph, reads_a_mesh_of_many_inputs_and_outputs)
+{
+    constexpr int SIDE = 40;
+    CNodeGraph graph(nullptr);
+    std::vector<CNode*> sources;
+    std::vector<CNode*> mixers;
+    for (int i = 0; i < SIDE; ++i) {
+        sources.push_back(add<SampleSource>(graph));
+        mixers.push_back(add<SampleMix>(graph));
+    }
+    for (CNode* mix : mixers)
+        for (CNode* source : sources)
+            join(source, mix, 1);
+    const auto back = stored_and_read(graph);
+    ASSERT_TRUE(back);
+    const std::unique_ptr<KIVLinkedList> connections(
+        CNodeGraph::find_connections(*back->inq_nodes_list()));
+    EXPECT_EQ(connections->count(), SIDE * SIDE);
+}

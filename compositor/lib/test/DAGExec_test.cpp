@@ -1,0 +1,355 @@
+#include "compositor/lib/hdr/DAGExec.h"
+#include "compositor/lib/hdr/DAGExecError.h"
+#include "compositor/lib/hdr/DAGExecReporter.h"
+#include "compositor/lib/hdr/DAGOpBase.h"
+#include "compositor/lib/hdr/DAGOpNode.h"
+#include "compositor/lib/test/SketchGraph.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+/// What a check tells, and whether it goes on then.
+class Listener : public DAGExecReporter {
+public:
+    explicit Listener(bool goes_on = false) : goes_on(goes_on) {}
+
+    bool signal_exception(gsl::owner<KIVError*> given) override
+    {
+        const std::unique_ptr<KIVError> error(given);
+        heard += error->inq_description().str() + "\n";
+        return goes_on;
+    }
+
+    std::string heard;
+
+private:
+    bool goes_on;
+};
+
+constexpr const char* NO_TYPE = "Incompatiable Types\n";
+constexpr const char* NOT_MULTIPLE = "Multiple Connections not allowed\n";
+constexpr const char* CYCLE = "No Loops allowed in the DAG\n";
+
+/// Both forms of a check are tried: over the flat form, and over mirrored nodes.
+class TypeCheck : public testing::TestWithParam<bool>, public SketchGraph {
+protected:
+    /// "" for a check that passes, or what its reporter hears.
+    std::string check(bool goes_on = false)
+    {
+        Listener listener(goes_on);
+        DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
+        exec.set_reporter(&listener);
+        if (GetParam())
+            exec.inq_graph()->inq_nodes_list();
+        exec.init();
+        exec.set_store_result(true);
+        const bool has_passed = exec.execute();
+        EXPECT_EQ(has_passed, listener.heard.empty() || listener.heard == CYCLE || goes_on);
+        return listener.heard;
+    }
+};
+
+constexpr const char* CONCRETE = "901 902 903 904";
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Flat, TypeCheck, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Mirrored, TypeCheck, testing::Values(true));
+
+TEST_P(TypeCheck, accepts_a_type_or_one_that_converts_to_it)
+{
+    EXPECT_EQ(check(), "");
+    SketchNode* shape = add("shape", 0, SHAPE);
+    SketchNode* picture = add("picture", 1, PICTURE);
+    SketchNode* mask = add("mask", 1, MASK);
+    EXPECT_EQ(check(), "") << "what is not connected constrains nothing";
+    connect(shape, picture);
+    connect(shape, mask);
+    EXPECT_EQ(check(), "");
+    connect(picture, add("far", 1, MASK));
+    EXPECT_EQ(check(), NO_TYPE);
+    EXPECT_EQ(shape->inq_checked(), "none") << "an ordinary node keeps no list";
+}
+
+TEST_P(TypeCheck, composites_several_connections_where_the_type_allows_it)
+{
+    SketchNode* pictures = add("pictures", 1, PICTURE);
+    connect(add("a", 0, PICTURE), pictures);
+    connect(add("b", 0, PICTURE), pictures);
+    EXPECT_EQ(check(), "");
+
+    SketchNode* masks = add("masks", 1, MASK);
+    connect(add("c", 0, MASK), masks);
+    connect(add("d", 0, MASK), masks);
+    EXPECT_EQ(check(), NOT_MULTIPLE);
+}
+
+TEST_P(TypeCheck, composites_by_conversion_what_has_no_type_in_common)
+{
+    SketchNode* pictures = add("pictures", 1, PICTURE);
+    connect(add("a", 0, PICTURE), pictures);
+    connect(add("b", 0, SHAPE), pictures);
+    EXPECT_EQ(check(), "");
+
+    SketchNode* masks = add("masks", 1, MASK);
+    connect(add("c", 0, MASK), masks);
+    connect(add("d", 0, SHAPE), masks);
+    EXPECT_EQ(check(), NOT_MULTIPLE) << "a mask in common, but masks can't be composited";
+    connect(add("e", 0, NOTE), masks);
+    EXPECT_EQ(check(), NO_TYPE);
+}
+
+TEST_P(TypeCheck, goes_on_after_an_error_if_the_reporter_says_so)
+{
+    SketchNode* mask = add("mask", 1, MASK);
+    connect(add("picture", 0, PICTURE), mask);
+    SketchNode* behind = add_universal("behind", 1);
+    connect(mask, behind);
+    SketchNode* shown = add("shown", 1, NOTE);
+    connect(add("loose", 0, MASK), shown);
+    EXPECT_EQ(check(true), std::string(NO_TYPE) + NO_TYPE);
+    EXPECT_NE(behind->inq_checked().find(CONCRETE), std::string::npos)
+        << "what failed constrains nothing";
+}
+
+TEST_P(TypeCheck, leaves_on_universal_nodes_what_reaches_them)
+{
+    SketchNode* loose = add_universal("loose", 0);
+    SketchNode* open = add_universal("open", 1);
+    SketchNode* one = add_universal("one", 1);
+    SketchNode* two = add_universal("two", 2);
+    SketchNode* converted = add_universal("converted", 2);
+    SketchNode* half = add_universal("half", 2);
+    connect(add("picture", 0, PICTURE), one);
+    connect(one, two, 0);
+    connect(loose, two, 1);
+    connect(one, converted, 0);
+    connect(add("shape", 0, SHAPE), converted, 1);
+    connect(one, half, 1);
+    EXPECT_EQ(check(), "");
+    EXPECT_NE(loose->inq_checked().find(CONCRETE), std::string::npos);
+    EXPECT_EQ(open->inq_checked(), loose->inq_checked());
+    EXPECT_EQ(one->inq_checked(), "901");
+    EXPECT_EQ(two->inq_checked(), "901");
+    EXPECT_EQ(converted->inq_checked(), "901");
+    EXPECT_EQ(half->inq_checked(), "901");
+
+    connect(add("note", 0, NOTE), add_universal("second", 2), 0);
+    SketchNode* mixed = add_universal("mixed", 2);
+    connect(one, mixed, 0);
+    connect(add("mask", 0, MASK), mixed, 1);
+    EXPECT_EQ(check(), NO_TYPE);
+}
+
+TEST_P(TypeCheck, puts_what_a_type_converts_to_behind_it_in_reverse)
+{
+    SketchNode* all = add_universal("all", 2);
+    connect(add("shape", 0, SHAPE), all, 0);
+    connect(add_universal("open", 0), all, 1);
+    SketchNode* pair = add_generic("pair", 1, {MASK, NOTE});
+    connect(all, pair);
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(all->inq_checked(), "903");
+    EXPECT_EQ(pair->inq_checked(), "904 902");
+}
+
+TEST_P(TypeCheck, keeps_generic_nodes_to_what_their_class_has_operations_for)
+{
+    SketchNode* source = add_generic("source", 0, {NOTE, PICTURE});
+    SketchNode* open = add_generic("open", 1, {});
+    SketchNode* fed = add_generic("fed", 1, {MASK, PICTURE});
+    connect(source, fed);
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(source->inq_checked(), "904 901");
+    EXPECT_EQ(open->inq_checked(), "");
+    EXPECT_EQ(fed->inq_checked(), "901");
+    connect(source, open);
+    EXPECT_EQ(check(), NO_TYPE);
+}
+
+TEST_P(TypeCheck, tells_only_a_reporter_of_a_cycle)
+{
+    SketchNode* first = add_universal("first", 1);
+    SketchNode* second = add_universal("second", 1);
+    connect(first, second);
+    connect(second, first);
+    Listener listener;
+    DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
+    if (GetParam())
+        exec.inq_graph()->inq_nodes_list();
+    exec.init();
+    EXPECT_TRUE(exec.execute());
+    exec.set_reporter(&listener);
+    exec.init();
+    EXPECT_EQ(listener.heard, CYCLE);
+    EXPECT_TRUE(exec.execute());
+    EXPECT_EQ(first->inq_checked(), "none");
+    EXPECT_EQ(exec.inq_graph()->inq_nodes_list()->at_index(0),
+              exec.inq_graph()->find_mirror_of(first));
+}
+
+TEST_P(TypeCheck, takes_proposals_that_the_real_graph_does_not_see)
+{
+    SketchNode* shape = add("shape", 0, SHAPE);
+    SketchNode* note = add("note", 0, NOTE);
+    SketchNode* mask = add("mask", 1, MASK);
+    CNodeConnection* real = connect(shape, mask);
+    const auto passes = [&](auto propose) {
+        DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
+        if (GetParam())
+            exec.inq_graph()->inq_nodes_list();
+        propose(*exec.inq_graph());
+        exec.init();
+        return exec.execute();
+    };
+    EXPECT_FALSE(passes([&](DAGOpGraph& g) { g.make_connection(note->output(), mask->input()); }));
+    EXPECT_FALSE(passes([&](DAGOpGraph& g) {
+        g.delete_connection(real);
+        g.make_connection(note->output(), mask->input());
+    }));
+    EXPECT_TRUE(passes([&](DAGOpGraph& g) {
+        g.make_connection(note->output(), mask->input());
+        CNodeConnection proposed(note->output(), mask->input());
+        g.delete_connection(&proposed);
+    }));
+    EXPECT_EQ(mask->input()->inq_connections_list()->count(), 1);
+    EXPECT_EQ(note->output()->inq_connections_list()->count(), 0);
+}
+
+TEST_P(TypeCheck, takes_deep_and_wide_graphs)
+{
+    SketchNode* source = add("source", 0, NOTE);
+    const SketchNode* last = source;
+    SketchNode* wide = add("wide", 1, NOTE);
+    for (int i = 0; i < 50000; ++i) {
+        SketchNode* next = add_universal("link", 1);
+        connect(last, next);
+        connect(next, wide);
+        last = next;
+    }
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(static_cast<const SketchNode*>(last)->inq_checked(), "904");
+    connect(last, static_cast<SketchNode*>(graph.inq_nodes_list()->at_index(2)));
+    EXPECT_EQ(check(), CYCLE);
+}
+
+namespace {
+/// Everything that a check leaves: its answer, the lists on the nodes, the sets at the channels.
+std::string all_results(CNodeGraph& graph, bool mirrored)
+{
+    for (CNode* node : graph.inq_nodes_list()->of<CNode>())
+        node->set_types(nullptr);
+    DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
+    DAGOpGraph& mirror = *exec.inq_graph();
+    if (mirrored)
+        mirror.inq_nodes_list();
+    exec.init();
+    exec.set_store_result(true);
+    std::string all = exec.execute() ? "passed" : "failed";
+    for (const DAGOpNode* node : mirror.inq_nodes_list()->of<DAGOpNode>()) {
+        all += "\n" + std::string(static_cast<SketchNode*>(node->inq_c_node())->inq_checked());
+        for (const DAGOpChannelSet* set : {node->inq_inputs(), node->inq_outputs()})
+            for (int i = 0; set && i < set->inq_n_channels(); ++i)
+                all += "; " + text_of(static_cast<cdata_tDArray*>(set->inq_channel(i)->inq_data()));
+        EXPECT_NE(node->inq_bu_op(), nullptr);
+    }
+    return all;
+}
+
+void draw_at_random(SketchGraph& sketch, std::mt19937& random)
+{
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    constexpr int types[] = {PICTURE, NOTE, SHAPE, SHAPE, MASK};
+    std::vector<SketchNode*> nodes;
+    for (int i = 0; i < 12; ++i) {
+        const int n_inputs = i < 3 ? 0 : below(3);
+        const int kind = below(4);
+        if (kind == 0)
+            nodes.push_back(sketch.add("any", n_inputs, types[below(5)]));
+        else if (kind == 1)
+            nodes.push_back(sketch.add_generic("some", n_inputs, {MASK, PICTURE, NOTE}));
+        else
+            nodes.push_back(sketch.add_universal("all", n_inputs));
+        for (int input = 0; input < n_inputs; ++input)
+            for (int n = below(3); n > 0 && i > 0; --n)
+                sketch.connect(nodes[static_cast<std::size_t>(below(i))], nodes.back(), input);
+    }
+}
+} // namespace
+
+TEST(DAGExec, finds_the_same_over_the_flat_form_and_over_mirrored_nodes)
+{
+    std::mt19937 random(20);
+    int n_passed = 0;
+    for (int round = 0; round < 300; ++round) {
+        SketchGraph sketch;
+        draw_at_random(sketch, random);
+        const std::string flat = all_results(sketch.graph, false);
+        EXPECT_EQ(flat, all_results(sketch.graph, true)) << "in round " << round;
+        n_passed += flat.starts_with("passed");
+    }
+    EXPECT_GT(n_passed, 20);
+    EXPECT_LT(n_passed, 280);
+}
+
+TEST(DAGExec, needs_a_default_only_where_a_node_does_not_know_the_pass)
+{
+    SketchGraph sketch;
+    sketch.add("node", 0);
+    sketch.add("another", 1);
+    Listener listener;
+    DAGExec unknown(&sketch.graph, "another_pass", new DAGOpBottomUpDefault);
+    unknown.set_reporter(&listener);
+    unknown.init();
+    EXPECT_FALSE(unknown.execute());
+    EXPECT_EQ(listener.heard, "Failed!\n");
+
+    DAGExec upwards(&sketch.graph, "another_pass", static_cast<DAGOpBottomUp*>(nullptr));
+    upwards.init();
+    EXPECT_TRUE(upwards.execute());
+    DAGExec downwards(&sketch.graph, "another_pass", static_cast<DAGOpTopDown*>(nullptr));
+    downwards.init();
+    EXPECT_TRUE(downwards.execute());
+}
+
+TEST(DAGExec, leaves_an_unheard_error_to_its_caller)
+{
+    SketchGraph sketch;
+    DAGExec exec(&sketch.graph, "type_checker", new DAGOpBottomUpDefault);
+    DAGExecTCErrorType error;
+    EXPECT_TRUE(exec.signal_exception(&error));
+    DAGExecTypeCheckerReporter reporter;
+    exec.set_reporter(&reporter);
+    EXPECT_TRUE(exec.signal_exception(new KIVError(7, 1)));
+    EXPECT_EQ(reporter.inq_error(), 7);
+    reporter.clear();
+    EXPECT_EQ(reporter.inq_error(), 0);
+}
+
+TEST(DAGOpNode, walks_inputs_first_and_goes_back_along_its_path_after_a_cycle)
+{
+    SketchGraph sketch;
+    SketchNode* root = sketch.add_universal("root", 2);
+    SketchNode* middle = sketch.add_universal("middle", 1);
+    SketchNode* leaf = sketch.add_universal("leaf", 1);
+    SketchNode* other = sketch.add("other", 0);
+    sketch.connect(leaf, middle);
+    sketch.connect(middle, root, 0);
+    sketch.connect(other, root, 1);
+    sketch.connect(leaf, root, 1);
+
+    DAGOpGraph mirror(&sketch.graph);
+    const auto visited = [&] {
+        for (DAGOpNode* node : mirror.inq_nodes_list()->of<DAGOpNode>())
+            node->set_flags(DAGOpNode::UNVISITED);
+        KIVLinkedList list;
+        std::string names = mirror.find_mirror_of(root)->df_visit(&list) ? "" : "cycle: ";
+        for (const DAGOpNode* node : list.of<DAGOpNode>())
+            names += node->inq_c_node()->inq_name().str() + " ";
+        return names;
+    };
+    EXPECT_EQ(visited(), "leaf middle other root ");
+    mirror.make_connection(middle->output(), leaf->input());
+    EXPECT_EQ(visited(), "cycle: leaf middle root ");
+    EXPECT_FALSE(mirror.top_sort_nodes());
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "compositor/lib/hdr/CData.h"
+#include "compositor/lib/hdr/CDataDescriptor.h"
+#include "compositor/lib/hdr/CNodeOpArray.h"
+#include "kivlib/hdr/IntArray.h"
+
+#include <memory>
+#include <string>
+
+/// Data that say in words where they come from: "tint(ball+sky)".
+class SketchData : public CData {
+public:
+    explicit SketchData(int type) : type(type) {}
+    template <int TYPE> static CData* new_data() { return new SketchData(TYPE); }
+
+    CDataDescriptor* inq_desc() const override { return CDataDescriptor::find_desc_for(type); }
+    int inq_type() const override { return type; }
+    int inq_frameno() const override { return 1; }
+
+    using CData::union_change_data_from;
+    using CData::union_generated_data_from;
+    using CData::union_immediate_data_from;
+    void union_immediate_data_from(CNodeOpArray* inputs, AbortPanel*) override
+    {
+        immediate = joined(*inputs, &SketchData::immediate);
+    }
+    void union_generated_data_from(CNodeOpArray* inputs, AbortPanel*) override
+    {
+        generated = joined(*inputs, &SketchData::generated);
+    }
+    void union_immediate_data_from(CData* input, AbortPanel*) override
+    {
+        append(immediate, of(input)->immediate);
+    }
+    void union_generated_data_from(CData* input, AbortPanel*) override
+    {
+        append(generated, of(input)->generated);
+    }
+    void copy_request_data_from(CData* consumer) override { request = of(consumer)->request; }
+    void copy_immediate_data_to(CData* consumer) override { of(consumer)->immediate = immediate; }
+    void copy_generated_data_to(CData* consumer, AbortPanel*) override
+    {
+        of(consumer)->generated = generated;
+    }
+    void clear_immediate_data() override { immediate.clear(); }
+    void clear_generated_data() override { generated.clear(); }
+
+    static SketchData* of(CData* data) { return static_cast<SketchData*>(data); }
+
+    std::string request;
+    std::string immediate;
+    std::string generated;
+
+private:
+    static void append(std::string& text, const std::string& tail)
+    {
+        text += (text.empty() ? "" : "+") + tail;
+    }
+    std::string joined(CNodeOpArray& inputs, std::string SketchData::*member)
+    {
+        const std::unique_ptr<IntArray> order(sort_input_order(&inputs));
+        std::string all;
+        for (int i = 0; i < order->size(); ++i)
+            append(all, of(inputs.inq_data(order->inq_element(i)))->*member);
+        return all;
+    }
+
+    int type;
+};

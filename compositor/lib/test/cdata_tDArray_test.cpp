@@ -1,0 +1,112 @@
+#include "compositor/lib/hdr/cdata_tDArray.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+cdata_tDArray array_of(std::initializer_list<int> values)
+{
+    cdata_tDArray array;
+    for (const int value : values)
+        array.insert_tail(value);
+    return array;
+}
+} // namespace
+
+TEST(cdata_tDArray, doubles_its_store_and_never_shrinks_it)
+{
+    cdata_tDArray array(0);
+    EXPECT_EQ(array.inq_allocated(), 1);
+    EXPECT_TRUE(array.empty());
+    array.set_size(5);
+    EXPECT_EQ(array.inq_allocated(), 5);
+    array.set_size(6);
+    EXPECT_EQ(array.inq_allocated(), 10);
+    array.set_size(-3);
+    EXPECT_EQ(array.inq_allocated(), 10);
+    array.remove_tail();
+    EXPECT_EQ(array.size(), 0);
+    array.set_size_at_least(4);
+    array.set_size_at_least(2);
+    EXPECT_EQ(array.size(), 4);
+    EXPECT_EQ(cdata_tDArray(-2).size(), 0);
+}
+
+TEST(cdata_tDArray, inserts_and_removes_anywhere)
+{
+    cdata_tDArray array = array_of({1, 3});
+    array.insert_at(1, 2);
+    array.insert_at(0, array[2]); // one of its own, and the store grows
+    array.insert_at(-1, 9);
+    array.remove_at(7);
+    EXPECT_TRUE(array.is_equal_to(array_of({3, 1, 2, 3})));
+    array.remove_at(0);
+    EXPECT_TRUE(array.is_equal_to(array_of({1, 2, 3})));
+    EXPECT_FALSE(array.is_equal_to(array_of({1, 2})));
+    EXPECT_EQ(array.inq_data_ptr(3), nullptr);
+    EXPECT_EQ(*array.inq_data_ptr(2), 3);
+
+    cdata_tDArray far;
+    far.insert_at(7, 5);
+    EXPECT_EQ(far.size(), 8);
+    EXPECT_EQ(far[7], 5);
+}
+
+TEST(cdata_tDArray, sorts_by_signed_value)
+{
+    cdata_tDArray array = array_of({3, -2147483647, 2147483647, 0});
+    array.sort();
+    EXPECT_TRUE(array.is_equal_to(array_of({-2147483647, 0, 3, 2147483647})));
+}
+
+TEST(cdata_tDArray, iterators_search_from_where_they_stand)
+{
+    const cdata_tDArray array = array_of({1, 3, 3, 5});
+    cdata_tDArrayROIt i(array);
+    EXPECT_TRUE(i.forward_to_successor(3));
+    EXPECT_EQ(i.inq_position(), 3);
+    EXPECT_FALSE(i.forward_to_equal(3));
+    EXPECT_FALSE(i.ok());
+    EXPECT_TRUE(i.set_position(1));
+    EXPECT_TRUE(i.forward_to_equal(3));
+    EXPECT_EQ(i.inq_position(), 1);
+    EXPECT_FALSE(i.set_position(-1));
+}
+
+TEST(cdata_tDArray, iterators_stay_on_their_element_while_others_come)
+{
+    cdata_tDArray array = array_of({1, 2});
+    cdata_tDArrayRWIt i(array);
+    i.advance();
+    i.insert_before(8);
+    EXPECT_EQ(i.val(), 2);
+    i.insert_after(9);
+    EXPECT_EQ(i.val(), 2);
+    i.delete_node();
+    EXPECT_EQ(i.val(), 9);
+    EXPECT_TRUE(array.is_equal_to(array_of({1, 8, 9})));
+}
+
+TEST(cdata_tDArray, comes_back_with_its_room)
+{
+    cdata_tDArray array(10);
+    array.set_size(0);
+    array.insert_tail(4);
+    const auto back = stored_and_read(array);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->inq_allocated(), 10);
+    EXPECT_TRUE(back->is_equal_to(array));
+
+    StringOStream text;
+    array.dump_on(text);
+    EXPECT_EQ(text.inq_text().str(),
+              "cdata_tDArray size = 1   allocated = 10\n{\nMember (0) 4 \n}\n");
+}
+
+TEST(cdata_tDArray, refuses_more_elements_than_room)
+{
+    OldRecord old("cdata_tDArray", 75);
+    old << 1 << 2 << 7 << 8;
+    EXPECT_EQ(old.read<cdata_tDArray>(), nullptr);
+}

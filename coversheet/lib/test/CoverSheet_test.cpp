@@ -1,0 +1,333 @@
+#include "coversheet/lib/hdr/CoverSheet.h"
+#include "coversheet/lib/hdr/KIVCamera.h"
+#include "coversheet/lib/hdr/KIVFieldChart.h"
+#include "coversheet/lib/hdr/TrimmedXSheetConverter.h"
+#include "kivlib/hdr/file_operations.h"
+#include "scene/hdr/KIVScene.h"
+#include "tests/support/OldRecord.h"
+#include "tests/support/OwnSettings.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/sequence/hdr/FrameNumberColumn.h"
+#include "xsheet/store_control/hdr/XSheetStoreController.h"
+
+namespace {
+std::unique_ptr<KIVScene> new_scene()
+{
+    return std::unique_ptr<KIVScene>(KIVScene::inq_unsetup_scene());
+}
+
+/// The fields that every release wrote, with the field size 14 and the credit `credit`.
+void tell_common_fields(CharOStream& out, KIVString credit)
+{
+    KIVDateAndTime then(1000, 0);
+    KIVString user("ada");
+    KIVString none;
+    Approval not_given;
+    for (int stamp = 0; stamp < 2; ++stamp) {
+        out.insert_without_class_hdr(&then);
+        out.insert_without_class_hdr(&user);
+    }
+    out.insert_with_class_hdr(&credit);
+    for (int i = 1; i < CoverSheet::STRING_COUNT; ++i)
+        out.insert_with_class_hdr(&none);
+    for (int i = 0; i < CoverSheet::APPROVAL_COUNT; ++i)
+        out.insert_with_class_hdr(&not_given);
+    out << CAMERA_CUSTOM << 25 << 14 << 2.0 << 3 << CAMERA_HDTV << 1.5 << FIELD_CHART_GRID;
+}
+} // namespace
+
+TEST(CoverSheet, comes_back_as_it_was_stored_and_counts_as_saved)
+{
+    OwnSettings settings;
+    CoverSheet sheet(nullptr);
+    sheet.set_string("Late Show", 1);
+    sheet.set_string("Reel 4", 17);
+    sheet.set_approval(true, 8);
+    sheet.set_aspect_ratio(1.9);
+    sheet.set_frame_rate(30);
+    sheet.set_field_chart_style(FIELD_CHART_GRID);
+    sheet.set_field_size(15);
+    sheet.set_unit_offset(4000.0);
+    sheet.set_length_units(4);
+    EXPECT_TRUE(sheet.inq_needs_saving());
+
+    const auto read = stored_and_read(sheet);
+    EXPECT_FALSE(sheet.inq_needs_saving());
+    EXPECT_EQ(read->inq_dirty_flags(), 0);
+    EXPECT_EQ(read->inq_string(1), "Late Show");
+    EXPECT_EQ(read->inq_string(17), "Reel 4");
+    EXPECT_TRUE(read->inq_approval(8)->inq_approved());
+    EXPECT_FALSE(read->inq_approval(7)->inq_approved());
+    EXPECT_EQ(read->inq_camera_type(), CAMERA_CUSTOM);
+    EXPECT_EQ(read->inq_aspect_ratio(), 1.9);
+    EXPECT_EQ(read->inq_frame_rate(), 30);
+    EXPECT_EQ(read->inq_field_chart_style(), FIELD_CHART_GRID);
+    EXPECT_EQ(read->inq_field_chart_type(), CAMERA_FIELD_CHART);
+    EXPECT_EQ(read->inq_field_size(), 15);
+    EXPECT_EQ(read->inq_unit_offset(), 4000.0);
+    EXPECT_EQ(read->inq_length_units(), 4);
+    EXPECT_EQ(read->inq_coversheet_stamp_user(), get_user_login_name());
+}
+
+TEST(CoverSheet, reads_files_from_before_the_unit_offset_and_the_trim)
+{
+    OldRecord oldest("CoverSheet", 130);
+    tell_common_fields(oldest, "first");
+    auto read = oldest.read<CoverSheet>();
+    EXPECT_EQ(read->inq_string(0), "first");
+    EXPECT_EQ(read->inq_scene_stamp_user(), "ada");
+    EXPECT_EQ(read->inq_frame_rate(), 25);
+    EXPECT_EQ(read->inq_field_size(), 14);
+    EXPECT_EQ(read->inq_length_units(), 3);
+    EXPECT_EQ(read->inq_field_chart_type(), CAMERA_HDTV);
+    EXPECT_EQ(read->inq_field_chart_ratio(), 1.5);
+    EXPECT_EQ(read->inq_unit_offset(), 5000.0);
+
+    OldRecord old("CoverSheet", 141);
+    tell_common_fields(old, "second");
+    old << 4500.0;
+    read = old.read<CoverSheet>();
+    EXPECT_EQ(read->inq_unit_offset(), 4500.0);
+    EXPECT_EQ(read->inq_trimmed_xsht_converter(), nullptr);
+    EXPECT_EQ(read->inq_start_trim_frames(), 0);
+
+    const auto scene = new_scene();
+    read->just_loaded_into(scene.get());
+    ASSERT_NE(read->inq_trimmed_xsht_converter(), nullptr);
+    EXPECT_FALSE(read->inq_trimmed_xsht_converter()->inq_is_trimmed());
+    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_active_length(),
+              scene->inq_xsheet()->inq_scene_length());
+}
+
+TEST(Approval, of_the_oldest_files_has_no_contents)
+{
+    const auto read = OldRecord("Approval", 0).read<Approval>();
+    ASSERT_NE(read, nullptr);
+    EXPECT_FALSE(read->inq_approved());
+    EXPECT_EQ(read->inq_approver(), "");
+    EXPECT_EQ(read->inq_date(), KIVDate());
+}
+
+TEST(CoverSheet, joins_a_stored_trim_to_the_sheet_of_its_scene)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    scene->inq_cover_sheet()->set_start_trim_frames(8);
+    const auto read = stored_and_read(*scene->inq_cover_sheet());
+    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_xsheet(), nullptr);
+    read->just_loaded_into(scene.get());
+    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_xsheet(), scene->inq_xsheet());
+    EXPECT_EQ(read->inq_start_trim_frames(), 8);
+}
+
+TEST(CoverSheet, keeps_type_and_ratio_of_camera_and_chart_together)
+{
+    OwnSettings settings;
+    CoverSheet sheet(nullptr);
+    sheet.set_camera_type(CAMERA_EUROPEAN);
+    EXPECT_EQ(sheet.inq_aspect_ratio(), 1.66);
+    sheet.set_aspect_ratio(2.0);
+    EXPECT_EQ(sheet.inq_camera_type(), CAMERA_CUSTOM);
+    EXPECT_EQ(sheet.inq_aspect_ratio(), 2.0);
+    sheet.set_field_chart_type(CAMERA_ACADEMY);
+    EXPECT_EQ(sheet.inq_field_chart_ratio(), 4.0 / 3.0);
+    sheet.set_field_chart_ratio(1.25);
+    EXPECT_EQ(sheet.inq_field_chart_type(), CAMERA_CUSTOM);
+    EXPECT_EQ(sheet.inq_field_chart_ratio(), 1.25);
+}
+
+TEST(CoverSheet, converts_the_field_size_to_and_from_millimetres)
+{
+    OwnSettings settings;
+    CoverSheet sheet(nullptr);
+    sheet.set_field_chart_style(FIELD_CHART_GRID);
+    EXPECT_EQ(sheet.inq_field_size(), 12);
+    sheet.set_field_chart_style(FIELD_CHART_MILLIMETRES);
+    EXPECT_EQ(sheet.inq_field_size(), 140);
+    sheet.set_field_chart_style(FIELD_CHART_MILLIMETRES);
+    EXPECT_EQ(sheet.inq_field_size(), 140);
+    sheet.set_field_chart_style(FIELD_CHART_NORTH_SOUTH);
+    EXPECT_EQ(sheet.inq_field_size(), 12);
+}
+
+TEST(CoverSheet, ignores_what_is_out_of_range)
+{
+    OwnSettings settings;
+    CoverSheet sheet(nullptr);
+    for (const int size : {1, 1000})
+        sheet.set_field_size(size);
+    EXPECT_EQ(sheet.inq_field_size(), 12);
+    for (const int index : {-1, CoverSheet::STRING_COUNT}) {
+        sheet.set_string("lost", index);
+        sheet.set_approval(true, index);
+    }
+    for (int i = 0; i < CoverSheet::STRING_COUNT; ++i)
+        EXPECT_EQ(sheet.inq_string(i), "") << i;
+    EXPECT_EQ(sheet.inq_scene_length(), 100);
+}
+
+TEST(CoverSheet, keeps_the_approver_of_an_approval_that_is_taken_back)
+{
+    OwnSettings settings;
+    CoverSheet sheet(nullptr);
+    EXPECT_EQ(sheet.inq_approval(2)->inq_date(), KIVDate(0, 0, 0, 0));
+    sheet.set_approval(true, 2);
+    sheet.set_approval(false, 2);
+    EXPECT_FALSE(sheet.inq_approval(2)->inq_approved());
+    EXPECT_EQ(sheet.inq_approval(2)->inq_approver(), get_user_login_name());
+    EXPECT_EQ(sheet.inq_approval(2)->inq_date(), KIVDate());
+}
+
+TEST(CoverSheet, marks_the_sheet_with_itself)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    scene->set_just_saved();
+    EXPECT_FALSE(scene->inq_xsheet()->inq_needs_saving());
+    scene->inq_cover_sheet()->set_needs_saving();
+    EXPECT_TRUE(scene->inq_xsheet()->inq_needs_saving());
+    EXPECT_TRUE(scene->inq_cover_sheet()->inq_needs_saving());
+
+    inq_xs_store_control()->set_mode_flags(0);
+    scene->inq_cover_sheet()->set_just_saved();
+    EXPECT_TRUE(scene->inq_cover_sheet()->inq_needs_saving());
+    inq_xs_store_control()->set_mode_flags(XSheetStoreController::DIRTY_FLAGS_LIVE);
+}
+
+TEST(CoverSheet, gives_its_credits_and_settings_to_new_scenes)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    CoverSheet& sheet = *scene->inq_cover_sheet();
+    for (int i = 0; i < CoverSheet::STRING_COUNT; ++i)
+        sheet.set_string(KIVString(i, 0), i);
+    scene->inq_xsheet()->set_length(48);
+    sheet.set_camera_type(CAMERA_HDTV);
+    sheet.set_field_chart_ratio(1.25);
+    sheet.set_frame_rate(12);
+    sheet.save_as_default();
+
+    const auto next = new_scene();
+    const CoverSheet& fresh = *next->inq_cover_sheet();
+    for (int i = 0; i < CoverSheet::STRING_COUNT; ++i) {
+        const bool is_per_scene = i == 2 || i == 3 || i == 4 || i == 9 || i == 16 || i == 17;
+        EXPECT_EQ(fresh.inq_string(i), is_per_scene ? KIVString() : KIVString(i, 0)) << i;
+    }
+    EXPECT_EQ(next->inq_xsheet()->inq_scene_length(), 48);
+    EXPECT_EQ(fresh.inq_camera_type(), CAMERA_HDTV);
+    EXPECT_EQ(fresh.inq_aspect_ratio(), 16.0 / 9.0);
+    EXPECT_EQ(fresh.inq_field_chart_ratio(), 1.25);
+    EXPECT_EQ(fresh.inq_frame_rate(), 12);
+}
+
+TEST(CoverSheet, prints_the_frame_numbers_anew_when_the_trim_changes)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    auto* column = new FrameNumberColumn;
+    column->init_after_construction();
+    scene->inq_xsheet()->add_column(column, nullptr);
+    scene->inq_cover_sheet()->set_start_trim_frames(10);
+    const auto* numbers = static_cast<SubColumn*>(column->inq_sub_column_list()->at_index(0));
+    EXPECT_EQ(*numbers->inq_last_key()->inq_data()->inq_string(), "90");
+    EXPECT_EQ(*numbers->inq_first_key()->inq_data()->inq_string(), "-9");
+}
+
+TEST(TrimmedXSheetConverter, counts_frames_between_head_and_tail)
+{
+    const XSheet sheet(nullptr); // 100 frames
+    TrimmedXSheetConverter trim(&sheet);
+    EXPECT_FALSE(trim.inq_is_trimmed());
+    EXPECT_FALSE(trim.inq_frame_is_in_active_range(100)); // never the last
+    trim.set_start_trim_frames(10);
+    trim.set_end_trim_frames(20);
+    EXPECT_TRUE(trim.inq_is_trimmed());
+    EXPECT_EQ(trim.inq_active_length(), 70);
+    EXPECT_EQ(trim.inq_new_real_length(50), 80);
+    EXPECT_EQ(trim.inq_trimmed_frame_nu(11), 1);
+    EXPECT_EQ(trim.inq_real_frame_nu(1), 11);
+
+    struct Expected {
+        int frame;
+        bool start, active, end;
+    };
+    for (const Expected& e : {Expected{0, false, false, false},
+                              {1, true, false, false},
+                              {10, true, false, false},
+                              {11, false, true, false},
+                              {80, false, true, false},
+                              {81, false, true, true},
+                              {99, false, true, true},
+                              {100, false, false, true},
+                              {101, false, false, false}}) {
+        EXPECT_EQ(trim.inq_frame_is_in_start_trim_range(e.frame), e.start) << e.frame;
+        EXPECT_EQ(trim.inq_frame_is_in_active_range(e.frame), e.active) << e.frame;
+        EXPECT_EQ(trim.inq_frame_is_in_end_trim_range(e.frame), e.end) << e.frame;
+    }
+}
+
+TEST(TrimmedXSheetConverter, of_an_old_file_brings_its_own_sheet)
+{
+    XSheet sheet(nullptr);
+    sheet.set_length(60);
+    OldRecord record("TrimmedXSheetConverter", 146);
+    record << 3 << 4;
+    record.insert_with_class_hdr(&sheet);
+    const auto read = record.read<TrimmedXSheetConverter>();
+    EXPECT_EQ(read->inq_active_length(), 53);
+
+    const auto today = stored_and_read(*read);
+    EXPECT_EQ(today->inq_xsheet(), nullptr);
+    EXPECT_EQ(today->inq_end_trim_frames(), 4);
+}
+
+namespace {
+class CountingCameraWatcher : public CameraWatcher {
+public:
+    using CameraWatcher::CameraWatcher;
+    void aspect_ratio_changed() override { ++count; }
+    int count = 0;
+};
+
+class CountingChartWatcher : public FieldChartWatcher {
+public:
+    using FieldChartWatcher::FieldChartWatcher;
+    void field_chart_changed() override { ++count; }
+    int count = 0;
+};
+} // namespace
+
+TEST(KIVCamera, sees_the_cover_sheet_and_tells_those_who_watch)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    scene->inq_cover_sheet()->set_aspect_ratio(1.5);
+    auto camera = std::make_unique<KIVCamera>(scene.get());
+    EXPECT_EQ(camera->inq_camera_rect(), KIVRectangle(-360.0, -240.0, 360.0, 240.0));
+
+    camera->aspect_ratio_changed();
+    CountingCameraWatcher stays(camera.get());
+    {
+        const CountingCameraWatcher leaves(camera.get());
+        camera->aspect_ratio_changed();
+        EXPECT_EQ(leaves.count, 1);
+    }
+    camera->aspect_ratio_changed();
+    EXPECT_EQ(stays.count, 2);
+    camera.reset(); // the watcher outlives it
+}
+
+TEST(KIVFieldChart, sees_the_cover_sheet_and_tells_those_who_watch)
+{
+    OwnSettings settings;
+    const auto scene = new_scene();
+    scene->inq_cover_sheet()->set_field_chart_style(FIELD_CHART_MILLIMETRES);
+    auto chart = std::make_unique<KIVFieldChart>(scene.get());
+    EXPECT_EQ(chart->inq_style(), FIELD_CHART_MILLIMETRES);
+    EXPECT_EQ(chart->inq_size(), 140);
+    EXPECT_EQ(chart->inq_aspect_ratio(), 1.3714285714285714);
+    CountingChartWatcher watcher(chart.get());
+    chart->field_chart_changed();
+    EXPECT_EQ(watcher.count, 1);
+    chart.reset();
+}

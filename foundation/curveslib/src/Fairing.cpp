@@ -1,0 +1,210 @@
+#include "curveslib/hdr/Fairing.h"
+
+#include "kivlib/hdr/Record.h"
+
+KIV_STORED_CLASS(Fairing, -1);
+
+namespace {
+using Place = FairingCP::Place;
+using Points = std::vector<FairingCP>;
+
+constexpr std::size_t BYTES_PER_POINT = 6 * sizeof(double);
+constexpr double MOST_FRAMES = 100'000'000; // a damaged file may hold any number
+constexpr double FLAT = 1e-9;               // a part of a curve that climbs less is a straight ramp
+
+template <class Record> void record_place(Record& r, Place& place)
+{
+    r.value(place.time);
+    r.value(place.height);
+}
+
+template <class Record> void record_point(Record& r, FairingCP& cp)
+{
+    record_place(r, cp.point);
+    record_place(r, cp.before);
+    record_place(r, cp.after);
+}
+
+Place operator+(const Place& a, const Place& b)
+{
+    return {a.time + b.time, a.height + b.height};
+}
+
+Place operator-(const Place& a, const Place& b)
+{
+    return {a.time - b.time, a.height - b.height};
+}
+
+Place mix(const Place& a, const Place& b, double share)
+{
+    return {std::lerp(a.time, b.time, share), std::lerp(a.height, b.height, share)};
+}
+
+/// One cubic curve between two control points.
+struct Segment {
+    Place p0, p1, p2, p3;
+
+    // Handles that reach past the other point would let the curve run back in time.
+    Segment(const FairingCP& from, const FairingCP& to)
+        : p0(from.point), p1(from.point + from.after), p2(to.point + to.before), p3(to.point)
+    {
+        p1.time = std::clamp(p1.time, p0.time, std::max(p0.time, p3.time));
+        p2.time = std::clamp(p2.time, p0.time, std::max(p0.time, p3.time));
+    }
+
+    Place at(double u) const
+    {
+        const Place a = mix(p0, p1, u), b = mix(p1, p2, u), c = mix(p2, p3, u);
+        return mix(mix(a, b, u), mix(b, c, u), u);
+    }
+
+    /// Time grows with the parameter, so halving finds it.
+    double find_parameter(double time) const
+    {
+        constexpr int HALVINGS = 48; // as fine as times near 1 are told apart
+        double low = 0.0, high = 1.0;
+        for (int i = 0; i < HALVINGS; ++i) {
+            const double middle = (low + high) / 2;
+            (at(middle).time < time ? low : high) = middle;
+        }
+        return (low + high) / 2;
+    }
+};
+
+/// The index of the first point behind `time`.
+std::size_t find_behind(const Points& points, double time)
+{
+    const auto behind =
+        std::ranges::find_if(points, [time](const FairingCP& cp) { return cp.point.time > time; });
+    return static_cast<std::size_t>(behind - points.begin());
+}
+
+Points::iterator place_at(Points& points, std::size_t index)
+{
+    return points.begin() + static_cast<std::ptrdiff_t>(index);
+}
+
+double height_at(const Points& points, double time)
+{
+    if (points.empty())
+        return time;
+    const std::size_t behind = find_behind(points, time);
+    if (behind == 0)
+        return points.front().point.height;
+    if (behind == points.size() || points[behind - 1].point.time == time)
+        return points[behind - 1].point.height;
+    const Segment segment(points[behind - 1], points[behind]);
+    return segment.at(segment.find_parameter(time)).height;
+}
+
+/// Puts a point on the curve at `time`, which changes nothing of its shape. Gives its index.
+std::size_t insert_point(Points& points, double time)
+{
+    const std::size_t behind = find_behind(points, time);
+    if (behind == 0 || behind == points.size()) {
+        const double height = height_at(points, time);
+        points.insert(place_at(points, behind), FairingCP{{time, height}, {}, {}});
+        return behind;
+    }
+    const Segment whole(points[behind - 1], points[behind]);
+    const double u = whole.find_parameter(time);
+    const Place a = mix(whole.p0, whole.p1, u), b = mix(whole.p1, whole.p2, u),
+                c = mix(whole.p2, whole.p3, u);
+    const Place ab = mix(a, b, u), bc = mix(b, c, u), middle = mix(ab, bc, u);
+    points[behind - 1].after = a - whole.p0;
+    points[behind].before = c - whole.p3;
+    points.insert(place_at(points, behind), FairingCP{middle, ab - middle, bc - middle});
+    return behind;
+}
+
+/// Stretches a part of a curve so that it runs from 0 to 1 both ways.
+void stretch(Points& points, const Place& from, const Place& to)
+{
+    const Place range = to - from;
+    if (std::abs(range.height) < FLAT || range.time < FLAT) {
+        points.clear();
+        return;
+    }
+    const auto scale = [&](Place& place) {
+        place = {place.time / range.time, place.height / range.height};
+    };
+    for (FairingCP& cp : points) {
+        cp.point = cp.point - from;
+        scale(cp.point);
+        scale(cp.before);
+        scale(cp.after);
+    }
+}
+} // namespace
+
+template <class Record> void Fairing::record_rates(Record& r)
+{
+    r.value(number_between);
+    r.value(sample_rate);
+}
+
+Fairing::Fairing(KIVIStream& stream) : KIVObject(stream)
+{
+    RecordReader r(stream);
+    record_rates(r);
+    if (std::abs(static_cast<double>(number_between)) > MOST_FRAMES)
+        stream.set_error_state(KIVStream::BAD_DATA);
+    points.resize(static_cast<std::size_t>(stream.read_count(BYTES_PER_POINT)));
+    for (FairingCP& cp : points)
+        record_point(r, cp);
+}
+
+void Fairing::storer(KIVOStream& stream)
+{
+    KIVObject::storer(stream);
+    RecordWriter r(stream);
+    record_rates(r);
+    r.value(inq_control_point_count());
+    for (FairingCP& cp : points)
+        record_point(r, cp);
+}
+
+double Fairing::get_height(int offset) const
+{
+    const double frames = 1.0 + number_between;
+    if (frames <= 0.0)
+        return 0.0;
+    const int step = offset - offset % std::max(sample_rate, 1);
+    const double time = (step + (our_half_frame ? 0.5 : 0.0)) / frames;
+    return std::clamp(height_at(points, std::clamp(time, 0.0, 1.0)), 0.0, 1.0);
+}
+
+gsl::owner<Fairing*> Fairing::split(int offset)
+{
+    auto later = std::make_unique<Fairing>(number_between - offset);
+    later->sample_rate = sample_rate;
+    const double time = std::clamp(offset / std::max(1.0, 1.0 + number_between), 0.0, 1.0);
+    number_between = offset - 1;
+    if (points.empty())
+        return later.release();
+
+    const auto cut = place_at(points, insert_point(points, time));
+    const Place place = cut->point;
+    later->points.assign(cut, points.end());
+    points.erase(cut + 1, points.end());
+    stretch(points, {0.0, 0.0}, place);
+    stretch(later->points, place, {1.0, 1.0});
+    return later.release();
+}
+
+void Fairing::copy_into(Fairing* other) const
+{
+    other->points = points;
+    other->sample_rate = sample_rate;
+}
+
+FairingCP* Fairing::inq_control_point(int index)
+{
+    const auto i = static_cast<std::size_t>(index);
+    return index >= 0 && i < points.size() ? &points[i] : nullptr;
+}
+
+void Fairing::create_empty_cps(int count)
+{
+    points.assign(static_cast<std::size_t>(std::max(count, 0)), {});
+}

@@ -1,0 +1,103 @@
+#include "curveslib/hdr/SquidgeSet.h"
+#include "tests/support/OldRecord.h"
+
+#include <cmath>
+
+namespace {
+const Vector2 NO_HANDLE;
+
+/// A square of a side of 100 with its lower left corner at the origin, run counter-clockwise.
+std::unique_ptr<Squidge> make_square(bool closed)
+{
+    auto square = std::make_unique<Squidge>(closed);
+    for (const Vector2& corner :
+         {Vector2(0, 0), Vector2(100, 0), Vector2(100, 100), Vector2(0, 100)})
+        square->add_knot(corner, NO_HANDLE, NO_HANDLE);
+    return square;
+}
+
+void expect_near(const Vector2& place, double x, double y)
+{
+    EXPECT_NEAR(place.x(), x, 1e-6);
+    EXPECT_NEAR(place.y(), y, 1e-6);
+}
+
+Vector2 place_of(const CurvePosition& position)
+{
+    return position.knot->calc_at_param(position.parameter);
+}
+} // namespace
+
+TEST(Squidge, measures_its_ways_both_ways_round)
+{
+    const auto closed = make_square(true);
+    const Knot* a = closed->inq_knots()[0].get();
+    const Knot* d = closed->inq_knots()[3].get();
+    EXPECT_NEAR(closed->calc_length(), 400.0, 1e-6);
+    EXPECT_NEAR(closed->distance_along_curve(a, d, 1), 300.0, 1e-6);
+    EXPECT_NEAR(closed->distance_along_curve(a, d, -1), 100.0, 1e-6);
+    EXPECT_NEAR(closed->distance_along_curve(d, a, 1), 100.0, 1e-6);
+
+    const auto open = make_square(false);
+    const Knot* first = open->inq_first_knot();
+    const Knot* third = open->inq_knots()[2].get();
+    EXPECT_NEAR(open->calc_length(), 300.0, 1e-6);
+    EXPECT_EQ(open->direction_to_go(first, third), 1);
+    EXPECT_EQ(open->direction_to_go(third, first), -1);
+    EXPECT_NEAR(open->distance_along_curve(third, first, -1), 200.0, 1e-6);
+}
+
+TEST(Squidge, goes_a_distance_round_or_to_its_end)
+{
+    const auto closed = make_square(true);
+    const CurvePosition start = closed->inq_knots()[1]->inq_curve_position();
+    expect_near(place_of(closed->find_position_along(start, 1, 150.0)), 50.0, 100.0);
+    expect_near(place_of(closed->find_position_along(start, -1, 130.0)), 0.0, 30.0);
+    expect_near(place_of(closed->find_position_along(start, 1, 825.0)), 100.0, 25.0);
+    const auto open = make_square(false);
+    const CurvePosition second = open->inq_knots()[1]->inq_curve_position();
+    expect_near(place_of(open->find_position_along(second, 1, 900.0)), 0.0, 100.0);
+    expect_near(place_of(open->find_position_along(second, -1, 900.0)), 0.0, 0.0);
+}
+
+TEST(Squidge, follows_its_handles_at_an_even_pace)
+{
+    constexpr double ROUND = 55.22847498; // the handle of a quarter of a circle of radius 100
+    Squidge quarter(false);
+    quarter.add_knot({100.0, 0.0}, NO_HANDLE, {0.0, ROUND});
+    quarter.add_knot({0.0, 100.0}, {ROUND, 0.0}, NO_HANDLE);
+    EXPECT_NEAR(quarter.calc_length(), 157.08, 0.05);
+    const CurvePosition start = quarter.inq_first_knot()->inq_curve_position();
+    for (const double degrees : {10.0, 45.0, 80.0}) {
+        const double angle = degrees / 180.0 * 3.14159265358979;
+        const Vector2 place = place_of(quarter.find_position_along(start, 1, 100.0 * angle));
+        EXPECT_NEAR(place.x(), 100.0 * std::cos(angle), 0.1);
+        EXPECT_NEAR(place.y(), 100.0 * std::sin(angle), 0.1);
+    }
+}
+
+TEST(Squidge, comes_back_with_its_beads_and_is_found_in_a_table)
+{
+    SquidgeSet set;
+    Squidge* square = set.add_squidge(make_square(true).release());
+    Bead* bead = square->add_bead({square->inq_knots()[3].get(), 0.25}, 17);
+    EXPECT_EQ(bead->inq_squidge(), square);
+    const auto read = stored_and_read(set);
+    const std::unique_ptr<SquidgeSet> copy(read->duplicate_make_base());
+    for (const SquidgeSet* each : {&set, read.get(), copy.get()}) {
+        SquidgeTable table;
+        each->add_to_table(table);
+        const BaseBeadKnot* found = table.lookup_bead_knot(each->inq_label(), 17);
+        ASSERT_TRUE(found);
+        expect_near(found->calc_position(), 0.0, 100.0 - 100.0 * (3 * 0.0625 - 2 * 0.015625));
+        EXPECT_EQ(found->inq_squidge(), each->inq_squidges()[0].get());
+        EXPECT_EQ(table.lookup_bead_knot(each->inq_label(), 18), nullptr);
+    }
+}
+
+TEST(Squidge, refuses_a_bead_on_no_knot)
+{
+    OldRecord record("Squidge", 1);
+    record << 0 << 0 << 1 << 5L << 0 << 0.5;
+    EXPECT_FALSE(record.read<Squidge>());
+}

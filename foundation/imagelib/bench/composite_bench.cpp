@@ -1,0 +1,170 @@
+#include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/PixmapImage.h"
+
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <memory>
+#include <pixman.h>
+
+// One picture placed over a frame, by this library and by pixman on the same pixels. The arguments
+// choose the placement and the picture.
+
+namespace {
+constexpr int SOURCE_WIDTH = 2048;
+constexpr int SOURCE_HEIGHT = 1556;
+constexpr int FRAME_WIDTH = 1920;
+constexpr int FRAME_HEIGHT = 1080;
+
+enum Placing { TURNED, SCALED, MOVED, SHRUNK };
+enum Picture { HALF_TRANSPARENT, CEL, OPAQUE };
+
+struct Placement {
+    double scale;
+    double degrees;
+    double x; // of the source's top left corner, y downwards
+    double y;
+};
+
+Placement inq_placement(int placing)
+{
+    switch (placing) {
+    case TURNED:
+        return {0.92, 7.0, 90.3, -160.7};
+    case SCALED:
+        return {0.92, 0.0, 17.3, -100.7};
+    case SHRUNK:
+        return {0.6, 7.0, 400.3, 20.7};
+    default:
+        return {1.0, 0.0, -64.0, -200.0};
+    }
+}
+
+/// A cel is painted inside a circle that covers a third of it, with a soft edge.
+double cover_at(int picture, int x, int y)
+{
+    if (picture != CEL)
+        return picture == OPAQUE ? 1.0 : 0.5;
+    const double radius = std::sqrt(SOURCE_WIDTH * SOURCE_HEIGHT / 3.0 / 3.14159);
+    const double away = std::hypot(x - SOURCE_WIDTH / 2, y - SOURCE_HEIGHT / 2);
+    return std::clamp(radius - away, 0.0, 1.0);
+}
+
+template <class Sample> std::unique_ptr<KIVPixmap> make_source(int picture)
+{
+    constexpr double MOST = std::numeric_limits<Sample>::max();
+    auto source = std::make_unique<KIVPixmap>(
+        SOURCE_WIDTH, SOURCE_HEIGHT, sizeof(Sample) == 1 ? PT_RGBA_8 : PT_RGBA_16, nullptr, false);
+    for (int y = 0; y < SOURCE_HEIGHT; ++y) {
+        auto* pixel = reinterpret_cast<Sample*>(source->inq_row(y));
+        for (int x = 0; x < SOURCE_WIDTH; ++x, pixel += 4) {
+            const double cover = cover_at(picture, x, y);
+            for (int c = 0; c < 3; ++c)
+                pixel[c] = static_cast<Sample>(MOST * cover * ((x * (c + 3) + y * 5) % 256) / 256);
+            pixel[3] = static_cast<Sample>(MOST * cover);
+        }
+    }
+    return source;
+}
+
+template <class Sample> void draw_with_imagelib(benchmark::State& state, bool filtered)
+{
+    const Placement p = inq_placement(static_cast<int>(state.range(0)));
+    const auto source = make_source<Sample>(static_cast<int>(state.range(1)));
+    KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, source->inq_type(), nullptr, false);
+    frame.clear();
+    PixmapImage image(source.get());
+    PixmapImage target(&frame);
+    target.setHighQuality(filtered);
+    const double turn = p.degrees * 3.14159265 / 180.0;
+    const double cosine = std::cos(turn) * p.scale;
+    const double sine = std::sin(turn) * p.scale;
+    const double top = FRAME_HEIGHT - p.y;
+    const double across_x = SOURCE_WIDTH * cosine;
+    const double across_y = SOURCE_WIDTH * sine;
+    const double down_x = -SOURCE_HEIGHT * sine;
+    const double down_y = SOURCE_HEIGHT * cosine;
+    for (auto _ : state) {
+        image.compositeAffine(p.x + down_x, top - down_y, p.x, top, p.x + across_x, top - across_y,
+                              &target, 0);
+        benchmark::DoNotOptimize(frame.inq_data());
+    }
+}
+
+void imagelib_8_filtered(benchmark::State& state)
+{
+    draw_with_imagelib<std::uint8_t>(state, true);
+}
+
+void imagelib_8_unfiltered(benchmark::State& state)
+{
+    draw_with_imagelib<std::uint8_t>(state, false);
+}
+
+void imagelib_16_filtered(benchmark::State& state)
+{
+    draw_with_imagelib<std::uint16_t>(state, true);
+}
+
+void imagelib_16_unfiltered(benchmark::State& state)
+{
+    draw_with_imagelib<std::uint16_t>(state, false);
+}
+
+pixman_image_t* wrap(KIVPixmap& pixmap)
+{
+    return pixman_image_create_bits(PIXMAN_a8b8g8r8, pixmap.inq_width(), pixmap.inq_height(),
+                                    reinterpret_cast<std::uint32_t*>(pixmap.inq_data()),
+                                    static_cast<int>(pixmap.inq_row_bytes()));
+}
+
+void draw_with_pixman(benchmark::State& state, pixman_filter_t filter)
+{
+    const Placement p = inq_placement(static_cast<int>(state.range(0)));
+    const auto source = make_source<std::uint8_t>(static_cast<int>(state.range(1)));
+    KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, PT_RGBA_8, nullptr, false);
+    frame.clear();
+    pixman_image_t* image = wrap(*source);
+    pixman_image_t* target = wrap(frame);
+    const double turn = p.degrees * 3.14159265 / 180.0;
+    pixman_f_transform_t back;
+    pixman_f_transform_init_translate(&back, -p.x, -p.y);
+    pixman_f_transform_rotate(&back, nullptr, std::cos(turn), -std::sin(turn));
+    pixman_f_transform_scale(&back, nullptr, 1.0 / p.scale, 1.0 / p.scale);
+    pixman_transform_t fixed;
+    pixman_transform_from_pixman_f_transform(&fixed, &back);
+    pixman_image_set_transform(image, &fixed);
+    pixman_image_set_filter(image, filter, nullptr, 0);
+    for (auto _ : state) {
+        pixman_image_composite32(PIXMAN_OP_OVER, image, nullptr, target, 0, 0, 0, 0, 0, 0,
+                                 FRAME_WIDTH, FRAME_HEIGHT);
+        benchmark::DoNotOptimize(frame.inq_data());
+    }
+    pixman_image_unref(image);
+    pixman_image_unref(target);
+}
+
+void pixman_8_filtered(benchmark::State& state)
+{
+    draw_with_pixman(state, PIXMAN_FILTER_BILINEAR);
+}
+
+void pixman_8_unfiltered(benchmark::State& state)
+{
+    draw_with_pixman(state, PIXMAN_FILTER_NEAREST);
+}
+
+void all_placements(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"placing", "picture"})->Unit(benchmark::kMillisecond);
+    for (const int placing : {TURNED, SCALED, MOVED, SHRUNK})
+        for (const int picture : {HALF_TRANSPARENT, CEL, OPAQUE})
+            bench->Args({placing, picture});
+}
+} // namespace
+
+BENCHMARK(imagelib_8_filtered)->Apply(all_placements);
+BENCHMARK(pixman_8_filtered)->Apply(all_placements);
+BENCHMARK(imagelib_8_unfiltered)->Apply(all_placements);
+BENCHMARK(pixman_8_unfiltered)->Apply(all_placements);
+BENCHMARK(imagelib_16_filtered)->Apply(all_placements);
+BENCHMARK(imagelib_16_unfiltered)->Apply(all_placements);

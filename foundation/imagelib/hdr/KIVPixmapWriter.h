@@ -1,0 +1,51 @@
+#pragma once
+
+#include "kivlib/hdr/ClassDescriptor.h"
+
+class ByteBuffer;
+class KIVPixmap;
+
+/// Writes pixmaps as files of one format. A file is written under another name in its folder and
+/// moved over the final one when it is whole and on the disc; a failure leaves what was there.
+class KIVPixmapWriter {
+public:
+    enum WriteError {
+        WRITE_OKAY = 0,
+        WRITE_CANNOT_OPEN = 1,
+        WRITE_NO_ROOM = 2,
+        WRITE_NO_MEMORY = 3,
+        WRITE_CANNOT_ENCODE = 4,
+        WRITE_NO_PIXELS = 6,
+        WRITE_CANNOT_RENAME = 7
+    };
+
+    virtual ~KIVPixmapWriter() = default;
+
+    /// Adds the format's extension to a `file` without one. False leaves an error.
+    bool write_pixmap(const KIVString& file, KIVPixmap* pixmap);
+
+    int inq_error() const { return error; }
+
+protected:
+    /// Gives the whole file to `contents`.
+    virtual WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) = 0;
+    virtual const char* inq_extension() const = 0;
+
+private:
+    int error = WRITE_OKAY;
+};
+
+/// Names a writer class in the class manager and makes its writers.
+class KIVPixmapWriterDescriptor : public ClassDescriptor {
+public:
+    using NewWriter = gsl::owner<KIVPixmapWriter*> (*)(int variant);
+
+    /// Enters itself in the main class manager.
+    KIVPixmapWriterDescriptor(const char* name, NewWriter make);
+
+    /// A writer of the format's `variant`, for the caller to delete; null without one.
+    virtual gsl::owner<KIVPixmapWriter*> new_writer(int variant) const;
+
+private:
+    NewWriter make;
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "kivlib/hdr/KIVRectangle.h"
+#include "kivlib/hdr/KIVString.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class KIVPixmap;
+
+/// One picture and its smaller copies, each half the size of the one before. The copies are made
+/// when they are asked for, and a provider drops them when memory runs short; the rest stays.
+class MipMap {
+public:
+    /// A picture that is already there, taken over. Null makes an unusable one.
+    explicit MipMap(gsl::owner<KIVPixmap*> picture);
+    virtual ~MipMap();
+    MipMap(const MipMap&) = delete;
+    MipMap& operator=(const MipMap&) = delete;
+
+    /// Pixels of the picture at its full size.
+    int width = 0;
+    int height = 0;
+
+    /// Whether there is a picture at all.
+    bool usable = false;
+
+    virtual bool inq_tiled() const { return false; }
+
+    /// The part of a tiled picture inside four corners of the unit square, for the whole picture
+    /// at `width` by `height`; the caller owns it. The corners become those of what was fetched.
+    virtual gsl::owner<KIVPixmap*> new_region_pixmap(Vector2* corners, int width, int height);
+
+    /// The picture in node space: around (0, 0), 60 / dpi units to a pixel, or one unit if the
+    /// file tells no resolution.
+    KIVRectangle get_frame() const;
+
+    /// The smallest copy that is not smaller than `width` by `height` either way, or the full
+    /// picture. Null if it can't be had. It is always with alpha, and lives until the unlock.
+    KIVPixmap* inq_pixmap(int width, int height);
+
+    /// Why there is no picture, for the user; empty if all is well.
+    const KIVString& inq_error_msg() const { return error; }
+
+protected:
+    MipMap();
+
+    /// Reads the full picture. Null, with a text for the user, if it can't.
+    virtual gsl::owner<KIVPixmap*> load_picture(KIVString& error);
+
+    void set_size(int width, int height, double x_dpi, double y_dpi);
+    void set_unusable(const KIVString& reason);
+    void drop_pixels();
+    std::size_t inq_bytes() const;
+
+    /// Pixels have been made.
+    virtual void note_growth() {}
+
+private:
+    KIVPixmap* inq_level(std::size_t level);
+    bool make_level(std::size_t level);
+
+    std::vector<std::unique_ptr<KIVPixmap>> levels;
+    double x_dpi = 0.0;
+    double y_dpi = 0.0;
+    KIVString error;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "kivlib/hdr/KIVString.h"
+
+class KIVPixmap;
+class PCharArray;
+
+/// The extensions of the files that can be read, without dots.
+PCharArray inq_pixmap_readable_file_exts();
+
+/// What the head of a picture file tells.
+struct PictureInfo {
+    int width = 0;
+    int height = 0;
+    double x_dpi = 0.0; // 0: not told
+    double y_dpi = 0.0;
+};
+
+/// False, with a text for the user, for a file that is no picture. The format is known by the
+/// contents, whatever the name.
+bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error);
+
+/// The picture with alpha at 8 or 16 bits per sample, for the caller to delete; null, with a text
+/// for the user, if any of it can't be read.
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error);

@@ -1,0 +1,192 @@
+#include "imagelib/hdr/KIVPixmap.h"
+
+#include "imagelib/src/composite.h"
+#include "imagelib/src/samples.h"
+#include "kivlib/hdr/KIVColour.h"
+#include "kivlib/hdr/KIVRectangle.h"
+
+#include <new>
+
+namespace {
+constexpr std::size_t ALIGNMENT = 64;
+
+/// Places in a pixmap are worked out in 32 bits.
+constexpr std::size_t MOST_BYTES = std::numeric_limits<std::int32_t>::max();
+
+constexpr double UNITS_PER_INCH = 60.0;
+
+double units_per_pixel(double dpi)
+{
+    return dpi > 0.0 ? UNITS_PER_INCH / dpi : 1.0;
+}
+
+std::size_t round_up_to_alignment(std::size_t bytes)
+{
+    return (bytes + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
+}
+} // namespace
+
+void KIVPixmap::Free::operator()(unsigned char* memory) const
+{
+    ::operator delete (memory, std::align_val_t{ALIGNMENT});
+}
+
+void KIVPixmap::allocate(int wanted_width, int wanted_height)
+{
+    width = 0;
+    height = 0;
+    row_bytes = 0;
+    pixels.reset();
+    if (wanted_width <= 0 || wanted_height <= 0)
+        return;
+    const std::size_t row = round_up_to_alignment(static_cast<std::size_t>(wanted_width) *
+                                                  static_cast<std::size_t>(inq_bytes_per_pixel()));
+    const auto rows = static_cast<std::size_t>(wanted_height);
+    if (row > MOST_BYTES / rows)
+        return;
+    void* memory = ::operator new (row* rows, std::align_val_t{ALIGNMENT}, std::nothrow);
+    if (!memory)
+        return;
+    pixels.reset(static_cast<unsigned char*>(memory));
+    width = wanted_width;
+    height = wanted_height;
+    row_bytes = row;
+}
+
+KIVPixmap::KIVPixmap(int wanted_width, int wanted_height, PixType type, unsigned char* data,
+                     bool take_data)
+    : type(type)
+{
+    allocate(wanted_width, wanted_height);
+    const std::size_t row = static_cast<std::size_t>(width * inq_bytes_per_pixel());
+    for (int y = 0; data && y < height; ++y)
+        std::memcpy(inq_row(y), data + static_cast<std::size_t>(y) * row, row);
+    if (take_data)
+        delete[] data;
+}
+
+KIVPixmap::KIVPixmap(int width, int height, int samples, int bits, unsigned char* data,
+                     bool take_data)
+    : KIVPixmap(width, height, make_pix_type(samples, bits), data, take_data)
+{}
+
+KIVRectangle KIVPixmap::get_frame() const
+{
+    return {origin.x(), origin.y(), origin.x() + width * units_per_pixel(x_dpi),
+            origin.y() + height * units_per_pixel(y_dpi)};
+}
+
+void KIVPixmap::set_dpi(double dpi, double pixel_aspect)
+{
+    x_dpi = dpi;
+    y_dpi = dpi * pixel_aspect;
+}
+
+namespace {
+template <class Sample> void put_colour(unsigned char* pixel, const KIVColour& colour, bool alpha)
+{
+    const auto level = [](double value) {
+        const double most = samples::FULL<Sample>;
+        return static_cast<Sample>(std::clamp(value, 0.0, 1.0) * most + 0.5);
+    };
+    const double cover = std::clamp(colour.inq_alpha(), 0.0, 1.0);
+    const Sample values[4] = {level(colour.inq_red() * cover), level(colour.inq_green() * cover),
+                              level(colour.inq_blue() * cover), level(cover)};
+    std::memcpy(pixel, values, (alpha ? 4 : 3) * sizeof(Sample));
+}
+} // namespace
+
+void KIVPixmap::set_colour(const KIVColour& colour)
+{
+    if (!pixels)
+        return;
+    unsigned char* first = inq_row(0);
+    if (inq_bits_per_sample() == 8)
+        put_colour<std::uint8_t>(first, colour, inq_alpha());
+    else
+        put_colour<std::uint16_t>(first, colour, inq_alpha());
+    const std::size_t row = static_cast<std::size_t>(width * inq_bytes_per_pixel());
+    std::size_t done = static_cast<std::size_t>(inq_bytes_per_pixel());
+    while (done < row) { // what is there twice over
+        const std::size_t more = std::min(done, row - done);
+        std::memcpy(first + done, first, more);
+        done += more;
+    }
+    for (int y = 1; y < height; ++y)
+        std::memcpy(inq_row(y), first, row);
+}
+
+void KIVPixmap::clear()
+{
+    if (pixels)
+        std::memset(pixels.get(), 0, inq_bytes());
+}
+
+namespace {
+/// The part of a source that falls into a target, along one side.
+struct Overlap {
+    long to;
+    long from;
+    long size;
+
+    Overlap(long at, long source_size, long target_size)
+        : to(std::clamp(at, 0L, target_size)), from(to - at),
+          size(std::min(source_size - from, target_size - to))
+    {}
+};
+} // namespace
+
+void KIVPixmap::copy(const KIVPixmap* source, const IntVector2& pos)
+{
+    const Overlap columns(pos.x(), source->width, width);
+    const Overlap lines(pos.y(), source->height, height);
+    if (columns.size <= 0)
+        return;
+    for (long y = 0; y < lines.size; ++y) {
+        unsigned char* to =
+            inq_row(static_cast<int>(lines.to + y)) + columns.to * inq_bytes_per_pixel();
+        const unsigned char* from = source->inq_row(static_cast<int>(lines.from + y)) +
+                                    columns.from * source->inq_bytes_per_pixel();
+        convert_pixels(to, type, from, source->type, static_cast<int>(columns.size));
+    }
+}
+
+void KIVPixmap::composite(const KIVPixmap* source, const IntVector2& pos)
+{
+    composite_unscaled(*this, *source, pos.x(), pos.y(), {false});
+}
+
+bool KIVPixmap::convert(int samples, int bits)
+{
+    const PixType wanted = make_pix_type(samples, bits);
+    if (wanted == type)
+        return true;
+    KIVPixmap converted(width, height, wanted, nullptr, false);
+    if (pixels && !converted.pixels)
+        return false;
+    converted.copy(this, IntVector2(0, 0));
+    type = wanted;
+    row_bytes = converted.row_bytes;
+    pixels = std::move(converted.pixels);
+    return true;
+}
+
+gsl::owner<KIVPixmap*> KIVPixmap::new_get_resampled(const Vector2& top_left,
+                                                    const Vector2& top_right,
+                                                    const Vector2& bottom_right,
+                                                    const Vector2& bottom_left, int new_width,
+                                                    int new_height) const
+{
+    std::unique_ptr<KIVPixmap> resampled(new (std::nothrow) KIVPixmap(
+        new_width, new_height, 4, inq_bits_per_sample(), nullptr, false));
+    if (!resampled)
+        return nullptr;
+    const auto from_top = [&](const Vector2& point) {
+        return Place{point.x(), height - point.y()};
+    };
+    const Place corners[4] = {from_top(top_left), from_top(top_right), from_top(bottom_right),
+                              from_top(bottom_left)};
+    resampled->clear();
+    resample_quadrilateral(*resampled, *this, corners);
+    return resampled.release();
+}

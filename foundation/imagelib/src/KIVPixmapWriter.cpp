@@ -1,0 +1,65 @@
+#include "imagelib/hdr/KIVPixmapWriter.h"
+
+#include "imagelib/hdr/KIVPixmap.h"
+#include "kivlib/hdr/ByteBuffer.h"
+#include "kivlib/hdr/ClassManager.h"
+#include "kivlib/hdr/FileHandle.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <unistd.h>
+
+namespace {
+constexpr int PERMISSIONS = 0666;
+
+std::string add_extension(const KIVString& file, const char* extension)
+{
+    const bool has_one = std::filesystem::path(file.str()).has_extension();
+    return has_one ? file.str() : file.str() + "." + extension;
+}
+
+KIVPixmapWriter::WriteError put_on_disc(const std::string& path, const ByteBuffer& contents)
+{
+    FileHandle file = FileHandle::open_to_write(path.c_str(), PERMISSIONS);
+    if (!file.is_open())
+        return KIVPixmapWriter::WRITE_CANNOT_OPEN;
+    const bool is_written = file.write_all(contents.data(), contents.size()) && file.sync();
+    const bool is_closed = file.close();
+    return is_written && is_closed ? KIVPixmapWriter::WRITE_OKAY : KIVPixmapWriter::WRITE_NO_ROOM;
+}
+
+/// The other name is this process's own, so that two renders of one frame do not meet.
+KIVPixmapWriter::WriteError replace_file(const std::string& path, const ByteBuffer& contents)
+{
+    const std::string other = path + "." + std::to_string(::getpid()) + "~";
+    KIVPixmapWriter::WriteError error = put_on_disc(other, contents);
+    if (error == KIVPixmapWriter::WRITE_OKAY && std::rename(other.c_str(), path.c_str()) != 0)
+        error = KIVPixmapWriter::WRITE_CANNOT_RENAME;
+    if (error != KIVPixmapWriter::WRITE_OKAY && error != KIVPixmapWriter::WRITE_CANNOT_OPEN)
+        ::unlink(other.c_str());
+    return error;
+}
+} // namespace
+
+bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
+{
+    error = WRITE_NO_PIXELS;
+    if (!pixmap || !pixmap->inq_data())
+        return false;
+    ByteBuffer contents;
+    error = encode(*pixmap, contents);
+    if (error == WRITE_OKAY && contents.has_failed())
+        error = WRITE_NO_MEMORY;
+    if (error == WRITE_OKAY)
+        error = replace_file(add_extension(file, inq_extension()), contents);
+    return error == WRITE_OKAY;
+}
+
+KIVPixmapWriterDescriptor::KIVPixmapWriterDescriptor(const char* name, NewWriter make)
+    : ClassDescriptor(name, "KIVPixmapWriter", nullptr, -1, ClassManager::inq_main()), make(make)
+{}
+
+gsl::owner<KIVPixmapWriter*> KIVPixmapWriterDescriptor::new_writer(int variant) const
+{
+    return make ? make(variant) : nullptr;
+}

@@ -1,0 +1,144 @@
+#include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/src/PictureReader.h"
+
+namespace {
+constexpr int MOST_LEVELS = 0xFFFF;
+
+/// The six portable formats: bits, greys and colours, as text or as bytes.
+class PnmReader : public PictureReader {
+public:
+    PnmReader(Bytes file, int kind) : file(file), kind(kind) {}
+
+    bool read_head(PictureInfo& info) override;
+    bool read_pixels(KIVPixmap& picture) override;
+
+private:
+    bool is_text() const { return kind <= 3; }
+    bool is_bits() const { return kind == 1 || kind == 4; }
+    int inq_samples() const { return kind == 3 || kind == 6 ? 3 : 1; }
+
+    void skip_blanks();
+    bool read_number(int& number);
+    bool read_bit(int& bit);
+    bool read_sample(int& sample);
+    bool read_row(std::vector<std::uint16_t>& row);
+    bool read_packed_row(std::vector<std::uint16_t>& row);
+
+    Bytes file;
+    int kind;
+    std::size_t position = 2;
+    int levels = 1;
+};
+
+bool is_blank(unsigned char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+void PnmReader::skip_blanks()
+{
+    bool in_comment = false;
+    for (; position < file.size(); ++position) {
+        const unsigned char c = file[position];
+        in_comment = in_comment ? c != '\n' : c == '#';
+        if (!in_comment && !is_blank(c))
+            return;
+    }
+}
+
+bool PnmReader::read_number(int& number)
+{
+    constexpr int MOST = 100000000;
+    skip_blanks();
+    const std::size_t start = position;
+    number = 0;
+    for (; position < file.size() && file[position] >= '0' && file[position] <= '9'; ++position) {
+        number = number * 10 + (file[position] - '0');
+        if (number > MOST)
+            return false;
+    }
+    return position > start;
+}
+
+bool PnmReader::read_head(PictureInfo& info)
+{
+    const bool is_okay = read_number(info.width) && read_number(info.height) &&
+                         (is_bits() || read_number(levels)) && position < file.size() &&
+                         is_blank(file[position]);
+    if (!is_okay || levels < 1 || levels > MOST_LEVELS)
+        return fail("the head of the PNM file is damaged");
+    ++position;
+    return true;
+}
+
+/// Digits of bits need no blanks between them.
+bool PnmReader::read_bit(int& bit)
+{
+    skip_blanks();
+    if (position >= file.size() || (file[position] != '0' && file[position] != '1'))
+        return false;
+    bit = file[position++] == '0' ? 1 : 0; // 1 is black
+    return true;
+}
+
+bool PnmReader::read_sample(int& sample)
+{
+    if (is_text())
+        return is_bits() ? read_bit(sample) : read_number(sample);
+    const std::size_t bytes = levels > 0xFF ? 2 : 1;
+    if (file.size() - position < bytes)
+        return false;
+    sample = file[position];
+    if (bytes == 2)
+        sample = sample << 8 | file[position + 1];
+    position += bytes;
+    return true;
+}
+
+bool PnmReader::read_packed_row(std::vector<std::uint16_t>& row)
+{
+    const std::size_t bytes = (row.size() + 7) / 8;
+    if (file.size() - position < bytes)
+        return false;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        const bool is_black = (file[position + i / 8] >> (7 - i % 8) & 1) != 0;
+        row[i] = is_black ? 0 : MOST_LEVELS;
+    }
+    position += bytes;
+    return true;
+}
+
+bool PnmReader::read_row(std::vector<std::uint16_t>& row)
+{
+    if (is_bits() && !is_text())
+        return read_packed_row(row);
+    for (std::uint16_t& out : row) {
+        int sample = 0;
+        if (!read_sample(sample))
+            return false;
+        const std::int64_t level = std::min(sample, levels);
+        out = static_cast<std::uint16_t>((level * MOST_LEVELS + levels / 2) / levels);
+    }
+    return true;
+}
+
+bool PnmReader::read_pixels(KIVPixmap& picture)
+{
+    const int samples = inq_samples();
+    std::vector<std::uint16_t> row(static_cast<std::size_t>(picture.inq_width()) *
+                                   static_cast<std::size_t>(samples));
+    for (int y = 0; y < picture.inq_height(); ++y) {
+        if (!read_row(row))
+            return fail("the PNM file ends too early, or is damaged");
+        put_pixels(picture, 0, y, row.data(), picture.inq_width(), {samples, 16, Alpha::NONE});
+    }
+    return true;
+}
+} // namespace
+
+std::unique_ptr<PictureReader> make_pnm_reader(Bytes file)
+{
+    const bool is_pnm = file.size() >= 3 && file[0] == 'P' && file[1] >= '1' && file[1] <= '6' &&
+                        (is_blank(file[2]) || file[2] == '#');
+    return is_pnm ? std::make_unique<PnmReader>(file, file[1] - '0') : nullptr;
+}

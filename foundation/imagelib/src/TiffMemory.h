@@ -1,0 +1,53 @@
+#pragma once
+
+#include "kivlib/hdr/KIVString.h"
+
+#include <cstddef>
+#include <tiffio.h>
+
+class ByteBuffer;
+
+/// A TIFF file in memory, open at most once. What the format's library has to complain about is
+/// kept for the user, and nothing is printed.
+class TiffMemory {
+public:
+    /// To be written; it grows from empty.
+    explicit TiffMemory(ByteBuffer& growing) : growing(&growing) {}
+
+    /// To be read. `largest_block`: no single allocation may be larger.
+    TiffMemory(const unsigned char* bytes, std::size_t size, std::size_t largest_block)
+        : bytes(bytes), size(size), largest_block(largest_block)
+    {}
+    TiffMemory(const TiffMemory&) = delete;
+    TiffMemory& operator=(const TiffMemory&) = delete;
+    ~TiffMemory() { close(); }
+
+    /// Null on failure. The file is closed by `close` or with this.
+    TIFF* open_to_write() { return open("wl"); }
+    TIFF* open_to_read() { return open("r"); }
+
+    /// False if any write has failed.
+    bool close();
+
+    const KIVString& inq_error() const { return error; }
+
+private:
+    TIFF* open(const char* mode);
+    static tmsize_t read(thandle_t self, void* to, tmsize_t count);
+    static tmsize_t write(thandle_t self, void* from, tmsize_t count);
+    static toff_t seek(thandle_t self, toff_t offset, int whence);
+    static toff_t inq_size(thandle_t self);
+    static int map(thandle_t self, void** base, toff_t* size);
+    static int take_error(TIFF* tiff, void* self, const char* module, const char* format,
+                          va_list values);
+    std::size_t size_now() const;
+
+    ByteBuffer* growing = nullptr; // not owned
+    const unsigned char* bytes = nullptr;
+    std::size_t size = 0;
+    std::size_t largest_block = 0;
+    std::size_t position = 0;
+    bool has_failed = false;
+    TIFF* tiff = nullptr;
+    KIVString error;
+};

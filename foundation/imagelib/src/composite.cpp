@@ -1,0 +1,238 @@
+#include "imagelib/src/composite.h"
+
+#include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/src/Painter.h"
+#include "imagelib/src/reduce.h"
+
+namespace {
+constexpr double SMALLEST_AREA = 1e-9; // pixels; a thinner image can't be placed
+
+/// Images that come to be smaller than half are halved first. The share below leaves room for a
+/// wanted size that was rounded to whole pixels.
+constexpr double HALVE_BELOW = 0.49;
+
+/// How far from whole pixels an image may lie and still be drawn without resampling.
+constexpr double WHOLE_PIXEL = 1.0 / 1024;
+
+/// The least box of whole pixels around the four corners, inside the target.
+void find_box(const KIVPixmap& target, const Sides& sides, const KIVPixmap& source, Place top_left,
+              Interval& columns, Interval& lines)
+{
+    const Place across = {sides.across.x * source.inq_width(), sides.across.y * source.inq_width()};
+    const Place down = {sides.down.x * source.inq_height(), sides.down.y * source.inq_height()};
+    const auto box = [](double at, double one, double other, int size) {
+        const double low = at + std::min(one, 0.0) + std::min(other, 0.0);
+        const double high = at + std::max(one, 0.0) + std::max(other, 0.0);
+        Interval interval = {to_int(std::floor(low)) - 1, to_int(std::ceil(high)) + 1};
+        interval.cut({0, size});
+        return interval;
+    };
+    columns = box(top_left.x, across.x, down.x, target.inq_width());
+    lines = box(top_left.y, across.y, down.y, target.inq_height());
+}
+
+bool is_unscaled(const KIVPixmap& source, const Sides& sides, Place top_left, bool filtered)
+{
+    const double width = source.inq_width();
+    const double height = source.inq_height();
+    const bool is_unit = std::abs(sides.across.x - 1.0) * width < WHOLE_PIXEL &&
+                         std::abs(sides.across.y) * width < WHOLE_PIXEL &&
+                         std::abs(sides.down.x) * height < WHOLE_PIXEL &&
+                         std::abs(sides.down.y - 1.0) * height < WHOLE_PIXEL;
+    const bool is_whole = std::abs(top_left.x - std::round(top_left.x)) < WHOLE_PIXEL &&
+                          std::abs(top_left.y - std::round(top_left.y)) < WHOLE_PIXEL;
+    return is_unit && (is_whole || !filtered);
+}
+
+/// The place of the pixel whose centre a target pixel's centre falls into.
+long nearest_place(double at)
+{
+    return std::lround(std::ceil(at - 0.5));
+}
+
+bool is_placeable(Place place)
+{
+    return std::abs(place.x) < FARTHEST && std::abs(place.y) < FARTHEST; // false for a NaN
+}
+
+template <class Sample>
+void paint(KIVPixmap& target, const KIVPixmap& source, const Sides& sides, Place top_left,
+           const DrawOptions& options)
+{
+    Interval columns;
+    Interval lines;
+    find_box(target, sides, source, top_left, columns, lines);
+    if (columns.size() == 0 || lines.size() == 0)
+        return;
+    Painter<Sample> painter(target, source, make_mapping(source, sides, top_left), options);
+    painter.paint(columns, lines);
+}
+
+/// `source` with alpha and at the target's depth: itself, or a copy in `made`. Null without
+/// memory.
+const KIVPixmap* bring_to_depth(const KIVPixmap& source, const KIVPixmap& target,
+                                std::unique_ptr<KIVPixmap>& made)
+{
+    const PixType type = make_pix_type(4, target.inq_bits_per_sample());
+    if (source.inq_type() == type)
+        return &source;
+    made.reset(new (std::nothrow)
+                   KIVPixmap(source.inq_width(), source.inq_height(), type, nullptr, false));
+    if (!made || !made->inq_data())
+        return nullptr;
+    made->copy(&source, IntVector2(0, 0));
+    return made.get();
+}
+} // namespace
+
+bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left, Place top_right,
+                      Place bottom_left, const DrawOptions& options)
+{
+    if (!source.inq_data() || !target.inq_data() || !is_placeable(top_left) ||
+        !is_placeable(top_right) || !is_placeable(bottom_left))
+        return false;
+    Sides sides = make_sides(source, top_left, top_right, bottom_left);
+    if (std::abs(sides.area()) * source.inq_width() * source.inq_height() < SMALLEST_AREA)
+        return false;
+    if (is_unscaled(source, sides, top_left, options.filtered)) {
+        composite_unscaled(target, source, nearest_place(top_left.x), nearest_place(top_left.y),
+                           options);
+        return true;
+    }
+    std::unique_ptr<KIVPixmap> made;
+    const KIVPixmap* image = bring_to_depth(source, target, made);
+    while (image && options.filtered) { // until the image is at least half its size there
+        const bool halve_width = sides.x_scale() < HALVE_BELOW && image->inq_width() > 1;
+        const bool halve_height = sides.y_scale() < HALVE_BELOW && image->inq_height() > 1;
+        if (!halve_width && !halve_height)
+            break;
+        made = make_reduced(*image, halve_width, halve_height);
+        image = made.get();
+        if (image)
+            sides = make_sides(*image, top_left, top_right, bottom_left);
+    }
+    if (!image)
+        return false;
+    if (target.inq_bits_per_sample() == 8)
+        paint<std::uint8_t>(target, *image, sides, top_left, options);
+    else
+        paint<std::uint16_t>(target, *image, sides, top_left, options);
+    return true;
+}
+
+namespace {
+template <class Sample>
+void paint_unscaled(KIVPixmap& target, const KIVPixmap& source, Interval columns, Interval lines,
+                    long x, long y, const DrawOptions& options)
+{
+    const PixType type = make_pix_type(4, target.inq_bits_per_sample());
+    const bool is_ready = source.inq_type() == type && options.opacity >= 1.0;
+    TargetRow<Sample> rows(target);
+    alignas(64) Sample buffer[4 * STRIP];
+    for (int line = lines.begin; line < lines.end; ++line)
+        for (int at = columns.begin; at < columns.end; at += STRIP) {
+            const int count = std::min(STRIP, columns.end - at);
+            const unsigned char* from = source.inq_row(static_cast<int>(line - y)) +
+                                        (at - x) * source.inq_bytes_per_pixel();
+            const auto* pixels = reinterpret_cast<const Sample*>(from);
+            if (!is_ready) {
+                convert_pixels(buffer, type, from, source.inq_type(), count);
+                if (options.opacity < 1.0)
+                    dim(buffer, count, to_share(options.opacity));
+                pixels = buffer;
+            }
+            rows.draw(at, line, pixels, count);
+        }
+}
+
+/// The part of a target's side that an image of `size` at `at` covers.
+Interval find_covered(long at, int size, int target_size)
+{
+    Interval covered = {to_int(static_cast<double>(at)), to_int(static_cast<double>(at) + size)};
+    covered.cut({0, target_size});
+    return covered;
+}
+} // namespace
+
+void composite_unscaled(KIVPixmap& target, const KIVPixmap& source, long x, long y,
+                        const DrawOptions& options)
+{
+    const Interval columns = find_covered(x, source.inq_width(), target.inq_width());
+    const Interval lines = find_covered(y, source.inq_height(), target.inq_height());
+    if (columns.size() == 0 || lines.size() == 0)
+        return;
+    if (target.inq_bits_per_sample() == 8)
+        paint_unscaled<std::uint8_t>(target, source, columns, lines, x, y, options);
+    else
+        paint_unscaled<std::uint16_t>(target, source, columns, lines, x, y, options);
+}
+
+namespace {
+/// A row of the target sees the source as if the quadrilateral's sides ran on as they do there.
+Mapping make_row_mapping(const KIVPixmap& source, const KIVPixmap& target, const Place corners[4],
+                         int y)
+{
+    const double share = (y + 0.5) / target.inq_height();
+    const auto along = [&](Place a, Place b) {
+        return Place{a.x + (b.x - a.x) * share, a.y + (b.y - a.y) * share};
+    };
+    const Place left = along(corners[0], corners[3]);
+    const Place right = along(corners[1], corners[2]);
+    const Place middle = {0.5 * (corners[3].x + corners[2].x - corners[0].x - corners[1].x),
+                          0.5 * (corners[3].y + corners[2].y - corners[0].y - corners[1].y)};
+    Mapping m = {};
+    m.u_x = (right.x - left.x) / target.inq_width();
+    m.v_x = (right.y - left.y) / target.inq_width();
+    m.u_y = middle.x / target.inq_height();
+    m.v_y = middle.y / target.inq_height();
+    m.u_0 = left.x + 0.5 * m.u_x - m.u_y * y;
+    m.v_0 = left.y + 0.5 * m.v_x - m.v_y * y;
+    m.width = source.inq_width();
+    m.height = source.inq_height();
+    m.u_length = std::hypot(m.u_x, m.u_y);
+    m.v_length = std::hypot(m.v_x, m.v_y);
+    return m;
+}
+
+template <class Sample>
+void resample(KIVPixmap& target, const KIVPixmap& source, const Place corners[4])
+{
+    for (int y = 0; y < target.inq_height(); ++y) {
+        const Mapping mapping = make_row_mapping(source, target, corners, y);
+        if (mapping.u_length == 0.0 || mapping.v_length == 0.0)
+            continue;
+        Painter<Sample>(target, source, mapping, {true}).paint({0, target.inq_width()}, {y, y + 1});
+    }
+}
+} // namespace
+
+bool resample_quadrilateral(KIVPixmap& target, const KIVPixmap& source, const Place corners[4])
+{
+    if (!target.inq_data() || !source.inq_data() ||
+        !std::all_of(corners, corners + 4, is_placeable))
+        return false;
+    std::unique_ptr<KIVPixmap> made;
+    const KIVPixmap* image = bring_to_depth(source, target, made);
+    Place at[4] = {corners[0], corners[1], corners[2], corners[3]};
+    while (image) {
+        const Mapping middle = make_row_mapping(*image, target, at, target.inq_height() / 2);
+        const bool halve_width = middle.u_length * HALVE_BELOW > 1.0 && image->inq_width() > 1;
+        const bool halve_height = middle.v_length * HALVE_BELOW > 1.0 && image->inq_height() > 1;
+        if (!halve_width && !halve_height)
+            break;
+        made = make_reduced(*image, halve_width, halve_height);
+        if (!made)
+            return false;
+        for (Place& place : at)
+            place = {place.x * made->inq_width() / middle.width,
+                     place.y * made->inq_height() / middle.height};
+        image = made.get();
+    }
+    if (!image)
+        return false;
+    if (target.inq_bits_per_sample() == 8)
+        resample<std::uint8_t>(target, *image, at);
+    else
+        resample<std::uint16_t>(target, *image, at);
+    return true;
+}

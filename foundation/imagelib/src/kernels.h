@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+// The inner loops of compositing, once in plain C++ and once for AVX2. Both give the same bits.
+// Pixels have four premultiplied samples, alpha last.
+
+/// Pixels to sample from.
+struct SourcePixels {
+    const unsigned char* data;
+    int row_bytes;
+    int width;
+    int height;
+};
+
+/// A straight walk over the source: its first place, and the step to the next, in 1 / 2^32 of a
+/// pixel. Whole numbers are the centres of pixels for filtered sampling, else their edges.
+struct SourceWalk {
+    std::int64_t u;
+    std::int64_t v;
+    std::int64_t du;
+    std::int64_t dv;
+};
+
+/// The places of a level row's pixels in the source: from which column, and how far to the next.
+struct Columns {
+    const int* columns;
+    const std::uint32_t* fractions;
+};
+
+/// A sample halfway through its filter.
+template <class Sample> using Mixed = std::conditional_t<sizeof(Sample) == 1, std::uint16_t, float>;
+
+template <class Sample> struct Kernels {
+    /// All places of the walk lie inside the source.
+    void (*sample_nearest)(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
+
+    /// All places lie between the centres of the source's outermost pixels, so that each has four
+    /// neighbours.
+    void (*sample_bilinear)(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
+
+    /// Filtered sampling of a row that lies level in the source, in two steps: two rows of the
+    /// source at `down` of the way between them, false if all of it is transparent, and then of
+    /// that the pixels at the columns and to the right of them.
+    bool (*mix_rows)(Mixed<Sample>* out, const Sample* upper, const Sample* lower,
+                     std::uint32_t down, int pixels);
+    void (*mix_columns)(Sample* out, const Mixed<Sample>* mixed, const Columns& columns,
+                        int pixels);
+
+    /// The pixels of a row at the columns.
+    void (*pick)(Sample* out, const Sample* row, const Columns& columns, int pixels);
+
+    void (*over)(Sample* target, const Sample* source, int pixels);
+
+    /// The rounded mean of four rows of pixels.
+    void (*average)(Sample* out, const Sample* const rows[4], int pixels);
+
+    /// Halves two rows of pixels both ways, each output the mean of 2 by 2.
+    void (*halve)(Sample* out, const Sample* upper, const Sample* lower, int out_pixels);
+};
+
+template <class Sample> const Kernels<Sample>& inq_plain_kernels();
+
+/// Null if the processor hasn't got the instructions.
+template <class Sample> const Kernels<Sample>* inq_avx2_kernels();
+
+/// The fastest that the processor can run.
+template <class Sample> const Kernels<Sample>& inq_kernels();
+
+template <> const Kernels<std::uint8_t>& inq_plain_kernels();
+template <> const Kernels<std::uint16_t>& inq_plain_kernels();
+template <> const Kernels<std::uint8_t>* inq_avx2_kernels();
+template <> const Kernels<std::uint16_t>* inq_avx2_kernels();
+template <> const Kernels<std::uint8_t>& inq_kernels();
+template <> const Kernels<std::uint16_t>& inq_kernels();
+
+// One pixel of each loop: what a vector loop does with the pixels that are left over.
+namespace plain {
+
+constexpr int ONE_SHIFT = 32; // of a walk's places
+
+/// The filtered sample between four pixels, at `u` and `v` of the way to the right and downwards
+/// in 1 / 2^32.
+template <class Sample>
+void blend_four(Sample* out, const Sample* const pixels[4], std::uint32_t u, std::uint32_t v);
+
+template <class Sample> const Sample* pixel_at(const SourcePixels& source, int x, int y)
+{
+    return reinterpret_cast<const Sample*>(source.data +
+                                           static_cast<std::ptrdiff_t>(y) * source.row_bytes) +
+           static_cast<std::ptrdiff_t>(x) * 4;
+}
+
+template <class Sample>
+void sample_nearest(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
+template <class Sample>
+void sample_bilinear(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
+template <class Sample>
+bool mix_rows(Mixed<Sample>* out, const Sample* upper, const Sample* lower, std::uint32_t down,
+              int pixels);
+template <class Sample>
+void mix_columns(Sample* out, const Mixed<Sample>* mixed, const Columns& columns, int pixels);
+template <class Sample>
+void pick(Sample* out, const Sample* row, const Columns& columns, int pixels);
+template <class Sample> void over(Sample* target, const Sample* source, int pixels);
+template <class Sample> void average(Sample* out, const Sample* const rows[4], int pixels);
+template <class Sample>
+void halve(Sample* out, const Sample* upper, const Sample* lower, int out_pixels);
+
+} // namespace plain

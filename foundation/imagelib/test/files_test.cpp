@@ -1,0 +1,335 @@
+#include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/hdr/PixmapReader.h"
+#include "imagelib/test/PixmapGrid.h"
+#include "kivlib/hdr/ClassManager.h"
+#include "kivlib/hdr/KIVColour.h"
+#include "kivlib/hdr/PCharArray.h"
+#include "tests/support/TempFolder.h"
+
+#include <cstdio>
+#include <cstring>
+#include <gtest/gtest.h>
+// after <cstdio>, which it needs
+#include <jpeglib.h>
+#include <png.h>
+#include <sys/stat.h>
+#include <tiffio.h>
+
+namespace {
+using Rows = std::vector<std::vector<unsigned>>;
+using Pixmap = std::unique_ptr<KIVPixmap>;
+
+std::unique_ptr<KIVPixmapWriter> make_writer(const char* name, int variant)
+{
+    auto* record = ClassManager::inq_main()->find_cd_for(name);
+    return std::unique_ptr<KIVPixmapWriter>(
+        record ? static_cast<KIVPixmapWriterDescriptor*>(record)->new_writer(variant) : nullptr);
+}
+
+/// Null on an error, which says what the user is told.
+Pixmap read(const KIVString& file, int bits, KIVString* told = nullptr)
+{
+    KIVString error;
+    Pixmap pixmap(new_pixmap_from_file(file, bits, error));
+    EXPECT_EQ(pixmap == nullptr, !error.is_null());
+    if (told)
+        *told = error;
+    return pixmap;
+}
+
+std::string bytes(std::initializer_list<int> values)
+{
+    std::string text;
+    for (const int value : values)
+        text.push_back(static_cast<char>(value));
+    return text;
+}
+
+/// Two pixels by one of straight red at half alpha and opaque green, or of their like.
+const unsigned char STRAIGHT_PIXELS[] = {255, 0, 0, 128, 0, 255, 0, 255};
+
+void write_png(const KIVString& path, int width, int height, bool has_alpha,
+               const unsigned char* pixels)
+{
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = has_alpha ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
+    ASSERT_TRUE(png_image_write_to_file(&image, path.c_str(), 0, pixels, 0, nullptr));
+}
+
+void write_tiff(const KIVString& path, int extra, bool is_tiled)
+{
+    TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    ASSERT_TRUE(tiff);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 2);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 4);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 100.0);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 50.0);
+    const auto kind = static_cast<std::uint16_t>(extra);
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+    unsigned char block[16 * 16 * 4] = {};
+    std::memcpy(block, STRAIGHT_PIXELS, sizeof(STRAIGHT_PIXELS));
+    if (is_tiled) {
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+        TIFFWriteEncodedTile(tiff, 0, block, sizeof(block));
+    } else {
+        TIFFWriteEncodedStrip(tiff, 0, block, sizeof(STRAIGHT_PIXELS));
+    }
+    TIFFClose(tiff);
+}
+
+void write_jpeg(const KIVString& path, int width, int height, const unsigned char* pixels)
+{
+    jpeg_compress_struct state = {};
+    jpeg_error_mgr errors;
+    state.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&state);
+    FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_TRUE(file);
+    jpeg_stdio_dest(&state, file);
+    state.image_width = static_cast<JDIMENSION>(width);
+    state.image_height = static_cast<JDIMENSION>(height);
+    state.input_components = 3;
+    state.in_color_space = JCS_RGB;
+    jpeg_set_defaults(&state);
+    jpeg_set_quality(&state, 100, TRUE);
+    state.density_unit = 1;
+    state.X_density = 144;
+    state.Y_density = 72;
+    jpeg_start_compress(&state, TRUE);
+    while (state.next_scanline < state.image_height) {
+        auto* row = const_cast<unsigned char*>(pixels + state.next_scanline * 3 *
+                                                            static_cast<unsigned>(width));
+        jpeg_write_scanlines(&state, &row, 1);
+    }
+    jpeg_finish_compress(&state);
+    jpeg_destroy_compress(&state);
+    std::fclose(file);
+}
+
+/// Three by two on a screen of four by three, at (1, 1); colour 1 is transparent.
+std::string make_gif()
+{
+    return "GIF89a" + bytes({4, 0, 3, 0, 0x81, 0, 0}) +
+           bytes({10, 20, 30, 40, 50, 60, 70, 80, 90, 100, 110, 120}) +
+           bytes({0x21, 0xF9, 4, 1, 0, 0, 1, 0}) + bytes({0x2C, 1, 0, 1, 0, 3, 0, 2, 0, 0}) +
+           // codes of 3 bits: clear 0 1 clear 2 3 clear 0 0 end
+           bytes({2, 4, 0x44, 0xA8, 0x11, 0x28, 0, 0x3B});
+}
+
+std::string make_targa(int type, int depth, int descriptor, const std::string& pixels, int width,
+                       int height)
+{
+    return bytes({0, 0, type, 0, 0, 0, 0, 0, 0, 0, 0, 0, width, 0, height, 0, depth, descriptor}) +
+           pixels;
+}
+} // namespace
+
+TEST(PixmapReader, lists_what_it_reads)
+{
+    EXPECT_GE(inq_pixmap_readable_file_exts().size(), 8);
+}
+
+TEST(Alpha, is_straight_in_png)
+{
+    const TempFolder folder;
+    write_png(folder.path("a.tga"), 2, 1, true, STRAIGHT_PIXELS); // the name doesn't matter
+    for (const int bits : {8, 16}) {
+        const Pixmap pixmap = read(folder.path("a.tga"), bits);
+        ASSERT_TRUE(pixmap);
+        const unsigned unit = bits == 8 ? 1 : 0x101;
+        EXPECT_EQ(inq_plane(*pixmap, 0), (Rows{{128 * unit, 0}}));
+        EXPECT_EQ(inq_plane(*pixmap, 1), (Rows{{0, 255 * unit}}));
+        EXPECT_EQ(inq_plane(*pixmap, 3), (Rows{{128 * unit, 255 * unit}}));
+    }
+}
+
+TEST(Alpha, follows_the_extra_samples_of_tiff)
+{
+    const TempFolder folder;
+    for (const bool is_tiled : {false, true}) {
+        write_tiff(folder.path("straight.tif"), EXTRASAMPLE_UNASSALPHA, is_tiled);
+        write_tiff(folder.path("associated.tif"), EXTRASAMPLE_ASSOCALPHA, is_tiled);
+        EXPECT_EQ(inq_plane(*read(folder.path("straight.tif"), 8), 0), (Rows{{128, 0}}));
+        EXPECT_EQ(inq_plane(*read(folder.path("associated.tif"), 8), 0), (Rows{{255, 0}}));
+    }
+}
+
+TEST(Alpha, is_straight_in_targa_where_the_head_gives_it_bits)
+{
+    const TempFolder folder;
+    const std::string pixels = bytes({0, 0, 255, 128, 0, 255, 0, 255});
+    folder.write("with.tga", make_targa(2, 32, 0x28, pixels, 2, 1));
+    folder.write("without.tga", make_targa(2, 32, 0x20, pixels, 2, 1));
+    EXPECT_EQ(inq_plane(*read(folder.path("with.tga"), 8), 0), (Rows{{128, 0}}));
+    EXPECT_EQ(inq_plane(*read(folder.path("without.tga"), 8), 0), (Rows{{255, 0}}));
+    EXPECT_EQ(inq_plane(*read(folder.path("without.tga"), 8), 3), (Rows{{255, 255}}));
+}
+
+TEST(Alpha, keeps_a_soft_edge_through_every_writer)
+{
+    struct Case {
+        const char* writer;
+        int variant;
+        PixType type;
+        const char* extension;
+        unsigned tolerance; // straight colours at low alpha lose a little
+    };
+    const Case cases[] = {
+        {"TiffWriter", 1, PT_RGBA_8, ".tif", 0},  {"TiffWriter", 0, PT_RGBA_8, ".tif", 0},
+        {"TiffWriter", 1, PT_RGBA_16, ".tif", 0}, {"TiffWriter", 0, PT_RGB_16, ".tif", 0},
+        {"TiffWriter", 1, PT_RGB_8, ".tif", 0},   {"TargaWriter", 0, PT_RGBA_8, ".tga", 1},
+        {"TargaWriter", 0, PT_RGB_8, ".tga", 0}};
+    for (const Case& c : cases) {
+        const TempFolder folder;
+        const auto patch = make_soft_patch(90, 130, c.type); // more rows than a strip has
+        patch->set_dpi(120.0, 1.5);
+        const auto writer = make_writer(c.writer, c.variant);
+        ASSERT_TRUE(writer);
+        EXPECT_TRUE(writer->write_pixmap(folder.path("0001"), patch.get()));
+        const std::string name = std::string("0001") + c.extension;
+        ASSERT_TRUE(folder.has(name));
+        const Pixmap back = read(folder.path(name), patch->inq_bits_per_sample());
+        ASSERT_TRUE(back);
+        const bool is_tiff = c.writer == std::string("TiffWriter");
+        EXPECT_FLOAT_EQ(static_cast<float>(back->inq_x_dpi()), is_tiff ? 120.0F : 0.0F);
+        EXPECT_FLOAT_EQ(static_cast<float>(back->inq_y_dpi()), is_tiff ? 180.0F : 0.0F);
+        ASSERT_TRUE(back->convert(patch->inq_samples_per_pixel(), patch->inq_bits_per_sample()));
+        EXPECT_LE(inq_difference(*back, *patch), c.tolerance) << c.writer << c.type;
+    }
+}
+
+TEST(KIVPixmapWriter, leaves_nothing_half_written)
+{
+    const TempFolder folder;
+    const auto patch = make_soft_patch(9, 9, PT_RGBA_16);
+    const auto writer = make_writer("TargaWriter", 0);
+    EXPECT_FALSE(writer->write_pixmap(folder.path("none/0001"), patch.get()));
+    EXPECT_EQ(writer->inq_error(), KIVPixmapWriter::WRITE_CANNOT_OPEN);
+    ::mkdir(folder.path("0002.tga").c_str(), 0777); // in the way
+    EXPECT_FALSE(writer->write_pixmap(folder.path("0002"), patch.get()));
+    EXPECT_EQ(writer->inq_error(), KIVPixmapWriter::WRITE_CANNOT_RENAME);
+    KIVPixmap none(0, 0, PT_RGB_8, nullptr, false);
+    EXPECT_FALSE(writer->write_pixmap(folder.path("0003"), &none));
+    EXPECT_FALSE(writer->write_pixmap(folder.path("0003"), nullptr));
+    EXPECT_TRUE(writer->write_pixmap(folder.path("0004.image"), patch.get()));
+    EXPECT_EQ(writer->inq_error(), 0);
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path("").str()))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"0002.tga", "0004.image"}));
+}
+
+TEST(PixmapReader, reads_gif_at_its_place_on_the_screen)
+{
+    const TempFolder folder;
+    folder.write("a.gif", make_gif());
+    KIVString told;
+    const Pixmap pixmap = read(folder.path("a.gif"), 8, &told);
+    ASSERT_TRUE(pixmap) << told.str();
+    EXPECT_EQ(inq_plane(*pixmap, 0), (Rows{{0, 0, 0, 0}, {0, 10, 0, 70}, {0, 100, 10, 10}}));
+    EXPECT_EQ(inq_plane(*pixmap, 3), (Rows{{0, 0, 0, 0}, {0, 255, 0, 255}, {0, 255, 255, 255}}));
+}
+
+TEST(PixmapReader, reads_jpeg_with_its_resolution)
+{
+    const TempFolder folder;
+    const std::vector<unsigned char> grey(16 * 8 * 3, 100);
+    write_jpeg(folder.path("a.jpg"), 16, 8, grey.data());
+    const Pixmap pixmap = read(folder.path("a.jpg"), 16);
+    ASSERT_TRUE(pixmap);
+    EXPECT_EQ(inq_sample(*pixmap, 7, 7, 1), 100U * 0x101);
+    EXPECT_EQ(pixmap->inq_x_dpi(), 144.0);
+    EXPECT_EQ(pixmap->inq_y_dpi(), 72.0);
+}
+
+TEST(PixmapReader, reads_targa_from_any_corner_and_compressed)
+{
+    const TempFolder folder;
+    const std::string two_rows = bytes({1, 2, 3, 4});
+    folder.write("up.tga", make_targa(3, 8, 0, two_rows, 2, 2));
+    EXPECT_EQ(inq_plane(*read(folder.path("up.tga"), 8), 0), (Rows{{3, 4}, {1, 2}}));
+    folder.write("right.tga", make_targa(3, 8, 0x30, two_rows, 2, 2));
+    EXPECT_EQ(inq_plane(*read(folder.path("right.tga"), 8), 2), (Rows{{2, 1}, {4, 3}}));
+    folder.write("runs.tga", make_targa(11, 8, 0x20, bytes({0x82, 7, 0x02, 1, 2, 3}), 3, 2));
+    EXPECT_EQ(inq_plane(*read(folder.path("runs.tga"), 8), 1), (Rows{{7, 7, 7}, {1, 2, 3}}));
+    folder.write("map.tga", bytes({0, 1, 1, 0, 0, 2, 0, 24, 0, 0, 0, 0, 2, 0, 1, 0, 8, 0x20}) +
+                                bytes({1, 2, 3, 4, 5, 6, 1, 0}));
+    EXPECT_EQ(inq_plane(*read(folder.path("map.tga"), 8), 0), (Rows{{6, 3}}));
+}
+
+TEST(PixmapReader, reads_the_portable_formats)
+{
+    const TempFolder folder;
+    const std::pair<std::string, Rows> cases[] = {
+        {"P1 # bits\n3 2\n101\n0 1 0\n", {{0, 255, 0}, {255, 0, 255}}},
+        {"P2\n2 1\n# levels\n10\n0 5\n", {{0, 128}}},
+        {"P3 1 2 255 1 2 3 4 5 6 ", {{1}, {4}}},
+        {"P4 3 2\n" + bytes({0xA0, 0x40}), {{0, 255, 0}, {255, 0, 255}}},
+        {"P5 2 1 255\n" + bytes({9, 8}), {{9, 8}}},
+        {"P6 1 1 65535\n" + bytes({0x80, 0x80, 0, 0, 0, 0}), {{0x80}}}};
+    for (const auto& [text, expected] : cases) {
+        folder.write("a.pnm", text);
+        const Pixmap pixmap = read(folder.path("a.pnm"), 8);
+        ASSERT_TRUE(pixmap) << text;
+        EXPECT_EQ(inq_plane(*pixmap, 0), expected) << text;
+    }
+}
+
+TEST(PixmapReader, tells_what_is_wrong_with_a_file)
+{
+    const TempFolder folder;
+    KIVString told;
+    EXPECT_FALSE(read(folder.path("none.png"), 8, &told));
+    EXPECT_TRUE(told ==
+                "Can't read image " + folder.path("none.png") + ": No such file or directory");
+    EXPECT_FALSE(read(folder.path(""), 8, &told));
+    folder.write("empty", "");
+    EXPECT_FALSE(read(folder.path("empty"), 8, &told));
+    EXPECT_TRUE(told.contains("no known image format"));
+    folder.write("huge.pgm", "P5 30000 30000 255\n1");
+    EXPECT_FALSE(read(folder.path("huge.pgm"), 8, &told));
+    EXPECT_TRUE(told.contains("doesn't fit the file"));
+}
+
+/// Every prefix of a file, and every file with one byte changed, gives a picture or an error.
+TEST(PixmapReader, survives_damaged_files)
+{
+    const TempFolder folder;
+    const auto patch = make_soft_patch(24, 17, PT_RGBA_8);
+    const auto opaque = make_soft_patch(24, 17, PT_RGB_8);
+    std::vector<unsigned char> pixels;
+    for (int y = 0; y < 17; ++y)
+        pixels.insert(pixels.end(), opaque->inq_row(y), opaque->inq_row(y) + 72);
+    write_png(folder.path("a.png"), 24, 17, false, pixels.data());
+    write_jpeg(folder.path("a.jpg"), 24, 17, pixels.data());
+    make_writer("TiffWriter", 1)->write_pixmap(folder.path("a.tif"), patch.get());
+    make_writer("TargaWriter", 0)->write_pixmap(folder.path("a.tga"), patch.get());
+    folder.write("a.gif", make_gif());
+    folder.write("a.pnm", "P3 2 2 100 1 2 3 4 5 6 7 8 9 10 11 12 ");
+    folder.write("b.tga", make_targa(11, 8, 0x20, bytes({0x82, 7, 0x02, 1, 2, 3}), 3, 2));
+    for (const char* name : {"a.png", "a.jpg", "a.tif", "a.tga", "b.tga", "a.gif", "a.pnm"}) {
+        const std::string whole = folder.read(name);
+        const std::size_t step = 1 + whole.size() / 150;
+        ASSERT_TRUE(read(folder.path(name), 8)) << name;
+        int refused = 0;
+        for (std::size_t i = 0; i < whole.size(); i += step) {
+            folder.write("cut", whole.substr(0, i));
+            refused += read(folder.path("cut"), 8) == nullptr ? 1 : 0;
+            std::string changed = whole;
+            changed[i] = static_cast<char>(changed[i] ^ (i % 2 ? 0xFF : 0x11));
+            folder.write("changed", changed);
+            read(folder.path("changed"), 16);
+        }
+        EXPECT_GT(refused, static_cast<int>(whole.size() / step) / 2) << name;
+    }
+}

@@ -1,0 +1,69 @@
+#include "scene/hdr/TransitionalAssets.h"
+
+#include "kivlib/hdr/KIVFileReference.h"
+#include "kivlib/hdr/KIVFileUtilities.h"
+#include "kivlib/hdr/file_operations.h"
+#include "scene/hdr/KIVAssetManager.h"
+#include "xsheet/store_control/hdr/StoreFile.h"
+
+namespace {
+constexpr char KVD[] = "kvd";
+constexpr char OLD_FILE[] = "Assets";
+constexpr std::array<const char*, ASSET_KIND_COUNT> KIND_NAMES = {"Images", "Levels", "Sounds",
+                                                                  "Models"};
+
+void import_references(KIVAssetManager& manager, const KIVFile& folder)
+{
+    for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind)
+        for (KIVFileReferenceListIter i(folder.inq_reference_list_value(KIND_NAMES[kind])); i.ok();
+             i.advance())
+            if (i.inq_tag() >= 0)
+                manager.import_asset(i.inq_target(), kind, static_cast<unsigned long>(i.inq_tag()));
+}
+
+std::unique_ptr<KIVAssetManager> load_record(XSheetStoreController& store)
+{
+    auto manager = std::make_unique<KIVAssetManager>();
+    const LoadFile file(store, KVD);
+    if (!file.inq_stream())
+        return manager;
+    KIVFile folder(*store.inq_root_folder());
+    folder.extract_kvd(*file.inq_stream());
+    import_references(*manager, folder);
+    return manager;
+}
+
+KIVFileReferenceList list_references(const KIVAssetManager& manager, const KIVFile& folder,
+                                     unsigned int kind)
+{
+    KIVFileReferenceList list;
+    for (const unsigned long tag : manager.inq_tags(kind)) {
+        const std::unique_ptr<KIVFile> file(manager.export_asset(kind, tag));
+        list.add(KIVFileReference(folder, *file, KIND_NAMES[kind]), static_cast<int>(tag));
+    }
+    return list;
+}
+} // namespace
+
+gsl::owner<KIVAssetManager*> TransitionalAssets::load_asset_manager(XSheetStoreController* store)
+{
+    const KIVString record = KIVFileUtilities::local_get_subfile(*store->inq_root_folder(), KVD);
+    if (inq_file_exists(record))
+        return load_record(*store).release();
+    std::unique_ptr<KIVAssetManager> manager = LoadFile(*store, OLD_FILE).read<KIVAssetManager>();
+    return manager ? manager.release() : new KIVAssetManager;
+}
+
+void TransitionalAssets::save_asset_manager(KIVAssetManager* manager, XSheetStoreController* store)
+{
+    KIVFile folder(*store->inq_root_folder());
+    for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind) {
+        const KIVFileReferenceList list = list_references(*manager, folder, kind);
+        folder.set_reference_list_value(KIND_NAMES[kind], &list);
+    }
+    gsl::owner<KIVOStream*> stream = store->open_save_file(KVD);
+    if (!stream)
+        return;
+    folder.insert_kvd(*stream);
+    store->close_stream(stream);
+}

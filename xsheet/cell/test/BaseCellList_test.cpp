@@ -1,0 +1,125 @@
+#include "tests/support/OldRecord.h"
+#include "xsheet/cell/hdr/BaseCellIterator.h"
+#include "xsheet/cell/hdr/BaseCellList.h"
+#include "xsheet/cell/hdr/ColumnHeaderCell.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+void fill(BaseCellList& list, const std::vector<int>& numbers)
+{
+    for (const int number : numbers)
+        list.add_cell(new BaseCell(number, 0));
+}
+
+std::string order_of(const BaseCellList& list)
+{
+    std::string order;
+    for (const BaseCell* cell = list.inq_first_cell(); cell; cell = cell->inq_next())
+        order += std::to_string(cell->inq_number()) + "/" + std::to_string(cell->inq_label()) + " ";
+    return order;
+}
+
+int number_of(const BaseCell* cell)
+{
+    return cell ? cell->inq_number() : -1;
+}
+} // namespace
+
+TEST(BaseCellList, keeps_its_cells_in_order_and_a_late_equal_behind)
+{
+    BaseCellList list;
+    auto* late = new BaseCell(5, 2);
+    list.add_cell(new BaseCell(5, 1));
+    list.add_cell(new BaseCell(9, 4));
+    list.add_cell(new BaseCell(2, 3));
+    list.find_cell(5);
+    list.add_cell(late);
+    EXPECT_EQ(order_of(list), "2/3 5/1 5/2 9/4 ");
+    list.add_cell_at(new BaseCell(0, 7), 5);
+    EXPECT_EQ(order_of(list), "2/3 5/1 5/2 5/7 9/4 ");
+    EXPECT_EQ(list.inq_key_order(late), 3);
+
+    const std::unique_ptr<BaseCell> removed(list.remove_cell(late));
+    EXPECT_EQ(removed->inq_next(), nullptr);
+    EXPECT_EQ(removed->inq_prev(), nullptr);
+    EXPECT_EQ(order_of(list), "2/3 5/1 5/7 9/4 ");
+    EXPECT_EQ(list.inq_key_order(late), -1);
+    EXPECT_EQ(list.remove_cell(late), late); // it was not there
+    for (const BaseCell* cell = list.inq_last_cell(); cell->inq_prev(); cell = cell->inq_prev())
+        EXPECT_EQ(cell->inq_prev()->inq_next(), cell);
+}
+
+TEST(BaseCellList, finds_the_cell_at_or_before_from_wherever_it_searched_last)
+{
+    BaseCellList list;
+    EXPECT_EQ(list.find_cell_at_or_before(1), nullptr);
+    std::vector<int> numbers;
+    for (int i = 10; i <= 1000; i += 10)
+        numbers.push_back(i);
+    fill(list, numbers);
+
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> any(-20, 1040);
+    for (int i = 0; i < 3000; ++i) {
+        const int n = any(random);
+        const int expected = n < 10 ? -1 : std::min(n / 10 * 10, 1000);
+        ASSERT_EQ(number_of(list.find_cell_at_or_before(n)), expected) << n;
+        const int m = any(random);
+        const int before = m <= 10 ? -1 : std::min((m - 1) / 10 * 10, 1000);
+        ASSERT_EQ(number_of(list.find_cell_before(m)), before) << m;
+    }
+    EXPECT_EQ(list.find_cell(15), nullptr);
+    EXPECT_EQ(number_of(list.find_cell(20)), 20);
+}
+
+TEST(BaseCellList, stays_whole_when_its_cells_are_renumbered_out_of_order)
+{
+    BaseCellList list;
+    fill(list, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    BaseCell* fifth = list.find_cell(5);
+    fifth->set_number(50);
+    EXPECT_EQ(list.inq_key_order(fifth), 5);
+    const std::unique_ptr<BaseCell> removed(list.remove_cell(fifth));
+    EXPECT_EQ(list.count(), 8);
+    EXPECT_EQ(number_of(list.find_cell(4)->inq_next()), 6);
+}
+
+TEST(BaseCellIterator, walks_between_two_cells_both_ways_and_again)
+{
+    BaseCellList list;
+    fill(list, {1, 2, 3, 4});
+    BaseCellIterator all(list);
+    for (const int expected : {1, 2, 3, 4, -1, -1})
+        EXPECT_EQ(number_of(all++), expected);
+    all.reset();
+    EXPECT_EQ(number_of(++all), 1);
+    BaseCellIterator middle(list.find_cell(2), list.find_cell(3));
+    for (const int expected : {3, 2, -1})
+        EXPECT_EQ(number_of(middle--), expected);
+    BaseCellIterator rest(list.find_cell(3), list);
+    for (const int expected : {3, 4, -1})
+        EXPECT_EQ(number_of(rest++), expected);
+    const BaseCellList empty;
+    EXPECT_EQ(BaseCellIterator(empty)++, nullptr);
+}
+
+TEST(BaseCellList, comes_back_with_the_classes_of_its_cells)
+{
+    BaseCellList list;
+    list.add_cell(new ColumnHeaderCell(-1, 3));
+    list.add_cell(new BaseCell(0, 4));
+    const auto back = stored_and_read(list);
+    ASSERT_EQ(order_of(*back), "-1/3 0/4 ");
+    EXPECT_STREQ(back->inq_first_cell()->class_name(), "ColumnHeaderCell");
+
+    OldRecord twice("BaseCellList", 1);
+    twice << 2;
+    twice.nested("BaseCell", 1, [](OldRecord& r) {
+        r << 1L << 5 << 0;
+        r.insert_with_class_hdr(nullptr);
+    });
+    twice.put_seen(1);
+    EXPECT_EQ(twice.read<BaseCellList>(), nullptr);
+}

@@ -1,0 +1,158 @@
+#include "kivlib/hdr/KIVDefaults.h"
+#include "tests/support/OldRecord.h"
+#include "xsheet/colour/hdr/ColourKeyCell.h"
+#include "xsheet/colour/hdr/ColourSubColumn.h"
+#include "xsheet/node/hdr/ColourSubColPrefs.h"
+
+namespace {
+const KIVColour RED(1.0, 0.0, 0.0);
+const KIVColour BLUE(0.0, 0.0, 1.0);
+
+/// From red on frame 1 to blue on frame 3.
+struct RedToBlue {
+    explicit RedToBlue(int mode)
+    {
+        column.set_colour_interp_mode(mode);
+        key_at(1, RED);
+        key_at(3, BLUE);
+    }
+
+    void key_at(int frame, const KIVColour& colour)
+    {
+        static_cast<ColourCellData*>(column.make_key(frame)->inq_data())->set_colour(colour);
+    }
+
+    ColourSubColumn column;
+};
+
+void expect_colour(const KIVColour& colour, double red, double green, double blue)
+{
+    EXPECT_NEAR(colour.inq_red(), red, 1e-6);
+    EXPECT_NEAR(colour.inq_green(), green, 1e-6);
+    EXPECT_NEAR(colour.inq_blue(), blue, 1e-6);
+}
+
+int mode_at_setting(int setting)
+{
+    KIVDefaults::set_default("ColorInterpolationSpace", setting);
+    const ColourSubColumn column;
+    KIVDefaults::clear_default("ColorInterpolationSpace");
+    return column.inq_colour_interp_mode();
+}
+
+void tell_vector(CharOStream& out, int size)
+{
+    out << size;
+    for (int i = 0; i < size; ++i)
+        out << 0.5;
+}
+
+/// A column without keys as a release of `version`, 82 or newer, wrote it.
+void tell_column(OldRecord& out, int version)
+{
+    out << 0 << 0;
+    out.insert_with_class_hdr(nullptr);
+    out << 1L << 1L << 0;
+    tell_vector(out, 3);
+    tell_vector(out, 3);
+    out << 3 << 2 << 1;
+    if (version <= 126) {
+        out << 0;
+        out.insert_with_class_hdr(nullptr);
+    }
+    if (version >= 108)
+        tell_vector(out, 3);
+    if (version >= 110)
+        out.insert_with_class_hdr(nullptr);
+    if (version >= 110 && version <= 116) {
+        out << 0;
+        out.insert_with_class_hdr(nullptr);
+    }
+    out << 7;
+}
+} // namespace
+
+TEST(ColourSubColumn, blends_in_the_colour_space_of_its_mode)
+{
+    expect_colour(RedToBlue(ColourSubColumn::RGB_INTERP).column.inq_colour(2), 0.5, 0.0, 0.5);
+    expect_colour(RedToBlue(ColourSubColumn::HSV_INTERP).column.inq_colour(2), 1.0, 0.0, 1.0);
+    expect_colour(RedToBlue(ColourSubColumn::CMY_INTERP).column.inq_colour(2), 0.5, 0.0, 0.5);
+
+    for (const int mode : {int{ColourSubColumn::CMY_INTERP}, 9}) {
+        RedToBlue to_black(mode);
+        to_black.key_at(5, KIVColour(0.0));
+        expect_colour(to_black.column.inq_colour(4), 0.0, 0.0, 0.5);
+    }
+}
+
+TEST(ColourSubColumn, makes_its_inbetweens_anew_in_another_mode)
+{
+    RedToBlue colours(ColourSubColumn::RGB_INTERP);
+    expect_colour(colours.column.inq_colour(2), 0.5, 0.0, 0.5);
+    colours.column.set_colour_interp_mode(ColourSubColumn::HSV_INTERP);
+    expect_colour(colours.column.inq_colour(2), 1.0, 0.0, 1.0);
+}
+
+TEST(ColourSubColumn, is_grey_without_keys_and_keeps_its_limits)
+{
+    ColourSubColumn column;
+    EXPECT_EQ(column.inq_colour(1), KIVColour(0.5));
+    auto* data = static_cast<ColourCellData*>(column.make_key(1)->inq_data());
+    EXPECT_EQ(data->inq_colour(), KIVColour(0.5));
+    data->set_colour(KIVColour(300.0, -1.0, 2.0));
+    EXPECT_EQ(data->inq_colour(), KIVColour(255.0, 0.0, 2.0));
+}
+
+TEST(ColourSubColumn, takes_its_mode_from_the_settings)
+{
+    EXPECT_EQ(ColourSubColumn().inq_colour_interp_mode(), 2);
+    EXPECT_EQ(mode_at_setting(1), 1);
+    EXPECT_EQ(mode_at_setting(3), 3);
+    EXPECT_EQ(mode_at_setting(0), 2);
+    EXPECT_EQ(mode_at_setting(4), 2);
+}
+
+TEST(ColourSubColumn, describes_its_colour_in_its_space)
+{
+    RedToBlue colours(ColourSubColumn::RGB_INTERP);
+    EXPECT_EQ(colours.column.inq_summary(), "...R255/G0/B0");
+    colours.column.set_colour_interp_mode(ColourSubColumn::HSV_INTERP);
+    EXPECT_EQ(colours.column.inq_summary(), "...H0/S100/V100");
+    colours.column.set_colour_interp_mode(ColourSubColumn::CMY_INTERP);
+    EXPECT_EQ(colours.column.inq_summary(), "...C0/M100/Y100");
+    colours.column.set_colour_interp_mode(0);
+    EXPECT_EQ(colours.column.inq_summary(), "...");
+}
+
+TEST(ColourSubColumn, comes_back_and_gives_its_mode_to_another)
+{
+    const RedToBlue colours(ColourSubColumn::CMY_INTERP);
+    const auto read = stored_and_read(colours.column);
+    ASSERT_TRUE(read);
+    EXPECT_FALSE(read->load_finished_with_abort());
+    EXPECT_EQ(read->inq_order(), 3);
+    EXPECT_EQ(read->inq_colour_interp_mode(), ColourSubColumn::CMY_INTERP);
+    EXPECT_EQ(read->inq_colour(3), BLUE);
+    expect_colour(read->inq_colour(2), 0.5, 0.0, 0.5);
+
+    const std::unique_ptr<SubColPrefs> prefs(read->create_preferences_object());
+    ColourSubColumn other;
+    other.apply_preferences_object(nullptr);
+    other.apply_preferences_object(prefs.get());
+    EXPECT_EQ(other.inq_colour_interp_mode(), ColourSubColumn::CMY_INTERP);
+}
+
+TEST(ColourSubColumn, reads_old_forms)
+{
+    for (const int version : {107, 108, 121, 122, 127}) {
+        OldRecord record("ColourSubColumn", version);
+        tell_column(record, version);
+        if (version >= 108)
+            record << KIVString("film.icm");
+        const auto column = record.read<ColourSubColumn>();
+        ASSERT_TRUE(column) << version;
+        EXPECT_EQ(column->inq_order(), version < 122 ? 1 : 3) << version;
+        EXPECT_EQ(column->inq_colour_interp_mode(), 7);
+        EXPECT_EQ(column->inq_profile(), version < 108 ? "" : "film.icm") << version;
+    }
+}

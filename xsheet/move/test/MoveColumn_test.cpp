@@ -1,0 +1,126 @@
+#include "tests/support/OldRecord.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/move/hdr/MoveColumn.h"
+#include "xsheet/move/hdr/PathSubColumn.h"
+#include "xsheet/node/hdr/MoveSubColPrefs.h"
+#include "xsheet/numeric/hdr/NumericTSubColumn.h"
+#include "xsheet/numeric/hdr/NumericXYSubColumn.h"
+#include "xsheet/numeric/test/numeric_keys.h"
+
+namespace {
+class PrimedMove : public MoveColumn {
+public:
+    PrimedMove() { init_after_construction(); }
+    using MoveColumn::prime_column;
+
+    NumericSubColumn* member(int index)
+    {
+        return static_cast<NumericSubColumn*>(inq_sub_column_list()->at_index(index));
+    }
+};
+} // namespace
+
+TEST(MoveColumn, starts_with_x_and_y)
+{
+    PrimedMove move;
+    ASSERT_EQ(move.inq_sub_column_list()->count(), 2);
+    EXPECT_EQ(*move.member(0)->inq_header_text(), "E/W");
+    EXPECT_EQ(*move.member(1)->inq_header_text(), "N/S");
+    EXPECT_EQ(move.inq_mode(), MoveColumn::XYCOL_MODE);
+    EXPECT_EQ(move.inq_translation(1), Vector2());
+    key_at(*move.member(0), 1, {10.0});
+    key_at(*move.member(0), 3, {20.0});
+    key_at(*move.member(1), 1, {-4.0});
+    EXPECT_EQ(move.inq_translation(2), Vector2(15.0, -4.0));
+    EXPECT_EQ(move.inq_path_column(), nullptr);
+    EXPECT_FALSE(move.can_remove());
+}
+
+TEST(MoveColumn, changes_its_members_with_its_mode)
+{
+    PrimedMove move;
+    key_at(*move.member(0), 1, {10.0});
+    move.prime_column(MoveColumn::XYCOL_MODE);
+    EXPECT_EQ(move.inq_translation(1), Vector2(10.0, 0.0)) << "the same mode changes nothing";
+
+    move.prime_column(MoveColumn::TCOL_MODE);
+    ASSERT_EQ(move.inq_sub_column_list()->count(), 1);
+    EXPECT_EQ(*move.member(0)->inq_header_text(), "E/W - N/S");
+    EXPECT_EQ(move.inq_translation(1), Vector2());
+    key_at(*move.member(0), 1, {1.0, 2.0});
+    EXPECT_EQ(move.inq_translation(1), Vector2(1.0, 2.0));
+
+    move.prime_column(MoveColumn::PATH_MODE);
+    EXPECT_EQ(*move.member(0)->inq_header_text(), "PATH");
+    EXPECT_EQ(move.inq_path_column(), move.member(0));
+    move.prime_column(9);
+    EXPECT_EQ(move.inq_mode(), 9);
+    EXPECT_EQ(move.inq_sub_column_list()->count(), 0);
+}
+
+TEST(MoveColumn, is_nowhere_without_the_member_of_its_mode)
+{
+    PrimedMove move;
+    key_at(*move.member(0), 1, {10.0});
+    for (const int mode : {0, 1, 7}) {
+        move.really_set_mode(mode);
+        EXPECT_EQ(move.inq_translation(1), Vector2()) << mode;
+    }
+}
+
+TEST(MoveColumn, takes_over_the_columns_of_an_old_node)
+{
+    PrimedMove two;
+    auto* x = new NumericXSubColumn;
+    auto* y = new NumericYSubColumn;
+    key_at(*x, 1, {3.0});
+    key_at(*y, 1, {4.0});
+    two.convert_old_file(x, y);
+    EXPECT_EQ(two.inq_translation(1), Vector2(3.0, 4.0));
+    EXPECT_EQ(two.member(1), y);
+
+    PrimedMove one;
+    auto* t = new NumericTSubColumn;
+    key_at(*t, 1, {5.0, 6.0});
+    one.convert_old_file(t, nullptr);
+    EXPECT_EQ(one.inq_mode(), MoveColumn::TCOL_MODE);
+    EXPECT_EQ(one.inq_translation(1), Vector2(5.0, 6.0));
+
+    PrimedMove path;
+    path.convert_old_file(new PathSubColumn, nullptr);
+    EXPECT_EQ(path.inq_mode(), MoveColumn::PATH_MODE);
+    EXPECT_TRUE(path.inq_path_column());
+}
+
+TEST(MoveColumn, comes_back_in_each_mode)
+{
+    for (const int mode : {MoveColumn::PATH_MODE, MoveColumn::TCOL_MODE, MoveColumn::XYCOL_MODE}) {
+        XSheet sheet(nullptr);
+        auto* move = new PrimedMove;
+        sheet.add_sub_column(move, nullptr);
+        move->prime_column(mode);
+        if (mode != MoveColumn::PATH_MODE)
+            key_at(*move->member(0), 1, {1.0, 2.0});
+        const auto read = stored_and_read(sheet);
+        ASSERT_TRUE(read) << mode;
+        EXPECT_FALSE(read->load_finished_with_abort(nullptr));
+        auto* back = static_cast<MoveColumn*>(read->find_sub_column(1));
+        EXPECT_EQ(back->inq_type(), 20);
+        EXPECT_EQ(back->inq_mode(), mode);
+        EXPECT_EQ(back->inq_translation(1), move->inq_translation(1));
+        EXPECT_EQ(back->inq_path_column() != nullptr, mode == MoveColumn::PATH_MODE);
+    }
+}
+
+TEST(MoveColumn, gives_its_mode_and_units_to_another_by_preferences)
+{
+    PrimedMove source;
+    source.prime_column(MoveColumn::TCOL_MODE);
+    source.member(0)->set_precision(5);
+    const std::unique_ptr<SubColPrefs> prefs(source.create_preferences_object());
+    const auto read = stored_and_read(static_cast<MoveSubColPrefs&>(*prefs));
+    PrimedMove move;
+    move.apply_preferences_object(read.get());
+    EXPECT_EQ(move.inq_mode(), MoveColumn::TCOL_MODE);
+    EXPECT_EQ(move.member(0)->inq_precision(), 5);
+}

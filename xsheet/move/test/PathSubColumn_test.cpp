@@ -1,0 +1,129 @@
+#include "curveslib/hdr/SquidgeSet.h"
+#include "tests/support/OldRecord.h"
+#include "xsheet/move/hdr/PathKeyCell.h"
+#include "xsheet/move/hdr/PathNumericColumnPolicy.h"
+#include "xsheet/move/hdr/PathSubColumn.h"
+#include "xsheet/numeric/test/numeric_keys.h"
+
+#include <cmath>
+
+namespace {
+/// A path column whose curve is a square of a side of 100, with a bead for each key.
+struct Path {
+    explicit Path(bool closed)
+    {
+        auto* set = new SquidgeSet;
+        square = set->add_squidge(new Squidge(closed));
+        for (const Vector2& corner :
+             {Vector2(0, 0), Vector2(100, 0), Vector2(100, 100), Vector2(0, 100)})
+            square->add_knot(corner, Vector2(), Vector2());
+        for (unsigned long label = 1; label <= 4; ++label)
+            square->add_bead({square->inq_knots()[label - 1].get(), 0.0}, label);
+        other = set->add_squidge(new Squidge(false));
+        other->add_knot({500.0, 500.0}, Vector2(), Vector2());
+        other->add_bead({other->inq_first_knot(), 0.0}, 5);
+        column.inq_path_policy()->set_squidges(set);
+    }
+
+    PathKeyCell* key_on_bead(int frame, unsigned long label)
+    {
+        auto* key = static_cast<PathKeyCell*>(column.create_new_key());
+        key->set_data(key->create_data());
+        key->set_bead_label(label);
+        column.insert_key(key, frame);
+        key->key_changed();
+        column.inq_path_policy()->added_key(key);
+        return key;
+    }
+
+    PathSubColumn column;
+    Squidge* square;
+    Squidge* other;
+};
+
+void expect_at(PathSubColumn& column, int frame, double x, double y)
+{
+    EXPECT_NEAR(column.inq_element(0, frame), x, 1e-6) << frame;
+    EXPECT_NEAR(column.inq_element(1, frame), y, 1e-6) << frame;
+}
+} // namespace
+
+TEST(PathSubColumn, walks_along_an_open_curve_both_ways)
+{
+    Path path(false);
+    path.key_on_bead(1, 1);
+    path.key_on_bead(5, 3);
+    path.key_on_bead(9, 1);
+    expect_at(path.column, 1, 0.0, 0.0);
+    expect_at(path.column, 2, 50.0, 0.0);
+    expect_at(path.column, 4, 100.0, 50.0);
+    expect_at(path.column, 7, 100.0, 0.0);
+    EXPECT_NEAR(path.column.inq_distance_along_path(4), 150.0, 1e-6);
+}
+
+TEST(PathSubColumn, goes_the_short_way_round_a_closed_curve)
+{
+    Path path(true);
+    path.key_on_bead(1, 1);
+    PathKeyCell* last = path.key_on_bead(3, 4);
+    expect_at(path.column, 2, 0.0, 50.0);
+    EXPECT_NEAR(last->inq_distance_along_path(), 100.0, 1e-6);
+    EXPECT_NEAR(last->inq_path_length(), 400.0, 1e-6);
+}
+
+TEST(PathSubColumn, holds_where_there_is_no_road)
+{
+    Path path(false);
+    PathKeyCell* first = path.key_on_bead(1, 2);
+    path.key_on_bead(5, 5);
+    EXPECT_TRUE(first->diff_path_as_next_key());
+    expect_at(path.column, 4, 100.0, 0.0);
+    expect_at(path.column, 5, 500.0, 500.0);
+
+    PathKeyCell* lost = path.key_on_bead(9, 99);
+    expect_at(path.column, 9, 0.0, 0.0);
+    expect_at(path.column, 8, 500.0, 500.0);
+    EXPECT_EQ(lost->inq_distance_along_path(), 0.0);
+}
+
+TEST(PathSubColumn, moves_a_bead_with_its_key)
+{
+    Path path(false);
+    PathKeyCell* key = path.key_on_bead(1, 1);
+    key->set_distance_along_path(230.0);
+    expect_at(path.column, 1, 70.0, 100.0);
+    EXPECT_NEAR(key->inq_distance_along_path(), 230.0, 1e-6);
+    double min = 0.0;
+    double max = 0.0;
+    path.column.calc_min_and_max_values(&min, &max);
+    EXPECT_NEAR(min, 230.0, 1e-6);
+    EXPECT_NEAR(max, 300.0, 1e-6);
+}
+
+TEST(PathSubColumn, leaves_its_keys_to_its_curve)
+{
+    Path path(false);
+    PathKeyCell* key = path.key_on_bead(1, 1);
+    EXPECT_FALSE(path.column.can_make_key(2));
+    EXPECT_FALSE(path.column.can_remove_key(key));
+    EXPECT_FALSE(path.column.can_insert_key_type(key));
+    EXPECT_TRUE(path.column.is_path_column(0));
+    path.column.inq_path_policy()->removed_key(key);
+    EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(1), nullptr);
+}
+
+TEST(PathSubColumn, copies_and_comes_back_with_its_curves)
+{
+    Path path(true);
+    path.key_on_bead(1, 1);
+    path.key_on_bead(3, 4);
+    const auto read = stored_and_read(path.column);
+    ASSERT_TRUE(read);
+    EXPECT_FALSE(read->load_finished_with_abort());
+    const std::unique_ptr<SubColumn> copy(read->duplicate());
+    for (PathSubColumn* column : {read.get(), static_cast<PathSubColumn*>(copy.get())}) {
+        expect_at(*column, 2, 0.0, 50.0);
+        EXPECT_EQ(column->inq_path_policy()->get_key_with_label(4), column->inq_last_key());
+        EXPECT_EQ(column->inq_path_policy()->inq_sub_column(), column);
+    }
+}

@@ -1,0 +1,268 @@
+#include "xsheet/ratio/hdr/RatioKeyCellData.h"
+
+#include "kivlib/hdr/Record.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/numeric/hdr/NumericCellData.h"
+#include "xsheet/numeric/hdr/NumericInbetweenCell.h"
+#include "xsheet/numeric/hdr/NumericKeyCell.h"
+#include "xsheet/numeric/hdr/NumericSubColumn.h"
+#include "xsheet/ratio/hdr/RatioSubColumnWatcher.h"
+
+KIV_STORED_CLASS(RatioKeyCellData, 128);
+
+namespace {
+constexpr FormatVersions HAS_UNIT_TYPE = since(128);
+constexpr unsigned long RATIO_TYPES[] = {3, 11, 12, 13, 20, 21, 22};
+
+bool are_equal(const Vector& a, const Vector& b)
+{
+    return std::ranges::equal(a.inq_elements(), b.inq_elements());
+}
+
+Vector inq_value_of(NumericKeyCell* key, int order)
+{
+    const CellData* data = key->inq_data();
+    return data ? static_cast<const BaseNumericCellData*>(data)->inq_value() : Vector(order);
+}
+} // namespace
+
+bool inq_valid_for_ratioing(unsigned long type)
+{
+    return std::ranges::find(RATIO_TYPES, type) != std::end(RATIO_TYPES);
+}
+
+RatioKeyCellData::RatioKeyCellData(NumericKeyCell* key)
+    : ratio_value(key->inq_order(), 1.0), lock_value(inq_value_of(key, key->inq_order())),
+      keycell(key), order(key->inq_order()), lock_frame(key->inq_number())
+{
+    if (const NumericSubColumn* sub_column = key->inq_numeric_sub_column())
+        unit_type = sub_column->inq_unit_type();
+}
+
+RatioKeyCellData::RatioKeyCellData(const RatioKeyCellData& other, NumericKeyCell* key)
+    : KIVObject(other), ratio_value(other.ratio_value), lock_value(other.lock_value), keycell(key),
+      order(other.order), lock_frame(other.lock_frame), source_column(other.source_column),
+      unit_type(other.unit_type)
+{}
+
+RatioKeyCellData::RatioKeyCellData(KIVIStream& stream) : KIVObject(stream)
+{
+    RecordReader reader(stream);
+    record(reader);
+    order = ratio_value.size();
+}
+
+RatioKeyCellData::~RatioKeyCellData() = default;
+
+template <class Record> void RatioKeyCellData::record(Record& r)
+{
+    r.embedded(ratio_value);
+    r.embedded(lock_value);
+    r.back_link(keycell);
+    r.value(lock_frame);
+    r.far_link(source_column);
+    r.value(unit_type, HAS_UNIT_TYPE, KIV_UNIT_FIELDS);
+}
+
+void RatioKeyCellData::storer(KIVOStream& stream)
+{
+    Base::storer(stream);
+    RecordWriter writer(stream);
+    record(writer);
+}
+
+void RatioKeyCellData::load_finished()
+{
+    setup_watcher();
+}
+
+gsl::owner<RatioKeyCellData*> RatioKeyCellData::duplicate(NumericKeyCell* key) const
+{
+    return new RatioKeyCellData(*this, key);
+}
+
+NumericSubColumn* RatioKeyCellData::inq_own_column() const
+{
+    return keycell ? keycell->inq_numeric_sub_column() : nullptr;
+}
+
+void RatioKeyCellData::set_ratio_value(const Vector& value)
+{
+    const bool is_same = are_equal(ratio_value, value);
+    ratio_value = value;
+    if (!is_same)
+        update_keycell();
+}
+
+void RatioKeyCellData::set_lock_value(const Vector& value)
+{
+    const bool is_same = are_equal(lock_value, value);
+    lock_value = value;
+    if (!is_same)
+        update_keycell();
+}
+
+void RatioKeyCellData::set_lock_frame(int frame)
+{
+    const NumericSubColumn* own = inq_own_column();
+    const int end = own ? own->inq_scene_length() : frame;
+    lock_frame = std::max(std::min(frame, end), 1);
+}
+
+void RatioKeyCellData::reset_lock_frame(int frame)
+{
+    const int old_frame = lock_frame;
+    set_lock_frame(frame);
+    NumericSubColumn* own = inq_own_column();
+    if (frame != old_frame && own)
+        set_lock_value(own->inq_value(frame));
+}
+
+void RatioKeyCellData::set_source_column(NumericSubColumn* source)
+{
+    source_column = source;
+    setup_watcher();
+}
+
+// A watcher belongs to the column that it was made for, so each source gets a new one.
+void RatioKeyCellData::setup_watcher()
+{
+    watcher.reset();
+    if (!source_column)
+        return;
+    watcher = std::make_unique<KeyCellRatioSubColumnWatcher>(source_column, this);
+    source_column->add_watcher(watcher.get());
+}
+
+void RatioKeyCellData::watcher_deleted()
+{
+    static_cast<void>(watcher.release());
+}
+
+void RatioKeyCellData::column_values_changed_in_range(int first, int last)
+{
+    if (is_updating)
+        return; // two columns follow each other
+    is_updating = true;
+    update_keycell();
+    if (NumericSubColumn* own = inq_own_column())
+        own->tell_watchers_frame_range_changed(first, last);
+    is_updating = false;
+}
+
+double RatioKeyCellData::inq_source(int i, int frame) const
+{
+    if (is_evaluating)
+        return 0.0; // two columns follow each other
+    is_evaluating = true;
+    const double value = source_column->inq_element(i, frame);
+    is_evaluating = false;
+    return value;
+}
+
+double RatioKeyCellData::inq_key_offset(int i) const
+{
+    return lock_value.elem(i) - ratio_value.elem(i) * inq_source(i, lock_frame);
+}
+
+NumericKeyCell* RatioKeyCellData::inq_next_key() const
+{
+    return static_cast<NumericKeyCell*>(keycell->inq_next_key());
+}
+
+RatioKeyCellData::Span RatioKeyCellData::inq_case() const
+{
+    const NumericKeyCell* next = inq_next_key();
+    if (!next || keycell->inq_mode() == IM_HOLD)
+        return Span::HOLDS_OWN;
+    const RatioKeyCellData* next_data = next->inq_ratio_data();
+    return next_data && next_data->source_column ? Span::BLENDS_TO_RATIO : Span::BLENDS_TO_VALUE;
+}
+
+double RatioKeyCellData::inq_ratio_at_inbetween(int i, NumericInbetweenCell* cell) const
+{
+    if (!source_column)
+        return 0.0;
+    const double own = ratio_value.elem(i);
+    if (inq_case() != Span::BLENDS_TO_RATIO)
+        return own;
+    const double f = cell->inq_ifactor();
+    return (1.0 - f) * own + f * inq_next_key()->inq_ratio_data()->ratio_value.elem(i);
+}
+
+double RatioKeyCellData::inq_offset_at_inbetween(int i, NumericInbetweenCell* cell) const
+{
+    if (!source_column)
+        return 0.0;
+    const double own = inq_key_offset(i);
+    const Span span = inq_case();
+    if (span == Span::HOLDS_OWN)
+        return own;
+    NumericKeyCell* next = inq_next_key();
+    const double target = span == Span::BLENDS_TO_RATIO
+                              ? next->inq_ratio_data()->inq_key_offset(i)
+                              : next->inq_own_element(i) - inq_source(i, next->inq_number());
+    const double f = cell->inq_ifactor();
+    return (1.0 - f) * own + f * target;
+}
+
+double RatioKeyCellData::calc_element(int i, NumericInbetweenCell* cell) const
+{
+    if (!source_column) {
+        const NumericSubColumn* own = inq_own_column();
+        return own ? own->inq_blank_value(i) : 0.0;
+    }
+    return inq_source(i, cell->inq_frame_number()) * inq_ratio_at_inbetween(i, cell) +
+           inq_offset_at_inbetween(i, cell);
+}
+
+template <class Calc> Vector RatioKeyCellData::collect(Calc calc) const
+{
+    Vector elements(order);
+    for (int i = 0; i < order; ++i)
+        elements.elem(i) = calc(i);
+    return elements;
+}
+
+Vector RatioKeyCellData::inq_value(NumericInbetweenCell* cell) const
+{
+    return collect([&](int i) { return calc_element(i, cell); });
+}
+
+Vector RatioKeyCellData::inq_ratio(NumericInbetweenCell* cell) const
+{
+    return collect([&](int i) { return inq_ratio_at_inbetween(i, cell); });
+}
+
+Vector RatioKeyCellData::inq_lock_val(NumericInbetweenCell* cell) const
+{
+    return collect([&](int i) { return inq_offset_at_inbetween(i, cell); });
+}
+
+void RatioKeyCellData::update_keycell()
+{
+    auto* data = static_cast<BaseNumericCellData*>(keycell->inq_data());
+    const NumericSubColumn* own = inq_own_column();
+    if (!data || !own)
+        return;
+    for (int i = 0; i < order; ++i)
+        data->set_element(i, source_column
+                                 ? inq_source(i, keycell->inq_number()) * ratio_value.elem(i) +
+                                       inq_key_offset(i)
+                                 : own->inq_blank_value(i));
+}
+
+gsl::owner<KIVLinkedList*> RatioKeyCellData::inq_sub_column_list() const
+{
+    auto sources = std::make_unique<KIVLinkedList>();
+    NumericSubColumn* own = inq_own_column();
+    XSheet* sheet = own ? own->inq_xsheet() : nullptr;
+    if (!sheet)
+        return sources.release();
+    for (const unsigned long type : RATIO_TYPES) {
+        const std::unique_ptr<KIVLinkedList> of_type(sheet->inq_deep_sub_column_list(type));
+        for (SubColumn* column : of_type->of<SubColumn>())
+            sources->add(column);
+    }
+    return sources.release();
+}

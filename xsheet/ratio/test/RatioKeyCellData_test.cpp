@@ -1,0 +1,225 @@
+#include "tests/support/OldRecord.h"
+#include "xsheet/column/hdr/SubColumnWatcher.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/numeric/hdr/AngleSubColumn.h"
+#include "xsheet/numeric/test/numeric_keys.h"
+#include "xsheet/ratio/hdr/RatioColumnData.h"
+#include "xsheet/ratio/hdr/RatioKeyCellData.h"
+
+#include <cmath>
+
+namespace {
+/// A sheet with a column to follow, from 0 on frame 1 to 100 on frame 101, and one that follows.
+struct Followed {
+    Followed()
+    {
+        sheet.set_length(200);
+        sheet.add_sub_column(column, nullptr);
+        column->add_sub_column(source, nullptr);
+        column->add_sub_column(follower, nullptr);
+        key_at(*source, 1, {0.0});
+        key_at(*source, 101, {100.0});
+    }
+
+    /// A key that follows at `ratio`, with `value` on its own frame.
+    NumericKeyCell* follow(int frame, double ratio, double value)
+    {
+        NumericKeyCell* key = key_at(*follower, frame, {value});
+        key->set_is_ratioed(true);
+        key->inq_ratio_data()->set_source_column(source);
+        key->inq_ratio_data()->set_ratio_value(Vector(1, ratio));
+        return key;
+    }
+
+    XSheet sheet{nullptr};
+    Column* column = new Column;
+    NumericSubColumn* source = new NumericSubColumn(1);
+    NumericSubColumn* follower = new NumericSubColumn(1);
+};
+} // namespace
+
+TEST(RatioKeyCellData, follows_its_source_frame_by_frame_to_the_end_of_the_scene)
+{
+    Followed f;
+    NumericKeyCell* key = f.follow(11, 0.5, 20.0);
+    EXPECT_EQ(f.follower->inq_element(0, 11), 20.0) << "the lock value";
+    EXPECT_EQ(f.follower->inq_element(0, 51), 40.0) << "a last key too";
+    EXPECT_EQ(f.follower->inq_element(0, 200), 65.0) << "the source holds";
+    key->set_mode(IM_STOP);
+    EXPECT_EQ(f.follower->inq_element(0, 51), 0.0);
+}
+
+TEST(RatioKeyCellData, runs_to_the_next_key_whatever_that_follows)
+{
+    Followed f;
+    f.follow(11, 1.0, 10.0);
+    NumericKeyCell* next = key_at(*f.follower, 21, {40.0});
+    next->set_is_ratioed(false);
+    f.follower->clear_all_inbetweens();
+    EXPECT_EQ(f.follower->inq_element(0, 16), 25.0) << "from an offset of 0 to one of 20";
+
+    next->set_is_ratioed(true);
+    next->inq_ratio_data()->set_source_column(f.source);
+    next->inq_ratio_data()->set_ratio_value(Vector(1, 3.0));
+    f.follower->clear_all_inbetweens();
+    EXPECT_EQ(f.follower->inq_element(0, 21), 40.0);
+    EXPECT_EQ(f.follower->inq_element(0, 16), 15.0 * 2.0 - 10.0);
+}
+
+TEST(RatioKeyCellData, carries_a_change_of_the_source_on)
+{
+    Followed f;
+    NumericKeyCell* key = f.follow(51, 2.0, 7.0);
+    SubColumnWatcher watcher(f.follower, 5, nullptr);
+    f.follower->add_watcher(&watcher);
+    key->inq_ratio_data()->set_lock_frame(1);
+    key->inq_ratio_data()->update_keycell();
+    EXPECT_EQ(f.follower->inq_element(0, 51), 107.0);
+    EXPECT_EQ(f.follower->inq_element(0, 76), 157.0);
+    watcher.clear_all_frames();
+    data_of(f.source->inq_last_key())->set_element(0, 200.0);
+    EXPECT_EQ(f.follower->inq_element(0, 51), 207.0);
+    EXPECT_EQ(f.follower->inq_element(0, 76), 307.0);
+    EXPECT_TRUE(watcher.inq_frame_changed(76));
+    f.follower->remove_watcher(&watcher);
+}
+
+TEST(RatioKeyCellData, locks_within_the_scene)
+{
+    Followed f;
+    RatioKeyCellData* data = f.follow(11, 1.0, 10.0)->inq_ratio_data();
+    data->set_lock_frame(0);
+    EXPECT_EQ(data->inq_lock_frame(), 1);
+    data->set_lock_frame(900);
+    EXPECT_EQ(data->inq_lock_frame(), 200);
+    data->set_lock_frame(11);
+    EXPECT_EQ(f.follower->inq_element(0, 31), 30.0);
+    data->reset_lock_frame(31);
+    EXPECT_EQ(data->inq_lock_value().elem(0), 30.0);
+    EXPECT_EQ(f.follower->inq_element(0, 31), 30.0);
+}
+
+TEST(RatioKeyCellData, lets_a_key_dropped_between_follow_on)
+{
+    Followed f;
+    f.follow(11, 0.5, 20.0);
+    auto* dropped = static_cast<NumericKeyCell*>(f.follower->make_key(51));
+    ASSERT_TRUE(dropped->inq_is_ratioed());
+    EXPECT_EQ(dropped->inq_ratio_data()->inq_lock_frame(), 51);
+    EXPECT_EQ(dropped->inq_ratio_data()->inq_lock_value().elem(0), 40.0);
+    EXPECT_EQ(f.follower->inq_element(0, 51), 40.0);
+    EXPECT_EQ(f.follower->inq_element(0, 91), 60.0);
+}
+
+TEST(RatioKeyCellData, knows_who_follows_whom)
+{
+    Followed f;
+    auto* third = new AngleSubColumn;
+    f.column->add_sub_column(third, nullptr);
+    NumericKeyCell* key = f.follow(1, 1.0, 0.0);
+    NumericKeyCell* on_third = key_at(*third, 1, {0.0});
+    on_third->set_is_ratioed(true);
+    on_third->inq_ratio_data()->set_source_column(f.follower);
+    EXPECT_TRUE(third->inq_is_ratio_looped(f.source));
+    EXPECT_FALSE(f.source->inq_is_ratio_looped(third));
+    EXPECT_FALSE(third->inq_is_ratio_looped(nullptr));
+    const std::unique_ptr<KIVLinkedList> keys(f.source->inq_keys_ratioed_to_this());
+    EXPECT_EQ(keys->count(), 1);
+    EXPECT_TRUE(keys->find(key));
+    const std::unique_ptr<KIVLinkedList> sources(key->inq_ratio_data()->inq_sub_column_list());
+    EXPECT_EQ(sources->count(), 3);
+    EXPECT_EQ(sources->at_index(2), third) << "types in their order";
+}
+
+TEST(RatioKeyCellData, stands_two_columns_that_follow_each_other)
+{
+    Followed f;
+    f.follow(1, 1.0, 0.0);
+    auto* back = static_cast<NumericKeyCell*>(f.source->inq_first_key());
+    back->set_is_ratioed(true);
+    back->inq_ratio_data()->set_source_column(f.follower);
+    data_of(back)->set_element(0, 5.0);
+    EXPECT_EQ(f.follower->inq_element(0, 1), 0.0) << "locked there";
+    EXPECT_TRUE(std::isfinite(f.follower->inq_element(0, 50)));
+}
+
+TEST(RatioKeyCellData, outlives_its_source)
+{
+    NumericSubColumn follower(1);
+    NumericKeyCell* key = key_at(follower, 1, {3.0});
+    {
+        NumericSubColumn source(1);
+        key->set_is_ratioed(true);
+        key->inq_ratio_data()->set_source_column(&source);
+    }
+    EXPECT_EQ(key->inq_ratio_data()->inq_source_column(), nullptr);
+    EXPECT_EQ(follower.inq_element(0, 2), 0.0) << "blank";
+}
+
+TEST(RatioKeyCellData, copies_and_comes_back_with_its_link)
+{
+    Followed f;
+    f.follow(11, 0.5, 20.0);
+    const std::unique_ptr<SubColumn> copy(f.follower->duplicate());
+    data_of(f.source->inq_last_key())->set_element(0, 200.0);
+    EXPECT_EQ(static_cast<NumericSubColumn&>(*copy).inq_element(0, 61),
+              f.follower->inq_element(0, 61));
+
+    const auto sheet = stored_and_read(f.sheet);
+    ASSERT_TRUE(sheet);
+    EXPECT_FALSE(sheet->load_finished_with_abort(nullptr));
+    auto* column = static_cast<Column*>(sheet->find_sub_column(1));
+    auto* source = static_cast<NumericSubColumn*>(column->find_sub_column(1));
+    auto* follower = static_cast<NumericSubColumn*>(column->find_sub_column(2));
+    EXPECT_EQ(follower->inq_element(0, 61), f.follower->inq_element(0, 61));
+    data_of(source->inq_last_key())->set_element(0, 100.0);
+    EXPECT_EQ(follower->inq_element(0, 61), 45.0) << "it watches again";
+}
+
+TEST(RatioKeyCellData, reads_old_forms)
+{
+    for (const int version : {127, 128}) {
+        OldRecord record("RatioKeyCellData", version);
+        record << 2 << 1.5 << 2.5 << 2 << 3.0 << 4.0;
+        record.insert_with_class_hdr(nullptr);
+        record << 8;
+        record.insert_with_class_hdr(nullptr);
+        if (version == 128)
+            record << static_cast<int>(KIV_UNIT_PIXELS);
+        const auto data = record.read<RatioKeyCellData>();
+        ASSERT_TRUE(data) << version;
+        EXPECT_EQ(data->inq_order(), 2);
+        EXPECT_EQ(data->inq_lock_frame(), 8);
+        EXPECT_EQ(data->inq_unit_type(), version == 128 ? KIV_UNIT_PIXELS : KIV_UNIT_FIELDS);
+    }
+}
+
+TEST(RatioColumnData, finds_the_source_of_an_old_file_by_its_labels)
+{
+    Followed f;
+    OldRecord record("RatioColumnData", 118);
+    record << 3.0 << 2.0 << 1L << 1L;
+    record.insert_with_class_hdr(nullptr);
+    const auto data = record.read<RatioColumnData>();
+    ASSERT_TRUE(data);
+    data->set_sub_column(f.follower);
+    data->load_finished();
+    EXPECT_EQ(data->inq_other_sub_column(), f.source);
+    EXPECT_EQ(data->calc_element(0, 51), 103.0);
+    SubColumnWatcher watcher(f.follower, 9, nullptr);
+    f.follower->add_watcher(&watcher);
+    data->set_add_constant(4.0);
+    EXPECT_TRUE(watcher.inq_frame_changed(200));
+    watcher.clear_all_frames();
+    data_of(f.source->inq_first_key())->set_element(0, 1.0);
+    EXPECT_TRUE(watcher.inq_frame_changed(50));
+    f.follower->remove_watcher(&watcher);
+}
+
+TEST(RatioTypes, are_those_of_plain_numbers_and_moves)
+{
+    for (const unsigned long type : {3UL, 11UL, 12UL, 13UL, 20UL, 21UL, 22UL})
+        EXPECT_TRUE(inq_valid_for_ratioing(type)) << type;
+    for (const unsigned long type : {1UL, 4UL, 6UL, 7UL, 8UL, 9UL})
+        EXPECT_FALSE(inq_valid_for_ratioing(type)) << type;
+}

@@ -1,0 +1,182 @@
+#include "kivlib/hdr/BaseFileFinder.h"
+#include "kivlib/hdr/KIVStringList.h"
+#include "scene/hdr/KIVAssetManager.h"
+#include "scene/hdr/KIVScene.h"
+#include "scene/hdr/RasterAsset.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
+#include "tests/support/OwnSettings.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/sequence/hdr/RasterSeqCellData.h"
+#include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
+
+namespace {
+RasterSeqCellData& data_of(BaseCell* cell)
+{
+    return *static_cast<RasterSeqCellData*>(cell->inq_data());
+}
+
+/// A scene with one column of images.
+struct ImageScene {
+    ImageScene() : scene(KIVScene::inq_unsetup_scene()), images(new RasterSeqSubColumn)
+    {
+        auto* column = new Column;
+        scene->inq_xsheet()->add_column(column, nullptr);
+        images->init_after_construction();
+        column->add_sub_column(images, nullptr);
+    }
+
+    KeyCell* show(const char* path, int frame)
+    {
+        KeyCell* key = images->make_key(frame);
+        data_of(key).set_file_name(path);
+        return key;
+    }
+    KIVAssetManager& assets() { return *scene->inq_asset_manager(); }
+
+    OwnSettings settings;
+    std::unique_ptr<KIVScene> scene;
+    RasterSeqSubColumn* images;
+};
+
+/// A key of this scene with data as an old release stored it.
+RasterSeqCellData& put_old_key(ImageScene& in, int version, int asset_id, const char* path)
+{
+    OldRecord old("RasterSeqCellData", version);
+    old.insert_with_class_hdr(nullptr);
+    old.insert_with_class_hdr(nullptr);
+    if (version >= 118)
+        old << 0;
+    old << asset_id;
+    KIVString name(path);
+    if (version >= 97)
+        old.insert_with_class_hdr(path ? &name : nullptr);
+    KeyCell* key = in.images->make_key(1);
+    key->set_data(old.read<RasterSeqCellData>().release());
+    return data_of(key);
+}
+} // namespace
+
+TEST(RasterSeqSubColumn, makes_an_asset_for_each_new_file_and_shows_its_name)
+{
+    ImageScene film;
+    const RasterSeqCellData& first = data_of(film.show("/art/first.tif", 1));
+    const RasterSeqCellData& second = data_of(film.show("/art/second.tif", 9));
+    EXPECT_EQ(film.assets().lookup_asset(0, RASTER_ASSET), first.inq_asset());
+    EXPECT_EQ(film.assets().lookup_asset(1, RASTER_ASSET), second.inq_asset());
+    EXPECT_EQ(*first.inq_file_name(), "/art/first.tif");
+    EXPECT_EQ(*first.inq_string(), "first");
+    EXPECT_EQ(film.images->inq_cell(8)->inq_data(), &first);
+
+    KIVStringList files;
+    film.scene->inq_xsheet()->get_dependencies(files, true);
+    ASSERT_EQ(files.count(), 2);
+    EXPECT_EQ(files.at_index(1), "/art/second.tif");
+
+    film.images->make_key(4); // holds the first image too
+    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
+    KeyCell* third = film.show("/art/third.tif", 20);
+    data_of(third).set_asset(first.inq_asset());
+    EXPECT_EQ(*data_of(third).inq_file_name(), "/art/first.tif");
+    film.assets().mark_all_unused();
+    film.scene->inq_xsheet()->mark_used_assets();
+    EXPECT_EQ(film.assets().remove_unused_assets(), 1);
+    EXPECT_EQ(film.assets().inq_tags(RASTER_ASSET), (std::vector<unsigned long>{0, 1}));
+}
+
+TEST(RasterSeqSubColumn, does_not_blend_images)
+{
+    ImageScene film;
+    const KeyCell* key = film.show("a.tif", 1);
+    EXPECT_FALSE(key->can_set_mode(IM_INBETWEEN));
+    EXPECT_TRUE(key->can_set_mode(IM_HOLD));
+    EXPECT_TRUE(key->can_set_mode(IM_STOP));
+}
+
+TEST(RasterSeqSubColumn, binds_a_key_from_another_scene_to_its_own_assets)
+{
+    ImageScene here;
+    ImageScene there;
+    here.show("/art/other.tif", 1);
+    KeyCell* key = there.show("/art/walk.tif", 1);
+    KeyCell* pasted = static_cast<KeyCell*>(key->duplicate());
+    EXPECT_TRUE(here.images->can_insert_key_type(pasted));
+    here.images->insert_keys(5, &pasted, 1);
+    EXPECT_EQ(data_of(pasted).inq_asset(), here.assets().lookup_asset(1, RASTER_ASSET));
+    EXPECT_EQ(data_of(pasted).inq_asset()->inq_local_path(), "/art/walk.tif");
+
+    KeyCell* again = static_cast<KeyCell*>(pasted->duplicate());
+    here.images->insert_keys(9, &again, 1);
+    EXPECT_EQ(data_of(again).inq_asset(), data_of(pasted).inq_asset());
+
+    auto* copy = here.images->duplicate();
+    here.images->inq_column()->add_sub_column(copy, nullptr);
+    EXPECT_EQ(data_of(copy->inq_last_key()).inq_asset()->inq_tag(), 4U); // one for each of 3 keys
+}
+
+TEST(RasterSeqCellData, finds_the_file_of_an_old_key_by_its_asset)
+{
+    ImageScene film;
+    film.assets().create_and_add_asset("/art/a.tif", RASTER_ASSET);
+    RasterSeqCellData& data = put_old_key(film, 96, 0, nullptr);
+    EXPECT_EQ(data.inq_file_name(), nullptr);
+    const Captured captured;
+    EXPECT_FALSE(data.load_finished_with_abort());
+    EXPECT_EQ(*data.inq_file_name(), "/art/a.tif");
+    EXPECT_EQ(captured.inq_output(), "MISSING IMAGE FILE : /art/a.tif\n");
+}
+
+TEST(RasterSeqCellData, follows_an_asset_that_has_changed)
+{
+    ImageScene film;
+    BaseSceneAsset* asset = film.assets().create_and_add_asset("/art/a.tif", RASTER_ASSET);
+    asset->set_has_changed(true);
+    const Captured captured;
+    RasterSeqCellData& data = put_old_key(film, 117, 0, "/art/old place.tif");
+    data.load_finished_with_abort();
+    EXPECT_EQ(*data.inq_file_name(), "/art/a.tif");
+    EXPECT_FALSE(asset->inq_has_changed());
+}
+
+TEST(RasterSeqCellData, makes_an_asset_where_the_file_is_all_it_has)
+{
+    const Captured captured;
+    ImageScene film;
+    for (const int lost_id : {-1, 7}) {
+        RasterSeqCellData& data = put_old_key(film, 118, lost_id, "/art/b.tif");
+        data.load_finished_with_abort();
+        ASSERT_NE(data.inq_asset(), nullptr);
+        EXPECT_EQ(data.inq_asset()->inq_local_path(), "/art/b.tif");
+    }
+    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
+}
+
+TEST(RasterSeqCellData, stays_without_an_asset_where_nothing_is_known)
+{
+    const Captured captured;
+    ImageScene film;
+    for (const int lost_id : {-1, 7}) {
+        RasterSeqCellData& data = put_old_key(film, 118, lost_id, nullptr);
+        EXPECT_FALSE(data.load_finished_with_abort());
+        EXPECT_EQ(data.inq_asset(), nullptr);
+    }
+    film.images->mark_used_assets();
+    EXPECT_EQ(captured.inq_output() + captured.inq_errors(), "");
+}
+
+TEST(RasterSeqSubColumn, comes_back_with_the_assets_of_its_scene)
+{
+    const Captured captured;
+    ImageScene film;
+    film.show("/art/a.tif", 1);
+    film.show("/art/b.tif", 3);
+    const auto sheet = stored_and_read(*film.scene->inq_xsheet());
+    EXPECT_FALSE(sheet->load_finished_with_abort(film.scene.get()));
+    const std::unique_ptr<KIVLinkedList> columns(
+        sheet->inq_deep_sub_column_list(RasterSeqSubColumn::TYPE));
+    ASSERT_EQ(columns->count(), 1);
+    const auto* images = static_cast<SubColumn*>(columns->at_index(0));
+    EXPECT_EQ(data_of(images->inq_last_key()).inq_asset(),
+              film.assets().lookup_asset(1, RASTER_ASSET));
+    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
+}

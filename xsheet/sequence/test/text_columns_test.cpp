@@ -1,0 +1,163 @@
+#include "coversheet/lib/hdr/CoverSheet.h"
+#include "scene/hdr/KIVScene.h"
+#include "tests/support/OldRecord.h"
+#include "tests/support/OwnSettings.h"
+#include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/column/hdr/XSheetFinderFlags.h"
+#include "xsheet/sequence/hdr/FrameNumberColumn.h"
+#include "xsheet/sequence/hdr/FrameNumberSubColumn.h"
+#include "xsheet/sequence/hdr/NotesSubColumn.h"
+#include "xsheet/sequence/hdr/ScribbleLine.h"
+
+namespace {
+/// A scene with a column of frame numbers.
+struct NumberedScene {
+    NumberedScene() : scene(KIVScene::inq_unsetup_scene())
+    {
+        auto* column = new FrameNumberColumn;
+        column->init_after_construction();
+        scene->inq_xsheet()->add_column(column, nullptr);
+        numbers = static_cast<FrameNumberSubColumn*>(column->inq_sub_column_list()->at_index(0));
+    }
+
+    std::string text(int frame)
+    {
+        return numbers->inq_cell(frame)->inq_data()->inq_string()->str();
+    }
+
+    OwnSettings settings;
+    std::unique_ptr<KIVScene> scene;
+    FrameNumberSubColumn* numbers;
+};
+} // namespace
+
+TEST(FrameNumberSubColumn, has_a_key_on_each_frame_of_the_sheet)
+{
+    NumberedScene film;
+    film.scene->inq_xsheet()->set_length(30);
+    EXPECT_EQ(film.numbers->inq_key_cell_list()->count(), 30);
+    film.scene->inq_xsheet()->set_length(40);
+    EXPECT_EQ(film.numbers->inq_key_cell_list()->count(), 40);
+    EXPECT_EQ(film.text(31), "31");
+    film.scene->inq_xsheet()->set_length(1);
+    EXPECT_EQ(film.numbers->inq_last_key_position(), 1);
+    EXPECT_FALSE(film.numbers->can_set_length(0));
+    EXPECT_FALSE(film.numbers->can_remove_key(film.numbers->inq_first_key()));
+}
+
+TEST(FrameNumberSubColumn, prints_each_format)
+{
+    NumberedScene film;
+    film.scene->inq_xsheet()->set_length(1500);
+    struct Expected {
+        int format;
+        const char *at_15, *at_16, *at_17, *at_1500;
+    };
+    for (const Expected& e : {Expected{1, "15", "16", "17", "1500"},
+                              {2, "- 15", "- 16", "- 17", "- 1500"},
+                              {3, "' 15", "' 16", "' 17", "' 1500"},
+                              {4, "15", "16", "1", "12"},
+                              {5, "0: 0.15", "0: 0.16", "0: 0.17", "1: 2.12"},
+                              {6, "", "", "", ""}}) {
+        film.numbers->set_format(static_cast<FrameNumberFormat>(e.format));
+        EXPECT_EQ(film.text(15), e.at_15);
+        EXPECT_EQ(film.text(16), e.at_16);
+        EXPECT_EQ(film.text(17), e.at_17);
+        EXPECT_EQ(film.text(1500), e.at_1500);
+    }
+}
+
+TEST(FrameNumberSubColumn, prints_new_frames_as_the_trim_has_them)
+{
+    NumberedScene film;
+    film.scene->inq_cover_sheet()->set_start_trim_frames(10);
+    EXPECT_EQ(film.text(11), "1");
+    film.scene->inq_xsheet()->set_length(102);
+    EXPECT_EQ(film.text(102), "92");
+}
+
+TEST(FrameNumberSubColumn, counts_for_nothing_in_ranges_and_searches)
+{
+    NumberedScene film;
+    int low = 50, high = 40;
+    film.numbers->inq_key_range(&low, &high);
+    EXPECT_EQ(low, 50);
+    EXPECT_EQ(high, 40);
+    EXPECT_TRUE(film.numbers->is_frame_the_same(1, 2));
+    EXPECT_EQ(film.numbers->find("7", 1, XSheetFinderFlags::FlagForwards), 0);
+}
+
+TEST(FrameNumberSubColumn, comes_back_with_its_format)
+{
+    NumberedScene film;
+    film.numbers->set_format(FRAME_NUMBER_FOOT);
+    const auto sheet = stored_and_read(*film.scene->inq_xsheet());
+    const std::unique_ptr<KIVLinkedList> found(
+        sheet->inq_deep_sub_column_list(FrameNumberSubColumn::TYPE));
+    auto* numbers = static_cast<FrameNumberSubColumn*>(found->at_index(0));
+    EXPECT_EQ(numbers->inq_format(), FRAME_NUMBER_FOOT);
+    EXPECT_EQ(*numbers->inq_cell(17)->inq_data()->inq_string(), "1");
+    const std::unique_ptr<SubColumn> copy(numbers->duplicate());
+    EXPECT_EQ(static_cast<FrameNumberSubColumn&>(*copy).inq_format(), FRAME_NUMBER_FOOT);
+}
+
+TEST(TextCellSubColumn, holds_its_texts)
+{
+    TextCellSubColumn texts;
+    texts.make_key(3)->inq_data()->set_string("hello");
+    EXPECT_TRUE(texts.can_insert_key_type(texts.inq_first_key()));
+    const auto read = stored_and_read(texts);
+    EXPECT_STREQ(read->inq_first_key()->class_name(), "TextKeyCell");
+    EXPECT_EQ(*read->inq_cell(4)->inq_data()->inq_string(), "hello");
+}
+
+TEST(NotesSubColumn, starts_each_note_as_an_empty_text_on_one_frame)
+{
+    NotesSubColumn notes;
+    notes.init_after_construction();
+    EXPECT_EQ(notes.inq_default_header_string(), "Notes");
+    KeyCell* first = notes.make_key(2);
+    first->inq_data()->set_string("slower");
+    const KeyCell* second = notes.make_key(3);
+    EXPECT_EQ(first->inq_mode(), IM_STOP);
+    EXPECT_EQ(second->inq_mode(), IM_STOP);
+    EXPECT_FALSE(second->can_set_mode(IM_HOLD));
+    EXPECT_EQ(*notes.inq_cell(3)->inq_data()->inq_string(), "");
+    EXPECT_EQ(notes.inq_cell(4), nullptr);
+}
+
+TEST(NotesSubColumn, keeps_and_copies_its_scribbles)
+{
+    NotesSubColumn notes;
+    auto* line = new ScribbleLine(KIVColour(0.5, 0.25, 0.0, 0.5));
+    line->add_point(Vector2(1.0, 5.0));
+    line->add_point(Vector2(-2.0, 7.0));
+    notes.add_scribble(line);
+    const std::unique_ptr<SubColumn> copy(notes.duplicate());
+    const auto read = stored_and_read(static_cast<NotesSubColumn&>(*copy));
+    ASSERT_EQ(read->inq_scribbles()->count(), 1);
+    const auto* back = static_cast<ScribbleLine*>(read->inq_scribbles()->at_index(0));
+    EXPECT_EQ(back->inq_bounds(), KIVRectangle(-2.0, 5.0, 1.0, 7.0));
+    EXPECT_EQ(back->inq_colour(), KIVColour(0.5, 0.25, 0.0, 1.0));
+}
+
+TEST(ScribbleLine, is_drawn_in_black_where_white_would_not_be_seen)
+{
+    ScribbleLine line(KIVColour(1.0, 1.0, 1.0, 0.2));
+    EXPECT_EQ(line.inq_colour(), KIVColour(0.0, 0.0, 0.0, 1.0));
+    line.set_colour(KIVColour(1.0, 1.0, 1.0, 0.2));
+    EXPECT_EQ(line.inq_colour(), KIVColour(1.0, 1.0, 1.0, 0.2));
+    EXPECT_EQ(line.inq_bounds(), KIVRectangle());
+}
+
+TEST(ScribbleLine, refuses_points_that_are_none)
+{
+    OldRecord old("ScribbleLine", 1);
+    KIVColour colour;
+    KIVString no_point("x");
+    KIVLinkedList points;
+    points.add(&no_point);
+    old.insert_without_class_hdr(&colour);
+    old.insert_with_class_hdr(&points);
+    EXPECT_EQ(old.read<ScribbleLine>(), nullptr);
+}
