@@ -453,6 +453,7 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
         CNode* next = add<SampleAnything>(*graph);
         if (i % CHAIN != 0)
             join(last, next);
+        last->add_to_group(next);
         last = next;
         if (i == CHAIN - 1)
             graph->set_root_node(next);
@@ -475,7 +476,12 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
     EXPECT_EQ(ordered->count(), CHAIN);
     const std::unique_ptr<KIVLinkedList> below(root->inq_descendents(true, true));
     EXPECT_EQ(below->count(), CHAIN - 1);
-    EXPECT_EQ(graph->inq_nodes_list()->count(), ALL);
+    ASSERT_EQ(graph->inq_nodes_list()->count(), ALL);
+    int groups = 0;
+    for (const CNode* node = *graph->inq_nodes_list()->of<CNode>().begin(); node->inq_group();
+         node = node->inq_group())
+        ++groups;
+    EXPECT_EQ(groups, ALL - 1);
 }
 
 TEST(CNodeGraph, reads_a_mesh_of_many_inputs_and_outputs)

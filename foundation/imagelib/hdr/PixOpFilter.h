@@ -24,3 +24,23 @@ private:
     int samples;
     int bits;
 };
+
+/// Weaves the second field of a frame into the first: rows 1, 3, 5 and so on come from it.
+class PixOpAddInterlace : public PixOpFilter {
+public:
+    /// The second field stays the caller's.
+    explicit PixOpAddInterlace(KIVPixmap* second_field) : second_field(second_field) {}
+
+    /// False, and no change, for a field of another size or layout.
+    bool transform(KIVPixmap* pixmap) override;
+
+private:
+    const KIVPixmap* second_field; // not owned
+};
+
+/// Softens a frame from row to row, so that thin lines don't flicker when its fields are shown one
+/// after the other: a quarter of the rows above and below, half of the row itself.
+class PixOpInterlaceFilter : public PixOpFilter {
+public:
+    bool transform(KIVPixmap* pixmap) override;
+};

@@ -1,0 +1,326 @@
+#include "compositor/affine/lib/hdr/CNodeHorFlip.h"
+#include "compositor/affine/lib/hdr/CNodeRotate.h"
+#include "compositor/imagelib/lib/hdr/CNodeImageDLLInitialiser.h"
+#include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "compositor/imagelib/lib/hdr/CNodeRasterImageLoadDelegate.h"
+#include "compositor/imagelib/lib/hdr/CNodeRasterImageOp.h"
+#include "compositor/imagelib/lib/hdr/KIVMissingImageError.h"
+#include "compositor/imagelib/lib/test/ImageGraph.h"
+#include "compositor/imagelib/lib/test/Pixels.h"
+#include "imagelib/hdr/BitmapProvider.h"
+#include "imagelib/hdr/KIVPixmapWriter.h"
+#include "kivlib/hdr/BoundingBox.h"
+#include "kivlib/hdr/KIVStringList.h"
+#include "scene/hdr/RasterAsset.h"
+#include "tests/support/Captured.h"
+#include "tests/support/TempFolder.h"
+#include "xsheet/numeric/hdr/NumericCellData.h"
+#include "xsheet/numeric/hdr/NumericSubColumn.h"
+#include "xsheet/sequence/hdr/RasterSeqCellData.h"
+#include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+KIVStringSet make_set(const std::vector<const char*>& files)
+{
+    KIVStringSet set;
+    for (const char* file : files)
+        set.add(file);
+    return set;
+}
+
+/// The frames of the keys, each with its file.
+std::string tell_keys(const CNodeRasterImage& image)
+{
+    std::string text;
+    KeyCellIterator keys(image.inq_raster_column());
+    while (const KeyCell* key = keys++)
+        text += std::to_string(key->inq_number()) + ":" +
+                image.inq_filename(key->inq_number()).get_file().str() + " ";
+    return text;
+}
+
+/// Images on disc and the assets that a scene would have for them.
+class Artwork {
+public:
+    KIVString write(const char* name, const Picture& picture) const
+    {
+        const auto* tiff = static_cast<KIVPixmapWriterDescriptor*>(
+            ClassManager::inq_main()->find_cd_for("TiffWriter"));
+        const std::unique_ptr<KIVPixmapWriter> writer(tiff->new_writer(0));
+        EXPECT_TRUE(writer->write_pixmap(folder.path(name), make_pixmap(picture).get()));
+        return folder.path(name);
+    }
+
+    /// A node that shows the picture from the frame on.
+    CNodeRasterImage* make_node(const char* name, const Picture& picture, int frame = 1)
+    {
+        auto* node = new CNodeRasterImage(write(name, picture), nullptr);
+        if (frame != 1)
+            node->inq_raster_column()->move_key_to(node->inq_raster_column()->inq_first_key(),
+                                                   frame);
+        bind(*node);
+        return node;
+    }
+
+    /// The same in a graph. Entering a sheet, its key looks for an asset of the sheet's scene.
+    CNodeRasterImage* add_node(ImageGraph& graph, const char* name, const Picture& picture,
+                               int frame = 1)
+    {
+        CNodeRasterImage* node = graph.add(make_node(name, picture, frame));
+        bind(*node);
+        return node;
+    }
+
+    TempFolder folder;
+    std::vector<std::unique_ptr<RasterAsset>> assets;
+
+private:
+    void bind(const CNodeRasterImage& node)
+    {
+        assets.push_back(
+            std::make_unique<RasterAsset>(assets.size(), RASTER_ASSET, KIVFile(node.inq_path())));
+        KeyCell* key = node.inq_raster_column()->inq_first_key();
+        static_cast<RasterSeqCellData*>(key->inq_data())->set_asset(assets.back().get());
+    }
+};
+
+/// Looks at pixels, so that nothing is drawn through it.
+class Wall : public CNodeRostrum {
+public:
+    gsl::owner<CNodeOp*> new_nodeop(int) override { return new CNodeOp(this); }
+};
+
+class Delegate final : public CNodeRasterImageLoadDelegate {
+public:
+    Delegate() { CNodeImageDLLInitialiser::set_delegate(this); }
+    ~Delegate() { CNodeImageDLLInitialiser::set_delegate(nullptr); }
+
+    gsl::owner<KIVStringSet*> pick_files(const KIVStringSet& extensions, int mode) override
+    {
+        EXPECT_EQ(mode, 1);
+        for (int i = 0; i < extensions.count(); ++i)
+            offered += extensions.at_index(i).str() + " ";
+        return picked.release();
+    }
+
+    void extend_sheet(XSheet* sheet, int highest_frame, int n_files) override
+    {
+        asked = std::to_string(n_files) + " to " + std::to_string(highest_frame);
+        if (new_length)
+            sheet->set_length(new_length);
+    }
+
+    std::unique_ptr<KIVStringSet> picked;
+    std::string offered;
+    std::string asked;
+    int new_length = 0;
+};
+
+const Picture CORNER = {"RG", "BW"};
+
+} // namespace
+
+TEST(CNodeRasterImage, puts_files_on_the_frames_of_their_numbers)
+{
+    ImageGraph graph;
+    const auto keys_of = [&](const std::vector<const char*>& files) {
+        return tell_keys(CNodeRasterImage(make_set(files), &graph.graph));
+    };
+    EXPECT_EQ(keys_of({"c/a.tif", "c/b.tif", "c/d.tif"}), "1:a.tif 2:b.tif 3:d.tif ");
+    EXPECT_EQ(keys_of({"c/a3.tif", "c/a0007.tif", "c/b.tif", "c/a2.tif"}),
+              "3:a3.tif 7:a0007.tif 8:b.tif 9:a2.tif ");
+    EXPECT_EQ(keys_of({"c/a100.tif", "c/pan 20b.tif"}), "100:a100.tif 101:pan 20b.tif ");
+    EXPECT_EQ(keys_of({"c/pan 20b.tif", "c/a99999999999999999999.tif"}),
+              "20:pan 20b.tif 21:a99999999999999999999.tif ");
+    EXPECT_EQ(keys_of({"c/a0012.tif"}), "1:a0012.tif ");
+    EXPECT_EQ(keys_of({}), "");
+}
+
+TEST(CNodeRasterImage, lets_the_user_extend_a_sheet_that_is_too_short)
+{
+    ImageGraph graph;
+    graph.sheet.set_length(10);
+    const KIVStringSet files = make_set({"c/a0009.tif", "c/a0012.tif"});
+    EXPECT_EQ(tell_keys(CNodeRasterImage(files, &graph.graph)), "9:a0009.tif 10:a0012.tif ");
+    Delegate delegate;
+    const CNodeRasterImage refused(files, &graph.graph);
+    EXPECT_EQ(delegate.asked, "1 to 12");
+    EXPECT_EQ(tell_keys(refused), "9:a0009.tif 10:a0012.tif ");
+    delegate.new_length = 12;
+    EXPECT_EQ(tell_keys(CNodeRasterImage(files, &graph.graph)), "9:a0009.tif 12:a0012.tif ");
+}
+
+TEST(CNodeRasterImage, is_titled_after_its_file_or_its_folder)
+{
+    EXPECT_EQ(CNodeRasterImage("art/sky.v2.tif", nullptr).inq_name(), "sky.v2");
+    EXPECT_EQ(CNodeRasterImage(make_set({"art/walk.old/1.tif", "x/2.tif"}), nullptr).inq_name(),
+              "walk");
+    EXPECT_EQ(CNodeRasterImage(KIVStringSet(), nullptr).inq_name(), "Images");
+    const CNodeRasterImage image("art/sky.tif", nullptr);
+    EXPECT_EQ(*image.inq_raster_column()->inq_header_text(), "BG/OL");
+    EXPECT_EQ(image.inq_subcolumn(1), image.inq_raster_column());
+    EXPECT_TRUE(image.inq_is_source_image_node());
+}
+
+TEST(CNodeRasterImage, is_made_of_what_the_user_picks)
+{
+    ImageGraph graph;
+    bool flag = true;
+    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, &flag), nullptr);
+    EXPECT_FALSE(flag);
+    Delegate delegate;
+    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, nullptr), nullptr);
+    EXPECT_NE(delegate.offered.find("tif "), std::string::npos);
+    delegate.picked = std::make_unique<KIVStringSet>(KIVString("c/a5.tif"));
+    const std::unique_ptr<CNode> node(CNodeRasterImage::new_node_s(&graph.graph, nullptr));
+    ASSERT_TRUE(node);
+    EXPECT_EQ(node->inq_path(), "c/a5.tif");
+}
+
+TEST(CNodeRasterImage, shows_the_image_of_the_key_at_or_before_a_frame)
+{
+    Artwork artwork;
+    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", CORNER, 5));
+    EXPECT_EQ(image->inq_mipmap_id(4, 8), -1);
+    EXPECT_EQ(image->inq_filename(4), "None");
+    const RasterAsset& asset = *artwork.assets[0];
+    EXPECT_EQ(image->inq_mipmap_id(90, 8), asset.inq_mipmap_id_8());
+    EXPECT_EQ(image->inq_mipmap_id(90, 16), asset.inq_mipmap_id_16());
+    EXPECT_EQ(image->inq_filename(90), artwork.folder.path("a.tif"));
+    EXPECT_EQ(image->inq_path(), artwork.folder.path("a.tif"));
+
+    const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
+    EXPECT_NE(copy->inq_raster_column(), image->inq_raster_column());
+    EXPECT_EQ(tell_keys(*copy), tell_keys(*image));
+    const std::unique_ptr<CNodeRasterImage> unfiled(new CNodeRasterImage("no/such.tif", nullptr));
+    EXPECT_EQ(unfiled->inq_mipmap_id(1, 8), -1) << "without an asset";
+}
+
+TEST(CNodeRasterImage, answers_for_its_pixels)
+{
+    Artwork artwork;
+    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", {"RGB", "RGB"}, 2));
+    EXPECT_TRUE(image->inq_bounding_box(1).inq_is_empty());
+    EXPECT_EQ(image->inq_node_transform(1), Matrix44());
+    const KIVRectangle box = image->inq_bounding_box(2).inq_rectangle();
+    EXPECT_EQ(box, BoundingBox(IntRect(3, 0, 0, 2)).inq_rectangle());
+    const Matrix44 to_node = image->inq_node_transform(2);
+    EXPECT_EQ(to_node * Vector2(0.0, 0.0), Vector2(-1.5, -1.0));
+    EXPECT_EQ(to_node * Vector2(3.0, 2.0), Vector2(1.5, 1.0));
+}
+
+TEST(CNodeRasterImageOp, covers_what_the_request_sees_of_the_placed_image)
+{
+    Artwork artwork;
+    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", {"RRRR", "RRRR"}, 2));
+    CNodeRasterImageOp op(image.get());
+    auto* output = new CDataImage;
+    op.set_outputs(CDataImage::inq_type_s(), output);
+    const auto cover = [&](int frame, double angle, const Vector2& place) {
+        Matrix33 turn;
+        turn.set_rotation(angle, Vector2());
+        Matrix33 move;
+        move.set_translation(place);
+        output->set_request_data(frame, true, false, 0, Matrix44(move * turn),
+                                 IntBBox(IntRect(20, 0, 0, 20)));
+        op.copy_node_info(image.get());
+        op.init_data(nullptr);
+        EXPECT_FALSE(output->inq_image_is_opaque());
+        return output->inq_image_ibbox_v();
+    };
+    EXPECT_EQ(cover(2, 0.0, {8.25, 9.0}), IntBBox(IntRect(10, 6, 8, 11)));
+    EXPECT_EQ(cover(2, std::acos(-1.0) / 4.0, {10.0, 10.0}), IntBBox(IntRect(13, 7, 7, 13)));
+    EXPECT_EQ(cover(2, 0.0, {0.0, 20.0}), IntBBox(IntRect(20, 0, 19, 2)));
+    EXPECT_TRUE(cover(2, 0.0, {30.0, 9.0}).inq_is_empty());
+    EXPECT_TRUE(cover(1, 0.0, {8.0, 9.0}).inq_is_empty());
+
+    std::filesystem::remove(artwork.folder.path("a.tif").str());
+    artwork.assets[0]->check_for_lost_file();
+    EXPECT_EQ(cover(2, 0.0, {8.0, 9.0}), IntBBox(IntRect(20, 0, 0, 20))) << "box as requested";
+    op.generate_data(nullptr);
+    EXPECT_EQ(output->extract_pixmap(), nullptr);
+}
+
+TEST(CNodeRasterImageOp, draws_where_the_transforms_put_it)
+{
+    Artwork artwork;
+    ImageGraph graph;
+    auto* turn = graph.add(new CNodeRotate);
+    auto* angle = static_cast<NumericSubColumn*>(turn->inq_subcolumn());
+    KeyCell* key = angle->make_key(1);
+    static_cast<BaseNumericCellData*>(key->inq_data())->set_element(0, 90.0);
+    auto* flip = graph.add(new CNodeHorFlip);
+    graph.connect(flip, graph.output);
+    graph.connect(turn, flip);
+    graph.connect(artwork.add_node(graph, "a.tif", CORNER), turn);
+    for (const int bits : {8, 16})
+        for (graph.quality = 0; graph.quality < 2; ++graph.quality) {
+            graph.bits = bits;
+            const std::unique_ptr<KIVPixmap> frame = graph.render(4, 4);
+            ASSERT_TRUE(frame);
+            frame->convert(4, 8);
+            EXPECT_EQ(find_picture(frame.get()), (Picture{"WG", "BR"}));
+            EXPECT_EQ(graph.covered, IntBBox(IntRect(3, 1, 1, 3)));
+        }
+}
+
+TEST(CNodeRasterImageOp, gives_the_same_picture_in_a_shared_target_and_apart)
+{
+    Artwork artwork;
+    const auto render = [&](CNodeRostrum* between) {
+        ImageGraph graph;
+        graph.add(between);
+        graph.connect(between, graph.output);
+        graph.connect(artwork.add_node(graph, "top.tif", {"....", ".K..", "....", "...."}),
+                      between);
+        auto* flip = graph.add(new CNodeHorFlip);
+        graph.connect(flip, between);
+        graph.connect(artwork.add_node(graph, "flipped.tif", CORNER), flip);
+        graph.connect(artwork.add_node(graph, "late.tif", {"KK", "KK"}, 9), between);
+        graph.connect(artwork.add_node(graph, "low.tif", {"WW.", "WW.", "WWW"}), between);
+        return find_picture(graph.render(4, 4).get());
+    };
+    const Picture shared = render(new CNodeRostrum);
+    EXPECT_EQ(shared[1].substr(1, 2), "KR");
+    EXPECT_EQ(shared[2].substr(1, 2), "WB");
+    EXPECT_EQ(render(new Wall), shared);
+}
+
+TEST(CNodeRasterImage, of_an_early_release_is_read_and_refused)
+{
+    const auto read = [](int version, int n_numbers) {
+        OldRecord old("CNodeRasterImage", version);
+        tell_old_node(old, version);
+        old << KIVString("sky.tif");
+        for (int i = 0; i < n_numbers; ++i)
+            old << 7;
+        return old.read<CNodeRasterImage>();
+    };
+    EXPECT_TRUE(read(92, 1));
+    EXPECT_FALSE(read(92, 0));
+    EXPECT_TRUE(read(93, 2));
+    EXPECT_FALSE(read(94, 1));
+    const std::unique_ptr<CNodeRasterImage> image = read(95, 0);
+    ASSERT_TRUE(image);
+    Captured said;
+    image->set_column(nullptr);
+    const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
+    EXPECT_NE(said.inq_errors().find("This version of Montaray can't load PR1 scenes\n"),
+              std::string::npos);
+    EXPECT_NE(said.inq_errors().find("compositor/imagelib/lib/src/CNodeRasterImage"),
+              std::string::npos);
+    EXPECT_EQ(copy->inq_raster_column(), nullptr);
+    EXPECT_EQ(copy->inq_mipmap_id(1, 8), -1);
+    EXPECT_EQ(copy->inq_path(), "");
+}
+
+TEST(KIVMissingImageError, names_the_file)
+{
+    const KIVMissingImageError error("art/sky.tif");
+    const std::unique_ptr<KIVObject> copy(error.clone());
+    EXPECT_EQ(static_cast<KIVError*>(copy.get())->inq_description(),
+              "Failed to find image art/sky.tif");
+}

@@ -1,0 +1,102 @@
+#include "compositor/affine/lib/hdr/CNodeRotate.h"
+#include "compositor/imagelib/lib/hdr/CNodeFixedScreens.h"
+#include "compositor/imagelib/lib/hdr/CNodeScreen.h"
+#include "compositor/imagelib/lib/hdr/CNodeScreenOp.h"
+#include "compositor/imagelib/lib/test/ImageGraph.h"
+#include "compositor/imagelib/lib/test/Pixels.h"
+#include "xsheet/colour/hdr/ColourKeyCell.h"
+#include "xsheet/colour/hdr/ColourSubColumn.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+CNodeScreen* make_card(const KIVColour& colour)
+{
+    auto* card = new CNodeScreen;
+    KeyCell* key = card->inq_colour_subcolumn()->make_key(1);
+    static_cast<ColourCellData*>(key->inq_data())->set_colour(colour);
+    return card;
+}
+
+/// A card of half a colour that counts its drawings.
+class GlassCard : public CNodeScreen {
+public:
+    KIVColour inq_colour(int) const override { return {1.0, 0.0, 0.0, 0.5}; }
+    gsl::owner<CNodeOp*> new_nodeop(int) override { return new Op(this); }
+
+    int n_drawn = 0;
+
+private:
+    class Op : public CNodeScreenOp {
+    public:
+        explicit Op(GlassCard* card) : CNodeScreenOp(card), card(card) {}
+        void generate_data(AbortPanel* abort) override
+        {
+            card->n_drawn +=
+                CDataImage::from(inq_node_data())->inq_image_ibbox_v().inq_is_empty() ? 0 : 1;
+            CNodeScreenOp::generate_data(abort);
+        }
+
+    private:
+        GlassCard* card;
+    };
+};
+
+} // namespace
+
+TEST(CNodeScreen, fills_all_that_is_asked_for_whatever_moves_it)
+{
+    ImageGraph graph;
+    auto* turn = graph.add(new CNodeRotate);
+    graph.connect(turn, graph.output);
+    graph.connect(graph.add(make_card(KIVColour(0.0, 1.0, 0.0))), turn);
+    EXPECT_EQ(find_picture(graph.render(3, 2).get()), Picture(2, "GGG"));
+    graph.bits = 16;
+    EXPECT_EQ(graph.render(3, 2)->inq_type(), PT_RGBA_16);
+}
+
+TEST(CNodeScreen, is_left_out_of_a_grey_render)
+{
+    ImageGraph graph;
+    graph.connect(graph.add(make_card(KIVColour(0.0, 1.0, 0.0))), graph.output);
+    graph.is_colour = false;
+    EXPECT_EQ(graph.render(3, 2), nullptr);
+}
+
+TEST(CNodeScreen, hides_what_lies_below_even_if_it_is_translucent)
+{
+    ImageGraph graph;
+    auto* upper = graph.add(new GlassCard);
+    auto* lower = graph.add(new GlassCard);
+    graph.connect(upper, graph.output);
+    graph.connect(lower, graph.output);
+    graph.connect(graph.add(make_card(KIVColour(1.0))), graph.output);
+    const std::unique_ptr<KIVPixmap> frame = graph.render(2, 2);
+    EXPECT_EQ(upper->n_drawn, 1);
+    EXPECT_EQ(lower->n_drawn, 0);
+    ASSERT_TRUE(frame);
+    EXPECT_NEAR(frame->inq_row(1)[4], 128, 1);
+    EXPECT_EQ(frame->inq_row(1)[5], 0);
+    EXPECT_NEAR(frame->inq_row(1)[7], 128, 1);
+}
+
+TEST(CNodeScreen, keeps_its_colours_in_the_sheet_and_stores_nothing_itself)
+{
+    const std::unique_ptr<CNodeScreen> card(make_card(KIVColour(0.25, 0.5, 0.75)));
+    EXPECT_EQ(card->inq_colour(7), KIVColour(0.25, 0.5, 0.75));
+    EXPECT_TRUE(card->inq_is_lb_source_image_node());
+    EXPECT_FALSE(card->inq_is_source_image_node());
+    EXPECT_EQ(*card->inq_colour_subcolumn()->inq_header_text(), "Color");
+    const std::unique_ptr<CNodeScreen> without_sheet = stored_and_read(*card);
+    ASSERT_TRUE(without_sheet);
+    EXPECT_EQ(without_sheet->inq_colour(1), KIVColour(0.0));
+}
+
+TEST(CNodeScreen, has_relations_of_one_colour_that_no_file_can_name)
+{
+    EXPECT_EQ(CNodeBlackScreen().inq_colour(5), KIVColour(0.0, 0.0, 0.0, 1.0));
+    EXPECT_EQ(CNodeWhiteScreen().inq_colour(5), KIVColour(1.0, 1.0, 1.0, 1.0));
+    EXPECT_EQ(CNodeClearScreen().inq_colour(5), KIVColour(0.0, 0.0, 0.0, 0.0));
+    EXPECT_EQ(ClassManager::inq_main()->find_cd_for("CNodeBlackScreen"), nullptr);
+}
