@@ -22,7 +22,7 @@ int list_references(int argc, char** argv)
     KIVStringList files;
     scene->get_dependencies(files, direct_only);
     for (int i = 0; i < files.count(); ++i)
-        std::cout << files.at(i).c_str() << '\n';
+        std::cout << files.at_index(i).c_str() << '\n';
     return CommandOutput::SUCCESS;
 }
 } // namespace

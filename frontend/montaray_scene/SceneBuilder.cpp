@@ -10,6 +10,7 @@
 #include "coversheet/lib/hdr/CoverSheet.h"
 #include "curveslib/hdr/Fairing.h"
 #include "frontend/montaray_scene/words.h"
+#include "kivlib/hdr/KIVStringList.h"
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/move/hdr/MoveColumn.h"
@@ -23,7 +24,7 @@ constexpr int LONGEST_SCENE = 1'000'000; // frames
 constexpr int MOST_FRAMES_A_SECOND = 1000;
 
 /// Stands for the user who picks files for a new node.
-class DescribedFile : public CNodeRasterImageLoadDelegate {
+class DescribedFile final : public CNodeRasterImageLoadDelegate {
 public:
     explicit DescribedFile(std::string file) : file(std::move(file))
     {
@@ -31,9 +32,9 @@ public:
     }
     DescribedFile(const DescribedFile&) = delete;
     DescribedFile& operator=(const DescribedFile&) = delete;
-    ~DescribedFile() override { CNodeImageDLLInitialiser::set_delegate(nullptr); }
+    ~DescribedFile() { CNodeImageDLLInitialiser::set_delegate(nullptr); }
 
-    gsl::owner<KIVStringSet*> choose_files(const KIVStringSet&, int) override
+    gsl::owner<KIVStringSet*> pick_files(const KIVStringSet&, int) override
     {
         return file.empty() ? nullptr : new KIVStringSet(KIVString(file));
     }

@@ -1,3 +1,4 @@
+#include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"

@@ -30,8 +30,8 @@ inline constexpr std::array<std::array<double, 4>, 5> EASES{{
 
 /// Credits with their places on the cover sheet.
 inline const std::map<std::string, int> CREDITS{
-    {"production_company", 0}, {"production_name", 1},    {"director", 5},
-    {"animators", 6},          {"assistants", 7},         {"effects_animators", 8},
-    {"camera_animator", 10},   {"layout_artist", 11},     {"background_artist", 12},
-    {"colour_stylist", 13},    {"scanner", 14},           {"painter", 15},
+    {"production_company", 0}, {"production_name", 1}, {"director", 5},
+    {"animators", 6},          {"assistants", 7},      {"effects_animators", 8},
+    {"camera_animator", 10},   {"layout_artist", 11},  {"background_artist", 12},
+    {"colour_stylist", 13},    {"scanner", 14},        {"painter", 15},
 };

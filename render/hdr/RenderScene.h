@@ -86,7 +86,7 @@ private:
     int quality = 0;
     int exec_flag = 0;
     int bits = 8;
-    int low_quality = 0; // no operation reads it
+    int low_quality = 0;        // no operation reads it
     CNode* view_node = nullptr; // not owned
     Matrix44 camera_to_pixmap;
     KIVColour background{0.0};

@@ -1,9 +1,11 @@
 #include "render/hdr/RenderScene.h"
 
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
+#include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
+#include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "coversheet/lib/hdr/KIVCamera.h"
 #include "imagelib/hdr/KIVPixmap.h"
@@ -27,7 +29,6 @@ constexpr int CAMERA_VIEW_LINE = 300;
 constexpr int VIEW_TRANSFORM_LINE = 331;
 constexpr int VIEW_TRANSFORM_AND_NODE_LINE = 359;
 
-constexpr int IMAGE_TYPE = 100;
 constexpr double UNITS_PER_INCH = 60.0;
 constexpr double OPAQUE_ALPHA = 0.998046875; // from here on a background counts as opaque
 constexpr double ROUND_UP = 0.99;            // all but the tiniest fraction makes a pixel
@@ -242,7 +243,7 @@ KIVRectangle RenderScene::inq_w_camera_rect(const Matrix44& camera_to_world)
     const Vector2 east = camera_to_world * Vector2(w / 2, 0.0);
     const Vector2 south = camera_to_world * Vector2(0.0, -h / 2);
     const Vector2 north = camera_to_world * Vector2(0.0, h / 2);
-    const double left = west(0);
-    const double bottom = south(1);
+    const double left = west.elem(0);
+    const double bottom = south.elem(1);
     return {left, bottom, left + west.distance(east), bottom + south.distance(north)};
 }

@@ -1,5 +1,4 @@
 #include "scene/hdr/KIVScene.h"
-
 #include "tests/support/TempFolder.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
