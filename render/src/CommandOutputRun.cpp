@@ -1,0 +1,280 @@
+#include "coversheet/lib/hdr/KIVCamera.h"
+#include "curveslib/hdr/Fairing.h"
+#include "imagelib/hdr/BitmapProvider.h"
+#include "imagelib/hdr/CMSBitmapProvider.h"
+#include "imagelib/hdr/ColourManager.h"
+#include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/hdr/PixOpFilter.h"
+#include "kivlib/hdr/ConsoleOStream.h"
+#include "kivlib/hdr/entry_point.h"
+#include "kivlib/hdr/file_operations.h"
+#include "render/hdr/CommandOutput.h"
+#include "render/hdr/RenderScene.h"
+#include "render/src/OutputFileType.h"
+#include "scene/hdr/KIVScene.h"
+#include "xsheet/column/hdr/XSheet.h"
+
+namespace {
+constexpr double LEAST_PIXEL_ASPECT = 0.001;
+constexpr int FRAME_NUMBER_WIDTH = 4;
+constexpr int ALL_MAY_USE_IT = 0777;
+constexpr int EXISTS = 17;
+
+int rounded(double value)
+{
+    return static_cast<int>(std::lround(value));
+}
+
+/// The half of the first frame that is shown later, with the in-betweens that this takes.
+class SecondField {
+public:
+    explicit SecondField(XSheet* sheet) : sheet(sheet) { shift(true); }
+    SecondField(const SecondField&) = delete;
+    SecondField& operator=(const SecondField&) = delete;
+    ~SecondField() { shift(false); }
+
+private:
+    void shift(bool by_half_a_frame)
+    {
+        Fairing::set_half_frame(by_half_a_frame);
+        if (sheet)
+            sheet->clear_all_inbetweens();
+    }
+
+    XSheet* sheet; // not owned
+};
+
+/// 1 stands between the full and the half sizes of each format.
+int cineon_argument(const KIVString& format, int half)
+{
+    constexpr std::array<const char*, 4> formats{"academy", "cinemascope", "fullaperture",
+                                                 "vistavision"};
+    for (std::size_t i = 0; i < formats.size(); ++i)
+        if (format == formats[i])
+            return 2 * static_cast<int>(i) + half;
+    return 0;
+}
+
+int result_for_writer_error(int error)
+{
+    switch (error) {
+    case 1:
+        return 208;
+    case 2:
+    case 3:
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+        return 208 + error;
+    case 216:
+        return 216;
+    default:
+        return CommandOutput::SUCCESS; // the output carries on as though the frame were written
+    }
+}
+} // namespace
+
+int CommandOutput::perform_output()
+{
+    return without_exceptions<int>(NO_SCENE, [this] { return output_scene(); });
+}
+
+int CommandOutput::output_scene()
+{
+    if (!set_up_colour())
+        return NO_COLOUR_PROFILE;
+    if (!create_output_dir())
+        return NO_OUTPUT;
+    const std::unique_ptr<KIVScene> scene(
+        KIVScene::load_from_file(settings.scene_file, nullptr, false));
+    if (!scene) {
+        *coutp << "Failed to load scene '" << settings.scene_file << "'.\n";
+        return NO_SCENE;
+    }
+    if (!complete_range(scene->inq_scene_length())) {
+        if (!settings.silent)
+            *coutp << "Invalid range - output aborted.\n";
+        return BAD_RANGE;
+    }
+    complete_size(scene->inq_camera()->inq_aspect_ratio());
+    if (!settings.silent)
+        report_settings();
+    return output_frames(*scene);
+}
+
+bool CommandOutput::set_up_colour()
+{
+    ColourManager& manager = *inq_colour_manager();
+    if (!(settings.colour_profile == "none")) {
+        manager.set_output_profile_path(settings.colour_profile);
+        if (manager.inq_has_error()) {
+            *coutp << "Failed to initialise CMS: " << manager.inq_error_msg() << "\n";
+            return false;
+        }
+        CMSBitmapProvider::install();
+    }
+    if (settings.gamma != 0.0F)
+        manager.set_output_gamma(1.0 / static_cast<double>(settings.gamma));
+    return true;
+}
+
+bool CommandOutput::create_output_dir()
+{
+    if (settings.output_dir.is_null()) {
+        *coutp << "No output directory specified.\n";
+        return false;
+    }
+    const int result = makedir(settings.output_dir, ALL_MAY_USE_IT, false);
+    if (result == 0 || result == EXISTS)
+        return true;
+    if (!settings.silent)
+        *coutp << "Failed to create output directory: " << settings.output_dir << "\n";
+    return false;
+}
+
+bool CommandOutput::complete_range(int scene_length)
+{
+    if (settings.first_frame <= 0)
+        settings.first_frame = 1;
+    if (settings.last_frame <= 0)
+        settings.last_frame = scene_length;
+    return settings.last_frame >= settings.first_frame && settings.last_frame <= scene_length;
+}
+
+void CommandOutput::complete_size(double camera_aspect)
+{
+    if (settings.pixel_aspect < LEAST_PIXEL_ASPECT)
+        settings.pixel_aspect = 1.0;
+    if (settings.width_given && !settings.height_given)
+        settings.height = rounded(settings.width * settings.pixel_aspect / camera_aspect);
+    else if (settings.height_given && !settings.width_given)
+        settings.width = rounded(camera_aspect * settings.height / settings.pixel_aspect);
+}
+
+int CommandOutput::inq_bits_per_channel() const
+{
+    return settings.file_type == TIFF_16_FILE || settings.gamma > 0.0F ? 16 : 8;
+}
+
+void CommandOutput::report_settings()
+{
+    KIVOStream& out = *coutp;
+    out << "Outputting from frame " << settings.first_frame << " to frame " << settings.last_frame
+        << "\n";
+    out << "Output type: "
+        << "Rendered Frames\n";
+    out << "Options: " << (settings.anti_alias ? "" : "Aliased.  ")
+        << (settings.transparent ? "Transparent.  " : "") << "\n";
+    if (settings.low_quality_ink_paint)
+        out << "Lower quality Ink & Paint.\n";
+    out << "Width: " << settings.width << ".  \n";
+    out << "Height: " << settings.height << ".  \n";
+    out << "Pixel aspect ratio: " << settings.pixel_aspect << ".  \n";
+    out << "Color Profile: " << settings.colour_profile << "\n";
+    if (settings.gamma > 0.0F)
+        out << "Gamma: " << static_cast<double>(settings.gamma) << "\n";
+    if (settings.tv_filter)
+        report_tv_filter();
+    if (settings.interlace)
+        out << "TV interlace enabled (for smooth movement).\n";
+    out << "Rendering with " << (inq_bits_per_channel() == 16 ? "16" : "8")
+        << " bits per channel.\n";
+    out << "Output directory: " << settings.output_dir << "\n";
+    if (const OutputFileKind* kind = find_output_file_kind(settings.file_type))
+        out << "File type: " << kind->report << "\n";
+}
+
+// The filter is switched off here and nowhere else, so a silent run keeps it.
+void CommandOutput::report_tv_filter()
+{
+    switch (settings.file_type) {
+    case YUV_625_FILE:
+    case YUV_525_FILE:
+    case YIQ_625_FILE:
+    case YIQ_525_FILE:
+        settings.tv_filter = false;
+        *coutp << "-tv ignored - automatic for YUV or YIQ.\n";
+        break;
+    default:
+        *coutp << "TV filter enabled (interlace flicker removal).\n";
+    }
+}
+
+int CommandOutput::output_frames(KIVScene& scene)
+{
+    RenderScene renderer(&scene, settings.width, settings.height, settings.pixel_aspect,
+                         settings.anti_alias ? 0 : 1, 0, inq_bits_per_channel(),
+                         settings.low_quality_ink_paint ? 1 : 0);
+    if (settings.transparent)
+        renderer.set_background_colour(KIVColour(0.0, 0.0, 0.0, 0.0));
+    int result = SUCCESS;
+    for (int frame = settings.first_frame; frame <= settings.last_frame && result == SUCCESS;
+         ++frame) {
+        if (!settings.silent)
+            *coutp << "Rendering frame " << frame << "\n";
+        renderer.set_camera_view();
+        const std::unique_ptr<KIVPixmap> pixmap = render(renderer, scene, frame);
+        if (pixmap)
+            result = write_file(inq_frame_file(frame), pixmap.get(), settings.file_type);
+    }
+    return result;
+}
+
+KIVString CommandOutput::inq_frame_file(int frame) const
+{
+    KIVString file = settings.output_dir;
+    return file.append_path(KIVString(frame, FRAME_NUMBER_WIDTH));
+}
+
+std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene& scene, int frame)
+{
+    std::unique_ptr<KIVPixmap> pixmap = render_field(renderer, frame);
+    if (!pixmap || !settings.interlace)
+        return pixmap;
+    const SecondField later(scene.inq_xsheet());
+    if (!settings.silent)
+        *coutp << "Rendering interlace frame " << frame << ".5\n";
+    if (const std::unique_ptr<KIVPixmap> second = render_field(renderer, frame))
+        PixOpAddInterlace(second.get()).transform(pixmap.get());
+    return pixmap;
+}
+
+std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, int frame)
+{
+    std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, nullptr));
+    if (!pixmap)
+        return nullptr;
+    if (settings.tv_filter)
+        PixOpInterlaceFilter().transform(pixmap.get());
+    inq_colour_manager()->add_gamma(pixmap.get());
+    return pixmap;
+}
+
+int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type)
+{
+    if (file_type == NO_FILE)
+        return NO_OUTPUT;
+    const OutputFileKind* kind = find_output_file_kind(file_type);
+    if (!kind)
+        *coutp << "Unsupported file format, cannot write file\n";
+    else if (kind->is_written_in_8_bits)
+        PixOpConvertType(pixmap->inq_samples_per_pixel(), 8, true).transform(pixmap);
+
+    const KIVString writer_class = kind ? kind->writer_class : "";
+    const ClassDescriptor* descriptor = ClassManager::inq_main()->find_cd_for(writer_class.c_str());
+    if (!descriptor) {
+        *coutp << "Can not write file '" << name << "', since failed to find image writer class '"
+               << writer_class << "'\n";
+        return NO_WRITER;
+    }
+    int argument = kind->writer_argument;
+    if (file_type == CINEON_FULL_FILE || file_type == CINEON_HALF_FILE)
+        argument = cineon_argument(settings.cineon_format, argument);
+    const std::unique_ptr<KIVPixmapWriter> writer(
+        static_cast<const KIVPixmapWriterDescriptor*>(descriptor)->new_writer(argument));
+    if (!writer || writer->write_pixmap(name, pixmap))
+        return SUCCESS;
+    return result_for_writer_error(writer->inq_error());
+}

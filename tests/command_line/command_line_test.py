@@ -1,0 +1,265 @@
+#!/usr/bin/env python3
+"""The programs from outside: scenes from descriptions, result codes with their words, and a frame
+that ImageMagick composes too.
+
+    command_line_test.py BIN_FOLDER
+"""
+
+import json
+import math
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+BIN = Path(sys.argv.pop(1)).resolve()
+LONG_ENOUGH = 120  # seconds
+
+
+def run(program, *arguments, cwd=None):
+    return subprocess.run([BIN / program, *map(str, arguments)], capture_output=True, text=True,
+                          cwd=cwd, timeout=LONG_ENOUGH, check=False)
+
+
+def convert(*arguments):
+    return subprocess.run(["convert", *map(str, arguments)], check=True, capture_output=True,
+                          text=True).stdout
+
+
+def psnr(a, b):
+    """In dB between two images; infinite for equal ones."""
+    words = subprocess.run(["compare", "-metric", "PSNR", a, b, "null:"], check=False,
+                           capture_output=True, text=True).stderr
+    number = re.match(r"[\d.]+|inf", words).group()
+    return math.inf if number in ("inf", "0") else float(number)
+
+
+def pixel(image, x, y):
+    """Red, green, blue and alpha from 0 to 255."""
+    text = convert(image, "-depth", "8", "-crop", f"1x1+{x}+{y}", "txt:-")
+    samples = [float(n) for n in re.search(r"\(([^)]*)\)", text.splitlines()[1])
+               .group(1).split(",")]
+    return [round(n) for n in samples]
+
+
+def card(name, red, green, blue):
+    return {"name": name, "type": "Color Card",
+            "columns": {"Color": [{"frame": 1, "value": [red, green, blue]}]}}
+
+
+def images(name, *files):
+    keys = [{"frame": index + 1, "file": str(file)} for index, file in enumerate(files)]
+    return {"name": name, "type": "BG/OL", "columns": {"BG/OL": keys}}
+
+
+def output(*inputs):
+    return {"name": "Output", "class": "CNodeRostrum", "inputs": list(inputs)}
+
+
+class InFolder(unittest.TestCase):
+    def setUp(self):
+        self.keeper = tempfile.TemporaryDirectory()
+        self.folder = Path(self.keeper.name)
+
+    def tearDown(self):
+        self.keeper.cleanup()
+
+    def build(self, nodes, length=4, name="scene", **more):
+        description = self.folder / f"{name}.json"
+        description.write_text(json.dumps({"length": length, "nodes": nodes, **more}))
+        return run("montaray-scene", "build", description, self.folder / name)
+
+    def make_scene(self, nodes, **more):
+        built = self.build(nodes, **more)
+        self.assertEqual((built.returncode, built.stderr), (0, ""))
+        return self.folder / more.get("name", "scene")
+
+    def render(self, scene, *options):
+        frames = self.folder / "frames"
+        return run("CMontaray", "image", *options, "-o", frames, scene), frames
+
+
+class ResultCodes(InFolder):
+    def expect(self, code, words, *arguments):
+        result = run("CMontaray", *arguments, cwd=self.folder)
+        self.assertEqual((result.returncode, result.stdout), (code, words))
+
+    def test_arguments_that_are_refused(self):
+        self.expect(201, "", "movie", "scene")
+        ambiguous = {"-a": "-alias or -academy or -academy_cineon Output aborted.\n",
+                     "-t": "-tiff or -tiffuncompressed or -tga or -transparent or -tv "
+                           "- Output aborted.\n",
+                     "-p": "-pal or -par - Output aborted.\n",
+                     "-pa": "-pal or -par - Output aborted.\n",
+                     "-s": "-silent or -slide - Output aborted.\n",
+                     "-sl": "-slate or -slide - Output aborted.\n"}
+        for option, words in ambiguous.items():
+            self.expect(204, f"Ambiguous argument {option}: {words}", "image", option, "scene")
+        self.expect(204, "", "image", "-slate", "scene")
+        self.expect(204, "", "image", "-clapper", "scene")
+        self.assertEqual(run("CMontaray", "image").returncode, 204)
+
+    def test_runs_that_end_early(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        self.expect(1, "No output directory specified.\n", "image", scene)
+        (self.folder / "file").write_text("")
+        below_a_file = self.folder / "file" / "frames"
+        self.expect(1, f"Failed to create output directory: {below_a_file}\n",
+                    "image", "-o", below_a_file, scene)
+        self.expect(205, "Failed to load scene 'none'.\n", "image", "-o", "frames", "none")
+        for wrong_range in ("3-2", "2-9"):
+            self.expect(206, "Invalid range - output aborted.\n",
+                        "image", "-o", "frames", wrong_range, scene)
+        self.expect(206, "", "image", "-silent", "-o", "frames", "3-2", scene)
+        self.expect(1, "", "image", "-silent", "-no_output", "-o", "frames", scene)
+        self.assertEqual(list((self.folder / "frames").iterdir()), [])
+
+    def test_a_writer_that_is_not_there(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        name = self.folder / "frames" / "0001"
+        self.expect(213, f"Can not write file '{name}', since failed to find image writer class "
+                         "'YUVWriter'\n", "image", "-silent", "-yuv625", "-o", "frames", scene)
+
+
+class Frames(InFolder):
+    def test_the_run_tells_what_it_does(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        result, frames = self.render(scene, "-width", 96, "2-3")
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stdout, f"""Outputting from frame 2 to frame 3
+Output type: Rendered Frames
+Options: 
+Width: 96.  
+Height: 72.  
+Pixel aspect ratio: 1.  
+Color Profile: none
+Rendering with 8 bits per channel.
+Output directory: {frames}
+File type: tiff compressed
+Rendering frame 2
+Rendering frame 3
+""")
+        self.assertEqual(sorted(file.name for file in frames.iterdir()), ["0002.tif", "0003.tif"])
+
+    def test_layers_stand_in_their_order_and_hold_between_keys(self):
+        half, whole = self.folder / "half.png", self.folder / "whole.png"
+        convert("-size", "360x540", "xc:#00ff0080", half)
+        convert("-size", "720x540", "xc:#0000ff", whole)
+        first_whole_then_half = images("cel", whole, half)
+        scene = self.make_scene([output("cel", "card"), card("card", 1, 0, 0),
+                                 first_whole_then_half], length=3)
+        result, frames = self.render(scene, "-silent", "-tga", "-width", 72)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(pixel(frames / "0001.tga", 36, 27)[:3], [0, 0, 255])
+        for frame in ("0002.tga", "0003.tga"):
+            red, green, blue = pixel(frames / frame, 36, 27)[:3]
+            self.assertTrue(126 <= red <= 128 and 127 <= green <= 129 and blue == 0)
+            self.assertEqual(pixel(frames / frame, 2, 27)[:3], [255, 0, 0])
+
+    def test_a_transparent_frame_keeps_its_alpha(self):
+        spot = self.folder / "spot.png"
+        convert("-size", "360x270", "xc:#ff000080", spot)
+        scene = self.make_scene([output("spot"), images("spot", spot)], length=1)
+        result, frames = self.render(scene, "-silent", "-transparent", "-tga", "-width", 72)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(pixel(frames / "0001.tga", 36, 27), [255, 0, 0, 128])
+        self.assertEqual(pixel(frames / "0001.tga", 2, 2)[3], 0)
+
+    def test_imagemagick_composes_the_same_frame(self):
+        back, cel = self.folder / "back.png", self.folder / "cel.png"
+        convert("-size", "720x540", "gradient:#203050-#e0a060", back)
+        convert("-size", "200x160", "gradient:#ff4020-#40ff80", "-alpha", "set", "-channel", "A",
+                "-evaluate", "set", "75%", "+channel", cel)
+        key = {"frame": 1}
+        scene = self.make_scene([
+            output("moved", "back"), images("back", back), images("cel", cel),
+            {"name": "moved", "type": "Transform", "inputs": ["cel"], "columns": {
+                "Move": {"x": [{**key, "value": 60}], "y": [{**key, "value": -40}]},
+                "Angle": [{**key, "value": 30}], "Scale": [{**key, "value": 1.5}]}}], length=1)
+        result, frames = self.render(scene, "-silent", "-width", 720)
+        self.assertEqual(result.returncode, 0)
+
+        # 30 degrees counter-clockwise, about the middle of the cel, which lands at (420, 310)
+        place = ["-alpha", "set", "-virtual-pixel", "transparent", "-interpolate", "bilinear",
+                 "-define", "distort:viewport=720x540+0+0",
+                 "-distort", "SRT", "100,80 1.5 -30 420,310"]
+        theirs, inside = self.folder / "theirs.png", self.folder / "inside.png"
+        convert(back, "(", cel, *place, ")", "-composite", theirs)
+        convert(cel, *place, "-alpha", "extract", "-threshold", "0",
+                "(", "+clone", "-morphology", "EdgeOut", "Square:1", ")",
+                "(", "-clone", "0", "-morphology", "EdgeIn", "Square:2", ")",
+                "-delete", "0", "-compose", "plus", "-composite", "-negate", inside)
+        both = []
+        for name, picture in (("ours", frames / "0001.tif"), ("theirs2", theirs)):
+            both.append(self.folder / f"{name}.png")
+            convert(picture, "-alpha", "off", inside, "-compose", "multiply", "-composite",
+                    both[-1])
+        decibels = psnr(*both)
+        print(f"PSNR to ImageMagick outside the edge: {decibels:.1f} dB", file=sys.stderr)
+        self.assertGreaterEqual(decibels, 45)
+
+
+class Descriptions(InFolder):
+    def expect_mistake(self, pointer, nodes, **more):
+        built = self.build(nodes, **more)
+        self.assertEqual(built.returncode, 2)
+        self.assertIn(f": {pointer}: ", built.stderr)
+        self.assertFalse((self.folder / "scene").exists())
+
+    def test_a_mistake_is_told_with_its_place(self):
+        good = card("card", 1, 0, 0)
+        self.expect_mistake("/nodes/1/type", [output("card"), {**good, "type": "Colour Crad"}])
+        self.expect_mistake("/nodes/0/inputs/0", [output("crad"), good])
+        self.expect_mistake("/nodes/2/name", [output("card"), good, good])
+        self.expect_mistake("/nodes", [good])
+        self.expect_mistake("/length", [output("card"), good], length=0)
+        self.expect_mistake("/nodes/1/columns/Colour",
+                            [output(), {**good, "columns": {"Colour": []}}])
+        self.expect_mistake("/cover_sheet/frame_rat", [output()], cover_sheet={"frame_rat": 25})
+        self.expect_mistake("/nodes/1/columns/BG~1OL/0/file", [output(), images("a", "none.png")])
+
+    def test_a_key_is_told_with_its_place(self):
+        def size(*keys):
+            return [output(), {"name": "c", "type": "Camera", "columns": {"Size": list(keys)}}]
+        place = "/nodes/1/columns/Size"
+        self.expect_mistake(f"{place}/0/value", size({"frame": 1, "value": "wide"}))
+        self.expect_mistake(f"{place}/1/frame", size({"frame": 3, "value": 1},
+                                                     {"frame": 3, "value": 2}))
+        self.expect_mistake(f"{place}/0/mode", size({"frame": 1, "value": 1, "mode": "held"}))
+        self.expect_mistake(f"{place}/0/ease", size({"frame": 1, "value": 1, "ease": "in"}))
+        self.expect_mistake(f"{place}/0/colour", size({"frame": 1, "value": 1, "colour": 1}))
+
+    def test_a_circle_is_refused(self):
+        def move(name, source):
+            return {"name": name, "type": "Move", "inputs": [source]}
+        self.expect_mistake("/nodes/2/inputs/0", [output("a"), move("a", "b"), move("b", "a")])
+
+    def test_a_text_that_is_no_json_is_refused(self):
+        description = self.folder / "broken.json"
+        description.write_text('{"length": 3,, }')
+        built = run("montaray-scene", "build", description, self.folder / "scene")
+        self.assertEqual(built.returncode, 2)
+        self.assertFalse((self.folder / "scene").exists())
+
+    def test_show_prints_graph_and_keys(self):
+        picture = self.folder / "cel.png"
+        convert("-size", "10x10", "xc:red", picture)
+        scene = self.make_scene(
+            [output("move", "card"), card("card", 1, 0.5, 0), images("cel", picture),
+             {"name": "move", "type": "Move", "inputs": ["cel"], "columns": {"Move": {
+                 "x": [{"frame": 1, "value": 5, "ease": "in_out"}, {"frame": 4, "value": 9}]}}}],
+            cover_sheet={"director": "A. Person"})
+        shown = run("montaray-scene", "show", scene).stdout
+        for line in ("4 frames, 24 a second", "director: A. Person",
+                     "  Output  (Output)\n    move  (Move)\n      cel  (BG/OL)\n    card",
+                     "frame 1: 5  inbetween, eased\n", "frame 1: 1, 0.5, 0", str(picture)):
+            self.assertIn(line, shown)
+        listed = run("CMontaray", "list_refs", "-1", scene)
+        self.assertEqual((listed.returncode, listed.stdout), (0, f"{picture}\n"))
+        self.assertEqual(run("CMontaray", "list_refs", self.folder / "none").returncode, 205)
+
+
+if __name__ == "__main__":
+    unittest.main()
