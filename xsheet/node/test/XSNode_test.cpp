@@ -1,7 +1,6 @@
 #include "compositor/lib/hdr/CNodeCatagory.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/NodeClass.h"
-#include "kivlib/hdr/BoundingBox.h"
 #include "kivlib/hdr/Matrix.h"
 #include "kivlib/hdr/Record.h"
 #include "tests/support/Captured.h"
@@ -9,7 +8,8 @@
 #include "tests/support/TempFolder.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/node/hdr/DWNode.h"
-#include "xsheet/node/hdr/SubColPrefs.h"
+#include "xsheet/node/test/old_node.h"
+#include "xsheet/numeric/hdr/NumericSubColumn.h"
 
 #include <gtest/gtest.h>
 
@@ -51,38 +51,6 @@ public:
 };
 const GlowNodes the_glow_nodes;
 
-/// A sub-column with a setting that a user can keep.
-class TintedSubColumn : public SubColumn {
-public:
-    class Prefs : public SubColPrefs {
-        KIV_STORED(Prefs, SubColPrefs);
-
-    public:
-        explicit Prefs(int tint) : tint(tint) {}
-        explicit Prefs(KIVIStream& stream) : SubColPrefs(stream)
-        {
-            RecordReader(stream).value(tint);
-        }
-        void storer(KIVOStream& stream) override
-        {
-            SubColPrefs::storer(stream);
-            RecordWriter(stream).value(tint);
-        }
-        int tint = 0;
-    };
-
-    explicit TintedSubColumn(int tint) : tint(tint) {}
-    gsl::owner<SubColPrefs*> create_preferences_object() override { return new Prefs(tint); }
-    void apply_preferences_object(SubColPrefs* prefs) override
-    {
-        tint = static_cast<Prefs*>(prefs)->tint;
-    }
-
-    int tint;
-};
-using TintPrefs = TintedSubColumn::Prefs;
-KIV_STORED_CLASS(TintPrefs, -1);
-
 /// As the file of a graph and that of its sheet bring them back.
 struct Reloaded {
     Reloaded(const XSheet& old_sheet, const CNodeGraph& old_graph)
@@ -95,23 +63,6 @@ struct Reloaded {
     std::unique_ptr<XSheet> sheet;
     std::unique_ptr<CNodeGraph> graph;
 };
-
-/// The record of a node with neither channels, group nor macro, up to the column's part.
-void tell_node(KIVOStream& old, int version)
-{
-    if (version >= 146)
-        old << 50.0;
-    old << 0;
-    old.insert_with_class_hdr(nullptr);
-    old.insert_with_class_hdr(nullptr);
-    const Vector2 position;
-    old.insert_without_class_hdr(&position);
-    old << 0 << 0;
-    old.insert_with_class_hdr(nullptr);
-    if (version >= 144)
-        old.insert_with_class_hdr(nullptr);
-    old << 0.0;
-}
 
 class UserFolder {
 public:
@@ -154,17 +105,10 @@ TEST(XSNode, enters_and_leaves_graph_and_sheet_with_its_column)
 
     node->add_to_graph(&graph);
     EXPECT_EQ(node->inq_column_label(), label);
-}
-
-TEST(XSNode, leaves_its_column_to_the_sheet_when_it_dies_in_a_graph)
-{
-    XSheet sheet(nullptr);
-    {
-        CNodeGraph graph(&sheet);
-        (new GlowNode)->add_to_graph(&graph);
-    }
-    ASSERT_EQ(sheet.inq_sub_column_list()->count(), 1);
-    EXPECT_EQ(static_cast<Column*>(sheet.inq_sub_column_list()->at_index(0))->inq_node(), nullptr);
+    Column* column = node->inq_column();
+    delete graph.remove_node(node);
+    EXPECT_EQ(sheet.find_sub_column(label), column) << "the sheet has it still";
+    EXPECT_EQ(column->inq_node(), nullptr);
 }
 
 TEST(XSNode, is_copied_with_its_own_column)
@@ -248,8 +192,7 @@ TEST(XSNode, reads_the_fields_of_each_version)
 {
     const auto read = [](int version) {
         OldRecord old("GlowNode", version);
-        tell_node(old, version);
-        old << 12UL;
+        tell_old_node(old, version, 12);
         if (version >= 111)
             old << 99;
         if (version >= 145)
@@ -275,17 +218,18 @@ TEST(XSNode, keeps_the_preferences_of_its_type_in_a_file)
     node.store_column_preferences();
     EXPECT_FALSE(user.folder.has("Montaray")) << "no sub-column has settings";
 
-    auto* stored = new TintedSubColumn(5);
-    node.add(2, stored);
+    auto* strength = new NumericSubColumn;
+    node.add(2, strength);
+    strength->set_precision(5);
     node.store_column_preferences();
-    stored->tint = 1;
+    strength->set_precision(1);
     node.load_and_apply_column_preferences();
-    EXPECT_EQ(stored->tint, 5);
+    EXPECT_EQ(strength->inq_precision(), 5);
 
     user.folder.write("Montaray/Glow_Shine_A_B_C\nD_col.prefs", "no such thing");
-    stored->tint = 1;
+    strength->set_precision(1);
     node.load_and_apply_column_preferences();
-    EXPECT_EQ(stored->tint, 1);
+    EXPECT_EQ(strength->inq_precision(), 1);
 }
 
 TEST(XSNode, tells_the_user_that_preferences_have_no_place)
@@ -295,22 +239,18 @@ TEST(XSNode, tells_the_user_that_preferences_have_no_place)
     ::setenv("XDG_CONFIG_HOME", user.folder.path("file").c_str(), 1);
     user.folder.write("file", "");
     GlowNode node;
-    node.add(2, new TintedSubColumn(5));
+    node.add(2, new NumericSubColumn);
     node.store_column_preferences();
     const std::string folder = user.folder.path("file/Montaray").str();
     EXPECT_EQ(captured.inq_alerts(), std::vector<std::string>{"Can't make directory " + folder +
                                                               "\nPreferences not saved"});
 }
 
-TEST(DWNode, answers_the_drawing_window_with_neutral_values)
+TEST(DWNode, is_an_lb_source_when_it_is_a_source)
 {
     GlowNode node;
-    EXPECT_EQ(node.create_dw_image(1), nullptr);
-    EXPECT_TRUE(node.inq_bounding_box(1).inq_is_empty());
-    EXPECT_EQ(node.inq_node_transform(1), Matrix44());
-    EXPECT_EQ(node.inq_depth(1), 0.0);
-    EXPECT_TRUE(node.inq_is_affine());
     EXPECT_FALSE(node.inq_is_lb_source_image_node());
     node.is_source = true;
     EXPECT_TRUE(node.inq_is_lb_source_image_node());
+    EXPECT_EQ(node.inq_node_transform(1), Matrix44());
 }

@@ -100,13 +100,3 @@ TEST(CDataRender, brings_nothing_back_when_a_later_layer_is_larger)
     EXPECT_EQ(cover->drawn_box, box(0, 0, 8, 8));
     EXPECT_EQ(aside->drawn_box, box(6, 6, 9, 9));
 }
-
-TEST(CDataRender, spares_nothing_where_opaque_layers_lie_side_by_side)
-{
-    PlateGraph graph;
-    PlateNode* left = graph.add(new PlateNode(box(0, 0, 4, 8), true));
-    PlateNode* right = graph.add(new PlateNode(box(4, 0, 8, 8), true));
-    EXPECT_FALSE(graph.evaluate().inq_image_is_opaque());
-    EXPECT_EQ(left->drawn_box, box(0, 0, 4, 8));
-    EXPECT_EQ(right->drawn_box, box(4, 0, 8, 8));
-}

@@ -6,27 +6,11 @@
 #include "compositor/affine/lib/test/keyed.h"
 #include "kivlib/hdr/Matrix.h"
 #include "tests/support/Captured.h"
-#include "xsheet/move/hdr/MoveColumn.h"
-#include "xsheet/numeric/hdr/AngleSubColumn.h"
-#include "xsheet/numeric/hdr/NumericTSubColumn.h"
-#include "xsheet/numeric/hdr/WidthSubColumn.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace {
-void expect_point(const Vector2& point, double x, double y)
-{
-    EXPECT_NEAR(point.x(), x, 1e-12);
-    EXPECT_NEAR(point.y(), y, 1e-12);
-}
-
-void set_x(const CNodeCamera& camera, double x)
-{
-    SubColumn* column = camera.inq_pos_subcolumn()->find_sub_column(MoveColumn::XPOS_SUBCOL);
-    set_first_key(static_cast<NumericSubColumn*>(column), x);
-}
-
 /// Lets the width come down to 0, as an old file may have it.
 void set_width(NumericSubColumn* column, double width)
 {
@@ -43,7 +27,7 @@ TEST(CNodeCamera, sees_the_world_the_other_way_round)
     EXPECT_EQ(camera.inq_camera_width(1), 720.0);
     EXPECT_EQ(camera.inq_node_transform(1), Matrix44());
 
-    set_x(camera, 100.0);
+    set_place(camera.inq_pos_subcolumn(), {100.0, 0.0});
     expect_point(camera.inq_node_transform(1) * Vector2(100.0, 0.0), 0.0, 0.0);
     EXPECT_EQ(camera.inq_offset(1), Vector2(100.0, 0.0));
 
@@ -73,15 +57,9 @@ TEST(CNodeCamera, gathers_the_position_of_old_files)
     const OldNode both(
         "CNodeCamera", 4,
         {labelled(1, keyed<NumericSubColumn>(3.0)), labelled(2, keyed<NumericSubColumn>(4.0))});
-    EXPECT_EQ(both.inq_columns(), "5 Move");
+    EXPECT_EQ(columns_of(*both.node), "5 Move");
     EXPECT_EQ(both.as<CNodeCamera>()->inq_camera_position(1), Vector2(3.0, 4.0));
     EXPECT_EQ(both.as<CNodeCamera>()->inq_camera_width(1), 720.0) << "no column, no message";
-
-    auto* place = keyed<NumericTSubColumn>(3.0);
-    set_first_key(place, 4.0, 1);
-    const OldNode one("CNodeCamera", 4, {labelled(1, place)});
-    EXPECT_EQ(one.inq_columns(), "5 Move");
-    EXPECT_EQ(one.as<CNodeCamera>()->inq_camera_position(1), Vector2(3.0, 4.0));
 }
 
 TEST(CNodeCameraTranslate, moves_with_the_camera_once_it_was_loaded)
@@ -94,7 +72,7 @@ TEST(CNodeCameraTranslate, moves_with_the_camera_once_it_was_loaded)
     auto* place = keyed(3.0, new NumericSubColumn(2));
     set_first_key(place, 4.0, 1);
     const OldNode old("CNodeCameraTranslate", 1, {labelled(1, place)});
-    EXPECT_EQ(old.inq_columns(), "2 Move");
+    EXPECT_EQ(columns_of(*old.node), "2 Move");
     EXPECT_EQ(old.node->inq_node_transform(1) * Vector2(1.0, 1.0), Vector2(4.0, 5.0));
 }
 

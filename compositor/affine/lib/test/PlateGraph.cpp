@@ -1,15 +1,19 @@
 #include "compositor/affine/lib/test/PlateGraph.h"
 
 namespace {
-constexpr int NOTHING_BUT_AN_OUTPUT = 0;
-
-CNodeDescriptor* descriptor_for(int n_inputs)
+/// The descriptors last to the end of the process, as those of real classes do.
+CNodeDescriptor* source_descriptor()
 {
-    static CNodeDescriptor* const source = new CNodeDescriptor(
-        "PlateNode", "CNode", nullptr, -1, nullptr, "Plate", 0, true, 0, 1, PLATE, nullptr);
-    static CNodeDescriptor* const root = new CNodeDescriptor(
-        "PlateRoot", "CNode", nullptr, -1, nullptr, "Plates", 0, true, 1, 1, PLATE, nullptr);
-    return n_inputs == NOTHING_BUT_AN_OUTPUT ? source : root;
+    static auto* const descriptor = new CNodeDescriptor("PlateNode", "CNode", nullptr, -1, nullptr,
+                                                        "Plate", 0, true, 0, 1, PLATE, nullptr);
+    return descriptor;
+}
+
+CNodeDescriptor* root_descriptor()
+{
+    static auto* const descriptor = new CNodeDescriptor("PlateRoot", "CNode", nullptr, -1, nullptr,
+                                                        "Plates", 0, true, 1, 1, PLATE, nullptr);
+    return descriptor;
 }
 
 void register_plates()
@@ -43,8 +47,7 @@ public:
 } // namespace
 
 PlateNode::PlateNode(const IntBBox& cover, bool is_opaque)
-    : SketchNode(descriptor_for(NOTHING_BUT_AN_OUTPUT), "Plate", nullptr), cover(cover),
-      is_opaque(is_opaque)
+    : SketchNode(source_descriptor(), "Plate", nullptr), cover(cover), is_opaque(is_opaque)
 {}
 
 gsl::owner<CNodeOp*> PlateNode::new_nodeop(int)
@@ -55,7 +58,7 @@ gsl::owner<CNodeOp*> PlateNode::new_nodeop(int)
 PlateGraph::PlateGraph()
 {
     register_plates();
-    root = new SketchNode(descriptor_for(1), "Root",
+    root = new SketchNode(root_descriptor(), "Root",
                           [](CNode* node) -> CNodeOp* { return new CNodeOp(node); });
     graph.add_node(root);
 }

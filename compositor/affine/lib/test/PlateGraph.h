@@ -6,8 +6,6 @@
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/test/SketchGraph.h"
 
-#include <initializer_list>
-
 /// The data type of the tests: images of which nothing is known but where they are.
 constexpr int PLATE = 1611;
 
