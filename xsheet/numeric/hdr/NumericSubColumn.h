@@ -87,7 +87,7 @@ public:
     gsl::owner<KIVLinkedList*> inq_keys_ratioed_to_this();
 
     /// Of the scene, in hundredths of a field; 5000.0 outside a scene.
-    double inq_a_peg_offset() const;
+    double inq_a_peg_offset();
 
 protected:
     void set_order(int elements) { order = elements; }
@@ -101,6 +101,7 @@ protected:
 
 private:
     template <class Record> void record(Record& r);
+    void take_units_of_scene();
 
     std::unique_ptr<KIVDefaultUnitHandler> unit_handler;
     int order;

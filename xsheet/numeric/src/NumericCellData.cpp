@@ -63,7 +63,8 @@ Vector BaseNumericCellData::construct_elements(NumericInbetweenCell* cell)
     if (const RatioKeyCellData* ratio_data = key->inq_ratio_data())
         return ratio_data->inq_value(cell);
     const NumericSubColumn* sub_column = key->inq_numeric_sub_column();
-    return sub_column ? sub_column->inq_policy()->update_inbetween_value(cell) : Vector();
+    NumericColumnPolicy* policy = sub_column ? sub_column->inq_policy() : nullptr;
+    return policy ? policy->update_inbetween_value(cell) : Vector();
 }
 
 double BaseNumericCellData::inq_blank_element(const NumericKeyCell& key, int i)

@@ -207,12 +207,14 @@ void NumericKeyCell::set_is_ratioed(bool is_ratioed)
 void NumericKeyCell::add_ratio_data(gsl::owner<RatioKeyCellData*> data)
 {
     ratio_data.reset(data);
-    key_changed();
+    if (inq_sub_column())
+        key_changed();
 }
 
 gsl::owner<RatioKeyCellData*> NumericKeyCell::remove_ratio_data()
 {
     gsl::owner<RatioKeyCellData*> data = ratio_data.release();
-    key_changed();
+    if (inq_sub_column())
+        key_changed();
     return data;
 }

@@ -1,9 +1,11 @@
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
 
+#include "coversheet/lib/hdr/CoverSheet.h"
 #include "curveslib/hdr/Fairing.h"
 #include "kivlib/hdr/KIVDefaults.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "kivlib/hdr/Record.h"
+#include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/node/hdr/SubColPrefs.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
@@ -25,9 +27,17 @@ constexpr double LOWEST = -10000000000.0;
 constexpr double HIGHEST = 10000000000.0;
 constexpr int MOST_ELEMENTS = 10000; // in a file
 constexpr double NO_SCENE_PEG_OFFSET = 5000.0;
+constexpr double NO_SCENE_ASPECT_RATIO = 1.3714285714285714;
 
 constexpr double SAME_VALUE = 0.000001;
 constexpr double HANDLE_LENGTH = 0.1; // of the span from point to point
+
+/// Null for a sub-column that is in no scene yet.
+const CoverSheet* find_cover_sheet(NumericSubColumn& column)
+{
+    const XSheet* sheet = column.inq_xsheet();
+    return sheet && sheet->inq_scene() ? sheet->inq_scene()->inq_cover_sheet() : nullptr;
+}
 
 BaseNumericCellData* inq_data_of(BaseCell* cell)
 {
@@ -71,7 +81,7 @@ NumericSubColumn::NumericSubColumn(int order)
 
 NumericSubColumn::NumericSubColumn(const NumericSubColumn& other, bool)
     : SubColumn(other), order(other.order), unit_type(other.unit_type), precision(other.precision),
-      policy(other.policy->duplicate(this)), ratioed(other.ratioed),
+      policy(other.policy ? other.policy->duplicate(this) : nullptr), ratioed(other.ratioed),
       minimum_values(other.minimum_values), maximum_values(other.maximum_values),
       default_values(other.default_values)
 {
@@ -129,12 +139,23 @@ void NumericSubColumn::storer(KIVOStream& stream)
     record(writer);
 }
 
+// A new sub-column lies in no scene, and the scene of one that is read may not be there yet.
 void NumericSubColumn::init_unit_handler()
 {
     unit_handler = std::make_unique<KIVDefaultUnitHandler>();
-    unit_handler->set_unit_offset(inq_a_peg_offset());
+    unit_handler->set_unit_offset(NO_SCENE_PEG_OFFSET);
     unit_handler->set_default_unit(inq_unit_type());
     unit_handler->set_precision(inq_precision());
+    unit_handler->set_aspect_ratio(NO_SCENE_ASPECT_RATIO);
+}
+
+void NumericSubColumn::take_units_of_scene()
+{
+    const CoverSheet* cover_sheet = find_cover_sheet(*this);
+    if (!cover_sheet)
+        return;
+    unit_handler->set_unit_offset(inq_a_peg_offset());
+    unit_handler->set_aspect_ratio(cover_sheet->inq_field_chart_ratio());
 }
 
 void NumericSubColumn::init_units(const char* unit_key, KIVUnitType unit, const char* precision_key)
@@ -145,11 +166,10 @@ void NumericSubColumn::init_units(const char* unit_key, KIVUnitType unit, const 
     init_unit_handler();
 }
 
-double NumericSubColumn::inq_a_peg_offset() const
+double NumericSubColumn::inq_a_peg_offset()
 {
-    XSheet* sheet = const_cast<NumericSubColumn*>(this)->inq_xsheet();
-    const bool is_in_scene = sheet && sheet->inq_scene();
-    return is_in_scene ? inq_default_unit_handler()->inq_unit_offset() : NO_SCENE_PEG_OFFSET;
+    const CoverSheet* cover_sheet = find_cover_sheet(*this);
+    return cover_sheet ? cover_sheet->inq_unit_offset() : NO_SCENE_PEG_OFFSET;
 }
 
 Vector NumericSubColumn::with_element(Vector values, int i, double value)
@@ -222,9 +242,11 @@ bool NumericSubColumn::load_finished_with_abort()
         if (!is_numeric_key(key))
             return true;
     const bool is_aborted = SubColumn::load_finished_with_abort();
+    take_units_of_scene();
     if (ratio_column_data)
         ratio_column_data->load_finished();
-    policy->load_finished();
+    if (policy)
+        policy->load_finished();
     return is_aborted;
 }
 
