@@ -82,12 +82,13 @@ void XSNode::add_subcolumn(unsigned long, gsl::owner<SubColumn*> sub_column, con
 void XSNode::init()
 {
     CNode::init();
-    if (!column)
+    const CNodeDescriptor* descriptor = inq_desc();
+    if (!column || !descriptor)
         return;
     const KIVString* text = column->inq_header_text();
     if (!text || text->is_null())
-        column->set_header_text(inq_desc()->inq_user_type_name());
-    column->set_colour_type(CNodeCatagory::find_colour_type(inq_desc()->inq_catagory_type()));
+        column->set_header_text(descriptor->inq_user_type_name());
+    column->set_colour_type(CNodeCatagory::find_colour_type(descriptor->inq_catagory_type()));
 }
 
 void XSNode::add_to_graph(CNodeGraph* graph)

@@ -1,4 +1,3 @@
-#include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "kivlib/hdr/BinOStream.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/NumberedList.h"
@@ -67,7 +66,7 @@ KIVString XSNode::inq_prefs_file_for_type(bool create) const
                         nullptr, nullptr);
         return {};
     }
-    path.append_path(file_name_of(inq_desc()->inq_user_type_name()));
+    path.append_path(file_name_of(inq_type_name()));
     return path + "_col.prefs";
 }
 
