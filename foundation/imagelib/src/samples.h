@@ -3,6 +3,7 @@
 #include "imagelib/hdr/PixType.h"
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -38,6 +39,12 @@ template <class To, class From> To change_depth(From value)
 template <class Sample> void put_over(Sample* target, const Sample* source)
 {
     const unsigned rest = FULL<Sample> - source[3];
+    if (rest == 0) {
+        std::memcpy(target, source, 4 * sizeof(Sample));
+        return;
+    }
+    if (rest == FULL<Sample> && (source[0] | source[1] | source[2]) == 0)
+        return;
     for (int c = 0; c < 4; ++c) {
         const unsigned sum = source[c] + multiply(target[c], rest);
         target[c] = static_cast<Sample>(sum < FULL<Sample> ? sum : FULL<Sample>);
