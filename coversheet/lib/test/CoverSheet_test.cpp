@@ -17,21 +17,20 @@ std::unique_ptr<KIVScene> new_scene()
 }
 
 /// The fields that every release wrote, with the field size 14 and the credit `credit`.
-void tell_common_fields(CharOStream& out, KIVString credit)
+void tell_common_fields(CharOStream& out, const KIVString& credit)
 {
     KIVDateAndTime then(1000, 0);
     KIVString user("ada");
-    KIVString none;
-    Approval not_given;
+    std::array<KIVString, CoverSheet::STRING_COUNT> strings{credit};
+    std::array<Approval, CoverSheet::APPROVAL_COUNT> approvals;
     for (int stamp = 0; stamp < 2; ++stamp) {
         out.insert_without_class_hdr(&then);
         out.insert_without_class_hdr(&user);
     }
-    out.insert_with_class_hdr(&credit);
-    for (int i = 1; i < CoverSheet::STRING_COUNT; ++i)
-        out.insert_with_class_hdr(&none);
-    for (int i = 0; i < CoverSheet::APPROVAL_COUNT; ++i)
-        out.insert_with_class_hdr(&not_given);
+    for (const KIVString& string : strings)
+        out.insert_with_class_hdr(&string);
+    for (const Approval& approval : approvals)
+        out.insert_with_class_hdr(&approval);
     out << CAMERA_CUSTOM << 25 << 14 << 2.0 << 3 << CAMERA_HDTV << 1.5 << FIELD_CHART_GRID;
 }
 } // namespace

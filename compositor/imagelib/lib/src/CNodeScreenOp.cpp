@@ -5,7 +5,8 @@
 
 void CNodeScreenOp::copy_node_info(CNode* node)
 {
-    colour = static_cast<CNodeScreenBase*>(node)->inq_colour(inq_node_data()->inq_frameno());
+    if (const CDataImage* output = CDataImage::from(inq_node_data()))
+        colour = static_cast<const CNodeScreenBase*>(node)->inq_colour(output->inq_frameno());
 }
 
 void CNodeScreenOp::init_data(AbortPanel*)

@@ -1,10 +1,8 @@
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
 #include "compositor/imagelib/lib/test/Pixels.h"
-#include "compositor/lib/hdr/CDataDescriptor.h"
 #include "compositor/lib/hdr/CNodeOp.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/StandInCNode.h"
-#include "imagelib/hdr/PixmapImage.h"
 #include "imagelib/hdr/TiledMipMap.h"
 #include "kivlib/hdr/AbortPanel.h"
 #include "kivlib/hdr/KIVColour.h"
@@ -93,23 +91,7 @@ private:
     }
 };
 
-constexpr double SIDE = 4.0;
-const Vector2 SQUARE[] = {{0.0, SIDE}, {SIDE, SIDE}, {SIDE, 0.0}, {0.0, 0.0}};
-
 } // namespace
-
-TEST(CDataImage, is_registered_as_what_image_channels_carry)
-{
-    const CDataDescriptor* descriptor = CDataImage::inq_desc_s();
-    EXPECT_EQ(CDataDescriptor::find_desc_for("CDataImage"), descriptor);
-    EXPECT_STREQ(descriptor->inq_user_type_name(), "BG/OL");
-    EXPECT_EQ(descriptor->inq_type(), 100);
-    EXPECT_TRUE(descriptor->inq_can_union_data());
-    EXPECT_TRUE(descriptor->inq_can_order_data());
-    EXPECT_EQ(descriptor->inq_convertable_types(), nullptr);
-    const std::unique_ptr<CData> data(CDataDescriptor::new_data(100));
-    EXPECT_EQ(data->inq_desc(), descriptor);
-}
 
 TEST(CDataImage, makes_one_target_for_all_that_draw)
 {
@@ -196,19 +178,6 @@ TEST_F(Layers, below_an_abort_stay_as_they_are)
     EXPECT_EQ(merge(make_box(0, 0, 1, 1), &abort), Picture{"B"});
 }
 
-TEST(CDataImage, passes_its_picture_on_without_a_copy)
-{
-    CDataImage data;
-    CDataImage consumer;
-    ask(data, make_box(0, 0, 1, 1));
-    ask(consumer, make_box(0, 0, 1, 1));
-    const KIVPixmap* picture = data.create_pixmap(PT_RGBA_8);
-    data.copy_generated_data_to(&consumer, nullptr);
-    EXPECT_EQ(consumer.create_pixmap(PT_RGBA_8), picture);
-    data.copy_generated_data_to(&consumer, nullptr);
-    EXPECT_EQ(consumer.extract_pixmap(), nullptr);
-}
-
 TEST(CDataImage, draws_a_private_picture_in_view_space)
 {
     MipMap image(make_pixmap({"RG", "BW"}).release());
@@ -220,27 +189,11 @@ TEST(CDataImage, draws_a_private_picture_in_view_space)
         const std::unique_ptr<KIVPixmap> picture(data.extract_pixmap());
         EXPECT_EQ(find_picture(picture.get()), (Picture{".RG.", ".BW.", "...."})) << quality;
     }
-    CDataImage nothing;
-    ask(nothing, IntBBox());
-    nothing.set_generated_data(&image, corners, nullptr);
-    EXPECT_EQ(nothing.extract_pixmap(), nullptr);
-}
-
-TEST(CDataImage, turns_and_mirrors_by_the_corners)
-{
+    MipMap missing(nullptr);
     CDataImage data;
-    ask(data, make_box(0, 0, 2, 2));
-    PixmapImage source(make_pixmap({"RG", "BW"}).release());
-    const std::unique_ptr<KIVPixmap> owner(source.inq_pixmap());
-    const Vector2 quarter_turn[] = {{0.0, 0.0}, {0.0, 2.0}, {2.0, 2.0}, {2.0, 0.0}};
-    const Vector2 mirror[] = {{2.0, 2.0}, {0.0, 2.0}, {0.0, 0.0}, {2.0, 0.0}};
-    KIVPixmap* target = data.create_pixmap(PT_RGBA_8);
-    data.composite_generated_data(&source, quarter_turn, target);
-    EXPECT_EQ(find_picture(target), (Picture{"GW", "RB"}));
-    data.composite_generated_data(&source, mirror, target);
-    EXPECT_EQ(find_picture(target), (Picture{"GR", "WB"}));
-    data.composite_generated_data(owner.get(), target);
-    EXPECT_EQ(find_picture(target), (Picture{"RG", "BW"}));
+    ask(data, make_box(10, 5, 1, 1));
+    data.set_generated_data(&missing, corners, nullptr);
+    EXPECT_EQ(find_picture(data.create_pixmap(PT_RGBA_8)), Picture{"."});
 }
 
 // A soft picture has a known value at every point, whatever resamples it.
@@ -293,30 +246,16 @@ TEST(CDataImage, fetches_a_part_of_a_tiled_image_that_is_hardly_seen)
 
 TEST(CDataImage, takes_the_whole_of_a_tiled_image_that_is_mostly_seen_or_gives_no_part)
 {
+    const Vector2 inside[] = {{0.0, 4.0}, {4.0, 4.0}, {4.0, 0.0}, {0.0, 0.0}};
+    const Vector2 around[] = {{-4.0, 8.0}, {8.0, 8.0}, {8.0, -4.0}, {-4.0, -4.0}};
     TiledCard image(2, 2);
-    image.fetched.assign(std::begin(SQUARE), std::end(SQUARE));
-    CDataImage data;
-    ask(data, make_box(0, 0, 4, 4));
-    data.composite_generated_data(&image, SQUARE, data.create_pixmap(PT_RGBA_8));
-    EXPECT_TRUE(image.asked.empty());
-    EXPECT_EQ(find_picture(data.create_pixmap(PT_RGBA_8))[1].substr(1, 2), "BB");
-
-    image.fetched.clear();
-    const Vector2 large[] = {{-4.0, 8.0}, {8.0, 8.0}, {8.0, -4.0}, {-4.0, -4.0}};
-    data.composite_generated_data(&image, large, data.create_pixmap(PT_RGBA_8));
-    EXPECT_EQ(image.asked.size(), 4U);
-    EXPECT_EQ(find_picture(data.create_pixmap(PT_RGBA_8)), Picture(4, "BBBB"));
-}
-
-TEST(CDataImage, draws_nothing_of_an_image_without_size_or_pixels)
-{
-    MipMap image(make_pixmap({"R"}).release());
-    MipMap missing(nullptr);
-    const Vector2 point[] = {{1.0, 1.0}, {1.0, 1.0}, {1.0, 1.0}, {1.0, 1.0}};
     CDataImage data;
     ask(data, make_box(0, 0, 4, 4));
     KIVPixmap* target = data.create_pixmap(PT_RGBA_8);
-    data.composite_generated_data(&image, point, target);
-    data.composite_generated_data(&missing, SQUARE, target);
-    EXPECT_EQ(find_picture(target), Picture(4, "...."));
+    data.composite_generated_data(&image, inside, target);
+    EXPECT_TRUE(image.asked.empty());
+    EXPECT_EQ(find_picture(target)[1].substr(1, 2), "BB");
+    data.composite_generated_data(&image, around, target);
+    EXPECT_EQ(image.asked.size(), 4U);
+    EXPECT_EQ(find_picture(target), Picture(4, "BBBB"));
 }

@@ -4,7 +4,6 @@
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImageLoadDelegate.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImageOp.h"
-#include "compositor/imagelib/lib/hdr/KIVMissingImageError.h"
 #include "compositor/imagelib/lib/test/ImageGraph.h"
 #include "compositor/imagelib/lib/test/Pixels.h"
 #include "imagelib/hdr/BitmapProvider.h"
@@ -15,7 +14,6 @@
 #include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
-#include "xsheet/numeric/hdr/NumericSubColumn.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
 #include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
 
@@ -45,22 +43,16 @@ std::string tell_keys(const CNodeRasterImage& image)
 /// Images on disc and the assets that a scene would have for them.
 class Artwork {
 public:
-    KIVString write(const char* name, const Picture& picture) const
-    {
-        const auto* tiff = static_cast<KIVPixmapWriterDescriptor*>(
-            ClassManager::inq_main()->find_cd_for("TiffWriter"));
-        const std::unique_ptr<KIVPixmapWriter> writer(tiff->new_writer(0));
-        EXPECT_TRUE(writer->write_pixmap(folder.path(name), make_pixmap(picture).get()));
-        return folder.path(name);
-    }
-
     /// A node that shows the picture from the frame on.
     CNodeRasterImage* make_node(const char* name, const Picture& picture, int frame = 1)
     {
-        auto* node = new CNodeRasterImage(write(name, picture), nullptr);
-        if (frame != 1)
-            node->inq_raster_column()->move_key_to(node->inq_raster_column()->inq_first_key(),
-                                                   frame);
+        const ClassDescriptor* tiff = ClassManager::inq_main()->find_cd_for("TiffWriter");
+        const std::unique_ptr<KIVPixmapWriter> writer(
+            static_cast<const KIVPixmapWriterDescriptor*>(tiff)->new_writer(0));
+        EXPECT_TRUE(writer->write_pixmap(folder.path(name), make_pixmap(picture).get()));
+        auto* node = new CNodeRasterImage(folder.path(name), nullptr);
+        RasterSeqSubColumn* column = node->inq_raster_column();
+        column->move_key_to(column->inq_first_key(), frame);
         bind(*node);
         return node;
     }
@@ -101,8 +93,7 @@ public:
     gsl::owner<KIVStringSet*> pick_files(const KIVStringSet& extensions, int mode) override
     {
         EXPECT_EQ(mode, 1);
-        for (int i = 0; i < extensions.count(); ++i)
-            offered += extensions.at_index(i).str() + " ";
+        EXPECT_GT(extensions.count(), 0);
         return picked.release();
     }
 
@@ -114,12 +105,9 @@ public:
     }
 
     std::unique_ptr<KIVStringSet> picked;
-    std::string offered;
     std::string asked;
     int new_length = 0;
 };
-
-const Picture CORNER = {"RG", "BW"};
 
 } // namespace
 
@@ -132,58 +120,45 @@ TEST(CNodeRasterImage, puts_files_on_the_frames_of_their_numbers)
     EXPECT_EQ(keys_of({"c/a.tif", "c/b.tif", "c/d.tif"}), "1:a.tif 2:b.tif 3:d.tif ");
     EXPECT_EQ(keys_of({"c/a3.tif", "c/a0007.tif", "c/b.tif", "c/a2.tif"}),
               "3:a3.tif 7:a0007.tif 8:b.tif 9:a2.tif ");
-    EXPECT_EQ(keys_of({"c/a100.tif", "c/pan 20b.tif"}), "100:a100.tif 101:pan 20b.tif ");
     EXPECT_EQ(keys_of({"c/pan 20b.tif", "c/a99999999999999999999.tif"}),
               "20:pan 20b.tif 21:a99999999999999999999.tif ");
     EXPECT_EQ(keys_of({"c/a0012.tif"}), "1:a0012.tif ");
     EXPECT_EQ(keys_of({}), "");
 }
 
-TEST(CNodeRasterImage, lets_the_user_extend_a_sheet_that_is_too_short)
+TEST(CNodeRasterImage, is_made_of_files_that_the_user_picks_for_a_sheet_as_long_as_they_need)
 {
     ImageGraph graph;
     graph.sheet.set_length(10);
-    const KIVStringSet files = make_set({"c/a0009.tif", "c/a0012.tif"});
-    EXPECT_EQ(tell_keys(CNodeRasterImage(files, &graph.graph)), "9:a0009.tif 10:a0012.tif ");
+    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, nullptr), nullptr);
     Delegate delegate;
-    const CNodeRasterImage refused(files, &graph.graph);
+    const auto pick = [&](const KIVStringSet& files) {
+        delegate.picked = std::make_unique<KIVStringSet>(files);
+        bool flag = true;
+        const std::unique_ptr<CNode> node(CNodeRasterImage::new_node_s(&graph.graph, &flag));
+        EXPECT_FALSE(flag);
+        return tell_keys(static_cast<CNodeRasterImage&>(*node));
+    };
+    const KIVStringSet files = make_set({"c/a0009.tif", "c/a0012.tif"});
+    EXPECT_EQ(pick(files), "9:a0009.tif 10:a0012.tif ");
     EXPECT_EQ(delegate.asked, "1 to 12");
-    EXPECT_EQ(tell_keys(refused), "9:a0009.tif 10:a0012.tif ");
     delegate.new_length = 12;
-    EXPECT_EQ(tell_keys(CNodeRasterImage(files, &graph.graph)), "9:a0009.tif 12:a0012.tif ");
+    EXPECT_EQ(pick(files), "9:a0009.tif 12:a0012.tif ");
+    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, nullptr), nullptr) << "nothing picked";
 }
 
 TEST(CNodeRasterImage, is_titled_after_its_file_or_its_folder)
 {
     EXPECT_EQ(CNodeRasterImage("art/sky.v2.tif", nullptr).inq_name(), "sky.v2");
-    EXPECT_EQ(CNodeRasterImage(make_set({"art/walk.old/1.tif", "x/2.tif"}), nullptr).inq_name(),
-              "walk");
+    const KIVStringSet files = make_set({"art/walk.old/1.tif", "x/2.tif"});
+    EXPECT_EQ(CNodeRasterImage(files, nullptr).inq_name(), "walk");
     EXPECT_EQ(CNodeRasterImage(KIVStringSet(), nullptr).inq_name(), "Images");
-    const CNodeRasterImage image("art/sky.tif", nullptr);
-    EXPECT_EQ(*image.inq_raster_column()->inq_header_text(), "BG/OL");
-    EXPECT_EQ(image.inq_subcolumn(1), image.inq_raster_column());
-    EXPECT_TRUE(image.inq_is_source_image_node());
-}
-
-TEST(CNodeRasterImage, is_made_of_what_the_user_picks)
-{
-    ImageGraph graph;
-    bool flag = true;
-    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, &flag), nullptr);
-    EXPECT_FALSE(flag);
-    Delegate delegate;
-    EXPECT_EQ(CNodeRasterImage::new_node_s(&graph.graph, nullptr), nullptr);
-    EXPECT_NE(delegate.offered.find("tif "), std::string::npos);
-    delegate.picked = std::make_unique<KIVStringSet>(KIVString("c/a5.tif"));
-    const std::unique_ptr<CNode> node(CNodeRasterImage::new_node_s(&graph.graph, nullptr));
-    ASSERT_TRUE(node);
-    EXPECT_EQ(node->inq_path(), "c/a5.tif");
 }
 
 TEST(CNodeRasterImage, shows_the_image_of_the_key_at_or_before_a_frame)
 {
     Artwork artwork;
-    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", CORNER, 5));
+    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", {"R"}, 5));
     EXPECT_EQ(image->inq_mipmap_id(4, 8), -1);
     EXPECT_EQ(image->inq_filename(4), "None");
     const RasterAsset& asset = *artwork.assets[0];
@@ -195,8 +170,6 @@ TEST(CNodeRasterImage, shows_the_image_of_the_key_at_or_before_a_frame)
     const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
     EXPECT_NE(copy->inq_raster_column(), image->inq_raster_column());
     EXPECT_EQ(tell_keys(*copy), tell_keys(*image));
-    const std::unique_ptr<CNodeRasterImage> unfiled(new CNodeRasterImage("no/such.tif", nullptr));
-    EXPECT_EQ(unfiled->inq_mipmap_id(1, 8), -1) << "without an asset";
 }
 
 TEST(CNodeRasterImage, answers_for_its_pixels)
@@ -237,6 +210,7 @@ TEST(CNodeRasterImageOp, covers_what_the_request_sees_of_the_placed_image)
     EXPECT_TRUE(cover(2, 0.0, {30.0, 9.0}).inq_is_empty());
     EXPECT_TRUE(cover(1, 0.0, {8.0, 9.0}).inq_is_empty());
 
+    const Captured quiet;
     std::filesystem::remove(artwork.folder.path("a.tif").str());
     artwork.assets[0]->check_for_lost_file();
     EXPECT_EQ(cover(2, 0.0, {8.0, 9.0}), IntBBox(IntRect(20, 0, 0, 20))) << "box as requested";
@@ -244,49 +218,30 @@ TEST(CNodeRasterImageOp, covers_what_the_request_sees_of_the_placed_image)
     EXPECT_EQ(output->extract_pixmap(), nullptr);
 }
 
-TEST(CNodeRasterImageOp, draws_where_the_transforms_put_it)
+TEST(CNodeRasterImageOp, draws_the_same_in_a_shared_target_and_apart)
 {
     Artwork artwork;
-    ImageGraph graph;
-    auto* turn = graph.add(new CNodeRotate);
-    auto* angle = static_cast<NumericSubColumn*>(turn->inq_subcolumn());
-    KeyCell* key = angle->make_key(1);
-    static_cast<BaseNumericCellData*>(key->inq_data())->set_element(0, 90.0);
-    auto* flip = graph.add(new CNodeHorFlip);
-    graph.connect(flip, graph.output);
-    graph.connect(turn, flip);
-    graph.connect(artwork.add_node(graph, "a.tif", CORNER), turn);
-    for (const int bits : {8, 16})
-        for (graph.quality = 0; graph.quality < 2; ++graph.quality) {
-            graph.bits = bits;
-            const std::unique_ptr<KIVPixmap> frame = graph.render(4, 4);
-            ASSERT_TRUE(frame);
-            frame->convert(4, 8);
-            EXPECT_EQ(find_picture(frame.get()), (Picture{"WG", "BR"}));
-            EXPECT_EQ(graph.covered, IntBBox(IntRect(3, 1, 1, 3)));
-        }
-}
-
-TEST(CNodeRasterImageOp, gives_the_same_picture_in_a_shared_target_and_apart)
-{
-    Artwork artwork;
-    const auto render = [&](CNodeRostrum* between) {
+    const auto render = [&](CNodeRostrum* between, int quality) {
         ImageGraph graph;
-        graph.add(between);
-        graph.connect(between, graph.output);
-        graph.connect(artwork.add_node(graph, "top.tif", {"....", ".K..", "....", "...."}),
-                      between);
+        graph.quality = quality;
+        auto* turn = graph.add(new CNodeRotate);
+        KeyCell* angle = turn->inq_subcolumn()->make_key(1);
+        static_cast<BaseNumericCellData*>(angle->inq_data())->set_element(0, 90.0);
         auto* flip = graph.add(new CNodeHorFlip);
+        graph.connect(graph.add(between), graph.output);
+        graph.connect(artwork.add_node(graph, "K.tif", {"....", ".K..", "....", "...."}), between);
         graph.connect(flip, between);
-        graph.connect(artwork.add_node(graph, "flipped.tif", CORNER), flip);
+        graph.connect(turn, flip);
+        graph.connect(artwork.add_node(graph, "turned.tif", {"RG", "BW"}), turn);
         graph.connect(artwork.add_node(graph, "late.tif", {"KK", "KK"}, 9), between);
-        graph.connect(artwork.add_node(graph, "low.tif", {"WW.", "WW.", "WWW"}), between);
+        graph.connect(artwork.add_node(graph, "W.tif", {"WWWW", "WWWW", "WWWW", "..WW"}), between);
         return find_picture(graph.render(4, 4).get());
     };
-    const Picture shared = render(new CNodeRostrum);
-    EXPECT_EQ(shared[1].substr(1, 2), "KR");
-    EXPECT_EQ(shared[2].substr(1, 2), "WB");
-    EXPECT_EQ(render(new Wall), shared);
+    const Picture expected = {"WWWW", "WKGW", "WBRW", "..WW"};
+    for (const int quality : {0, 1}) {
+        EXPECT_EQ(render(new CNodeRostrum, quality), expected);
+        EXPECT_EQ(render(new Wall, quality), expected);
+    }
 }
 
 TEST(CNodeRasterImage, of_an_early_release_is_read_and_refused)
@@ -308,19 +263,10 @@ TEST(CNodeRasterImage, of_an_early_release_is_read_and_refused)
     Captured said;
     image->set_column(nullptr);
     const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
-    EXPECT_NE(said.inq_errors().find("This version of Montaray can't load PR1 scenes\n"),
-              std::string::npos);
-    EXPECT_NE(said.inq_errors().find("compositor/imagelib/lib/src/CNodeRasterImage"),
-              std::string::npos);
+    for (const char* part : {"This version of Montaray can't load PR1 scenes\n",
+                             "compositor/imagelib/lib/src/CNodeRasterImage"})
+        EXPECT_NE(said.inq_errors().find(part), std::string::npos);
     EXPECT_EQ(copy->inq_raster_column(), nullptr);
     EXPECT_EQ(copy->inq_mipmap_id(1, 8), -1);
     EXPECT_EQ(copy->inq_path(), "");
-}
-
-TEST(KIVMissingImageError, names_the_file)
-{
-    const KIVMissingImageError error("art/sky.tif");
-    const std::unique_ptr<KIVObject> copy(error.clone());
-    EXPECT_EQ(static_cast<KIVError*>(copy.get())->inq_description(),
-              "Failed to find image art/sky.tif");
 }
