@@ -60,6 +60,9 @@ public:
     /// deletes what nobody claimed.
     bool claim(const KIVObject* object);
 
+    /// `object`, read from this stream, is about to go: a record that refers to it is an error.
+    void forget(const KIVObject* object);
+
     /// A count of things of at least `least` bytes each. More than the record can hold is an
     /// error and gives 0.
     int read_count(std::size_t least = 1);

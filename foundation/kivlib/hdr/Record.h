@@ -52,6 +52,7 @@ public:
         std::unique_ptr<T> object;
         owned(object, in);
         field = object ? *object : T();
+        stream.forget(object.get());
     }
 
     /// An object with class header that this record owns.
@@ -89,6 +90,7 @@ public:
     {
         std::unique_ptr<T> dropped;
         owned(dropped, in);
+        stream.forget(dropped.get());
     }
 
 private:

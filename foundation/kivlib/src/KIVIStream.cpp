@@ -38,6 +38,12 @@ bool KIVIStream::claim(const KIVObject* object)
     return entry->is_owned = true;
 }
 
+void KIVIStream::forget(const KIVObject* object)
+{
+    if (LoadTable::Entry* entry = table->find(object))
+        entry->object = nullptr;
+}
+
 int KIVIStream::read_count(std::size_t least)
 {
     int count = 0;

@@ -51,6 +51,23 @@ void Ring::storer(KIVOStream& stream)
 
 KIV_STORED_CLASS(Ring, 70);
 
+/// Takes over the values of two objects, which then go.
+class Pair : public KIVObject {
+    KIV_STORED(Pair, KIVObject);
+
+public:
+    explicit Pair(KIVIStream& stream) : KIVObject(stream)
+    {
+        RecordReader r(stream);
+        r.headed(first);
+        r.headed(second);
+    }
+
+    KIVString first, second;
+};
+
+KIV_STORED_CLASS(Pair, -1);
+
 class YoungerBase : public KIVObject {
     KIV_STORED(YoungerBase, KIVObject);
 
@@ -230,6 +247,21 @@ TEST(ObjectStream, refuses_a_second_owner)
     old.insert_with_class_hdr(nullptr);
     old << 0;
     EXPECT_EQ(read_error(old.finish()), KIVStream::OWNED_TWICE);
+}
+
+TEST(ObjectStream, refuses_a_reference_to_an_object_that_is_gone)
+{
+    KIVString first("first");
+    KIVString second("second");
+    OldRecord good("Pair", 1);
+    good.insert_with_class_hdr(&first);
+    good.insert_with_class_hdr(&second);
+    EXPECT_EQ(good.read<Pair>()->second, "second");
+
+    OldRecord bad("Pair", 1);
+    bad.insert_with_class_hdr(&first);
+    bad.insert_with_class_hdr(&first);
+    EXPECT_EQ(bad.read<Pair>(), nullptr);
 }
 
 TEST(ObjectStream, bounds_counts_by_the_record)
