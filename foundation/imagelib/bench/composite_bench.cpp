@@ -1,8 +1,11 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapImage.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <pixman.h>
 

@@ -33,6 +33,10 @@ template <class To, class From> void put_samples(To* out, const From* in, const 
     using Deeper = std::conditional_t<(sizeof(To) > sizeof(From)), To, From>;
     const bool is_grey = layout.samples < 3;
     const From cover = layout.alpha == Alpha::NONE ? samples::FULL<From> : in[layout.samples - 1];
+    if (cover == 0 && layout.alpha == Alpha::STRAIGHT) { // most of a drawing
+        std::memset(out, 0, 4 * sizeof(To));
+        return;
+    }
     const Deeper alpha = samples::change_depth<Deeper>(cover);
     for (int c = 0; c < 3; ++c) {
         Deeper value = samples::change_depth<Deeper>(in[is_grey ? 0 : c]);
@@ -65,7 +69,13 @@ void put_pixels(KIVPixmap& picture, int x, int y, const void* pixels, int count,
 {
     unsigned char* out =
         picture.inq_row(y) + static_cast<std::ptrdiff_t>(x) * picture.inq_bytes_per_pixel();
-    if (picture.inq_bits_per_sample() == 8)
+    const bool is_as_wanted =
+        layout.bits == picture.inq_bits_per_sample() &&
+        (layout.samples == 3 || (layout.samples == 4 && layout.alpha == Alpha::PREMULTIPLIED));
+    if (is_as_wanted)
+        convert_pixels(out, picture.inq_type(), pixels, make_pix_type(layout.samples, layout.bits),
+                       count);
+    else if (picture.inq_bits_per_sample() == 8)
         put_row_as(out, pixels, count, layout);
     else
         put_row_as(reinterpret_cast<std::uint16_t*>(out), pixels, count, layout);
