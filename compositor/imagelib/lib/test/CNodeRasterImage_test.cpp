@@ -224,6 +224,7 @@ TEST(CNodeRasterImageOp, draws_the_same_in_a_shared_target_and_apart)
     const auto render = [&](CNodeRostrum* between, int quality) {
         ImageGraph graph;
         graph.quality = quality;
+        graph.bits = quality == 0 ? 16 : 8;
         auto* turn = graph.add(new CNodeRotate);
         KeyCell* angle = turn->inq_subcolumn()->make_key(1);
         static_cast<BaseNumericCellData*>(angle->inq_data())->set_element(0, 90.0);
@@ -235,7 +236,10 @@ TEST(CNodeRasterImageOp, draws_the_same_in_a_shared_target_and_apart)
         graph.connect(artwork.add_node(graph, "turned.tif", {"RG", "BW"}), turn);
         graph.connect(artwork.add_node(graph, "late.tif", {"KK", "KK"}, 9), between);
         graph.connect(artwork.add_node(graph, "W.tif", {"WWWW", "WWWW", "WWWW", "..WW"}), between);
-        return find_picture(graph.render(4, 4).get());
+        const std::unique_ptr<KIVPixmap> frame = graph.render(4, 4);
+        EXPECT_EQ(frame->inq_bits_per_sample(), graph.bits);
+        frame->convert(4, 8);
+        return find_picture(frame.get());
     };
     const Picture expected = {"WWWW", "WKGW", "WBRW", "..WW"};
     for (const int quality : {0, 1}) {
