@@ -1,0 +1,147 @@
+#include "coversheet/lib/hdr/CoverSheet.h"
+#include "imagelib/hdr/KIVPixmap.h"
+#include "kivlib/hdr/AbortPanel.h"
+#include "kivlib/hdr/KIVRectangle.h"
+#include "render/hdr/RenderScene.h"
+#include "tests/museum/Museum.h"
+#include "tests/support/Captured.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+class Aborted : public AbortPanel {
+public:
+    bool inq_abort() override { return true; }
+};
+
+using Pixmap = std::unique_ptr<KIVPixmap>;
+
+Scene empty_scene()
+{
+    Scene scene(KIVScene::inq_unsetup_scene());
+    scene->inq_graph()->set_root_node(add_node<CNodeRostrum>(*scene));
+    return scene;
+}
+
+std::string pixel(const KIVPixmap& pixmap)
+{
+    std::string text;
+    for (int i = 0; i < pixmap.inq_samples_per_pixel(); ++i)
+        text += std::to_string(pixmap.inq_data()[i]) + " ";
+    return text;
+}
+
+void set_camera(const FadingCard& museum, double x, double angle, double width)
+{
+    auto* move = static_cast<MoveColumn*>(museum.camera->inq_pos_subcolumn());
+    set_key(move->find_sub_column(MoveColumn::XPOS_SUBCOL), 1, {x});
+    set_key(museum.camera->inq_angle_subcolumn(), 1, {angle});
+    set_key(museum.camera->inq_width_subcolumn(), 1, {width});
+}
+} // namespace
+
+TEST(RenderScene, an_empty_frame_is_all_background)
+{
+    const Scene scene = empty_scene();
+    RenderScene renderer(scene.get(), 8, 6, 1.0, 0, 0, 8, 0);
+    renderer.set_camera_view();
+    Pixmap frame(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_type(), PT_RGB_8);
+    EXPECT_EQ(pixel(*frame), "0 0 0 ");
+    EXPECT_DOUBLE_EQ(frame->inq_x_dpi(), 8 * 60.0 / 720.0);
+
+    renderer.set_background_colour(KIVColour(0.0, 0.0, 0.0, 0.0));
+    frame.reset(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_type(), PT_RGBA_8);
+    EXPECT_EQ(pixel(*frame), "0 0 0 0 ");
+
+    renderer.set_background_colour(KIVColour(1.0, 1.0, 1.0, 0.998046875));
+    frame.reset(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_type(), PT_RGB_8);
+    renderer.set_is_rgba(true);
+    frame.reset(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_type(), PT_RGBA_8);
+}
+
+TEST(RenderScene, an_image_with_alpha_comes_over_an_opaque_background)
+{
+    const FadingCard museum;
+    RenderScene renderer(museum.scene.get(), 8, 6, 1.0, 0, 0, 8, 0);
+    renderer.set_camera_view();
+    const Pixmap frame(renderer.render_frame(40, nullptr));
+    EXPECT_EQ(frame->inq_type(), PT_RGB_8);
+    EXPECT_EQ(pixel(*frame), "255 255 255 ");
+}
+
+TEST(RenderScene, gives_no_frame_without_a_root_or_when_it_is_stopped)
+{
+    const Scene scene(KIVScene::inq_unsetup_scene());
+    EXPECT_EQ(RenderScene(scene.get(), 8, 6, 1.0, 0, 0, 8, 0).render_frame(1, nullptr), nullptr);
+    const FadingCard museum;
+    Aborted panel;
+    EXPECT_EQ(RenderScene(museum.scene.get(), 8, 6, 1.0, 0, 0, 8, 0).render_frame(1, &panel),
+              nullptr);
+}
+
+TEST(RenderScene, a_fixed_view_has_the_camera_in_its_middle)
+{
+    const FadingCard museum;
+    RenderScene renderer(museum.scene.get(), 360, 200, 0.5, 0, 0, 8, 0);
+    renderer.set_camera_view();
+    const Matrix44& view = renderer.inq_camera_to_pixmap_transform();
+    EXPECT_EQ(view * Vector2(0.0, 0.0), Vector2(180.0, 100.0));
+    EXPECT_EQ(view * Vector2(100.0, 100.0), Vector2(230.0, 125.0));
+    Matrix44 moved;
+    moved.set_translation(Vector3(10.0, 20.0, 0.0));
+    renderer.set_view_transform(moved);
+    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(5.0, 10.0));
+}
+
+TEST(RenderScene, a_dynamic_view_follows_the_camera)
+{
+    const FadingCard museum;
+    set_camera(museum, 100.0, 0.0, 360.0);
+    museum.scene->inq_cover_sheet()->set_aspect_ratio(2.0);
+    RenderScene renderer(museum.scene.get(), 10.0, 1.0, 0, 0, 8, 0);
+    const Pixmap frame(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_width(), 60);
+    EXPECT_EQ(frame->inq_height(), 30);
+    EXPECT_EQ(frame->inq_origin(), Vector2(-80.0, -90.0));
+    EXPECT_EQ(frame->inq_x_dpi(), 10.0);
+    EXPECT_EQ(renderer.inq_world_to_camera_transform(1) * Vector2(100.0, 0.0), Vector2(0.0, 0.0));
+}
+
+TEST(RenderScene, a_turned_camera_gives_true_lengths)
+{
+    const FadingCard museum;
+    set_camera(museum, 0.0, 90.0, 720.0);
+    RenderScene renderer(museum.scene.get(), 10.0, 1.0, 0, 0, 8, 0);
+    Matrix44 to_world = renderer.inq_world_to_camera_transform(1);
+    to_world.invert();
+    const KIVRectangle view = renderer.inq_w_camera_rect(to_world);
+    EXPECT_NEAR(view.inq_width(), 720.0, 1e-9);
+    EXPECT_NEAR(view.inq_height(), 540.0, 1e-9);
+}
+
+TEST(RenderScene, a_camera_that_is_not_next_to_the_root_is_not_followed)
+{
+    const FadingCard museum;
+    set_camera(museum, 100.0, 0.0, 360.0);
+    connect(*museum.scene, museum.card, museum.output);
+    RenderScene renderer(museum.scene.get(), 10.0, 1.0, 0, 0, 8, 0);
+    EXPECT_EQ(renderer.inq_world_to_camera_transform(1), Matrix44());
+}
+
+TEST(RenderScene, fixed_views_are_refused_in_dynamic_mode)
+{
+    const Captured captured;
+    const FadingCard museum;
+    RenderScene renderer(museum.scene.get(), 10.0, 1.0, 0, 0, 8, 0);
+    renderer.set_camera_view();
+    renderer.set_view_transform(Matrix44());
+    renderer.set_view_transform_and_node(Matrix44(), museum.card);
+    EXPECT_EQ(captured.inq_errors(), "render/src/RenderScene, line 300: Program error.\n"
+                                     "render/src/RenderScene, line 331: Program error.\n"
+                                     "render/src/RenderScene, line 359: Program error.\n");
+    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform(), Matrix44());
+}

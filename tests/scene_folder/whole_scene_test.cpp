@@ -1,0 +1,130 @@
+#include "imagelib/hdr/KIVPixmap.h"
+#include "render/hdr/RenderScene.h"
+#include "tests/museum/Museum.h"
+#include "tests/support/Captured.h"
+#include "tests/support/TempFolder.h"
+#include "xsheet/column/hdr/SubColumnWatcher.h"
+#include "xsheet/store_control/hdr/XSheetStoreController.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <sys/stat.h>
+
+namespace {
+Scene load(const KIVString& folder)
+{
+    return Scene(KIVScene::load_from_file(folder, nullptr, false));
+}
+
+ino_t inode(const TempFolder& folder, const char* name)
+{
+    struct stat status {};
+    return ::stat(folder.path(name).c_str(), &status) == 0 ? status.st_ino : 0;
+}
+
+/// The grey of every frame, as rendered.
+std::vector<int> render_all(KIVScene& scene)
+{
+    RenderScene renderer(&scene, 4, 3, 1.0, 0, 0, 16, 0);
+    std::vector<int> greys{0};
+    for (int frame = 1; frame <= scene.inq_scene_length(); ++frame) {
+        renderer.set_camera_view();
+        const std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, nullptr));
+        greys.push_back(*reinterpret_cast<const std::uint16_t*>(pixmap->inq_data()));
+    }
+    return greys;
+}
+} // namespace
+
+TEST(WholeScene, is_the_same_after_it_was_saved_and_loaded)
+{
+    const TempFolder folder;
+    const FadingCard museum;
+    ASSERT_TRUE(museum.scene->save_to_file(folder.path("a"), true, true, false));
+    const Scene loaded = load(folder.path("a"));
+    ASSERT_TRUE(loaded);
+    EXPECT_FALSE(loaded->inq_needs_saving());
+    EXPECT_EQ(render_all(*loaded), render_all(*museum.scene));
+    ASSERT_TRUE(loaded->save_to_file(folder.path("b"), true, true, false));
+    for (const std::string file :
+         {"Scene.contents", "XSheet", "CoverSheet", "Graph", "DLLUsage", "kvd"})
+        EXPECT_EQ(folder.read("a/" + file), folder.read("b/" + file)) << file;
+}
+
+TEST(WholeScene, an_unchanged_one_rewrites_only_what_it_must)
+{
+    const TempFolder folder;
+    ASSERT_TRUE(FadingCard().scene->save_to_file(folder.path(), true, true, false));
+    const Scene scene = load(folder.path());
+    std::map<std::string, ino_t> before;
+    for (const char* file : {"Scene.contents", "XSheet", "CoverSheet", "Graph", "DLLUsage", "kvd"})
+        before[file] = inode(folder, file);
+    ASSERT_TRUE(scene->save_to_file(folder.path(), false, true, false));
+    for (const auto& [file, old_inode] : before) {
+        const bool is_kept = file == "XSheet" || file == "CoverSheet";
+        EXPECT_EQ(inode(folder, file.c_str()) == old_inode, is_kept) << file;
+    }
+}
+
+TEST(WholeScene, a_key_changes_just_the_frames_that_it_reaches)
+{
+    const FadingCard museum;
+    const std::vector<int> before = render_all(*museum.scene);
+    SubColumnWatcher watcher(museum.inq_colour(), allocate_unique_watcher_label(), nullptr);
+    museum.inq_colour()->add_watcher(&watcher);
+    static_cast<BaseNumericCellData*>(museum.middle->inq_data())->set_element(0, 0.25);
+    const std::vector<int> after = render_all(*museum.scene);
+    for (int frame = 1; frame <= 40; ++frame) {
+        const bool is_reached = 1 < frame && frame < 40;
+        const auto i = static_cast<std::size_t>(frame);
+        EXPECT_EQ(before[i] != after[i], is_reached) << "frame " << frame;
+        EXPECT_EQ(watcher.inq_frame_changed(frame), is_reached) << "frame " << frame;
+    }
+    EXPECT_TRUE(museum.scene->inq_needs_saving());
+}
+
+TEST(WholeScene, a_damaged_file_of_any_part_is_refused)
+{
+    const TempFolder folder;
+    const Captured captured;
+    ASSERT_TRUE(FadingCard().scene->save_to_file(folder.path(), true, true, false));
+    std::size_t alerts = 0;
+    for (const std::string file : {"Scene.contents", "XSheet", "CoverSheet", "Graph", "kvd"}) {
+        const std::string whole = folder.read(file);
+        std::string flipped = whole;
+        flipped[whole.size() / 2] = static_cast<char>(flipped[whole.size() / 2] ^ 4);
+        for (const std::string& damaged : {flipped, whole.substr(0, whole.size() / 2)}) {
+            folder.write(file, damaged);
+            EXPECT_FALSE(load(folder.path())) << file;
+            EXPECT_EQ(captured.inq_alerts().size(), ++alerts) << file;
+            EXPECT_EQ(folder.read(file), damaged);
+        }
+        folder.write(file, whole);
+    }
+    EXPECT_TRUE(load(folder.path()));
+}
+
+TEST(WholeScene, a_chain_of_thousands_of_nodes_is_stored_and_rendered)
+{
+    constexpr int LONG = 5000;
+    const TempFolder folder;
+    {
+        const FadingCard museum;
+        CNodeGraph& graph = *museum.scene->inq_graph();
+        graph.set_type_checker_disabled();
+        CNode* last = museum.card;
+        for (int i = 0; i < LONG; ++i) {
+            CNode* next = add_node<CNodeTranslate>(*museum.scene);
+            connect(*museum.scene, last, next);
+            last = next;
+        }
+        connect(*museum.scene, last, museum.camera);
+        EXPECT_TRUE(graph.set_type_checker_enabled());
+        ASSERT_TRUE(museum.scene->save_to_file(folder.path(), true, true, false));
+    }
+    const Scene scene = load(folder.path());
+    ASSERT_TRUE(scene);
+    EXPECT_EQ(scene->inq_graph()->inq_nodes_list()->count(), LONG + 3);
+    scene->inq_xsheet()->set_length(1);
+    EXPECT_EQ(render_all(*scene).size(), 2U);
+}
