@@ -68,7 +68,8 @@ public:
     void set_field_chart_type(CameraType type);
     void set_field_chart_ratio(double ratio);
 
-    /// In fields, or in millimetres if the style is. Sizes of 1 and of 1000 and beyond are ignored.
+    /// In fields, or in millimetres if the style is. Sizes of 1 and below, and of 1000 and above,
+    /// are ignored.
     int inq_field_size() const { return field_size; }
     void set_field_size(int size);
 

@@ -34,8 +34,10 @@ void KIVCamera::add_watcher(CameraWatcher* watcher)
 
 void KIVCamera::remove_watcher(CameraWatcher* watcher)
 {
-    if (watchers)
-        watchers->remove(watcher);
+    if (!watchers || !watchers->remove(watcher) || watchers->find(watcher))
+        return;
+    if (watcher->camera == this)
+        watcher->camera = nullptr;
 }
 
 void KIVCamera::aspect_ratio_changed() const

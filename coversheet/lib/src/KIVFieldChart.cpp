@@ -38,8 +38,10 @@ void KIVFieldChart::add_watcher(FieldChartWatcher* watcher)
 
 void KIVFieldChart::remove_watcher(FieldChartWatcher* watcher)
 {
-    if (watchers)
-        watchers->remove(watcher);
+    if (!watchers || !watchers->remove(watcher) || watchers->find(watcher))
+        return;
+    if (watcher->field_chart == this)
+        watcher->field_chart = nullptr;
 }
 
 void KIVFieldChart::field_chart_changed() const

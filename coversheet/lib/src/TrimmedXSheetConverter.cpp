@@ -15,6 +15,9 @@ TrimmedXSheetConverter::TrimmedXSheetConverter(KIVIStream& stream) : KIVObject(s
 {
     RecordReader fields(stream);
     record(fields);
+    for (const int frames : {start_trim_frames, end_trim_frames})
+        if (frames < -BaseCell::MOST_FRAMES || frames > BaseCell::MOST_FRAMES)
+            stream.set_error_state(KIVStream::BAD_DATA);
     xsheet = stored_sheet.get();
 }
 

@@ -44,12 +44,22 @@ Place mix(const Place& a, const Place& b, double share)
 struct Segment {
     Place p0, p1, p2, p3;
 
-    // Handles that reach past the other point would let the curve run back in time.
     Segment(const FairingCP& from, const FairingCP& to)
         : p0(from.point), p1(from.point + from.after), p2(to.point + to.before), p3(to.point)
     {
+        if (!runs_back())
+            return;
         p1.time = std::clamp(p1.time, p0.time, std::max(p0.time, p3.time));
         p2.time = std::clamp(p2.time, p0.time, std::max(p0.time, p3.time));
+    }
+
+    /// Handles that reach past the other point may let the curve run back in time. They need not:
+    /// the halves of a curve whose handles cross have such handles.
+    bool runs_back() const
+    {
+        constexpr double ROUNDING = 1.0 + 1e-9;
+        const double d0 = p1.time - p0.time, d1 = p2.time - p1.time, d2 = p3.time - p2.time;
+        return d0 < 0.0 || d2 < 0.0 || (d1 < 0.0 && d1 * d1 > d0 * d2 * ROUNDING);
     }
 
     Place at(double u) const
@@ -177,7 +187,6 @@ double Fairing::get_height(int offset) const
 gsl::owner<Fairing*> Fairing::split(int offset)
 {
     auto later = std::make_unique<Fairing>(number_between - offset);
-    later->sample_rate = sample_rate;
     const double time = std::clamp(offset / std::max(1.0, 1.0 + number_between), 0.0, 1.0);
     number_between = offset - 1;
     if (points.empty())

@@ -1,7 +1,7 @@
 #pragma once
 
 /// Cameras and field charts by the shape of their picture. The numbers are stored.
-enum CameraType {
+enum CameraType : int {
     CAMERA_CUSTOM = 0,
     CAMERA_FIELD_CHART = 1, // the animator's chart, 48 to 35
     CAMERA_ACADEMY = 2,     // 4 to 3
@@ -15,7 +15,7 @@ enum CameraType {
 double inq_ratio_for_camera(CameraType type);
 
 /// Field charts. The numbers are stored.
-enum FieldChartStyle {
+enum FieldChartStyle : int {
     FIELD_CHART_NORTH_SOUTH = 0,
     FIELD_CHART_GRID = 1,
     FIELD_CHART_MILLIMETRES = 2

@@ -192,6 +192,10 @@ std::size_t ConnectOStream::begin_record(const KIVString& class_name, int versio
 
 unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
 {
+    if (!descriptor) {
+        set_error(CANT_WRITE, "an object of a class that is not registered");
+        return 0;
+    }
     auto& recent =
         recent_classes[(reinterpret_cast<std::uintptr_t>(descriptor) >> 6) % recent_classes.size()];
     if (recent.first != descriptor) {

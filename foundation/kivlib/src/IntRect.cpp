@@ -4,14 +4,20 @@
 namespace {
 constexpr double FARTHEST = 1e9; // pixels; keeps sums and products of sides in range
 
+/// What is no number, such as the place of something of an infinite size, counts as 0.
+double in_range(double value)
+{
+    return std::isnan(value) ? 0.0 : std::clamp(value, -FARTHEST, FARTHEST);
+}
+
 long round_down(double value)
 {
-    return static_cast<long>(std::floor(std::clamp(value, -FARTHEST, FARTHEST)));
+    return static_cast<long>(std::floor(in_range(value)));
 }
 
 long round_up(double value)
 {
-    return static_cast<long>(std::ceil(std::clamp(value, -FARTHEST, FARTHEST)));
+    return static_cast<long>(std::ceil(in_range(value)));
 }
 } // namespace
 

@@ -6,10 +6,12 @@ KIV_STORED_CLASS(KIVDLLUsageList, -1);
 
 namespace {
 /// The class manager's descriptor of the name: the one there already, or the one that came in.
-ClassDescriptor* settle(std::unique_ptr<ClassDescriptor> descriptor)
+ClassDescriptor* settle(std::unique_ptr<ClassDescriptor> descriptor, KIVIStream& stream)
 {
-    if (ClassDescriptor* present = ClassManager::inq_main()->find_cd_for(descriptor->inq_name()))
+    if (ClassDescriptor* present = ClassManager::inq_main()->find_cd_for(descriptor->inq_name())) {
+        stream.forget(descriptor.get());
         return present;
+    }
     descriptor->did_load();
     return descriptor.release();
 }
@@ -22,7 +24,7 @@ KIVDLLUsageList::KIVDLLUsageList(KIVIStream& stream) : KIVObject(stream)
         std::unique_ptr<ClassDescriptor> descriptor;
         reader_of_fields.owned(descriptor);
         if (descriptor && !stream.inq_error_state())
-            descriptors.push_back(settle(std::move(descriptor)));
+            descriptors.push_back(settle(std::move(descriptor), stream));
     }
 }
 

@@ -234,6 +234,15 @@ TEST(ObjectStream, refuses_an_object_of_another_class)
     EXPECT_EQ(read_error(old.finish()), KIVStream::WRONG_CLASS);
 }
 
+TEST(ObjectStream, does_not_write_an_object_whose_class_nobody_knows)
+{
+    class Unregistered : public KIVObject {};
+    const Unregistered object;
+    CharOStream out;
+    out.insert_with_class_hdr(&object);
+    EXPECT_EQ(out.inq_error_state(), KIVStream::CANT_WRITE);
+}
+
 TEST(ObjectStream, refuses_a_second_owner)
 {
     OldRecord old("Ring", 70);

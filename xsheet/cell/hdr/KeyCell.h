@@ -94,6 +94,7 @@ public:
 
 private:
     template <class Record> void record(Record& r);
+    void make_fairing();
     int calc_natural_interp_len() const;
     int calc_interp_len() const;
     void tell_reach_changed(int old_len) const;

@@ -18,8 +18,9 @@ BaseCellList::BaseCellList(KIVIStream& stream) : KIVObject(stream)
         std::unique_ptr<BaseCell> cell;
         r.owned(cell);
         if (cell)
-            insert(cells.end(), cell.release());
+            add_cell(cell.release());
     }
+    cursor = nullptr;
 }
 
 void BaseCellList::storer(KIVOStream& stream)
@@ -78,6 +79,8 @@ void BaseCellList::add_cell_at(gsl::owner<BaseCell*> cell, int number)
 /// its number belongs is looked for everywhere.
 BaseCellList::Cells::const_iterator BaseCellList::find_place(const BaseCell* cell) const
 {
+    if (!cell)
+        return cells.end();
     auto place = std::ranges::lower_bound(cells, cell->number, {}, &BaseCell::number);
     while (place != cells.end() && *place != cell && (*place)->number == cell->number)
         ++place;

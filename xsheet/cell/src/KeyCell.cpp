@@ -194,8 +194,7 @@ void KeyCell::reset_interp_len()
         tell_reach_changed(old_len);
 }
 
-// A reach that is one frame shorter is told to nobody: that frame has a key of its own now, which
-// tells of itself.
+// A reach that is one frame shorter is told to nobody.
 void KeyCell::tell_reach_changed(int old_len) const
 {
     const int number = inq_number();
@@ -250,13 +249,20 @@ void KeyCell::set_mode(InterpMode m)
             clear_inbetweens();
         mode = m;
         if (mode == IM_INBETWEEN && !fairing)
-            fairing = std::make_unique<Fairing>(interp_len);
+            make_fairing();
         if (inq_number() <= 0)
             return; // still under construction: there is no reach yet
         reset_interp_len();
         tell_frames_up_to_next_key();
     }
     set_needs_saving();
+}
+
+void KeyCell::make_fairing()
+{
+    fairing = std::make_unique<Fairing>(interp_len);
+    if (sample_rate > 0)
+        fairing->set_sample_rate(sample_rate);
 }
 
 void KeyCell::tell_frames_up_to_next_key() const
@@ -301,7 +307,7 @@ bool KeyCell::copy_fairing_from(const KeyCell* source)
         return false;
     }
     if (!fairing)
-        fairing = std::make_unique<Fairing>(interp_len);
+        make_fairing();
     if (fairing->is_same_shape(source->fairing.get()))
         return false;
     source->fairing->copy_into(fairing.get());

@@ -7,6 +7,8 @@ class XSNode;
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "xsheet/column/hdr/SubColumn.h"
 
+#include <unordered_map>
+
 /// A sub-column that holds others, in an order, and owns them. Keys stand in its members alone.
 class Column : public SubColumn {
     KIV_STORED(Column, SubColumn);
@@ -95,6 +97,8 @@ public:
 private:
     template <class Record> void record(Record& r);
     void read_sub_columns(KIVIStream& stream);
+    void index_sub_columns() const;
+    SubColumn* search_sub_column(unsigned long member_label) const;
     int find_in_headers(const KIVString& text, int frame, int flags);
     KIVLinkedList::Objects<SubColumn> members() const { return sub_columns.of<SubColumn>(); }
 
@@ -103,6 +107,9 @@ private:
     std::unique_ptr<KIVColour> bg_colour; // null until it is set
     int colour_type = -1;
     KIVLinkedList sub_columns{false}; // owned, and deleted by the destructor
+
+    mutable std::unordered_map<unsigned long, SubColumn*> index; // the members by their labels
+    mutable int indexed_count = 0; // as many as the column had then; 0 for an index out of date
 };
 
 /// The columns of the graph's nodes in the order of its nodes; the caller deletes the list.

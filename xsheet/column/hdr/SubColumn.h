@@ -86,7 +86,7 @@ public:
     virtual bool load_finished_with_abort();
     virtual bool can_set_length(int frames);
 
-    /// Deletes the keys beyond; nobody is told.
+    /// Deletes the keys beyond; nobody is told of them.
     virtual void set_length(int frames);
     virtual bool is_column() const;
     virtual bool can_insert_key_type(KeyCell* key);

@@ -250,6 +250,7 @@ void Column::clear_all_inbetweens()
 
 bool Column::add_sub_column(gsl::owner<SubColumn*> member, SubColumn* after)
 {
+    indexed_count = 0;
     member->set_column(this);
     if (after)
         sub_columns.add_after(after, member);
@@ -269,6 +270,7 @@ bool Column::move_sub_column(SubColumn* member, SubColumn* after)
     KIVLinkOb* place = sub_columns.find(member);
     if (!place)
         return false;
+    indexed_count = 0;
     gsl::owner<KIVLinkOb*> link = sub_columns.remove_link(place);
     if (KIVLinkOb* before = after ? sub_columns.find(after) : nullptr)
         sub_columns.add_link_after(before, link);
@@ -287,6 +289,7 @@ gsl::owner<SubColumn*> Column::remove_sub_column(SubColumn* member)
 {
     member->column_being_removed();
     tell_watchers_sub_column_removed(member);
+    indexed_count = 0;
     const bool was_member = sub_columns.remove(member);
     set_needs_saving();
     if (!was_member)
@@ -348,7 +351,29 @@ gsl::owner<KIVLinkedList*> Column::inq_containers_or_data(bool containers)
     return containers ? inq_columns() : inq_shallow_sub_column_list();
 }
 
+// The sheet of a large scene is asked by each of its nodes.
 SubColumn* Column::find_sub_column(unsigned long member_label) const
+{
+    constexpr int MANY = 32;
+    if (sub_columns.count() < MANY)
+        return search_sub_column(member_label);
+    if (indexed_count != sub_columns.count())
+        index_sub_columns();
+    const auto place = index.find(member_label);
+    if (place != index.end() && place->second->inq_label() == member_label)
+        return place->second;
+    return search_sub_column(member_label); // labels may have been given since
+}
+
+void Column::index_sub_columns() const
+{
+    index.clear();
+    for (SubColumn* member : members())
+        index.try_emplace(member->inq_label(), member);
+    indexed_count = sub_columns.count();
+}
+
+SubColumn* Column::search_sub_column(unsigned long member_label) const
 {
     for (SubColumn* member : members())
         if (member->inq_label() == member_label)
@@ -381,7 +406,10 @@ int Column::search_for_sub_column_name(const KIVString& name, SubColumn** out, b
 
 void Column::set_bg_colour(const KIVColour& colour)
 {
-    bg_colour = std::make_unique<KIVColour>(colour);
+    if (bg_colour)
+        *bg_colour = colour;
+    else
+        bg_colour = std::make_unique<KIVColour>(colour);
     set_needs_saving();
 }
 

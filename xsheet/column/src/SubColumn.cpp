@@ -48,15 +48,19 @@ SubColumn::SubColumn(KIVIStream& stream)
     for_each_key(*this, [this](KeyCell* key) { key->set_sub_column(this); });
 }
 
-/// All that goes over keys relies on there being nothing else among them.
+/// All that goes over keys relies on there being nothing else among them, and on them being nowhere
+/// else.
 void SubColumn::check_keys(KIVIStream& stream)
 {
     bool are_keys = true;
     for_each_cell(key_cell_list, [&](const BaseCell* cell) { are_keys &= cell->is_a_key(); });
-    if (are_keys)
+    bool are_rows = true;
+    for_each_cell(misc_cell_list, [&](const BaseCell* cell) { are_rows &= !cell->is_a_key(); });
+    if (are_keys && are_rows)
         return;
     stream.set_error_state(KIVStream::BAD_DATA);
     key_cell_list.delete_all_cells();
+    misc_cell_list.delete_all_cells();
 }
 
 void SubColumn::storer(KIVOStream& stream)
@@ -404,8 +408,10 @@ void SubColumn::clear_watchers()
 {
     if (!watchers)
         return;
-    for (SubColumnWatcher* watcher : watchers->of<SubColumnWatcher>())
-        watcher->scene_closing();
+    const KIVLinkedList told = *watchers; // one may take another away
+    for (SubColumnWatcher* watcher : told.of<SubColumnWatcher>())
+        if (watchers->find(watcher))
+            watcher->scene_closing();
     for (SubColumnWatcher* watcher : watchers->of<SubColumnWatcher>()) {
         watcher->listed_in = nullptr;
         if (watcher->sub_column == this)

@@ -279,6 +279,14 @@ bool SubColumn::inq_if_keys_are_contiguous(SlotList& slots, KIVLinkedList* out)
     return left == 0;
 }
 
+namespace {
+/// In-betweens lie in lists of their own, so the first tells for all.
+bool is_run_of_keys(const KIVLinkedList& run)
+{
+    return static_cast<BaseCell*>(run.inq_first_link()->value())->is_a_key();
+}
+} // namespace
+
 void SubColumn::move_keys_in_insert_mode(SlotList& slots, int delta)
 {
     IntArray from, to;
@@ -287,7 +295,7 @@ void SubColumn::move_keys_in_insert_mode(SlotList& slots, int delta)
         to.add(slot + by);
     };
     KIVLinkedList run;
-    if (inq_if_keys_are_contiguous(slots, &run)) {
+    if (inq_if_keys_are_contiguous(slots, &run) && is_run_of_keys(run)) {
         for_each_slot(slots, false, [&](int slot) { add_move(slot, delta); });
         const int first = static_cast<BaseCell*>(run.inq_first_link()->value())->inq_number();
         const int last = static_cast<BaseCell*>(run.inq_last_link()->value())->inq_number();

@@ -289,3 +289,19 @@ TEST(Column, refuses_to_hold_itself)
     old << 6;
     EXPECT_EQ(old.read<Column>(), nullptr);
 }
+
+TEST(Column, finds_a_member_by_its_label_however_many_there_are)
+{
+    constexpr unsigned MANY = 100;
+    Column column;
+    for (unsigned i = 0; i < MANY; ++i)
+        column.add_sub_column(new SubColumn, nullptr);
+    SubColumn* last = column.find_sub_column(MANY);
+    ASSERT_NE(last, nullptr);
+    EXPECT_EQ(last->inq_label(), MANY);
+    const std::unique_ptr<SubColumn> removed(column.remove_sub_column(last));
+    EXPECT_EQ(column.find_sub_column(MANY), nullptr);
+    column.find_sub_column(7)->set_label(1000);
+    EXPECT_EQ(column.find_sub_column(7), nullptr);
+    EXPECT_NE(column.find_sub_column(1000), nullptr);
+}

@@ -325,6 +325,10 @@ TEST_F(SubColumns, refuse_to_be_read_with_cells_among_their_keys)
     old.insert_with_class_hdr(nullptr);
     old << 0L << 1L << 0;
     EXPECT_EQ(old.read<SubColumn>(), nullptr);
+
+    SubColumn column;
+    column.add_misc_cell(new KeyCell(nullptr, -3, 1));
+    EXPECT_EQ(stored_and_read(column), nullptr);
 }
 
 TEST(SubColumnWatcher, gathers_frames_until_they_are_cleared)

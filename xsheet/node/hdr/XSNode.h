@@ -7,8 +7,8 @@ class Column;
 class SubColumn;
 
 /// A node whose values change over time: they stand in a column of the exposure sheet. Node and
-/// column enter and leave a graph and its sheet together. The sheet owns the column while the node
-/// is in a graph, the node owns it otherwise; a graph is deleted before its sheet.
+/// column enter and leave a graph and its sheet together. The sheet owns the column while it
+/// lies there, the node owns it otherwise; a graph is deleted before its sheet.
 class XSNode : public CNode {
     KIV_STORED_ABSTRACT(XSNode, CNode);
 
@@ -55,7 +55,7 @@ public:
     SubColumn* inq_subcolumn() const { return inq_subcolumn(1); }
 
     /// The user's display settings for the columns of this node type lie in a file of their own.
-    /// A failure leaves the file, or the columns, as they were.
+    /// A file that can't be read leaves the columns as they are.
     void store_column_preferences() const;
     void load_and_apply_column_preferences();
 
@@ -78,7 +78,7 @@ protected:
 private:
     template <class Record> void record(Record& r);
 
-    Column* column = nullptr; // owned while `column_label` is 0
+    Column* column = nullptr; // owned while it lies in no sheet
     bool column_has_changed = false;
     unsigned long column_label = 0;
 };

@@ -18,6 +18,9 @@ public:
     /// A key of another scene takes an asset of this one.
     void set_sub_column(SubColumn* column) override;
 
+    /// A key that was out of the sheet may have lost its asset to a save meanwhile.
+    void added_to_subcolumn(SubColumn* column) override;
+
     /// Images do not blend.
     bool can_set_mode(InterpMode m) const override { return m == IM_HOLD || m == IM_STOP; }
 };

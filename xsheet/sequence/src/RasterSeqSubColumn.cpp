@@ -49,6 +49,13 @@ void RasterSeqKeyCell::set_sub_column(SubColumn* column)
         data->moved_to_sub_column();
 }
 
+void RasterSeqKeyCell::added_to_subcolumn(SubColumn* column)
+{
+    KeyCell::added_to_subcolumn(column);
+    if (RasterSeqCellData* data = raster_data_of(this))
+        data->moved_to_sub_column();
+}
+
 RasterSeqSubColumn::RasterSeqSubColumn(const RasterSeqSubColumn& other, bool flag)
     : SubColumn(other, flag)
 {}

@@ -29,6 +29,7 @@ ScribbleLine::ScribbleLine(KIVIStream& stream)
     fields.owned(read);
     if (read)
         take_points(stream, *read);
+    stream.forget(read.get());
 }
 
 /// A list reads objects of any class, and does not own them.

@@ -114,6 +114,20 @@ TEST(RasterSeqSubColumn, binds_a_key_from_another_scene_to_its_own_assets)
     EXPECT_EQ(data_of(copy->inq_last_key()).inq_asset()->inq_tag(), 4U); // one for each of 3 keys
 }
 
+TEST(RasterSeqSubColumn, a_key_that_comes_back_after_a_save_has_an_asset_again)
+{
+    ImageScene film;
+    KeyCell* key = film.show("/art/first.tif", 5);
+    film.images->remove_key(key);
+    film.assets().mark_all_unused();
+    film.scene->mark_used_assets();
+    EXPECT_EQ(film.assets().remove_unused_assets(), 1);
+    film.images->insert_key(key, 5);
+    const auto* asset = data_of(key).inq_asset();
+    ASSERT_NE(asset, nullptr);
+    EXPECT_EQ(asset, film.assets().lookup_asset(asset->inq_tag(), RASTER_ASSET));
+}
+
 TEST(RasterSeqCellData, finds_the_file_of_an_old_key_by_its_asset)
 {
     ImageScene film;
