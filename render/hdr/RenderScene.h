@@ -68,6 +68,7 @@ private:
     template <class Record> void record(Record& r);
 
     bool check_is_fixed(int line) const;
+    CNode* inq_root() const;
     double inq_camera_scale() const;
     gsl::owner<KIVPixmap*> execute(int frame, AbortPanel* panel, CNode* root);
     void request(CDataImage& image, int frame) const;

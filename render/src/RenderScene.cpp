@@ -36,7 +36,9 @@ constexpr double LEAST_SIZE = 1e-6;
 
 int pixels(double size)
 {
-    return std::max(1, static_cast<int>(std::floor(size + ROUND_UP)));
+    constexpr double MOST = 1e9; // no memory holds it, so the frame is null
+    const double whole = std::floor(size + ROUND_UP);
+    return whole >= 1.0 ? static_cast<int>(std::min(whole, MOST)) : 1; // 1 for what is no number
 }
 
 Matrix44 scale(double x, double y)
@@ -126,12 +128,19 @@ void RenderScene::set_view_transform_and_node(const Matrix44& transform, CNode* 
 
 bool RenderScene::inq_is_frame_the_same(int a, int b)
 {
-    return !scene->inq_xsheet() || scene->inq_xsheet()->is_frame_the_same(a, b);
+    return !scene || !scene->inq_xsheet() || scene->inq_xsheet()->is_frame_the_same(a, b);
+}
+
+/// Null without a scene: one that was stored may have none.
+CNode* RenderScene::inq_root() const
+{
+    const CNodeGraph* graph = scene ? scene->inq_graph() : nullptr;
+    return graph ? graph->inq_root_node() : nullptr;
 }
 
 gsl::owner<KIVPixmap*> RenderScene::render_frame(int frame, AbortPanel* panel)
 {
-    CNode* root = scene->inq_graph() ? scene->inq_graph()->inq_root_node() : nullptr;
+    CNode* root = inq_root();
     if (!root)
         return nullptr;
     return without_exceptions<KIVPixmap*>(nullptr, [&] { return execute(frame, panel, root); });
@@ -144,14 +153,14 @@ gsl::owner<KIVPixmap*> RenderScene::execute(int frame, AbortPanel* panel, CNode*
     if (exec_flag != 0)
         exec.set_is_restricted(true);
     auto* image = static_cast<CDataImage*>(exec.inq_root_data());
-    if (!image)
-        return make_background_pixmap();
-    request(*image, frame);
-    exec.setup_data();
-    exec.generate_data(panel);
+    if (image) {
+        request(*image, frame);
+        exec.setup_data();
+        exec.generate_data(panel);
+    }
     if (panel && panel->inq_abort())
         return nullptr;
-    gsl::owner<KIVPixmap*> result = complete(*image);
+    gsl::owner<KIVPixmap*> result = image ? complete(*image) : make_background_pixmap();
     if (result)
         place(*result, origin);
     return result;
@@ -228,7 +237,7 @@ Vector2 RenderScene::set_dynamic_view_transform(int frame)
 
 Matrix44 RenderScene::inq_world_to_camera_transform(int frame)
 {
-    CNode* root = scene->inq_graph() ? scene->inq_graph()->inq_root_node() : nullptr;
+    const CNode* root = inq_root();
     const CNode* node = root ? find_only_input(*root) : nullptr;
     if (!node || std::strcmp(node->class_name(), "CNodeCamera") != 0)
         return {};

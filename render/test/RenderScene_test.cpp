@@ -5,6 +5,7 @@
 #include "render/hdr/RenderScene.h"
 #include "tests/museum/Museum.h"
 #include "tests/support/Captured.h"
+#include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
 
@@ -109,6 +110,30 @@ TEST(RenderScene, a_dynamic_view_follows_the_camera)
     EXPECT_EQ(frame->inq_origin(), Vector2(-80.0, -90.0));
     EXPECT_EQ(frame->inq_x_dpi(), 10.0);
     EXPECT_EQ(renderer.inq_world_to_camera_transform(1) * Vector2(100.0, 0.0), Vector2(0.0, 0.0));
+}
+
+TEST(RenderScene, a_view_of_no_size_is_one_pixel_and_one_beyond_measure_none)
+{
+    const FadingCard museum;
+    const auto render = [&](double dpi) {
+        RenderScene renderer(museum.scene.get(), dpi, 1.0, 0, 0, 8, 0);
+        return Pixmap(renderer.render_frame(1, nullptr));
+    };
+    const Pixmap least = render(0.0);
+    EXPECT_EQ(least->inq_width(), 1);
+    EXPECT_EQ(least->inq_height(), 1);
+    EXPECT_EQ(render(1e12), nullptr);
+}
+
+TEST(RenderScene, comes_back_with_its_size_and_without_a_scene_renders_nothing)
+{
+    const RenderScene renderer(nullptr, 320, 200, 0.5, 1, 1, 16, 1);
+    const auto back = stored_and_read(renderer);
+    ASSERT_TRUE(back);
+    back->set_camera_view();
+    EXPECT_EQ(back->inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(160.0, 100.0));
+    EXPECT_EQ(back->render_frame(1, nullptr), nullptr);
+    EXPECT_TRUE(back->inq_is_frame_the_same(1, 2));
 }
 
 TEST(RenderScene, a_turned_camera_gives_true_lengths)

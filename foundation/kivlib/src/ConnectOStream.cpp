@@ -192,8 +192,8 @@ std::size_t ConnectOStream::begin_record(const KIVString& class_name, int versio
 
 unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
 {
-    if (!descriptor) {
-        set_error(CANT_WRITE, "an object of a class that is not registered");
+    if (!descriptor || !descriptor->inq_reader()) {
+        set_error(CANT_WRITE, "an object of a class that can't be read");
         return 0;
     }
     auto& recent =

@@ -193,7 +193,8 @@ TEST(CDataImage, draws_a_private_picture_in_view_space)
     CDataImage data;
     ask(data, make_box(10, 5, 1, 1));
     data.set_generated_data(&missing, corners, nullptr);
-    EXPECT_EQ(find_picture(data.create_pixmap(PT_RGBA_8)), Picture{"."});
+    const std::unique_ptr<KIVPixmap> blank(data.extract_pixmap());
+    EXPECT_EQ(find_picture(blank.get()), Picture{"."});
 }
 
 // A soft picture has a known value at every point, whatever resamples it.
