@@ -11,8 +11,10 @@ namespace {
 int list_references(int argc, char** argv)
 {
     const bool direct_only = std::strcmp(argv[2], "-1") == 0;
-    if (argc != (direct_only ? 4 : 3))
+    if (argc != (direct_only ? 4 : 3)) {
+        std::cout << "Usage: CMontaray list_refs [-1] scene_file\n";
         return CommandOutput::BAD_USAGE;
+    }
     const KIVString folder = argv[argc - 1];
     const std::unique_ptr<KIVScene> scene(KIVScene::load_from_file(folder, nullptr, false));
     if (!scene) {

@@ -18,20 +18,24 @@ std::string escaped(const std::string& name)
     return text;
 }
 
-std::string shortened(const std::string& text)
+/// An array or an object may be as large as the file.
+std::string told_shortly(const nlohmann::json& value)
 {
     constexpr std::size_t LONGEST = 60;
+    if (value.is_structured())
+        return value.is_array() ? "an array" : "an object";
+    const std::string text = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return text.size() <= LONGEST ? text : text.substr(0, LONGEST) + "...";
 }
 } // namespace
 
 Mistake::Mistake(const std::string& pointer, const std::string& expected)
-    : std::runtime_error((pointer.empty() ? "/" : pointer) + ": " + expected)
+    : std::runtime_error(pointer.empty() ? expected : pointer + ": " + expected)
 {}
 
 void Place::refuse(const std::string& expected) const
 {
-    throw Mistake(pointer, "expected " + expected + ", found " + shortened(value->dump()));
+    throw Mistake(pointer, "expected " + expected + ", found " + told_shortly(*value));
 }
 
 Place Place::below(const nlohmann::json& member, const std::string& name) const

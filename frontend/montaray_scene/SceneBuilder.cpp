@@ -19,7 +19,11 @@
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
 
+#include <set>
+
 namespace {
+constexpr char NO_CIRCLES[] = "a node that this one does not feed itself";
+constexpr char NO_COLUMNS[] = "no columns: a node of this kind has none";
 constexpr int LONGEST_SCENE = 1'000'000; // frames
 constexpr int MOST_FRAMES_A_SECOND = 1000;
 
@@ -54,6 +58,8 @@ bool is_called(const CNodeDescriptor& descriptor, const char* member, const std:
 CNodeDescriptor& find_descriptor(const Place& place)
 {
     const char* member = place.find("class") ? "class" : "type";
+    if (place.find("class") && place.find("type"))
+        place.at("type").refuse("a class or a type and not both");
     const std::string name = place.at(member).text();
     for (auto* descriptor :
          CNodeRepository::inq_repository()->inq_descriptors().of<CNodeDescriptor>())
@@ -125,6 +131,21 @@ void set_ease(const Place& place, KeyCell& key)
     key.set_fairing(fairing.release());
 }
 
+bool is_fed_by(const CNode* node, const CNode* source,
+               const std::multimap<const CNode*, const CNode*>& sources)
+{
+    std::set<const CNode*> met{node};
+    std::vector<const CNode*> open{node};
+    while (!open.empty() && !met.contains(source)) {
+        const auto [first, last] = sources.equal_range(open.back());
+        open.pop_back();
+        for (auto next = first; next != last; ++next)
+            if (met.insert(next->second).second)
+                open.push_back(next->second);
+    }
+    return met.contains(source);
+}
+
 void remove_all_keys(SubColumn& sub_column)
 {
     while (KeyCell* key = sub_column.inq_last_key())
@@ -150,6 +171,7 @@ std::unique_ptr<KIVScene> SceneBuilder::build()
         make_node(place);
     for (const Place& place : description.at("nodes").items())
         connect(place);
+    refuse_circles();
     choose_root();
     if (!graph.set_type_checker_enabled())
         description.at("nodes").refuse("inputs whose data fit together");
@@ -191,7 +213,7 @@ void SceneBuilder::make_node(const Place& place)
         node->set_is_disabled(disabled->truth());
     if (!node->is_kind_of("XSNode")) {
         if (const auto columns = place.find("columns"))
-            columns->refuse("no columns: a node of this kind has none");
+            columns->refuse(NO_COLUMNS);
         return;
     }
     auto& with_column = static_cast<XSNode&>(*node);
@@ -224,6 +246,8 @@ void SceneBuilder::fill_columns(const Place& place, XSNode& node)
             fill_sub_column(value, *sub_column);
             continue;
         }
+        if (node.inq_column()->inq_sub_column_list()->inq_is_empty())
+            place.refuse(NO_COLUMNS);
         std::string known;
         for (auto* each : node.inq_column()->inq_sub_column_list()->of<SubColumn>())
             known += (known.empty() ? "\"" : ", \"") + each->inq_header_text()->str() + "\"";
@@ -293,7 +317,8 @@ void SceneBuilder::set_image(const Place& place, KeyCell& key)
 std::string SceneBuilder::inq_art_file(const Place& place) const
 {
     const std::filesystem::path file = art_folder / place.text();
-    if (!std::filesystem::is_regular_file(file))
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error))
         place.refuse("an image file; there is no " + file.string());
     return std::filesystem::absolute(file).lexically_normal().string();
 }
@@ -305,7 +330,9 @@ void SceneBuilder::connect(const Place& place)
         return;
     const CNode* node = nodes[place.at("name").text()];
     const std::vector<Place> items = inputs->items();
-    const bool is_by_channel = !items.empty() && items[0].is_array();
+    if (items.empty())
+        return;
+    const bool is_by_channel = items[0].is_array();
     const std::vector<Place> channels = is_by_channel ? items : std::vector<Place>{*inputs};
     if (static_cast<int>(channels.size()) > node->inq_n_input_channels())
         inputs->refuse("inputs for " + std::to_string(node->inq_n_input_channels()) + " channels");
@@ -319,10 +346,37 @@ void SceneBuilder::connect_channel(const Place& place, CNodeChannel* input)
     const std::vector<Place> layers = place.items();
     for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer) {
         CNodeChannel* output = find_output(*layer);
-        if (!graph.inq_can_connect_acyclic(output, input))
-            layer->refuse("a node that this one does not feed itself");
-        graph.make_connection(output, input, true);
+        if (output->inq_node() == input->inq_node())
+            layer->refuse(NO_CIRCLES);
+        graph.make_connection(output, input, false);
+        connections.push_back({*layer, output->inq_node(), input->inq_node()});
     }
+}
+
+/// Asks of a connection only where there is a circle at all.
+void SceneBuilder::refuse_circles()
+{
+    std::map<const CNode*, int> readers_left;
+    std::multimap<const CNode*, const CNode*> sources;
+    for (const Connection& connection : connections) {
+        ++readers_left[connection.from];
+        sources.emplace(connection.to, connection.from);
+    }
+    std::vector<const CNode*> free; // all that reads them is out of the way
+    for (const auto& [name, node] : nodes)
+        if (!readers_left.contains(node))
+            free.push_back(node);
+    for (std::size_t i = 0; i < free.size(); ++i) {
+        const auto [first, last] = sources.equal_range(free[i]);
+        for (auto source = first; source != last; ++source)
+            if (--readers_left[source->second] == 0)
+                free.push_back(source->second);
+    }
+    if (free.size() == nodes.size())
+        return;
+    for (const Connection& connection : connections)
+        if (is_fed_by(connection.from, connection.to, sources))
+            connection.place.refuse(NO_CIRCLES);
 }
 
 CNodeChannel* SceneBuilder::find_output(const Place& place)

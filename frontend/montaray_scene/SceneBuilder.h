@@ -40,6 +40,7 @@ private:
     void connect(const Place& place);
     void connect_channel(const Place& place, CNodeChannel* input);
     CNodeChannel* find_output(const Place& place);
+    void refuse_circles();
     void choose_root();
     std::string inq_art_file(const Place& place) const;
 
@@ -48,4 +49,11 @@ private:
     std::unique_ptr<KIVScene> scene;
     CNodeGraph& graph;
     std::map<std::string, CNode*> nodes; // not owned
+
+    struct Connection {
+        Place place;
+        const CNode* from; // not owned
+        const CNode* to;   // not owned
+    };
+    std::vector<Connection> connections;
 };

@@ -11,7 +11,7 @@ nlohmann::json read_json(std::istream& file)
 {
     try {
         return nlohmann::json::parse(file, nullptr, true, true);
-    } catch (const nlohmann::json::parse_error& error) {
+    } catch (const nlohmann::json::exception& error) {
         throw Mistake("", std::string("not JSON: ") + error.what());
     }
 }
@@ -32,5 +32,8 @@ int build_scene(const std::string& description, const std::string& scene_folder)
     } catch (const Mistake& mistake) {
         std::cerr << description << ": " << mistake.what() << '\n';
         return BAD_INPUT;
+    } catch (const std::exception& exception) {
+        std::cerr << description << ": " << exception.what() << '\n';
+        return FAILED;
     }
 }

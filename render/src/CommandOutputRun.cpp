@@ -236,8 +236,10 @@ std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene
     const SecondField later(scene.inq_xsheet());
     if (!settings.silent)
         *coutp << "Rendering interlace frame " << frame << ".5\n";
-    if (const std::unique_ptr<KIVPixmap> second = render_field(renderer, frame))
-        PixOpAddInterlace(second.get()).transform(pixmap.get());
+    const std::unique_ptr<KIVPixmap> second = render_field(renderer, frame);
+    if (!second)
+        return nullptr; // half a frame is none
+    PixOpAddInterlace(second.get()).transform(pixmap.get());
     return pixmap;
 }
 

@@ -9,8 +9,6 @@
 #include "scene/hdr/SoundAsset.h"
 #include "xsheet/store_control/hdr/XSheetStoreController.h"
 
-#include <limits>
-
 KIV_STORED_CLASS(KIVAssetManager, -1);
 
 namespace {
@@ -20,7 +18,7 @@ constexpr unsigned int OLD_KIND_COUNT = 3;
 constexpr std::array<const char*, ASSET_KIND_COUNT> CLASS_NAMES = {
     RasterAsset::inq_class_name_s(), LevelAsset::inq_class_name_s(), SoundAsset::inq_class_name_s(),
     ModelAsset::inq_class_name_s()};
-constexpr unsigned long LAST_TAG = std::numeric_limits<int>::max() - 1;
+constexpr int LAST_TAG = 500'000'000; // so that the counts of all kinds add up
 
 BaseSceneAsset* asset_of(const DictionaryIterator& pairs)
 {
@@ -42,11 +40,16 @@ KIVAssetManager::KIVAssetManager(KIVIStream& stream)
         fields.owned(assets[kind]);
         fields.value(next_tag[kind]);
     }
-    for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind)
-        if (assets[kind])
-            refuse_strangers(stream, kind);
-        else
+    for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind) {
+        if (!assets[kind])
             assets[kind] = std::make_unique<NameKeyDictionary>(BUCKET_COUNT);
+        refuse_strangers(stream, kind);
+        for (const unsigned long tag : inq_tags(kind))
+            if (tag >= static_cast<unsigned long>(next_tag[kind]))
+                stream.set_error_state(KIVStream::BAD_COUNT);
+        if (next_tag[kind] < 0 || next_tag[kind] > LAST_TAG)
+            stream.set_error_state(KIVStream::BAD_COUNT);
+    }
 }
 
 /// A dictionary reads objects of any class.
@@ -126,7 +129,7 @@ void KIVAssetManager::add_asset(gsl::owner<BaseSceneAsset*> asset)
 
 void KIVAssetManager::import_asset(const KIVFile& file, unsigned int kind, unsigned long tag)
 {
-    if (kind >= ASSET_KIND_COUNT || tag > LAST_TAG)
+    if (kind >= ASSET_KIND_COUNT || tag > static_cast<unsigned long>(LAST_TAG))
         return;
     BaseSceneAsset* asset = do_create_asset(kind, file);
     next_tag[kind] = std::max(next_tag[kind], static_cast<int>(tag) + 1);

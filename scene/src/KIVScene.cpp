@@ -8,6 +8,7 @@
 #include "kivlib/hdr/BaseFileFinder.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
 #include "kivlib/hdr/KIVDateAndTime.h"
+#include "kivlib/hdr/KIVFile.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "kivlib/hdr/entry_point.h"
 #include "kivlib/hdr/file_operations.h"
@@ -149,6 +150,7 @@ bool KIVScene::save_to_file(const KIVString& folder, bool save_all, bool update_
     store.check_disc_space();
     store.set_tilde_saving_enabled(true);
     const bool is_saved = without_exceptions(false, [&] { return save(folder, save_as_copy); });
+    store.clear_failed();
     store.set_mode_flags(IDLE);
     return is_saved;
 }
@@ -159,8 +161,8 @@ bool KIVScene::save(const KIVString& folder, bool save_as_copy)
     const bool is_written = !lock_file(folder) || write_files(folder);
     if (store.clear_failed() || !is_written)
         return false;
-    if (store.inq_file_exists(DRAWING_WINDOW_TAGS))
-        store.delete_file(DRAWING_WINDOW_TAGS);
+    if (store.inq_file_exists(DRAWING_WINDOW_TAGS) && !store.delete_file(DRAWING_WINDOW_TAGS))
+        return false;
     if (!save_as_copy) {
         current_file = folder;
         set_just_saved();
@@ -215,8 +217,10 @@ void KIVScene::save_assets(XSheetStoreController& store)
 
 void KIVScene::mark_used_assets()
 {
-    xsheet->mark_used_assets();
-    graph->mark_used_assets();
+    if (xsheet)
+        xsheet->mark_used_assets();
+    if (graph)
+        graph->mark_used_assets();
 }
 
 gsl::owner<KIVDLLUsageList*> KIVScene::make_dll_usage_list() const
@@ -228,7 +232,7 @@ gsl::owner<KIVDLLUsageList*> KIVScene::make_dll_usage_list() const
 
 int KIVScene::inq_scene_length() const
 {
-    return xsheet->inq_scene_length();
+    return xsheet ? xsheet->inq_scene_length() : 0;
 }
 
 void KIVScene::get_dependencies(KIVStringList& list, bool flag)
@@ -256,21 +260,23 @@ void KIVScene::set_needs_saving()
 bool KIVScene::inq_needs_saving()
 {
     return inq_xs_store_control()->check_needs_saving_flags(scene_flags) ||
-           xsheet->inq_needs_saving() || cover_sheet->inq_needs_saving() ||
-           inq_tw_scene_needs_saved();
+           (xsheet && xsheet->inq_needs_saving()) ||
+           (cover_sheet && cover_sheet->inq_needs_saving()) || inq_tw_scene_needs_saved();
 }
 
 void KIVScene::set_just_saved()
 {
     scene_flags = inq_xs_store_control()->clear_flags_after_save(scene_flags);
-    xsheet->set_just_saved();
-    cover_sheet->set_just_saved();
+    if (xsheet)
+        xsheet->set_just_saved();
+    if (cover_sheet)
+        cover_sheet->set_just_saved();
 }
 
 const KIVString& KIVScene::inq_scratch_file() const
 {
     static KIVString scratch_file;
-    std::string name = current_file.get_file().str();
+    std::string name = KIVFile(current_file).get_file().str(); // which drops slashes at the end
     if (name.empty())
         name = "unnamed.scene";
     std::replace(name.begin(), name.end(), ' ', '_');

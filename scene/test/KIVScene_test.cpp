@@ -4,6 +4,7 @@
 #include "scene/hdr/KIVSceneWatcher.h"
 #include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
+#include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/store_control/hdr/XSheetStoreController.h"
 
 #include <gtest/gtest.h>
@@ -109,22 +110,33 @@ TEST_F(SceneOnDisc, a_watcher_may_say_that_it_needs_saving)
     EXPECT_TRUE(scene->inq_needs_saving());
 }
 
-TEST_F(SceneOnDisc, a_failed_save_leaves_the_old_files)
+TEST_F(SceneOnDisc, a_failed_save_leaves_the_old_scene)
 {
     const Scene scene = new_scene();
     EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
-    const std::string before = folder.read("shot/DLLUsage");
+    const std::string before = folder.read("shot/XSheet");
+    scene->inq_xsheet()->set_length(7);
     std::filesystem::create_directory(folder.path("shot/DLLUsage~").str());
     EXPECT_FALSE(scene->save_to_file(folder.path("shot"), true, true, false));
     EXPECT_EQ(captured.inq_alerts().size(), 1U);
     EXPECT_TRUE(store.is_okay());
-    EXPECT_EQ(folder.read("shot/DLLUsage"), before);
-    EXPECT_TRUE(folder.has("shot/Scene.contents~"));
-    EXPECT_TRUE(load(folder.path("shot")));
+    EXPECT_EQ(folder.read("shot/XSheet"), before);
+    EXPECT_NE(folder.read("shot/XSheet~"), before);
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 100);
 
     std::filesystem::remove(folder.path("shot/DLLUsage~").str());
     EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
-    EXPECT_FALSE(folder.has("shot/Scene.contents~"));
+    EXPECT_FALSE(folder.has("shot/XSheet~"));
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 7);
+}
+
+TEST_F(SceneOnDisc, is_not_in_a_folder_without_a_name)
+{
+    const Scene scene = new_scene();
+    std::filesystem::current_path(folder.path().str());
+    EXPECT_FALSE(scene->save_to_file("", true, true, false));
+    EXPECT_FALSE(folder.has("Scene.contents"));
+    EXPECT_FALSE(load(""));
 }
 
 TEST_F(SceneOnDisc, a_save_takes_away_the_mark_of_old_tag_positions)
@@ -144,4 +156,7 @@ TEST_F(SceneOnDisc, a_scratch_file_is_named_after_the_scene)
     EXPECT_TRUE(scene->save_to_file(folder.path("the shot"), true, true, false));
     const std::string path = scene->inq_scratch_file().str();
     EXPECT_EQ(path.substr(path.rfind('+')), "+the_shot");
+    EXPECT_TRUE(scene->save_to_file(folder.path("the shot/"), true, true, false));
+    const std::string with_slash = scene->inq_scratch_file().str();
+    EXPECT_EQ(with_slash.substr(with_slash.rfind('+')), "+the_shot");
 }

@@ -167,6 +167,19 @@ Rendering frame 3
         self.assertEqual(pixel(frames / "0001.tga", 36, 27), [255, 0, 0, 128])
         self.assertEqual(pixel(frames / "0001.tga", 2, 2)[3], 0)
 
+    def test_fields_are_woven_and_a_missing_half_is_no_frame(self):
+        keys = [{"frame": 1, "value": [0, 0, 0]}, {"frame": 2, "value": [1, 1, 1]}]
+        scene = self.make_scene([output("card"), {"name": "card", "type": "Color Card",
+                                                  "columns": {"Color": keys}}], length=2)
+        result, frames = self.render(scene, "-interlace", "-tga", "-width", 8, "1")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("TV interlace enabled (for smooth movement).\n", result.stdout)
+        self.assertIn("Rendering frame 1\nRendering interlace frame 1.5\n", result.stdout)
+        greys = [pixel(frames / "0001.tga", 3, y)[0] for y in range(4)]
+        self.assertEqual(greys, [0, 128, 0, 128])
+        result, _ = self.render(scene, "-tv", "-yuv625", "-width", 8, "1")
+        self.assertIn("-tv ignored - automatic for YUV or YIQ.\n", result.stdout)
+
     def test_imagemagick_composes_the_same_frame(self):
         back, cel = self.folder / "back.png", self.folder / "cel.png"
         convert("-size", "720x540", "gradient:#203050-#e0a060", back)
@@ -234,14 +247,16 @@ class Descriptions(InFolder):
     def test_a_circle_is_refused(self):
         def move(name, source):
             return {"name": name, "type": "Move", "inputs": [source]}
-        self.expect_mistake("/nodes/2/inputs/0", [output("a"), move("a", "b"), move("b", "a")])
+        self.expect_mistake("/nodes/1/inputs/0", [output("a"), move("a", "b"), move("b", "a")])
 
-    def test_a_text_that_is_no_json_is_refused(self):
+    def test_a_text_that_makes_no_sense_is_refused(self):
         description = self.folder / "broken.json"
-        description.write_text('{"length": 3,, }')
-        built = run("montaray-scene", "build", description, self.folder / "scene")
-        self.assertEqual(built.returncode, 2)
-        self.assertFalse((self.folder / "scene").exists())
+        for text in ('{"length": 3,, }', '{"length": 1e999, "nodes": []}', "[]", "",
+                     '{"length": ' + 5000 * "[" + 5000 * "]" + ', "nodes": []}'):
+            description.write_text(text)
+            built = run("montaray-scene", "build", description, self.folder / "scene")
+            self.assertEqual(built.returncode, 2, text[:40])
+            self.assertFalse((self.folder / "scene").exists())
 
     def test_show_prints_graph_and_keys(self):
         picture = self.folder / "cel.png"

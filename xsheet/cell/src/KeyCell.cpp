@@ -21,7 +21,8 @@ KeyCell::KeyCell(KIVIStream& stream) : BaseCell(stream)
 {
     RecordReader r(stream);
     record(r);
-    if (std::abs(static_cast<long>(interp_len)) > MOST_FRAMES)
+    const bool is_mode_known = mode >= IM_INBETWEEN && mode <= IM_STOP;
+    if (std::abs(static_cast<long>(interp_len)) > MOST_FRAMES || !is_mode_known)
         stream.set_error_state(KIVStream::BAD_DATA);
     if (sample_rate > 0 && fairing)
         fairing->set_sample_rate(sample_rate);

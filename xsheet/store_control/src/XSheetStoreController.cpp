@@ -53,7 +53,7 @@ bool XSheetStoreController::open_folder(const KIVString& given, int mode)
 {
     if (failed)
         return false;
-    const KIVString path = inq_absolute_path(KIVFile(given));
+    const KIVString path = given.is_null() ? given : inq_absolute_path(KIVFile(given));
     if (!inq_folder_exists(path)) {
         if (mode == 0) {
             set_failed("Could not find the folder " + path + TAIL);
