@@ -48,7 +48,8 @@ void push_inputs(const CNode& node, std::size_t depth, std::vector<ShownNode>& s
     for (int i = 0; i < node.inq_n_input_channels(); ++i)
         for (auto* connection :
              node.inq_inputs()->inq_channel(i)->inq_connections_list()->of<CNodeConnection>())
-            inputs.push_back({connection->inq_output_channel()->inq_node(), depth});
+            if (const CNodeChannel* output = connection->inq_output_channel())
+                inputs.push_back({output->inq_node(), depth});
     stack.insert(stack.end(), inputs.rbegin(), inputs.rend());
 }
 

@@ -93,7 +93,8 @@ public:
     virtual KIVString inq_output_chan_message(int channel) const;
     virtual KIVString inq_input_chan_message(int channel) const;
 
-    /// All that feeds this node, each once and before what feeds it.
+    /// All that feeds this node, depth first, each where it is met first. A class that gives its
+    /// own answer must not build on this one: within a walk it is empty, and the walk goes on.
     virtual gsl::owner<KIVLinkedList*> inq_descendents(bool include_hidden,
                                                        bool through_collapsed) const;
 
@@ -192,8 +193,8 @@ public:
     /// Gives a node that was read its width, if the file had none, and its channels their strips.
     void lay_out_after_load();
 
-    /// This node and all that feeds it, none of them twice and each before what feeds it, as far
-    /// as `F_IN_LIST` is not set yet.
+    /// This node and all that feeds it, depth first, each where it is met first, as far as
+    /// `F_IN_LIST` is not set yet.
     void add_to_ordered_list(KIVLinkedList* list);
     void clear_in_list_flags();
 

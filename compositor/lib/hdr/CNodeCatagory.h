@@ -9,7 +9,7 @@ public:
         : type(type), name(name), colour_type(colour_type)
     {}
 
-    /// Makes the palette's own drawers, once.
+    /// Makes the palette's own drawers, once. Whoever asks for a drawer or adds one does so too.
     static void init();
 
     /// Takes it over.

@@ -37,7 +37,7 @@ public:
 
     gsl::owner<KIVLinkedList*> inq_nodes_of_type(int type) const;
 
-    /// What the root is made of, each node before what feeds it.
+    /// The root and all that feeds it, depth first, each node where it is met first.
     gsl::owner<KIVLinkedList*> make_ordered_nodes_list() const;
 
     /// Nodes that show no output, or whose visible outputs lead nowhere.

@@ -118,6 +118,7 @@ private:
     CData* inq_first_input_data() const;
     bool inq_lets_through(const CNodeOp* known);
     bool inq_all_direct_composite_but(const CNodeOp* known);
+    bool find_all_direct_composite_but(const CNodeOp* known) const;
     void hand_request_on();
 
     CNode* node; // not owned
@@ -132,4 +133,6 @@ private:
     GraphExec* graph = nullptr; // not owned
     bool quiescent = false;
     unsigned int label;
+    unsigned long direct_phase = 0; // the generated phase in which the next was found
+    bool is_all_direct = false;
 };

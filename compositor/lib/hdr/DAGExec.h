@@ -48,6 +48,8 @@ public:
 private:
     bool inq_is_bottom_up() const { return bu_default != nullptr; }
     bool inq_is_flat_check() const;
+    void drop_flat_check();
+    void drop_ops();
     void set_ops();
     void set_ops_of(DAGOpNode& node);
     void execute_upwards(DAGOpNode& node);

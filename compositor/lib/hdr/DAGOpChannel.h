@@ -85,11 +85,10 @@ public:
     void set_op(const KIVString& name, DAGOpChannelIn* otherwise);
     void set_op(const KIVString& name, DAGOpChannelOut* otherwise);
     void set_exec(DAGExec* exec);
+    void drop_ops();
     void execute();
 
 private:
-    void drop_ops();
-
     int index;
     DAGOpChannelSet* channel_set; // not owned
     KIVLinkedList connections;    // refers to what the graph keeps

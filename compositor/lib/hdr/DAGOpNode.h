@@ -49,6 +49,9 @@ public:
     void set_op(const KIVString& name, DAGOpTopDown* otherwise);
     void set_op(const KIVString& name, DAGOpBottomUp* otherwise);
     void set_exec(DAGExec* exec);
+
+    /// Those of its channels too.
+    void drop_all_ops();
     DAGOpTopDown* inq_td_op() const { return td_op.get(); }
     DAGOpBottomUp* inq_bu_op() const { return bu_op.get(); }
     void execute();

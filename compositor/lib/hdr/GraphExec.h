@@ -64,6 +64,9 @@ public:
     bool inq_abort() const { return abort; }
     void set_abort(bool stop) { abort = stop; }
 
+    /// The number of the generated phase that is under way; 0 outside of one.
+    unsigned long inq_generated_phase() const { return generated_phase; }
+
     /// An array of ops was put in another order.
     void set_needs_reorder(bool needs) { needs_reorder = needs; }
 
@@ -90,5 +93,7 @@ private:
     std::vector<CNodeOp*> ops;                // owned; inputs before consumers
     std::vector<unsigned int> disabled_nodes; // sorted
     int interactive_node = 0;
+    unsigned long n_generated_phases = 0;
+    unsigned long generated_phase = 0;
     std::vector<Visit> walk; // the places of the walks that are under way
 };

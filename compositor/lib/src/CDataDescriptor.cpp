@@ -45,7 +45,7 @@ const KIVLinkedList* CDataDescriptor::inq_data_types_list()
 
 CDataDescriptor* CDataDescriptor::find_desc_for(const char* class_name)
 {
-    const std::string_view name(class_name);
+    const std::string_view name(class_name ? class_name : "");
     return find_data_type([&](const CDataDescriptor& d) { return name == d.data_class_name; });
 }
 

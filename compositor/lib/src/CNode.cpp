@@ -426,10 +426,11 @@ CNode* CNode::inq_source_node_names(CNode* node, KIVString* names)
 CNode* CNode::inq_source_node_channel_names(CNodeChannel* channel, KIVString* names)
 {
     CNode* first = nullptr;
-    for (KIVLinkOb* link = channel->inq_connections_list()->inq_last_link(); link;
-         link = link->inq_prev()) {
+    const KIVLinkOb* link = channel ? channel->inq_connections_list()->inq_last_link() : nullptr;
+    for (; link && (names || !first); link = link->inq_prev()) {
         const auto* connection = static_cast<const CNodeConnection*>(link->value());
-        CNode* source = inq_source_node_names(connection->inq_output_channel()->inq_node(), names);
+        const CNodeChannel* output = connection->inq_output_channel();
+        CNode* source = inq_source_node_names(output ? output->inq_node() : nullptr, names);
         if (!first)
             first = source;
     }

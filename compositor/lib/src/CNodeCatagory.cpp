@@ -14,6 +14,7 @@ void CNodeCatagory::init()
 {
     if (default_catagory)
         return;
+    default_catagory = new CNodeCatagory(0, "Misc.", 7);
     add(new CNodeCatagory(1, "", 6));
     add(new CNodeCatagory(10, "Position", 0));
     add(new CNodeCatagory(11, "Position", 2));
@@ -22,16 +23,18 @@ void CNodeCatagory::init()
     add(new CNodeCatagory(30, "Image", 4));
     add(new CNodeCatagory(40, "Ink&Paint", 5));
     add(new CNodeCatagory(41, "Ink&Paint", 7));
-    add(default_catagory = new CNodeCatagory(0, "Misc.", 7));
+    add(default_catagory);
 }
 
 void CNodeCatagory::add(gsl::owner<CNodeCatagory*> catagory)
 {
+    init();
     all_catagories().add(catagory);
 }
 
 const KIVLinkedList& CNodeCatagory::inq_node_catagories()
 {
+    init();
     return all_catagories();
 }
 

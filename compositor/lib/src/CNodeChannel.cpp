@@ -14,6 +14,22 @@ namespace {
 constexpr FormatVersions HAS_DATA_TYPE = before(92);
 constexpr FormatVersions HAS_IN_MACRO = since(144);
 constexpr double NARROWEST_STRIP = 1e-06;
+
+/// Looked for from both ends: in a wide graph that goes node by node it is near one of them.
+KIVLinkOb* find_link(const KIVLinkedList& list, const KIVObject* object)
+{
+    KIVLinkOb* front = list.inq_first_link();
+    KIVLinkOb* back = list.inq_last_link();
+    for (int left = list.count(); left > 0; left -= 2) {
+        if (front->value() == object)
+            return front;
+        if (back->value() == object)
+            return back;
+        front = front->inq_next();
+        back = back->inq_prev();
+    }
+    return nullptr;
+}
 } // namespace
 
 CNodeChannel::CNodeChannel(CNodeChannelSet* channel_set)
@@ -142,6 +158,8 @@ void CNodeChannel::attach_connection(CNodeConnection* connection, int index)
 
 void CNodeChannel::remove_connection(CNodeConnection* connection)
 {
-    if (!connections->remove(connection))
+    if (KIVLinkOb* link = find_link(*connections, connection))
+        delete connections->remove_link(link);
+    else
         report_here() << "Program error.\n";
 }

@@ -9,7 +9,7 @@ namespace {
 constexpr FormatVersions HAS_UNUSED_NUMBER = between(102, 131);
 }
 
-/// Far links: from channel to connection to channel a graph is one long chain.
+/// Far links: from channel to connection to channel a graph may be one long zigzag.
 template <class Record> void CNodeConnection::record(Record& r)
 {
     r.far_link(output_channel);

@@ -26,6 +26,7 @@ CNodeDescriptor::CNodeDescriptor(const char* class_name, const char* base_class_
       user_type_name(user_type_name), catagory_type(catagory), is_hidden(hidden),
       n_inputs(n_inputs), n_outputs(n_outputs), type(type), new_node_fn(new_node_fn)
 {
+    complete_the_one_from_a_file(manager);
     CNodeRepository::inq_repository()->add_descriptor(this);
 }
 
@@ -39,7 +40,19 @@ CNodeDescriptor::CNodeDescriptor(const char* class_name, const char* base_class_
       n_inputs(n_inputs), n_outputs(n_outputs), input_types(input_types),
       output_types(output_types), new_node_fn(new_node_fn)
 {
+    complete_the_one_from_a_file(manager);
     CNodeRepository::inq_repository()->add_descriptor(this);
+}
+
+/// When the manager met this, it was no more than a `ClassDescriptor` yet and had no factory.
+void CNodeDescriptor::complete_the_one_from_a_file(const ClassManager* manager) const
+{
+    ClassDescriptor* present = manager ? manager->find_cd_for(inq_name()) : nullptr;
+    if (!present || present->inq_class_descriptor() != inq_class_descriptor())
+        return;
+    auto* record = static_cast<CNodeDescriptor*>(present);
+    if (!record->new_node_fn)
+        record->setup_func_refs_from(this);
 }
 
 CNodeDescriptor::CNodeDescriptor(KIVIStream& stream) : ClassDescriptor(stream)

@@ -17,7 +17,7 @@ CNodeGenericOpDescriptor::CNodeGenericOpDescriptor(
     CNodeRepository::inq_repository()->add_generic(this);
 }
 
-/// The class manager completes records that have no reader, and a generic never has one.
+/// When the class manager may have met this, it was no more than a `ClassDescriptor` yet.
 void CNodeGenericOpDescriptor::complete_the_one_from_a_file() const
 {
     ClassDescriptor* present = ClassManager::inq_main()->find_cd_for(inq_name());

@@ -66,34 +66,50 @@ template <class Watcher, class Tell> void tell_all(const KIVLinkedList& watchers
             tell(*static_cast<Watcher*>(watcher));
 }
 
-/// The node and all that it leads to, each once and behind all that leads to it. Nothing beyond
-/// the root.
+/// The node and all that it leads to, each once and behind all that leads to it, else in the order
+/// of the lists. Nothing beyond the root.
 std::vector<CNode*> nodes_down_to(const CNode* root, CNode* from)
 {
     struct Step {
         CNode* node;
-        Neighbours parents;
+        std::vector<CNode*> parents; // those still to be entered, the last one first
     };
     std::vector<CNode*> found;
     std::vector<Step> way;
     const NodeWalk walk;
     const auto enter = [&](CNode* node) {
-        if (walk.enter(node))
-            way.push_back({node, Neighbours::parents_of(node)});
+        if (!walk.enter(node))
+            return;
+        way.push_back({node, {}});
+        Neighbours parents = Neighbours::parents_of(node);
+        while (CNode* parent = node == root ? nullptr : parents.next())
+            way.back().parents.push_back(parent);
     };
     enter(from);
     while (!way.empty()) {
-        CNode* node = way.back().node;
-        CNode* parent = node == root ? nullptr : way.back().parents.next();
-        if (parent) {
-            enter(parent);
-        } else {
-            found.push_back(node);
+        Step& step = way.back();
+        if (step.parents.empty()) {
+            found.push_back(step.node);
             way.pop_back();
+        } else {
+            CNode* parent = step.parents.back();
+            step.parents.pop_back();
+            enter(parent);
         }
     }
     std::ranges::reverse(found);
     return found;
+}
+
+/// Whether all that feeds the node and all that it feeds is of the graph. A missing end is no
+/// harm.
+bool is_connected_within(const CNodeGraph* graph, const CNode& node)
+{
+    for (Neighbours others : {Neighbours::children_of(&node), Neighbours::parents_of(&node)})
+        while (const CNode* other = others.next())
+            if (other->inq_graph() != graph)
+                return false;
+    return true;
 }
 } // namespace
 
@@ -131,6 +147,9 @@ CNodeGraph::CNodeGraph(KIVIStream& stream) : KIVObject(stream), watchers(new_lis
 void CNodeGraph::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
+    for (const CNode* node : nodes->of<CNode>())
+        if (!is_connected_within(this, *node))
+            stream.set_error_state(KIVStream::BAD_DATA); // no reader would take it
     const bool has_root = root_node && root_node->inq_graph() == this;
     CNode* const real_root = std::exchange(root_node, has_root ? root_node : nullptr);
     RecordWriter r(stream);

@@ -311,9 +311,18 @@ bool CNodeOp::inq_all_direct_composite()
     return inq_all_direct_composite_but(nullptr);
 }
 
-/// An op that only lets through what feeds it is looked through: its inputs have to comply too.
-/// `known` complies.
+/// `known` complies. The answer holds for a generated phase, in which each input may ask for it.
 bool CNodeOp::inq_all_direct_composite_but(const CNodeOp* known)
+{
+    const unsigned long phase = graph ? graph->inq_generated_phase() : 0;
+    if (phase == 0 || direct_phase != phase)
+        is_all_direct = find_all_direct_composite_but(known);
+    direct_phase = phase;
+    return is_all_direct;
+}
+
+/// An op that only lets through what feeds it is looked through: its inputs have to comply too.
+bool CNodeOp::find_all_direct_composite_but(const CNodeOp* known) const
 {
     std::vector<const CNodeOp*> looked_through{this};
     const auto complies = [&](CNodeOp& input) {

@@ -12,7 +12,7 @@ constexpr int NO_SINGLE_TYPE = -1;
 ChannelDataType::ChannelDataType(int type) : current_type(type), types{type} {}
 
 ChannelDataType::ChannelDataType(int n_types, const int* types)
-    : current_type(NO_SINGLE_TYPE), types(types, types + n_types)
+    : current_type(NO_SINGLE_TYPE), types(types, types + std::max(n_types, 0))
 {}
 
 ChannelDataType::ChannelDataType(KIVIStream& stream) : KIVObject(stream)

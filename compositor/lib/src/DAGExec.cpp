@@ -41,8 +41,9 @@ DAGExec::~DAGExec()
 void DAGExec::init()
 {
     graph->set_when_built(nullptr);
-    flat_check.reset();
+    drop_flat_check();
     if (!graph->top_sort_nodes()) {
+        drop_ops();
         signal_and_drop(new DAGExecTCErrorCyclic);
         return;
     }
@@ -58,6 +59,22 @@ void DAGExec::init()
 bool DAGExec::inq_is_flat_check() const
 {
     return inq_is_bottom_up() && op_name == TYPE_CHECKER && graph->inq_flat();
+}
+
+/// What the check has found goes with it.
+void DAGExec::drop_flat_check()
+{
+    if (FlatGraph* flat = graph->inq_flat())
+        flat->set_found({}, {});
+    flat_check.reset();
+}
+
+void DAGExec::drop_ops()
+{
+    if (graph->inq_flat())
+        return;
+    for (DAGOpNode* node : graph->inq_nodes_list()->of<DAGOpNode>())
+        node->drop_all_ops();
 }
 
 void DAGExec::set_ops()

@@ -113,6 +113,14 @@ void DAGOpNode::drop_ops()
     bu_op.set_own(nullptr);
 }
 
+void DAGOpNode::drop_all_ops()
+{
+    drop_ops();
+    for (const DAGOpChannelSet* channels : {inputs.get(), outputs.get()})
+        for (int i = 0; channels && i < channels->inq_n_channels(); ++i)
+            channels->inq_channel(i)->drop_ops();
+}
+
 void DAGOpNode::set_op(const KIVString& name, DAGOpTopDown* otherwise)
 {
     drop_ops();

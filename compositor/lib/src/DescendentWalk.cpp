@@ -8,7 +8,9 @@ gsl::owner<KIVLinkedList*> DescendentWalk::find(const CNode* from)
 {
     auto found = std::make_unique<KIVLinkedList>(false);
     walk_beyond(from, Neighbours::children_of, [&](CNode* node) {
-        if ((node->inq_hidden() && !include_hidden) || !add(node, *found))
+        if (node->inq_hidden() && !include_hidden)
+            return false;
+        if (std::exchange(add(node, *found), true))
             return false;
         return (!node->inq_is_collapsed() || through_collapsed) && ask(node, *found);
     });
@@ -23,13 +25,13 @@ bool DescendentWalk::leave_to_walk(const CNode* node)
     return true;
 }
 
-/// False if it is there already.
-bool DescendentWalk::add(CNode* node, KIVLinkedList& found)
+/// Whether the walk has come by the node itself: it may only be part of a class's answer.
+bool& DescendentWalk::add(CNode* node, KIVLinkedList& found)
 {
-    const bool is_new = met.insert(node).second;
+    const auto [place, is_new] = met.try_emplace(node, false);
     if (is_new)
         found.add(node);
-    return is_new;
+    return place->second;
 }
 
 /// Whether the walk itself goes on beyond the node.

@@ -2,7 +2,7 @@
 
 #include "kivlib/hdr/KIVLinkedList.h"
 
-#include <unordered_set>
+#include <unordered_map>
 
 class CNode;
 
@@ -21,12 +21,12 @@ public:
     static bool leave_to_walk(const CNode* node);
 
 private:
-    bool add(CNode* node, KIVLinkedList& found);
+    bool& add(CNode* node, KIVLinkedList& found);
     bool ask(const CNode* node, KIVLinkedList& found);
 
     static const CNode* asked;
 
     bool include_hidden;
     bool through_collapsed;
-    std::unordered_set<const CNode*> met;
+    std::unordered_map<const CNode*, bool> met; // and whether the walk came by
 };

@@ -92,13 +92,13 @@ bool FlatTypeChecker::check_node(const FlatGraph::Node& node)
 
 bool FlatTypeChecker::check_ordinary(const FlatGraph::Node& node)
 {
-    const CNodeDescriptor& descriptor = *node.real->inq_desc();
+    const CNodeDescriptor* descriptor = node.real->inq_desc(); // null: the node has no channels
     for (int i = 0; i < node.n_inputs; ++i)
         if (Set offered = input(node, i))
-            if (!sets.fits(offered, descriptor.inq_input_type(i)))
+            if (!sets.fits(offered, descriptor->inq_input_type(i)))
                 return !exec.signal_and_drop(new DAGExecTCErrorType);
     for (int i = 0; i < node.n_outputs; ++i)
-        output(node.first_output + i) = sets.single(descriptor.inq_output_type(i));
+        output(node.first_output + i) = sets.single(descriptor->inq_output_type(i));
     return true;
 }
 

@@ -74,18 +74,26 @@ bool GraphClaims::claim_outgoing(const CNode& node)
 bool GraphClaims::claim_connections(const CNodeChannel& output)
 {
     for (KIVObject* object : output.inq_connections_list()->of<KIVObject>()) {
-        if (!stream.claim(object))
+        const CNodeConnection* connection = claim_connection(object);
+        if (!connection || connection->inq_output_channel() != &output)
             return false;
-        if (!is_a<CNodeConnection>(object)) {
-            delete object;
-            return false;
-        }
-        connections.push_back(static_cast<CNodeConnection*>(object));
-        half_met.insert(object);
-        if (connections.back()->inq_output_channel() != &output)
-            return false;
+        if (connection->inq_input_channel())
+            half_met.insert(connection);
     }
     return true;
+}
+
+/// Null if it can't be claimed.
+const CNodeConnection* GraphClaims::claim_connection(KIVObject* object)
+{
+    if (!stream.claim(object))
+        return nullptr;
+    if (!is_a<CNodeConnection>(object)) {
+        delete object;
+        return nullptr;
+    }
+    connections.push_back(static_cast<CNodeConnection*>(object));
+    return connections.back();
 }
 
 bool GraphClaims::meet_incoming(const CNode& node)
@@ -96,13 +104,21 @@ bool GraphClaims::meet_incoming(const CNode& node)
 
 bool GraphClaims::meet_connections(const CNodeChannel& input)
 {
-    for (const KIVObject* object : input.inq_connections_list()->of<KIVObject>()) {
-        if (half_met.erase(object) == 0)
-            return false;
-        if (static_cast<const CNodeConnection*>(object)->inq_input_channel() != &input)
+    for (KIVObject* object : input.inq_connections_list()->of<KIVObject>()) {
+        const CNodeConnection* connection = meet_connection(object);
+        if (!connection || connection->inq_input_channel() != &input)
             return false;
     }
     return true;
+}
+
+/// Null unless it was claimed at its output or has none.
+const CNodeConnection* GraphClaims::meet_connection(KIVObject* object)
+{
+    if (half_met.erase(object) > 0)
+        return static_cast<const CNodeConnection*>(object);
+    const CNodeConnection* connection = claim_connection(object);
+    return connection && !connection->inq_output_channel() ? connection : nullptr;
 }
 
 void GraphClaims::delete_claimed()

@@ -14,6 +14,7 @@ class KIVObject;
 
 /// What a graph takes over from the stream it is read from. A file can name any object anywhere,
 /// so nothing is followed before it has been claimed: what can be claimed has been read to its end.
+/// A connection may be incomplete: with no channel at one end it stands on the other's list alone.
 class GraphClaims {
 public:
     GraphClaims(KIVIStream& stream, CNodeGraph* graph) : stream(stream), graph(graph) {}
@@ -28,14 +29,16 @@ private:
     bool is_known(const CNode* node) const { return !node || known.contains(node); }
     bool claim_outgoing(const CNode& node);
     bool claim_connections(const CNodeChannel& output);
+    const CNodeConnection* claim_connection(KIVObject* object);
     bool meet_incoming(const CNode& node);
     bool meet_connections(const CNodeChannel& input);
+    const CNodeConnection* meet_connection(KIVObject* object);
     void delete_claimed();
 
     KIVIStream& stream;
     CNodeGraph* graph;
     std::vector<CNode*> nodes;
     std::unordered_set<const CNode*> known;
-    std::unordered_set<const KIVObject*> half_met; // connections seen at their output alone
+    std::unordered_set<const KIVObject*> half_met; // those still to be seen at their input
     std::vector<CNodeConnection*> connections;
 };

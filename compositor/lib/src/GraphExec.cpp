@@ -94,8 +94,10 @@ void GraphExec::generate_data(AbortPanel* panel)
     if (!inq_stops(panel))
         bring_immediate_data(panel);
     reorder_graph();
+    generated_phase = ++n_generated_phases;
     if (!inq_stops(panel))
         bring_generated_data(panel);
+    generated_phase = 0;
 }
 
 void GraphExec::bring_immediate_data(AbortPanel* panel)
@@ -121,7 +123,7 @@ void GraphExec::bring_generated_data(AbortPanel* panel)
 /// Brings the ops into the order that the arrays have taken on, inputs before consumers.
 void GraphExec::reorder_graph()
 {
-    if (!needs_reorder)
+    if (!needs_reorder || !root_op)
         return;
     needs_reorder = false;
     ops.clear();

@@ -21,7 +21,6 @@ public:
         node->last_walk = number;
         return true;
     }
-    bool has_met(const CNode* node) const { return node->last_walk == number; }
 
 private:
     inline static unsigned long our_count = 0;

@@ -91,9 +91,9 @@ void OpTreeBuilder::follow_connection(Unfinished& now)
 {
     const auto* connection = static_cast<const CNodeConnection*>(now.link->value());
     now.link = now.link->inq_prev();
-    const CNodeChannel* output = connection->inq_output_channel();
-    start(now.array, now.next_place--, now.array_type, output->inq_node(),
-          output->find_channel_index());
+    const int place = now.next_place--;
+    if (const CNodeChannel* output = connection->inq_output_channel())
+        start(now.array, place, now.array_type, output->inq_node(), output->find_channel_index());
 }
 
 /// False if the input's data type can't be told.

@@ -5,13 +5,14 @@
 CNode* SourceNames::find(CNode* from)
 {
     visit(from);
-    while (!way.empty()) {
+    while (!way.empty() && (names || !first)) {
         Step& step = way.back();
         if (CNode* child = step.children.empty() ? nullptr : step.children.back()) {
             step.children.pop_back();
             visit(child);
         } else {
-            on_way.erase(step.node);
+            if (names) // else one way to a node is enough
+                on_way.erase(step.node);
             way.pop_back();
         }
     }

@@ -114,8 +114,9 @@ void cdata_tDArray::set_size_at_least(int size)
 
 void cdata_tDArray::insert_at(int i, const int& value)
 {
-    if (i < 0)
-        return;
+    constexpr int MOST = std::numeric_limits<int>::max();
+    if (i < 0 || std::max(i, used) == MOST)
+        return;             // no size would hold it
     const int kept = value; // it may be one of ours
     const int old_size = used;
     set_size(std::max(i, used) + 1);

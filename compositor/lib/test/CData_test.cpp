@@ -72,6 +72,7 @@ TEST(CDataDescriptor, is_found_by_name_and_number)
     EXPECT_EQ(CDataDescriptor::find_desc_for(FROM), descriptor);
     EXPECT_EQ(CDataDescriptor::find_desc_for(STRANGER), nullptr);
     EXPECT_EQ(CDataDescriptor::find_desc_for("Stranger"), nullptr);
+    EXPECT_EQ(CDataDescriptor::find_desc_for(nullptr), nullptr);
     EXPECT_EQ(CDataDescriptor::new_data(STRANGER), nullptr);
     const std::unique_ptr<CData> datum(CDataDescriptor::new_data(FROM));
     ASSERT_TRUE(datum);

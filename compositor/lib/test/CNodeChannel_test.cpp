@@ -21,6 +21,17 @@ struct ThreeInOrder {
     std::unique_ptr<SampleSource> sources[3];
     std::vector<std::unique_ptr<CNodeConnection>> connections;
 };
+
+/// A connection with one more field behind its own.
+class MarkedConnection : public CNodeConnection {
+    KIV_STORED(MarkedConnection, CNodeConnection);
+
+public:
+    explicit MarkedConnection(KIVIStream& stream) : CNodeConnection(stream) { stream >> mark; }
+
+    int mark = 0;
+};
+KIV_STORED_CLASS(MarkedConnection, -1);
 } // namespace
 
 TEST(CNodeChannelSet, lays_its_strips_out_along_the_edge_of_the_node)
@@ -158,21 +169,14 @@ TEST(CNodeChannel, reads_old_records)
 TEST(CNodeConnection, drops_the_number_of_middle_versions)
 {
     for (const int version : {101, 102, 131, 132}) {
-        OldRecord old("KIVLinkedList", 1);
-        old << 2;
-        old.nested("CNodeConnection", version, [&](OldRecord& r) {
-            r.insert_with_class_hdr(nullptr);
-            r.insert_with_class_hdr(nullptr);
-            if (102 <= version && version <= 131)
-                r << 99;
-        });
-        old.nested("CNodeConnection", 132, [](OldRecord& r) {
-            r.insert_with_class_hdr(nullptr);
-            r.insert_with_class_hdr(nullptr);
-        });
-        const auto both = old.read<KIVLinkedList>();
-        ASSERT_TRUE(both) << version;
-        EXPECT_EQ(both->count(), 2);
-        both->remove_all_deleting_objects();
+        OldRecord old("MarkedConnection", version);
+        old.insert_with_class_hdr(nullptr);
+        old.insert_with_class_hdr(nullptr);
+        if (102 <= version && version <= 131)
+            old << 99;
+        old << 7;
+        const auto connection = old.read<MarkedConnection>();
+        ASSERT_TRUE(connection) << version;
+        EXPECT_EQ(connection->mark, 7) << version;
     }
 }

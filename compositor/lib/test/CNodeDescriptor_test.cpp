@@ -89,18 +89,26 @@ TEST(CNodeDescriptor, refuses_channel_counts_beyond_its_record)
 
 TEST(CNodeDescriptor, makes_nodes_once_the_module_of_a_class_is_there)
 {
-    CNodeDescriptor* from_stream = stored_and_read(*new_descriptor("DescriptorTestLate")).release();
-    from_stream->did_load();
-    ASSERT_EQ(ClassManager::inq_main()->find_cd_for("DescriptorTestLate"), from_stream);
-    const auto reader = [](KIVIStream&) -> KIVObject* { return nullptr; };
-    auto* module = new CNodeDescriptor("DescriptorTestLate", "CNode", reader, 77, nullptr, "Late",
-                                       21, true, 2, 1, PAINT, SampleMix::new_node_s);
-    ClassManager::inq_main()->enter(module);
-    bool flag = true;
-    const std::unique_ptr<CNode> node(from_stream->new_node(nullptr, &flag));
-    ASSERT_TRUE(node);
-    EXPECT_FALSE(flag);
-    EXPECT_EQ(node->inq_n_input_channels(), 2);
+    ClassManager* manager = ClassManager::inq_main();
+    for (const bool enters_itself : {true, false}) {
+        const char* name = enters_itself ? "DescriptorTestSelf" : "DescriptorTestLate";
+        CNodeDescriptor* from_stream = stored_and_read(*new_descriptor(name)).release();
+        from_stream->did_load();
+        ASSERT_EQ(manager->find_cd_for(name), from_stream);
+        const auto reader = [](KIVIStream&) -> KIVObject* { return nullptr; };
+        auto* module =
+            new CNodeDescriptor(name, "CNode", reader, 77, enters_itself ? manager : nullptr,
+                                "Late", 21, true, 2, 1, PAINT, SampleMix::new_node_s);
+        module->set_stored_type(&stored::type_of<SampleMix>);
+        if (!enters_itself)
+            manager->enter(module);
+        bool flag = true;
+        const std::unique_ptr<CNode> node(from_stream->new_node(nullptr, &flag));
+        ASSERT_TRUE(node);
+        EXPECT_FALSE(flag);
+        EXPECT_EQ(node->inq_n_input_channels(), 2);
+        EXPECT_EQ(from_stream->inq_stored_type(), &stored::type_of<SampleMix>);
+    }
 }
 
 TEST(CNodeRepository, joins_generics_to_their_node_class_in_either_order)
@@ -117,8 +125,13 @@ TEST(CNodeRepository, joins_generics_to_their_node_class_in_either_order)
     EXPECT_EQ(generics->at_index(1), late);
     EXPECT_TRUE(pending.find(new_generic("DescriptorTestLostOp", "DescriptorTestNoClass")));
 
-    EXPECT_TRUE(stored_and_read(*new_generic("DescriptorTestGoneOp", "DescriptorTestGeneric")));
-    EXPECT_EQ(generics->count(), 3) << "what was read has gone again";
+    OldRecord record("CNodeGenericOpDescriptor", 120);
+    record << "DescriptorTestGoneOp"
+           << "CNodeGenericOp" << -1 << PAINT << "DescriptorTestGeneric";
+    auto read = record.read<CNodeGenericOpDescriptor>();
+    EXPECT_EQ(generics->count(), 3);
+    read.reset();
+    EXPECT_EQ(generics->count(), 2);
 }
 
 TEST(CNodeGenericOpDescriptor, is_completed_by_its_module)
@@ -145,13 +158,12 @@ TEST(CNodeGenericOpDescriptor, is_completed_by_its_module)
 
 TEST(CNodeCatagory, falls_back_on_the_last_drawer)
 {
-    CNodeCatagory::init();
+    EXPECT_EQ(CNodeCatagory::inq_node_catagories().count(), 9);
     EXPECT_EQ(CNodeCatagory::find_name(99), "Misc.");
     EXPECT_EQ(CNodeCatagory::find_name(41), "Ink&Paint");
     EXPECT_EQ(CNodeCatagory::find_name(1), "");
     EXPECT_EQ(CNodeCatagory::find_colour_type(20), 3);
     const KIVLinkedList& all = CNodeCatagory::inq_node_catagories();
-    EXPECT_EQ(all.count(), 9);
     EXPECT_EQ(all.inq_last_link()->value(), CNodeCatagory::find_catagory(0));
 }
 

@@ -196,6 +196,15 @@ TEST(CNodeGraph, updates_each_reader_once_and_behind_all_that_it_reads)
     take_log();
     graph.update_input_connections(source);
     EXPECT_EQ(take_log(), (std::vector<std::string>{"s updated", "l updated", "r updated"}));
+
+    auto* other = add<SampleLine>(graph, "o");
+    join(source, other);
+    join(other, root);
+    take_log();
+    graph.update_input_connections(source);
+    EXPECT_EQ(take_log(),
+              (std::vector<std::string>{"s updated", "l updated", "o updated", "r updated"}))
+        << "readers in list order";
     EXPECT_TRUE(graph.is_connected_to_root(source));
     EXPECT_FALSE(graph.is_connected_to_root(beyond));
 }
@@ -422,10 +431,42 @@ TEST(CNodeGraph, refuses_files_whose_parts_do_not_belong_together)
             list << 1;
             list.nested("CNodeConnection", 132, [](OldRecord& connection) {
                 connection.put_seen(4); // the channel that lists it
-                put_null(connection);
+                connection.put_seen(4); // and no input that lists it
             });
         });
     }));
+}
+
+TEST(CNodeGraph, keeps_incomplete_connections)
+{
+    CNodeGraph graph(nullptr);
+    auto* source = add<SampleSource>(graph);
+    auto* line = add<SampleLine>(graph);
+    join(source, line);
+    out(source)->add_connection(new CNodeConnection(out(source), nullptr), 0);
+    in(line)->add_connection(new CNodeConnection(nullptr, in(line)), 0);
+    const auto back = stored_and_read(graph);
+    ASSERT_TRUE(back);
+    EXPECT_FALSE(back->load_finished_with_abort(nullptr, false));
+    const auto* first = static_cast<CNode*>(back->inq_nodes_list()->at_index(0));
+    const auto* last = static_cast<CNode*>(back->inq_nodes_list()->at_index(1));
+    ASSERT_EQ(out(first)->inq_connections_list()->count(), 2);
+    ASSERT_EQ(in(last)->inq_connections_list()->count(), 2);
+    EXPECT_EQ(out(first)->find_connection_at(0)->inq_input_channel(), nullptr);
+    EXPECT_EQ(in(last)->find_connection_at(0)->inq_output_channel(), nullptr);
+    EXPECT_EQ(in(last)->find_connection_at(1), out(first)->find_connection_at(1));
+}
+
+TEST(CNodeGraph, is_not_stored_with_a_connection_that_leaves_it)
+{
+    CNodeGraph graph(nullptr);
+    const std::unique_ptr<SampleLine> stranger(new_node<SampleLine>());
+    CNodeConnection* leaving = join(add<SampleSource>(graph), stranger.get());
+    CharOStream stream;
+    stream.insert_with_class_hdr(&graph);
+    EXPECT_EQ(stream.inq_error_state(), KIVStream::BAD_DATA);
+    graph.delete_connection(leaving, false);
+    EXPECT_TRUE(stored_and_read(graph));
 }
 
 TEST(CNodeGraph, leaves_a_channel_whose_list_does_not_get_shorter)
@@ -461,6 +502,7 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
     ASSERT_TRUE(graph->set_type_checker_enabled());
     EXPECT_TRUE(graph->is_connected_to_root(first));
     graph->notify_connections_changed(true);
+    graph->update_input_connections(graph->find_node(first->inq_label()));
     EXPECT_TRUE(graph->inq_can_connect_acyclic(out(graph->inq_root_node()), in(last)));
 
     const std::string container = container_of(*graph);

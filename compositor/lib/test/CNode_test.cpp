@@ -1,4 +1,5 @@
 #include "compositor/lib/hdr/CNode.h"
+#include "compositor/lib/hdr/DAGOpNode.h"
 #include "compositor/lib/hdr/DAGOpTypeChecker.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
 #include "compositor/lib/test/SampleNodes.h"
@@ -29,6 +30,11 @@ struct Diamond {
     SampleNode* n = add<SampleLine>(graph, "n");
     SampleNode* o = add<SampleLine>(graph, "o");
     SampleNode* r = add<SampleMix>(graph, "r");
+};
+
+class GenericLine : public SampleLine {
+public:
+    bool inq_is_generic() const override { return true; }
 };
 
 /// The fields of a node's record of some release, behind its class header.
@@ -64,6 +70,7 @@ TEST(CNode, has_a_label_of_its_own_also_as_a_copy)
     EXPECT_EQ(copy->inq_macro(), mix.get());
     EXPECT_EQ(copy->inq_group(), nullptr);
     EXPECT_EQ(copy->inq_types(), nullptr);
+    EXPECT_FALSE(copy->inq_is_disabled());
     EXPECT_EQ(stored_and_read(*mix)->inq_label(), mix->inq_label() + 2);
 }
 
@@ -186,6 +193,17 @@ TEST(CNode, leaves_its_descendents_to_classes_that_know_better)
     join(wall, line);
     EXPECT_EQ(names(line->inq_descendents(true, true)), "w");
     EXPECT_EQ(names(wall->inq_descendents(true, true)), "");
+
+    auto* beyond = add<SampleSource>(graph, "y");
+    auto* x = add<SampleLine>(graph, "x");
+    auto* c = add<SampleLine>(graph, "c");
+    auto* root = add<SampleMix>(graph, "r");
+    join(beyond, x);
+    join(x, c);
+    join(wall, root, 0);
+    join(c, root, 1);
+    wall->answer = x;
+    EXPECT_EQ(names(root->inq_descendents(true, true)), "wxcy") << "what feeds x is not lost";
 }
 
 TEST(CNode, orders_what_feeds_it_and_stops_at_flags)
@@ -294,7 +312,8 @@ TEST(CNode, keeps_its_place_relative_to_its_group_while_folded)
     group->add_to_group(node.get());
     group->set_is_hidden(true);
     node->set_is_hidden(true);
-    EXPECT_NE(node->inq_effective_node(), nullptr); // groups that hold one another
+    EXPECT_EQ(node->inq_effective_node(), node.get()); // groups that hold one another
+    EXPECT_EQ(group->inq_effective_node(), group.get());
 }
 
 TEST(CNode, names_its_sources_from_the_last_input_on)
@@ -308,9 +327,31 @@ TEST(CNode, names_its_sources_from_the_last_input_on)
     EXPECT_EQ(names, "x, b, a");
     EXPECT_EQ(CNode::inq_source_node_channel_names(in(d.m, 0), nullptr), d.a);
     EXPECT_EQ(CNode::inq_source_node_names(nullptr, &names), nullptr);
+    const std::unique_ptr<CNodeConnection> loose(new CNodeConnection(nullptr, in(d.m, 1)));
+    in(d.m, 1)->add_connection(loose.get(), 1); // met first
+    EXPECT_EQ(CNode::inq_source_node_channel_names(in(d.m, 1), nullptr), d.b);
+    EXPECT_EQ(CNode::inq_source_node_channel_names(nullptr, nullptr), nullptr);
+    in(d.m, 1)->remove_connection(loose.get());
     join(d.r, d.m, 1); // a cycle leads to no source
     EXPECT_EQ(d.m->inq_source_node_names(), "b, a");
     EXPECT_TRUE(d.r->inq_any_channel_selected());
+}
+
+TEST(CNode, finds_a_source_at_the_end_of_very_many_ways)
+{
+    CNodeGraph graph(nullptr);
+    SampleNode* first = add<SampleMix>(graph);
+    SampleNode* last = first;
+    for (int i = 0; i < 60; ++i) {
+        SampleNode* next = add<SampleMix>(graph);
+        join(last, next, 0);
+        join(last, next, 1);
+        last = next;
+    }
+    EXPECT_EQ(CNode::inq_source_node_names(last, nullptr), nullptr);
+    SampleNode* source = add<SampleSource>(graph);
+    join(source, first);
+    EXPECT_EQ(CNode::inq_source_node_names(last, nullptr), source);
 }
 
 TEST(CNode, gives_the_type_check_the_operator_of_its_kind)
@@ -322,5 +363,13 @@ TEST(CNode, gives_the_type_check_the_operator_of_its_kind)
     EXPECT_TRUE(dynamic_cast<DAGOpDefaultTypeChecker*>(of_line.get()));
     EXPECT_TRUE(dynamic_cast<DAGOpUniversalTypeChecker*>(of_any.get()));
     EXPECT_EQ(line->inq_bu_dag_op("another", nullptr), nullptr);
+
+    GenericLine generic;
+    DAGOpNode mirror(nullptr, &generic);
+    const std::unique_ptr<DAGOpBottomUp> given(generic.inq_bu_dag_op("type_checker", &mirror));
+    const auto* of_generic = dynamic_cast<DAGOpUniversalTypeChecker*>(given.get());
+    ASSERT_TRUE(of_generic);
+    const std::unique_ptr<cdata_tDArray> own_types(of_generic->inq_all_types());
+    EXPECT_TRUE(own_types->empty()) << "its class has no generic operations";
     EXPECT_EQ(line->inq_td_dag_op("type_checker", nullptr), nullptr);
 }

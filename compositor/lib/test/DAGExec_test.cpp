@@ -188,6 +188,27 @@ TEST_P(TypeCheck, tells_only_a_reporter_of_a_cycle)
               exec.inq_graph()->find_mirror_of(first));
 }
 
+TEST_P(TypeCheck, starts_afresh_with_each_init)
+{
+    SketchNode* any = add_universal("any", 1);
+    connect(add("note", 0, NOTE), any);
+    DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
+    DAGOpGraph& mirror = *exec.inq_graph();
+    if (GetParam())
+        mirror.inq_nodes_list();
+    exec.init();
+    EXPECT_TRUE(exec.execute());
+    exec.init();
+    EXPECT_NE(mirror.find_mirror_of(any)->inq_bu_op(), nullptr);
+
+    mirror.make_connection(any->output(), any->input());
+    exec.init();
+    EXPECT_EQ(mirror.find_mirror_of(any)->inq_bu_op(), nullptr) << "there is a cycle now";
+    exec.set_store_result(true);
+    EXPECT_TRUE(exec.execute());
+    EXPECT_EQ(any->inq_checked(), "none");
+}
+
 TEST_P(TypeCheck, takes_proposals_that_the_real_graph_does_not_see)
 {
     SketchNode* shape = add("shape", 0, SHAPE);

@@ -94,7 +94,11 @@ class CompositingOp : public DrawingOp {
 public:
     using DrawingOp::DrawingOp;
 
-    bool inq_can_composite() override { return true; }
+    bool inq_can_composite() override
+    {
+        ++n_asked;
+        return true;
+    }
     void generate_data(AbortPanel* abort) override
     {
         DrawingOp::generate_data(abort);
@@ -107,6 +111,7 @@ public:
 
     inline static CData* target = nullptr; // null for its own data
     inline static CData* of_other_type = nullptr;
+    inline static int n_asked = 0;
 };
 
 constexpr int WORDS = 911;
@@ -436,6 +441,7 @@ TEST_F(GraphExecTest, resolves_wildcards_by_the_checked_types)
     connect(any, out, 1);
     EXPECT_EQ(run(out), "out(a,-)") << "what can't be resolved leaves its place empty";
     GraphExec none(PICTURE, any, 0);
+    none.set_needs_reorder(true);
     none.setup_data();
     none.generate_data(nullptr);
     EXPECT_EQ(none.inq_root_data(), nullptr);
@@ -488,6 +494,32 @@ TEST_F(GraphExecTest, offers_the_target_nearest_the_root_that_all_can_draw_into)
     GraphExec alone(PICTURE, out, 0);
     run(alone);
     EXPECT_EQ(CompositingOp::target, nullptr);
+}
+
+TEST_F(GraphExecTest, asks_each_layer_once_in_a_run_what_can_be_drawn_through)
+{
+    constexpr int n_layers = 30;
+    new_op = ::new_op<ThroughOp>;
+    SketchNode* out = add("out", 1);
+    new_op = ::new_op<CompositingOp>;
+    for (int i = 0; i < n_layers; ++i)
+        connect(add("layer", 0), out);
+    GraphExec exec(PICTURE, out, 0);
+    CompositingOp::n_asked = 0;
+    run(exec);
+    EXPECT_EQ(CompositingOp::n_asked, n_layers);
+    run(exec);
+    EXPECT_EQ(CompositingOp::n_asked, 2 * n_layers);
+}
+
+TEST_F(GraphExecTest, leaves_a_place_empty_for_a_connection_without_source)
+{
+    SketchNode* out = add("out", 1);
+    connect(add("a", 0), out);
+    out->input()->add_connection(new CNodeConnection(nullptr, out->input()), 0);
+    GraphExec exec(PICTURE, out, 0);
+    exec.setup_data();
+    EXPECT_EQ(events, "info out\ninfo a\n");
 }
 
 TEST_F(GraphExecTest, gives_each_reporter_its_own_copy_of_status_and_errors)

@@ -83,8 +83,13 @@ SAMPLE_NODE(SampleAnything)
 SAMPLE_NODE(SampleWall)
     gsl::owner<KIVLinkedList*> inq_descendents(bool, bool) const override
     {
-        return new KIVLinkedList(false);
+        auto found = std::make_unique<KIVLinkedList>(false);
+        if (answer)
+            found->add(answer);
+        return found.release();
     }
+
+    CNode* answer = nullptr;
 };
 #undef SAMPLE_NODE
 // clang-format on

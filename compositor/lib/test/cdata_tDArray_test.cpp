@@ -39,6 +39,7 @@ TEST(cdata_tDArray, inserts_and_removes_anywhere)
     array.insert_at(1, 2);
     array.insert_at(0, array[2]); // one of its own, and the store grows
     array.insert_at(-1, 9);
+    array.insert_at(std::numeric_limits<int>::max(), 9);
     array.remove_at(7);
     EXPECT_TRUE(array.is_equal_to(array_of({3, 1, 2, 3})));
     array.remove_at(0);

@@ -66,7 +66,9 @@ public:
 
     /// Null for a descriptor that came from a stream.
     const StoredType* inq_stored_type() const { return type; }
-    void set_stored_type(const StoredType* stored_type) { type = stored_type; }
+
+    /// The class manager's record of the name gets it too, if it came from a stream.
+    void set_stored_type(const StoredType* stored_type);
 
 protected:
     /// Loads the module of this class, if it is installed; its own descriptor then completes this

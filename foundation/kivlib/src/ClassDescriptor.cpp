@@ -52,6 +52,14 @@ ClassDescriptor* ClassDescriptor::read_from(KIVIStream& stream)
     return stored::read_as<ClassDescriptor>(stream);
 }
 
+void ClassDescriptor::set_stored_type(const StoredType* stored_type)
+{
+    type = stored_type;
+    ClassDescriptor* present = ClassManager::inq_main()->find_cd_for(name);
+    if (present && !present->type)
+        present->type = stored_type;
+}
+
 void ClassDescriptor::setup_func_refs_from(const ClassDescriptor* other)
 {
     reader = other->reader;

@@ -1,4 +1,3 @@
-#include "compositor/lib/hdr/CNodeCatagory.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/NodeClass.h"
 #include "kivlib/hdr/Matrix.h"
@@ -42,7 +41,6 @@ class GlowNodes : public NodeInitialiser {
 public:
     GlowNodes()
     {
-        CNodeCatagory::init();
         constexpr NodeFamily FILTERS = {.catagory = 20, .n_inputs = 1, .n_outputs = 1, .type = 100};
         constexpr NodeRow ROWS[] = {node_row<GlowNode>("Glow/Shine&A B\tC\nD", -1)};
         add_nodes(FILTERS, ROWS);
