@@ -65,22 +65,6 @@ TEST(typeid_registry, numbers_names_and_warns_of_a_second_use)
     EXPECT_EQ(inq_type_name(first + 2), "Unknown");
 }
 
-TEST(CDataDescriptor, is_found_by_name_and_number)
-{
-    CDataDescriptor* descriptor = from_descriptor();
-    EXPECT_EQ(CDataDescriptor::find_desc_for("From"), descriptor);
-    EXPECT_EQ(CDataDescriptor::find_desc_for(FROM), descriptor);
-    EXPECT_EQ(CDataDescriptor::find_desc_for(STRANGER), nullptr);
-    EXPECT_EQ(CDataDescriptor::find_desc_for("Stranger"), nullptr);
-    EXPECT_EQ(CDataDescriptor::find_desc_for(nullptr), nullptr);
-    EXPECT_EQ(CDataDescriptor::new_data(STRANGER), nullptr);
-    const std::unique_ptr<CData> datum(CDataDescriptor::new_data(FROM));
-    ASSERT_TRUE(datum);
-    EXPECT_TRUE(datum->inq_can_union_data());
-    EXPECT_TRUE(datum->inq_can_convert_to(TO));
-    EXPECT_FALSE(datum->inq_can_convert_to(0));
-}
-
 TEST(CDataDescriptor, gets_the_conversions_of_convertors_that_come_after_it)
 {
     CDataDescriptor* descriptor = from_descriptor();
@@ -99,15 +83,6 @@ TEST(CDataDescriptor, gets_the_conversions_of_convertors_that_come_after_it)
     const auto* late = new CDataDescriptor("Late", "Late", LATER, nullptr, false, nullptr, false);
     EXPECT_EQ(repository->inq_convertor(LATER, TO), early);
     EXPECT_FALSE(late->inq_can_convert_to(TO));
-}
-
-TEST(CDataDescriptor, serves_the_type_check_alone)
-{
-    CDataDescriptor* descriptor = from_descriptor();
-    const std::unique_ptr<DAGOpChannelIn> op(descriptor->inq_bu_dag_op("type_checker", nullptr));
-    EXPECT_TRUE(op);
-    EXPECT_EQ(descriptor->inq_bu_dag_op("other", nullptr), nullptr);
-    EXPECT_EQ(descriptor->inq_td_dag_op("type_checker", nullptr), nullptr);
 }
 
 TEST(CData, reports_a_union_that_its_type_lacks)

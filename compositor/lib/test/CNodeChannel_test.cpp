@@ -58,30 +58,6 @@ TEST(CNodeChannelSet, lays_its_strips_out_along_the_edge_of_the_node)
     EXPECT_EQ(inputs->inq_width(), 0.0);
 }
 
-TEST(CNodeChannelSet, keeps_the_channels_that_a_new_count_leaves)
-{
-    CNodeChannelSet set(nullptr, 2);
-    const CNodeChannel* first = set.inq_channel(0);
-    set.set_n_channels(3);
-    EXPECT_EQ(set.inq_channel(0), first);
-    EXPECT_EQ(set.find_channel_index(set.inq_channel(2)), 2);
-    set.set_n_channels(1);
-    EXPECT_EQ(set.inq_channel(0), first);
-    EXPECT_EQ(set.inq_channel(1), nullptr);
-    EXPECT_EQ(set.inq_channel(-1), nullptr);
-    EXPECT_EQ(set.find_channel_index(nullptr), -1);
-}
-
-TEST(CNodeChannelSet, finds_the_first_channel_near_a_point)
-{
-    const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
-    const CNodeChannelSet* inputs = mix->inq_inputs();
-    EXPECT_EQ(inputs->find_channel_at(Vector2(10.0, -15.0)), in(mix.get(), 1));
-    EXPECT_EQ(inputs->find_channel_at(Vector2(10.0, -30.0)), nullptr);
-    EXPECT_EQ(inputs->find_channel_near(Vector2(1.0, -21.0), 2.0), in(mix.get(), 0));
-    EXPECT_EQ(inputs->find_channel_near(Vector2(1.0, -21.0), 0.5), nullptr);
-}
-
 TEST(CNodeChannel, carries_the_type_that_its_place_declares)
 {
     const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());

@@ -36,20 +36,6 @@ CNodeDescriptor* descriptor_of(ClassDescriptor* record)
 }
 } // namespace
 
-TEST(CNodeDescriptor, gives_all_channels_one_type_or_each_its_own)
-{
-    const CNodeDescriptor* line = descriptor_of(SampleLine::inq_class_descriptor_s());
-    EXPECT_EQ(line->inq_input_type(5), PAINT);
-    EXPECT_EQ(line->inq_catagory_type(), 10);
-    EXPECT_TRUE(line->inq_is_hidden());
-    const CNodeDescriptor* two = new_descriptor("DescriptorTestTwo");
-    EXPECT_EQ(two->inq_input_type(1), 8);
-    EXPECT_EQ(two->inq_input_type(2), 0);
-    EXPECT_EQ(two->inq_input_type(-1), 0);
-    EXPECT_EQ(two->inq_output_type(0), 9);
-    EXPECT_EQ(two->inq_output_type(1), 0);
-}
-
 TEST(CNodeDescriptor, comes_back_without_its_code_and_with_old_versions_shown)
 {
     const auto back = stored_and_read(*new_descriptor("DescriptorTestStored"));
@@ -154,17 +140,6 @@ TEST(CNodeGenericOpDescriptor, is_completed_by_its_module)
     const std::unique_ptr<CNode> node(new_node<SampleLine>());
     const std::unique_ptr<CNodeOp> op(from_stream->inq_nodeop(node.get()));
     EXPECT_TRUE(op);
-}
-
-TEST(CNodeCatagory, falls_back_on_the_last_drawer)
-{
-    EXPECT_EQ(CNodeCatagory::inq_node_catagories().count(), 9);
-    EXPECT_EQ(CNodeCatagory::find_name(99), "Misc.");
-    EXPECT_EQ(CNodeCatagory::find_name(41), "Ink&Paint");
-    EXPECT_EQ(CNodeCatagory::find_name(1), "");
-    EXPECT_EQ(CNodeCatagory::find_colour_type(20), 3);
-    const KIVLinkedList& all = CNodeCatagory::inq_node_catagories();
-    EXPECT_EQ(all.inq_last_link()->value(), CNodeCatagory::find_catagory(0));
 }
 
 TEST(StandInCNode, answers_for_its_class_and_is_never_evaluated)

@@ -245,39 +245,6 @@ TEST(CNodeGraph, tells_watchers_until_they_go)
     outlived.reset();
 }
 
-TEST(CNodeGraph, finds_nodes_by_what_they_are)
-{
-    CNodeGraph graph(nullptr);
-    auto* source = add<SampleSource>(graph, "s");
-    auto* line = add<SampleLine>(graph, "l");
-    auto* stranger = add<SampleLine>(graph, "x");
-    join(source, line);
-    graph.set_root_node(line);
-    EXPECT_EQ(names(graph.inq_nodes_of_type(SampleLine::inq_type_s())), "lx");
-    EXPECT_EQ(names(graph.make_ordered_nodes_list()), "ls");
-    EXPECT_EQ(names(graph.inq_nodes_with_no_out_puts()), "lx");
-    source->show_output_channel(false);
-    EXPECT_EQ(names(graph.inq_nodes_with_no_out_puts()), "slx");
-    EXPECT_EQ(graph.find_node(stranger->inq_label()), stranger);
-    EXPECT_FALSE(graph.inq_contains_node(0));
-
-    EXPECT_EQ(graph.find_single_selected_node(), nullptr);
-    line->set_is_selected(true);
-    EXPECT_EQ(graph.find_single_selected_node(), line);
-    source->set_is_selected(true);
-    EXPECT_EQ(graph.find_single_selected_node(), nullptr);
-    EXPECT_FALSE(graph.inq_channels_selected());
-    in(stranger)->set_is_selected(true);
-    EXPECT_TRUE(graph.inq_channels_selected());
-
-    const std::unique_ptr<KIVLinkedList> connections(
-        CNodeGraph::find_connections(*graph.inq_nodes_list()));
-    EXPECT_EQ(connections->count(), 1);
-    KIVDLLUsageList usage;
-    graph.record_dll_usage(&usage);
-    EXPECT_EQ(usage.inq_descriptors().size(), 2U);
-}
-
 TEST(CNodeGraph, finds_channels_under_a_point)
 {
     CNodeGraph graph(nullptr);
@@ -291,26 +258,6 @@ TEST(CNodeGraph, finds_channels_under_a_point)
     EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), in(below));
     below->set_is_hidden(true);
     EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), nullptr);
-}
-
-TEST(CNodeGraph, ends_changes_under_the_name_that_is_given_or_set)
-{
-    CNodeGraph graph(nullptr);
-    ChangeRecorder recorder;
-    auto* unrecorded = new Change;
-    graph.add_change_event(unrecorded);
-    graph.end_change("nobody hears");
-    delete unrecorded;
-    graph.set_change_recorder(&recorder);
-    const auto end_as = [&](const char* name) {
-        graph.add_change_event(new Change);
-        graph.end_change(name);
-        return recorder.inq_undo_label().str();
-    };
-    EXPECT_EQ(end_as(nullptr), "");
-    graph.set_end_change_name("Set");
-    EXPECT_EQ(end_as("Given"), "Given");
-    EXPECT_EQ(end_as(nullptr), "Set");
 }
 
 TEST(CNodeGraph, loads_in_two_passes_unless_a_node_gives_up)

@@ -74,17 +74,6 @@ TEST(CNode, has_a_label_of_its_own_also_as_a_copy)
     EXPECT_EQ(stored_and_read(*mix)->inq_label(), mix->inq_label() + 2);
 }
 
-TEST(CNode, answers_for_its_class_by_its_descriptor)
-{
-    const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
-    EXPECT_EQ(mix->inq_type_name(), "Mix");
-    EXPECT_EQ(mix->inq_displayed_type_name(), "Mix");
-    EXPECT_EQ(mix->inq_type(), SampleMix::inq_type_s());
-    EXPECT_NE(mix->inq_type(), SampleSource::inq_type_s());
-    EXPECT_EQ(inq_type_name(mix->inq_type()), "SampleMix");
-    EXPECT_TRUE(mix->is_kind_of("CNode"));
-}
-
 TEST(CNode, comes_back_with_its_channels_and_without_its_flags)
 {
     const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
@@ -279,21 +268,6 @@ TEST(CNode, has_bounds_that_hold_the_visible_strips)
     EXPECT_EQ(mix->inq_width(), 98.0);
     mix->reset_width(200.0);
     EXPECT_EQ(mix->inq_width(), 198.0);
-}
-
-TEST(CNode, finds_the_input_nearest_to_a_point)
-{
-    const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
-    mix->inq_inputs()->set_n_channels(4);
-    mix->inq_inputs()->set_width(200.0);
-    mix->set_position(Vector2(1000.0, 0.0));
-    const auto nearest = [&](double x) { return mix->inq_nearest_input_channel(Vector2(x, 5.0)); };
-    EXPECT_EQ(nearest(0.0), 0);
-    EXPECT_EQ(nearest(960.0), 1);
-    EXPECT_EQ(nearest(1050.0), 2);
-    EXPECT_EQ(nearest(1060.0), 3);
-    mix->inq_inputs()->inq_channel(1)->set_border_rect(KIVRectangle(-45.0, -20.0, 0.0, -12.0));
-    EXPECT_EQ(nearest(952.0), 4); // a gap
 }
 
 TEST(CNode, keeps_its_place_relative_to_its_group_while_folded)

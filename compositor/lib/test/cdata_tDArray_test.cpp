@@ -14,25 +14,6 @@ cdata_tDArray array_of(std::initializer_list<int> values)
 }
 } // namespace
 
-TEST(cdata_tDArray, doubles_its_store_and_never_shrinks_it)
-{
-    cdata_tDArray array(0);
-    EXPECT_EQ(array.inq_allocated(), 1);
-    EXPECT_TRUE(array.empty());
-    array.set_size(5);
-    EXPECT_EQ(array.inq_allocated(), 5);
-    array.set_size(6);
-    EXPECT_EQ(array.inq_allocated(), 10);
-    array.set_size(-3);
-    EXPECT_EQ(array.inq_allocated(), 10);
-    array.remove_tail();
-    EXPECT_EQ(array.size(), 0);
-    array.set_size_at_least(4);
-    array.set_size_at_least(2);
-    EXPECT_EQ(array.size(), 4);
-    EXPECT_EQ(cdata_tDArray(-2).size(), 0);
-}
-
 TEST(cdata_tDArray, inserts_and_removes_anywhere)
 {
     cdata_tDArray array = array_of({1, 3});
@@ -52,13 +33,6 @@ TEST(cdata_tDArray, inserts_and_removes_anywhere)
     far.insert_at(7, 5);
     EXPECT_EQ(far.size(), 8);
     EXPECT_EQ(far[7], 5);
-}
-
-TEST(cdata_tDArray, sorts_by_signed_value)
-{
-    cdata_tDArray array = array_of({3, -2147483647, 2147483647, 0});
-    array.sort();
-    EXPECT_TRUE(array.is_equal_to(array_of({-2147483647, 0, 3, 2147483647})));
 }
 
 TEST(cdata_tDArray, iterators_search_from_where_they_stand)

@@ -122,16 +122,6 @@ TEST(XSNode, is_copied_with_its_own_column)
     EXPECT_EQ(*copy->inq_subcolumn()->inq_header_text(), "Glow");
 }
 
-TEST(XSNode, sums_up_its_only_sub_column)
-{
-    GlowNode node;
-    node.inq_subcolumn(1)->insert_key(node.inq_subcolumn(1)->create_new_key(), 5);
-    EXPECT_EQ(node.inq_summary(), "...");
-    node.add(2, new SubColumn);
-    EXPECT_EQ(*node.inq_subcolumn(2)->inq_header_text(), "More");
-    EXPECT_TRUE(node.inq_summary().is_null());
-}
-
 TEST(XSNode, finds_its_column_again_by_label)
 {
     XSheet sheet(nullptr);
@@ -242,13 +232,4 @@ TEST(XSNode, tells_the_user_that_preferences_have_no_place)
     const std::string folder = user.folder.path("file/Montaray").str();
     EXPECT_EQ(captured.inq_alerts(), std::vector<std::string>{"Can't make directory " + folder +
                                                               "\nPreferences not saved"});
-}
-
-TEST(DWNode, is_an_lb_source_when_it_is_a_source)
-{
-    GlowNode node;
-    EXPECT_FALSE(node.inq_is_lb_source_image_node());
-    node.is_source = true;
-    EXPECT_TRUE(node.inq_is_lb_source_image_node());
-    EXPECT_EQ(node.inq_node_transform(1), Matrix44());
 }

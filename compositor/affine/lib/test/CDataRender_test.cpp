@@ -19,19 +19,6 @@ Plate united(Plate below, Plate above)
 }
 } // namespace
 
-TEST(CDataRender, has_a_sample_for_alpha_unless_it_is_opaque)
-{
-    Plate p;
-    EXPECT_EQ(p.inq_samples_per_pixel(), 2);
-    p.set_opaque(true);
-    EXPECT_EQ(p.inq_samples_per_pixel(), 1);
-    p.set_is_colour(true);
-    EXPECT_EQ(p.inq_samples_per_pixel(), 3);
-    p.set_opaque(false);
-    EXPECT_EQ(p.inq_samples_per_pixel(), 4);
-    EXPECT_EQ(p.inq_bits_per_sample(), 8);
-}
-
 TEST(CDataRender, takes_a_request_over_what_it_promised_before)
 {
     Plate p = plate(box(0, 0, 5, 5), true);

@@ -76,13 +76,6 @@ TEST(CNodeCameraTranslate, moves_with_the_camera_once_it_was_loaded)
     EXPECT_EQ(old.node->inq_node_transform(1) * Vector2(1.0, 1.0), Vector2(4.0, 5.0));
 }
 
-TEST(CNodeCameraRotate, turns_against_the_camera)
-{
-    CNodeCameraRotate node;
-    set_first_key(node.inq_angle_subcolumn(), 90.0);
-    expect_point(node.inq_node_transform(1) * Vector2(1.0, 0.0), 0.0, -1.0);
-}
-
 TEST(CNodeCameraSize, takes_every_width)
 {
     CNodeCameraSize node;

@@ -103,13 +103,6 @@ TEST(CNodeTranslate, moves_along_the_axes_of_its_class)
     EXPECT_EQ(depth.inq_translate_subcolumn()->inq_unit_type(), KIV_UNIT_DEPTH);
 }
 
-TEST(CNodeRotate, turns_counter_clockwise_about_the_origin)
-{
-    CNodeRotate node;
-    set_first_key(node.inq_angle_subcolumn(), 90.0);
-    expect_point(node.inq_node_transform(1) * Vector2(2.0, 0.0), 0.0, 2.0);
-}
-
 TEST(CNodeScale, scales_and_flips_along_the_axes_of_its_class)
 {
     const Vector2 point(1.0, 1.0);
