@@ -27,7 +27,9 @@ public:
     bool redo();
 
     int inq_undo_count() const { return static_cast<int>(done.size()); }
-    const KIVString& inq_undo_label() const { return done.back().label; }
+
+    /// Of the step that `undo` would take back; empty without one.
+    KIVString inq_undo_label() const { return done.empty() ? KIVString() : done.back().label; }
 
 private:
     struct Step {

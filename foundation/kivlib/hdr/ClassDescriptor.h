@@ -8,8 +8,6 @@
 class ClassDescriptor;
 class ClassManager;
 
-using KIVReadFunction = KIVObject* (*)(KIVIStream&);
-
 /// A stored class as the compiler knows it: itself, its C++ base, its size, and where its record
 /// is kept. It answers for objects that are still being read.
 struct StoredType {
@@ -35,7 +33,8 @@ public:
     ClassDescriptor(const char* name, const char* base_name, KIVReadFunction reader, int version,
                     ClassManager* manager);
 
-    /// A descriptor of a class whose code may not be loaded: no reader, no functions.
+    /// A descriptor of a class whose code may not be loaded: no reader, no functions. One without a
+    /// name is an error.
     explicit ClassDescriptor(KIVIStream& stream);
 
     void storer(KIVOStream& stream) override;
@@ -43,18 +42,25 @@ public:
     const char* class_name() const override { return "ClassDescriptor"; }
 
     static ClassDescriptor* inq_class_descriptor_s();
+    static void set_class_descriptor_s(ClassDescriptor* descriptor);
+    static KIVReadFunction inq_read_constructor();
     static ClassDescriptor* read_from(KIVIStream& stream);
 
     virtual int inq_version() const { return version; }
 
-    /// Takes over the functions of another descriptor of the same class, whose code is loaded.
+    /// Takes over base, version and functions of another descriptor of the same class, whose code
+    /// is loaded.
     virtual void setup_func_refs_from(const ClassDescriptor* other);
 
     /// The descriptor has come in from a stream.
     virtual void did_load();
 
     /// Whether this class, or one up its chain of base names, is called `wanted`.
-    bool is_subclass_of(const KIVString& wanted) const;
+    bool is_subclass_of(const KIVString& wanted) const { return has_in_chain(wanted); }
+    bool is_subclass_of(const char* wanted) const { return has_in_chain(wanted ? wanted : ""); }
+
+    /// True until the code of the class is loaded.
+    bool inq_is_from_stream() const { return is_from_stream; }
 
     /// The version that a class header carries: the newest of the class and its C++ bases, never
     /// below 1. One count runs across all classes, so every reader along the chain understands it.
@@ -76,9 +82,12 @@ protected:
     void load_dll() const;
 
 private:
+    bool has_in_chain(std::string_view wanted) const;
+
     KIVString name;
     KIVString base_name;
     KIVReadFunction reader = nullptr;
     int version = -1;
+    bool is_from_stream = false;
     const StoredType* type = nullptr;
 };

@@ -23,7 +23,8 @@ public:
     /// The caller deletes it.
     gsl::owner<ClassDescriptorIterator*> new_iterator() const;
 
-    /// A record already there under the name wins, and takes over the functions of a later one.
+    /// A record already there under the name wins. One that came from a stream is completed by the
+    /// first that comes with its code.
     void enter(ClassDescriptor* descriptor);
 
 private:

@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-struct StoredType;
-
 /// The object protocol over bytes in memory: headers, load table, versions and numbers.
 class ConnectIStream : public KIVIStream {
 public:
@@ -49,12 +47,13 @@ private:
 
     template <class T> T get_number();
     const StoredClass* get_class(unsigned index);
+    KIVObject* read_next(const ClassDescriptor* expected);
     KIVObject* read_seen(const ClassDescriptor* expected);
     KIVObject* read_forward(const ClassDescriptor* expected);
     KIVObject* read_arrival();
     KIVObject* read_new(unsigned class_index, const ClassDescriptor* expected);
     KIVObject* read_record(const StoredClass& stored, std::uint32_t number);
-    bool is_expected(const StoredType* type, const ClassDescriptor* expected);
+    bool is_expected(const ClassDescriptor* actual, const ClassDescriptor* expected);
 
     const char* bytes = nullptr;
     std::size_t pos = 0;

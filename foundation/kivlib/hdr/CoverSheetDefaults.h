@@ -68,5 +68,6 @@ private:
     std::array<KIVString, CREDIT_COUNT> credits;
 };
 
-/// The defaults that the user has stored; null if there are none. The foundation keeps them.
+/// The defaults that the user has stored; null if there are none. The foundation keeps them, always
+/// in one place.
 CoverSheetDefaults* inq_cover_sheet_defaults();

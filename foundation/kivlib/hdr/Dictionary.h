@@ -32,6 +32,9 @@ public:
 protected:
     void add_assoc(unsigned long hash, KIVObject* key, KIVObject* value);
 
+    /// False if nothing stands there.
+    bool take_out(std::unique_ptr<Assoc>& place);
+
     /// In the order of their arrival, as far as the hashes differ: for storing.
     std::vector<const Assoc*> inq_sorted() const;
 
@@ -52,6 +55,8 @@ class Dictionary : public DictionaryBase {
 
 public:
     explicit Dictionary(unsigned bucket_count) : DictionaryBase(bucket_count) {}
+
+    /// Claims what it reads.
     explicit Dictionary(KIVIStream& stream);
 
     void storer(KIVOStream& stream) override;

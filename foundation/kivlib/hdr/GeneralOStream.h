@@ -18,6 +18,10 @@ public:
     void close() override;
     void flush() override;
 
+protected:
+    /// On an empty file that was just opened, or tried to.
+    GeneralOStream(const char* path, FileHandle opened);
+
 private:
     void sync();
 

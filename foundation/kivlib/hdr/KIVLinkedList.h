@@ -32,7 +32,7 @@ public:
     explicit KIVLinkedList(bool owns = false) : owns(owns) {}
     explicit KIVLinkedList(KIVIStream& stream);
 
-    /// Copies refer to the same objects and own none.
+    /// Copies refer to the same objects and own none; an owner that is assigned to deletes its own.
     KIVLinkedList(const KIVLinkedList& other);
     KIVLinkedList& operator=(const KIVLinkedList& other);
     ~KIVLinkedList() override;

@@ -6,7 +6,10 @@
 
 class ClassDescriptor;
 class KIVIStream;
+class KIVObject;
 class KIVOStream;
+
+using KIVReadFunction = KIVObject* (*)(KIVIStream&);
 
 /// Root of every stored class.
 class KIVObject {

@@ -34,6 +34,8 @@ public:
     gsl::owner<KIVObject*> clone() const override;
 
     static ClassDescriptor* inq_class_descriptor_s();
+    static void set_class_descriptor_s(ClassDescriptor* descriptor);
+    static KIVReadFunction inq_read_constructor();
     static KIVString* read_from(KIVIStream& stream);
 
     int length() const { return static_cast<int>(text.size()); }

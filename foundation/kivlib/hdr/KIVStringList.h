@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/KIVString.h"
 
+#include <unordered_set>
 #include <vector>
 
 class PCharArray;
@@ -17,6 +18,7 @@ public:
 
 private:
     std::vector<KIVString> texts;
+    std::unordered_set<std::string> known; // the same texts, to be found
 };
 
 /// Different texts in the order of their arrival.

@@ -8,7 +8,8 @@ std::unique_ptr<BaseFileFinder> our_finder;
 
 void set_file_finder(BaseFileFinder* finder)
 {
-    our_finder.reset(finder);
+    if (finder != our_finder.get())
+        our_finder.reset(finder);
 }
 
 BaseFileFinder* inq_file_finder()

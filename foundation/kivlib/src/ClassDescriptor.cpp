@@ -10,9 +10,9 @@ KIVObject* read_descriptor(KIVIStream& stream)
     return new (stream) ClassDescriptor(stream);
 }
 
-ClassDescriptor* descriptor_of_descriptors()
+ClassDescriptor*& descriptor_of_descriptors()
 {
-    static auto* descriptor = [] {
+    static ClassDescriptor* descriptor = [] {
         auto* d = new ClassDescriptor("ClassDescriptor", "KIVObject", read_descriptor, -1, nullptr);
         d->set_stored_type(&stored::type_of<ClassDescriptor>);
         return d;
@@ -31,9 +31,11 @@ ClassDescriptor::ClassDescriptor(const char* name, const char* base_name, KIVRea
         manager->enter(this);
 }
 
-ClassDescriptor::ClassDescriptor(KIVIStream& stream) : KIVObject(stream)
+ClassDescriptor::ClassDescriptor(KIVIStream& stream) : KIVObject(stream), is_from_stream(true)
 {
     stream >> name >> base_name >> version;
+    if (name.is_null())
+        stream.set_error_state(KIVStream::BAD_DATA);
 }
 
 void ClassDescriptor::storer(KIVOStream& stream)
@@ -45,6 +47,16 @@ void ClassDescriptor::storer(KIVOStream& stream)
 ClassDescriptor* ClassDescriptor::inq_class_descriptor_s()
 {
     return descriptor_of_descriptors();
+}
+
+void ClassDescriptor::set_class_descriptor_s(ClassDescriptor* descriptor)
+{
+    descriptor_of_descriptors() = descriptor;
+}
+
+KIVReadFunction ClassDescriptor::inq_read_constructor()
+{
+    return read_descriptor;
 }
 
 ClassDescriptor* ClassDescriptor::read_from(KIVIStream& stream)
@@ -62,8 +74,11 @@ void ClassDescriptor::set_stored_type(const StoredType* stored_type)
 
 void ClassDescriptor::setup_func_refs_from(const ClassDescriptor* other)
 {
+    base_name = other->base_name;
+    version = other->version;
     reader = other->reader;
     type = other->type;
+    is_from_stream = other->is_from_stream;
 }
 
 void ClassDescriptor::did_load()
@@ -71,15 +86,17 @@ void ClassDescriptor::did_load()
     ClassManager::inq_main()->enter(this);
 }
 
-bool ClassDescriptor::is_subclass_of(const KIVString& wanted) const
+bool ClassDescriptor::has_in_chain(std::string_view wanted) const
 {
+    if (wanted.empty() || name.str() == wanted)
+        return !wanted.empty();
+    constexpr int MOST_BASES = 1000; // base names that a file has made a ring of
     const ClassManager* manager = ClassManager::inq_main();
-    int steps = 0;
-    for (const ClassDescriptor* d = this; d; d = manager->find_cd_for(d->base_name)) {
-        if (d->name == wanted || d->base_name == wanted)
+    const ClassDescriptor* d = this;
+    for (int steps = 0; d && !d->base_name.is_null() && steps < MOST_BASES; ++steps) {
+        if (d->base_name.str() == wanted)
             return true;
-        if (++steps > 1000) // base names that a file has made a ring of
-            return false;
+        d = manager->find_cd_for(d->base_name);
     }
     return false;
 }

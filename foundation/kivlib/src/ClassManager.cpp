@@ -24,6 +24,6 @@ void ClassManager::enter(ClassDescriptor* descriptor)
     const auto [place, is_new] = by_name.try_emplace(descriptor->inq_name().str(), descriptor);
     if (is_new)
         descriptors.push_back(descriptor);
-    else if (!place->second->inq_reader() && descriptor->inq_reader())
+    else if (place->second->inq_is_from_stream() && !descriptor->inq_is_from_stream())
         place->second->setup_func_refs_from(descriptor);
 }

@@ -11,6 +11,17 @@
 
 static_assert(std::endian::native == std::endian::little, "numbers stand in files as in memory");
 
+namespace {
+/// By true bases where both classes told them, else by the names of their records.
+bool is_class_of(const ClassDescriptor& actual, const ClassDescriptor& wanted)
+{
+    const StoredType* type = actual.inq_stored_type();
+    const StoredType* wanted_type = wanted.inq_stored_type();
+    return &actual == &wanted || (type && wanted_type ? type->is_a(*wanted_type)
+                                                      : actual.is_subclass_of(wanted.inq_name()));
+}
+} // namespace
+
 void ConnectIStream::set_bytes(const char* from, std::size_t size)
 {
     bytes = from;
@@ -130,16 +141,23 @@ const ConnectIStream::StoredClass* ConnectIStream::get_class(unsigned index)
     return nullptr;
 }
 
-bool ConnectIStream::is_expected(const StoredType* type, const ClassDescriptor* expected)
+bool ConnectIStream::is_expected(const ClassDescriptor* actual, const ClassDescriptor* expected)
 {
-    const StoredType* wanted = expected ? expected->inq_stored_type() : nullptr;
-    if (!expected || (type && wanted && type->is_a(*wanted)))
+    if (!expected || is_class_of(*actual, *expected))
         return true;
     set_error(WRONG_CLASS, "expected " + expected->inq_name());
     return false;
 }
 
 KIVObject* ConnectIStream::read_object(ClassDescriptor* expected)
+{
+    KIVObject* object = read_next(expected);
+    if (nesting == 0 && inq_error_state() == OKAY)
+        table->keep();
+    return object;
+}
+
+KIVObject* ConnectIStream::read_next(const ClassDescriptor* expected)
 {
     const auto tag = get_number<std::uint16_t>();
     if (inq_error_state() != OKAY)
@@ -165,7 +183,7 @@ KIVObject* ConnectIStream::read_seen(const ClassDescriptor* expected)
         set_error_state(BAD_HEADER);
         return nullptr;
     }
-    return is_expected(entry->type, expected) ? entry->object : nullptr;
+    return is_expected(entry->descriptor, expected) ? entry->object : nullptr;
 }
 
 KIVObject* ConnectIStream::read_forward(const ClassDescriptor* expected)
@@ -173,15 +191,14 @@ KIVObject* ConnectIStream::read_forward(const ClassDescriptor* expected)
     const StoredClass* stored = get_class(get_number<std::uint16_t>());
     if (!stored)
         return nullptr;
-    const StoredType* type = stored->descriptor->inq_stored_type();
-    if (!type || nesting == 0) {
+    if (!stored->descriptor->inq_stored_type() || nesting == 0) {
         set_error_state(BAD_HEADER);
         return nullptr;
     }
     KIVObject* place = nullptr;
-    if (!table->add_awaited(type, place))
+    if (!table->add_awaited(stored->descriptor, place))
         set_error_state(NO_MEMORY);
-    return is_expected(type, expected) ? place : nullptr;
+    return is_expected(stored->descriptor, expected) ? place : nullptr;
 }
 
 /// The record of an object whose place others hold already.
@@ -190,8 +207,7 @@ KIVObject* ConnectIStream::read_arrival()
     const auto number = get_number<std::uint32_t>();
     const StoredClass* stored = get_class(get_number<std::uint16_t>());
     const LoadTable::Entry* entry = table->find(number);
-    if (!stored || !entry || !entry->is_awaited ||
-        entry->type != stored->descriptor->inq_stored_type()) {
+    if (!stored || !entry || !entry->is_awaited || entry->descriptor != stored->descriptor) {
         set_error_state(BAD_HEADER);
         return nullptr;
     }
@@ -201,9 +217,9 @@ KIVObject* ConnectIStream::read_arrival()
 KIVObject* ConnectIStream::read_new(unsigned class_index, const ClassDescriptor* expected)
 {
     const StoredClass* stored = get_class(class_index);
-    if (!stored || !is_expected(stored->descriptor->inq_stored_type(), expected))
+    if (!stored || !is_expected(stored->descriptor, expected))
         return nullptr;
-    KIVObject* object = read_record(*stored, table->add(stored->descriptor->inq_stored_type()));
+    KIVObject* object = read_record(*stored, table->add(stored->descriptor));
     while (nesting == 0 && table->inq_awaited_count() > 0 && inq_error_state() == OKAY)
         if (get_number<std::uint16_t>() == ARRIVING_OBJECT)
             read_arrival();

@@ -9,7 +9,14 @@
 
 namespace {
 constexpr int DEEP = 400; // links below this nesting are announced, and written later
+
+/// Only such an object can be announced: its reader is given the place that waits for it.
+bool has_known_size(const KIVObject* object)
+{
+    const ClassDescriptor* descriptor = object->inq_class_descriptor();
+    return descriptor && descriptor->inq_stored_type();
 }
+} // namespace
 
 ConnectOStream::ConnectOStream()
     : table(std::make_unique<StoreTable>()), required_version(container::VERSION)
@@ -80,7 +87,7 @@ KIVOStream& ConnectOStream::operator<<(const UCharArray& bytes)
 
 KIVOStream& ConnectOStream::operator<<(const char* text)
 {
-    return *this << UCharArray(text, std::strlen(text));
+    return *this << UCharArray(text, text ? std::strlen(text) : 0);
 }
 
 void ConnectOStream::insert_without_class_hdr(const KIVObject* object)
@@ -97,11 +104,11 @@ void ConnectOStream::insert_with_class_hdr(const KIVObject* object)
         return;
     }
     const std::uint32_t number = table->find(object);
-    if (number == StoreTable::NONE && may_wait)
+    if (number == StoreTable::NONE && may_wait && has_known_size(object))
         put_forward(object);
     else if (number == StoreTable::NONE || !object->reference_from_stream())
         put_new(object);
-    else if (!awaited.empty() && awaited.erase(object) > 0)
+    else if (kind == Link::NONE && !awaited.empty() && awaited.erase(object) > 0)
         put_arrival(object, number);
     else
         put_seen(number);
@@ -194,6 +201,10 @@ unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
 {
     if (!descriptor || !descriptor->inq_reader()) {
         set_error(CANT_WRITE, "an object of a class that can't be read");
+        return 0;
+    }
+    if (!descriptor->inq_reader()) {
+        set_error(CANT_WRITE, "an object that can't be read back, of " + descriptor->inq_name());
         return 0;
     }
     auto& recent =

@@ -59,7 +59,8 @@ KIVOStream& TextOStream::operator<<(const UCharArray& bytes)
 
 KIVOStream& TextOStream::operator<<(const char* text)
 {
-    write_text(text, std::strlen(text));
+    if (text)
+        write_text(text, std::strlen(text));
     return *this;
 }
 

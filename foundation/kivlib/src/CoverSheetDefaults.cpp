@@ -1,18 +1,21 @@
 #include "kivlib/hdr/CoverSheetDefaults.h"
 
-#include "kivlib/hdr/BinOStream.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
-
-#include <cstdio>
-#include <memory>
+#include "kivlib/src/store_in_place.h"
 
 KIV_STORED_CLASS(CoverSheetDefaults, -1);
 
 namespace {
-std::unique_ptr<CoverSheetDefaults> our_defaults;
 bool was_central_file_read = false;
+
+/// One place to the end of the process: callers hold it.
+CoverSheetDefaults& inq_place()
+{
+    static CoverSheetDefaults place;
+    return place;
+}
 
 KIVString inq_central_folder()
 {
@@ -65,28 +68,32 @@ bool CoverSheetDefaults::store_in_central_file() const
 {
     if (!inq_is_directory(inq_central_folder()))
         makedir(inq_central_folder(), 0777, true);
-    const KIVString path = inq_central_file();
-    const KIVString fresh = path + "~";
-    {
-        BinOStream stream(fresh.c_str(), 1, -1);
-        stream.insert_with_class_hdr(this);
-        if (stream.alert_user_if_error())
-            return false;
-    }
+    if (!store_in_place(*this, inq_central_file()))
+        return false;
     was_central_file_read = false;
-    return std::rename(fresh.c_str(), path.c_str()) == 0;
+    return true;
 }
+
+namespace {
+/// False if there is no central file, or none that can be read.
+bool read_central_file()
+{
+    if (!inq_file_exists(inq_central_file()))
+        return false;
+    GeneralIStream stream(inq_central_file().c_str());
+    std::unique_ptr<CoverSheetDefaults> stored;
+    RecordReader(stream).owned(stored);
+    if (stream.alert_user_if_error() || !stored)
+        return false;
+    inq_place() = *stored;
+    return true;
+}
+} // namespace
 
 CoverSheetDefaults* inq_cover_sheet_defaults()
 {
-    if (!std::exchange(was_central_file_read, true)) {
-        our_defaults.reset();
-        if (inq_file_exists(inq_central_file())) {
-            GeneralIStream stream(inq_central_file().c_str());
-            RecordReader(stream).owned(our_defaults);
-            if (stream.alert_user_if_error())
-                our_defaults.reset();
-        }
-    }
-    return our_defaults.get();
+    static bool are_there = false;
+    if (!std::exchange(was_central_file_read, true))
+        are_there = read_central_file();
+    return are_there ? &inq_place() : nullptr;
 }

@@ -60,6 +60,15 @@ void DictionaryBase::grow()
         }
 }
 
+bool DictionaryBase::take_out(std::unique_ptr<Assoc>& place)
+{
+    if (!place)
+        return false;
+    place = std::move(place->next);
+    --size;
+    return true;
+}
+
 std::vector<const DictionaryBase::Assoc*> DictionaryBase::inq_sorted() const
 {
     std::vector<const Assoc*> sorted;
@@ -70,13 +79,26 @@ std::vector<const DictionaryBase::Assoc*> DictionaryBase::inq_sorted() const
     return sorted;
 }
 
+namespace {
+/// An object that is there, and not only announced: a key is asked for its hash.
+std::unique_ptr<KIVObject> read_claimed(KIVIStream& stream)
+{
+    KIVObject* object = stream.read_object(nullptr);
+    return std::unique_ptr<KIVObject>(object && stream.claim(object) ? object : nullptr);
+}
+} // namespace
+
 Dictionary::Dictionary(KIVIStream& stream) : DictionaryBase(stream)
 {
     for (int left = stream.read_count(2 * sizeof(short)); left > 0; --left) {
-        KIVObject* key = stream.read_object(nullptr);
-        KIVObject* value = stream.read_object(nullptr);
-        if (key && value)
-            add(*key, *value);
+        std::unique_ptr<KIVObject> key = read_claimed(stream);
+        std::unique_ptr<KIVObject> value = read_claimed(stream);
+        if (key && value) {
+            add(*key.release(), *value.release());
+        } else {
+            stream.forget(key.get());
+            stream.forget(value.get());
+        }
     }
 }
 
@@ -106,9 +128,8 @@ NameKeyDictionary::NameKeyDictionary(KIVIStream& stream) : DictionaryBase(stream
     for (int left = stream.read_count(sizeof(long) + sizeof(short)); left > 0; --left) {
         unsigned long key = 0;
         stream >> key;
-        KIVObject* value = stream.read_object(nullptr);
-        if (value && stream.claim(value))
-            add(key, *value);
+        if (std::unique_ptr<KIVObject> value = read_claimed(stream))
+            add(key, *value.release());
     }
 }
 
@@ -134,13 +155,10 @@ bool NameKeyDictionary::lookup_assoc(unsigned long key, KIVObject** value) const
 
 bool NameKeyDictionary::remove(unsigned long key)
 {
-    DictionaryIterator pairs(this);
-    while (pairs.advance())
-        if (pairs.get_assoc()->hash == key) {
-            pairs.remove();
-            return true;
-        }
-    return false;
+    auto* place = &buckets[do_hash(key)];
+    while (*place && (*place)->hash != key)
+        place = &(*place)->next;
+    return take_out(*place);
 }
 
 DictionaryIterator::DictionaryIterator(DictionaryBase* dictionary) : dictionary(dictionary)
@@ -171,10 +189,9 @@ KIVObject* DictionaryIterator::remove()
         return nullptr;
     KIVObject* value = (*current)->value;
     const bool is_next_behind = next == &(*current)->next;
-    *current = std::move((*current)->next);
+    dictionary->take_out(*current);
     if (is_next_behind)
         next = current;
     current = nullptr;
-    --dictionary->size;
     return value;
 }

@@ -1,7 +1,11 @@
 #include "kivlib/hdr/GeneralOStream.h"
 
 GeneralOStream::GeneralOStream(const char* path, int permissions)
-    : path(path), file(FileHandle::open_to_write(path, permissions))
+    : GeneralOStream(path, FileHandle::open_to_write(path, permissions))
+{}
+
+GeneralOStream::GeneralOStream(const char* path, FileHandle opened)
+    : path(path), file(std::move(opened))
 {
     if (!file.is_open())
         set_error(CANT_OPEN, inq_system_error());
@@ -44,7 +48,7 @@ void GeneralOStream::flush()
 
 void GeneralOStream::sync()
 {
-    if (inq_error_state() != OKAY || is_synced)
+    if (inq_error_state() != OKAY || is_synced || !file.is_open())
         return;
     if (!file.sync())
         set_error(CANT_WRITE, inq_system_error());

@@ -41,6 +41,11 @@ void IntRect::set_intersection(const IntRect& other)
     top = std::max(bottom, std::min(top, other.top));
 }
 
+IntVector2 IntVector2::roundup(const Vector2& v)
+{
+    return {round_up(v.x()), round_up(v.y())};
+}
+
 IntRect IntRect::roundout(const KIVRectangle& r)
 {
     return {round_up(r.inq_top()), round_down(r.inq_left()), round_down(r.inq_bottom()),

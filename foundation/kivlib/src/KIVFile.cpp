@@ -1,13 +1,11 @@
 #include "kivlib/hdr/KIVFile.h"
 
-#include "kivlib/hdr/BinOStream.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/KIVFileUtilities.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
 #include "kivlib/src/KvdRecord.h"
-
-#include <cstdio>
+#include "kivlib/src/store_in_place.h"
 
 KIV_STORED_CLASS(KvdRecord, -1);
 
@@ -131,15 +129,7 @@ void KIVFile::set_reference_list_value(const KIVString& key, const KIVFileRefere
 
 bool KIVFile::save_kvd()
 {
-    const KIVString path = KIVFileUtilities::local_get_subfile(*this, "kvd");
-    const KIVString fresh = path + "~";
-    {
-        BinOStream stream(fresh.c_str(), 1, -1);
-        insert_kvd(stream);
-        if (stream.alert_user_if_error())
-            return false;
-    }
-    return std::rename(fresh.c_str(), path.c_str()) == 0;
+    return store_in_place(inq_record(), KIVFileUtilities::local_get_subfile(*this, "kvd"));
 }
 
 void KIVFile::insert_kvd(KIVOStream& stream)

@@ -29,8 +29,10 @@ KIVIStream& KIVIStream::operator>>(unsigned int& value)
 bool KIVIStream::claim(const KIVObject* object)
 {
     LoadTable::Entry* entry = table->find(object);
-    if (!entry)
+    if (!entry) {
+        set_error_state(BAD_HEADER);
         return false;
+    }
     if (entry->is_owned || entry->is_open) {
         set_error_state(OWNED_TWICE);
         return false;

@@ -29,6 +29,8 @@ KIVLinkedList& KIVLinkedList::operator=(const KIVLinkedList& other)
 {
     if (this == &other)
         return *this;
+    if (owns)
+        remove_all_deleting_objects();
     remove_all();
     owns = false;
     for (KIVObject* object : other.of<KIVObject>())

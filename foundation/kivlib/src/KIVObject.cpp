@@ -6,7 +6,11 @@
 namespace {
 ClassDescriptor* object_descriptor()
 {
-    static auto* descriptor = new ClassDescriptor("KIVObject", "", nullptr, -1, nullptr);
+    static auto* descriptor = [] {
+        auto* d = new ClassDescriptor("KIVObject", "", nullptr, -1, nullptr);
+        d->set_stored_type(&stored::type_of<KIVObject>);
+        return d;
+    }();
     return descriptor;
 }
 

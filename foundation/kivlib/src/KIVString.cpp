@@ -13,9 +13,9 @@ KIVObject* read_string(KIVIStream& stream)
     return new (stream) KIVString(stream);
 }
 
-ClassDescriptor* string_descriptor()
+ClassDescriptor*& string_descriptor()
 {
-    static auto* descriptor = [] {
+    static ClassDescriptor* descriptor = [] {
         auto* d = new ClassDescriptor("KIVString", "KIVObject", read_string, -1, nullptr);
         d->set_stored_type(&stored::type_of<KIVString>);
         return d;
@@ -92,6 +92,16 @@ ClassDescriptor* KIVString::inq_class_descriptor_s()
     return string_descriptor();
 }
 
+void KIVString::set_class_descriptor_s(ClassDescriptor* descriptor)
+{
+    string_descriptor() = descriptor;
+}
+
+KIVReadFunction KIVString::inq_read_constructor()
+{
+    return read_string;
+}
+
 KIVString* KIVString::read_from(KIVIStream& stream)
 {
     return stored::read_as<KIVString>(stream);
@@ -105,7 +115,7 @@ KIVString& KIVString::operator+=(const KIVString& tail)
 
 KIVString& KIVString::operator+=(const char* tail)
 {
-    text += tail;
+    text += tail ? tail : "";
     return *this;
 }
 

@@ -4,7 +4,8 @@
 
 void KIVStringList::add_to_end(const KIVString& text, bool unique)
 {
-    if (!unique || std::ranges::find(texts, text) == texts.end())
+    const bool is_new = known.insert(text.str()).second;
+    if (is_new || !unique)
         texts.push_back(text);
 }
 

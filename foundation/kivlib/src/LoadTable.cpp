@@ -2,7 +2,8 @@
 
 LoadTable::~LoadTable()
 {
-    for (Entry& entry : entries) {
+    for (std::size_t i = kept; i < entries.size(); ++i) {
+        const Entry& entry = entries[i];
         if (entry.is_awaited)
             ::operator delete(static_cast<void*>(entry.object));
         else if (delete_unowned && !entry.is_owned)
@@ -28,19 +29,19 @@ LoadTable::Entry* LoadTable::find(const KIVObject* object)
     return object->stream_epoch == epoch ? find(object->stream_number) : nullptr;
 }
 
-std::uint32_t LoadTable::add(const StoredType* type)
+std::uint32_t LoadTable::add(const ClassDescriptor* descriptor)
 {
-    entries.push_back({nullptr, type});
+    entries.push_back({nullptr, descriptor});
     return size() - 1;
 }
 
-bool LoadTable::add_awaited(const StoredType* type, KIVObject*& place)
+bool LoadTable::add_awaited(const ClassDescriptor* descriptor, KIVObject*& place)
 {
-    void* memory = ::operator new(type->size, std::nothrow);
+    void* memory = ::operator new(descriptor->inq_stored_type()->size, std::nothrow);
     if (!memory)
         return false;
     place = static_cast<KIVObject*>(memory);
-    entries.push_back({place, type, false, true});
+    entries.push_back({place, descriptor, false, true});
     awaited.insert(memory);
     return true;
 }

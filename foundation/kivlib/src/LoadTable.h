@@ -17,7 +17,7 @@ public:
 
     struct Entry {
         KIVObject* object = nullptr;
-        const StoredType* type = nullptr;
+        const ClassDescriptor* descriptor = nullptr;
         bool is_owned = false;
         bool is_awaited = false; // announced: `object` is memory only
         bool is_open = false;    // its record is being read, so nothing in it may own it
@@ -30,10 +30,11 @@ public:
     Entry* find(const KIVObject* object);
 
     /// The number of a new entry, which has no object yet.
-    std::uint32_t add(const StoredType* type);
+    std::uint32_t add(const ClassDescriptor* descriptor);
 
-    /// The number of an announced object, with memory for it. False without memory.
-    bool add_awaited(const StoredType* type, KIVObject*& place);
+    /// The number of an announced object of a class with a stored type, with memory for it. False
+    /// without memory.
+    bool add_awaited(const ClassDescriptor* descriptor, KIVObject*& place);
     std::size_t inq_awaited_count() const { return awaited.size(); }
 
     /// The object being read next is this number's, until `enter` takes it.
@@ -44,7 +45,10 @@ public:
     /// Memory for the object that is expected, or null.
     void* storage(std::size_t size);
 
-    /// A stream that failed deletes what nobody claimed.
+    /// What was read up to now is in the caller's hands.
+    void keep() { kept = entries.size(); }
+
+    /// A stream that failed deletes what nobody claimed or holds.
     void set_delete_unowned() { delete_unowned = true; }
 
     static std::uint32_t next_epoch();
@@ -55,6 +59,7 @@ private:
     std::vector<Entry> entries;
     std::uint32_t epoch;
     std::uint32_t pending = NONE;
+    std::size_t kept = 0;                    // entries that are not deleted
     std::unordered_set<const void*> awaited; // memory of announced objects
     bool delete_unowned = false;
 };

@@ -218,8 +218,3 @@ Vector operator+(const BaseVector& a, const BaseVector& b)
         sum.elem(i) += shorter.elem(i);
     return sum;
 }
-
-IntVector2 IntVector2::roundup(const Vector2& v)
-{
-    return {static_cast<long>(std::ceil(v.x())), static_cast<long>(std::ceil(v.y()))};
-}

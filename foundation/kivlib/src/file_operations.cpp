@@ -23,12 +23,22 @@ bool inq_is_directory(const KIVString& path)
     return fs::is_directory(path.str(), error);
 }
 
+namespace {
+KIVString without_slashes_at_end(std::string_view path)
+{
+    while (path.size() > 1 && path.ends_with('/'))
+        path.remove_suffix(1);
+    return path;
+}
+} // namespace
+
 int makedir(const KIVString& path, int mode, bool with_parents)
 {
+    const KIVString folder = without_slashes_at_end(path);
     std::error_code error;
     if (with_parents)
-        fs::create_directories(fs::path(path.str()).parent_path(), error);
-    if (::mkdir(path.c_str(), static_cast<mode_t>(mode)) == 0)
+        fs::create_directories(fs::path(folder.str()).parent_path(), error);
+    if (::mkdir(folder.c_str(), static_cast<mode_t>(mode)) == 0)
         return 0;
     return errno ? errno : -1;
 }
@@ -48,9 +58,7 @@ KIVString inq_absolute_path(const KIVString& path)
 {
     KIVString absolute = inq_working_directory();
     absolute = fs::path(absolute.append_path(path).str()).lexically_normal().string();
-    while (absolute.length() > 1 && absolute.str().back() == '/')
-        absolute = std::string_view(absolute).substr(0, absolute.str().size() - 1);
-    return absolute;
+    return without_slashes_at_end(absolute);
 }
 
 // A true symbolic link would dangle once `from` is removed; where no second name can be given, the

@@ -91,6 +91,10 @@ TEST(LinkedListOwner, deletes_its_objects)
         owner.add(new Counted(alive));
         owner.add(new Counted(alive));
         EXPECT_EQ(alive, 2);
+        KIVLinkedList assigned(true);
+        assigned.add(new Counted(alive));
+        assigned = owner;
+        EXPECT_EQ(alive, 2);
     }
     EXPECT_EQ(alive, 0);
 }
@@ -181,6 +185,7 @@ TEST(KIVString, builds_texts)
     EXPECT_TRUE("a" + KIVString("b") + "c" + KIVString('d') == "abcd");
     EXPECT_TRUE(KIVString("Layer One").contains_no_case("layer"));
     EXPECT_FALSE(KIVString("Layer One").contains("layer"));
+    EXPECT_TRUE((KIVString("a") += static_cast<const char*>(nullptr)) == "a");
     EXPECT_TRUE(KIVString("ONE").is_equal_no_case("one"));
     EXPECT_FALSE(KIVString("ONE").is_equal_no_case("ones"));
 }
@@ -209,6 +214,11 @@ TEST(KIVStringSet, holds_each_text_once)
     set << more;
     EXPECT_EQ(set.count(), 2);
     EXPECT_TRUE(set.at_index(1) == "png");
+
+    KIVStringList list;
+    for (const bool unique : {false, false, true})
+        list.add_to_end("tif", unique);
+    EXPECT_EQ(list.count(), 2);
 }
 
 TEST(ChangeRecorder, undoes_a_step_backwards_and_makes_it_again)
@@ -222,6 +232,7 @@ TEST(ChangeRecorder, undoes_a_step_backwards_and_makes_it_again)
     };
     std::string log;
     ChangeRecorder recorder;
+    EXPECT_TRUE(recorder.inq_undo_label().is_null());
     recorder.add(new Note(log, 'a'));
     recorder.add(new Note(log, 'b'));
     recorder.end("Move");

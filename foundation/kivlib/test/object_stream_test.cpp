@@ -111,9 +111,13 @@ public:
     Room() = default;
     explicit Room(KIVIStream& stream);
     void storer(KIVOStream& stream) override;
-    void furnish() { lamp = std::make_unique<Lamp>(this); }
+    void furnish()
+    {
+        lamp = std::make_unique<Lamp>(this);
+        spare_lamp = std::make_unique<Lamp>(this);
+    }
 
-    std::unique_ptr<Lamp> lamp;
+    std::unique_ptr<Lamp> lamp, spare_lamp;
 
 private:
     template <class Record> void record(Record& r);
@@ -128,12 +132,28 @@ template <class Record> void Lamp::record(Record& r)
 template <class Record> void Room::record(Record& r)
 {
     r.owned(lamp);
+    r.owned(spare_lamp);
 }
 
 KIV_STORED_CLASS(Lamp, -1);
 KIV_STORED_CLASS(Room, -1);
 KIV_STORED_RECORD(Lamp);
 KIV_STORED_RECORD(Room);
+
+/// A class whose record is made by hand.
+class Plain : public YoungerBase {
+public:
+    static ClassDescriptor* registered()
+    {
+        static auto* descriptor =
+            new ClassDescriptor("Plain", "YoungerBase", read, 3, ClassManager::inq_main());
+        return descriptor;
+    }
+    explicit Plain(KIVIStream& stream) : YoungerBase(stream) {}
+
+private:
+    static KIVObject* read(KIVIStream& stream) { return new Plain(stream); }
+};
 
 std::string container_of(const KIVObject& object)
 {
@@ -232,6 +252,38 @@ TEST(ObjectStream, refuses_an_object_of_another_class)
     old << 0;
     old.nested("KIVColour", 1, [](auto& r) { r << 0.0 << 0.0 << 0.0 << 1.0; });
     EXPECT_EQ(read_error(old.finish()), KIVStream::WRONG_CLASS);
+}
+
+TEST(ObjectStream, reads_a_class_that_is_known_by_the_names_of_its_record)
+{
+    const std::string container = OldRecord("Plain", 3).finish();
+    const ClassDescriptor* plain = Plain::registered();
+    for (const char* expected : {"Plain", "YoungerBase", "KIVObject"}) {
+        CharIStream in(container);
+        const std::unique_ptr<KIVObject> back(
+            in.read_object(ClassManager::inq_main()->find_cd_for(expected)));
+        EXPECT_TRUE(back) << expected;
+    }
+    CharIStream in(container);
+    EXPECT_EQ(in.read_object(KIVColour::inq_class_descriptor_s()), nullptr);
+    EXPECT_EQ(in.inq_error_state(), KIVStream::WRONG_CLASS);
+    EXPECT_FALSE(plain->is_subclass_of(""));
+    EXPECT_FALSE(KIVColour().is_kind_of("Plain"));
+}
+
+TEST(ObjectStream, leaves_the_caller_what_was_read_before_an_error)
+{
+    const KIVColour colour(0.5);
+    CharOStream out;
+    out.insert_with_class_hdr(&colour);
+    std::unique_ptr<KIVColour> back;
+    {
+        CharIStream in(out.inq_container());
+        back.reset(KIVColour::read_from(in));
+        EXPECT_EQ(KIVColour::read_from(in), nullptr);
+        EXPECT_EQ(in.inq_error_state(), KIVStream::ENDED);
+    }
+    EXPECT_TRUE(*back == colour);
 }
 
 TEST(ObjectStream, does_not_write_an_object_whose_class_nobody_knows)
@@ -343,6 +395,7 @@ TEST(ObjectStream, lets_an_owner_be_met_first_through_what_it_owns)
     first.furnish();
     second.furnish();
     first.lamp->seen = second.lamp.get(); // written inside the first room's lamp
+    second.lamp->seen = second.spare_lamp.get();
     CharOStream out;
     out.insert_with_class_hdr(&first);
     out.insert_with_class_hdr(&second);
@@ -354,6 +407,8 @@ TEST(ObjectStream, lets_an_owner_be_met_first_through_what_it_owns)
     ASSERT_EQ(in.inq_error_state(), KIVStream::OKAY);
     EXPECT_EQ(one->lamp->seen, two->lamp.get());
     EXPECT_EQ(two->lamp->room, two.get());
+    EXPECT_EQ(two->lamp->seen, two->spare_lamp.get());
+    EXPECT_EQ(two->spare_lamp->room, two.get());
 }
 
 TEST(ObjectStream, keeps_objects_apart_that_two_open_streams_write)
@@ -388,27 +443,50 @@ TEST(ObjectStream, keeps_a_dictionary_by_number)
     back->delete_all();
 }
 
+TEST(ObjectStream, keeps_a_dictionary_by_object)
+{
+    KIVString keys[] = {"one", "two"};
+    KIVColour values[] = {KIVColour(0.25), KIVColour(0.5)};
+    Dictionary dictionary(4);
+    for (int i : {0, 1})
+        dictionary.add(keys[i], values[i]);
+    const auto back = stored_and_read(dictionary);
+    KIVObject* found = nullptr;
+    ASSERT_TRUE(back->lookup_assoc(&keys[1], &found));
+    EXPECT_TRUE(*static_cast<KIVColour*>(found) == values[1]);
+    back->delete_all();
+
+    const Room announced; // a key that is not there yet has no hash
+    OldRecord bad("Dictionary", 1);
+    bad << 1;
+    bad.insert_back_link(&announced);
+    bad.insert_with_class_hdr(&keys[0]);
+    EXPECT_EQ(bad.read<Dictionary>(), nullptr);
+}
+
 TEST(ObjectStream, completes_a_descriptor_from_a_stream_when_its_module_registers)
 {
     ClassManager* manager = ClassManager::inq_main();
-    const auto make = [](KIVReadFunction reader) {
-        return new ClassDescriptor("LateClass", "KIVObject", reader, 12, nullptr);
-    };
-    const std::unique_ptr<ClassDescriptor> known_by_name(make(nullptr));
-    ClassDescriptor* from_stream = stored_and_read(*known_by_name).release();
+    const ClassDescriptor in_file("LateClass", "OldBase", nullptr, 12, nullptr);
+    ClassDescriptor* from_stream = stored_and_read(in_file).release();
     from_stream->did_load();
     ASSERT_EQ(manager->find_cd_for("LateClass"), from_stream);
-    EXPECT_EQ(from_stream->inq_reader(), nullptr);
     EXPECT_EQ(from_stream->inq_version(), 12);
+    EXPECT_TRUE(from_stream->inq_is_from_stream());
 
-    const auto reader = [](KIVIStream& stream) -> KIVObject* { return new KIVObject(stream); };
-    const std::unique_ptr<ClassDescriptor> module(make(reader));
-    manager->enter(module.get());
+    const ClassDescriptor module("LateClass", "KIVObject", nullptr, 15, manager);
+    const ClassDescriptor too_late("LateClass", "KIVString", nullptr, 16, manager);
     EXPECT_EQ(manager->find_cd_for("LateClass"), from_stream);
-    EXPECT_NE(from_stream->inq_reader(), nullptr);
+    EXPECT_FALSE(from_stream->inq_is_from_stream());
+    EXPECT_EQ(from_stream->inq_version(), 15);
     EXPECT_TRUE(from_stream->is_subclass_of("KIVObject"));
-    EXPECT_FALSE(from_stream->is_subclass_of("KIVString"));
+    EXPECT_FALSE(from_stream->is_subclass_of("OldBase"));
     EXPECT_EQ(manager->find_cd_for("NoSuchClass"), nullptr);
+
+    const ClassDescriptor nameless("", "KIVObject", nullptr, 1, nullptr);
+    CharIStream in(container_of(nameless));
+    EXPECT_EQ(ClassDescriptor::read_from(in), nullptr);
+    EXPECT_EQ(in.inq_error_state(), KIVStream::BAD_DATA);
 }
 
 TEST(FileStream, is_whole_on_the_disc_once_it_was_asked_for_errors)
@@ -423,6 +501,9 @@ TEST(FileStream, is_whole_on_the_disc_once_it_was_asked_for_errors)
     EXPECT_EQ(folder.read("stream"), container_of(colour));
     out.insert_with_class_hdr(nullptr);
     EXPECT_FALSE(out.alert_user_if_error());
+    out.close();
+    EXPECT_FALSE(out.alert_user_if_error());
+    EXPECT_EQ(BinOStream(path.c_str(), 0, -1).inq_error_state(), KIVStream::CANT_OPEN);
 
     GeneralIStream in(path.c_str());
     const std::unique_ptr<KIVColour> back(KIVColour::read_from(in));

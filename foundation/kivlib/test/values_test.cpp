@@ -113,6 +113,7 @@ TEST(Boxes, intersect_unite_and_know_when_they_are_empty)
 
     const KIVRectangle r(-0.5, 0.25, 3.0, 4.75);
     EXPECT_TRUE(IntRect::roundout(r) == IntRect(5, -1, 0, 3));
+    EXPECT_TRUE(IntVector2::roundup(Vector2(0.1, 1e300)) == IntVector2(1, 1000000000));
     BoundingBox around(IntRect(4, 1, 0, 2));
     around.set_union(Vector2(-1.0, 2.0));
     EXPECT_TRUE(around.inq_rectangle() == KIVRectangle(-1.0, 0.0, 2.0, 4.0));
@@ -197,6 +198,7 @@ TEST(Files, make_folders_and_second_names)
     EXPECT_NE(makedir(folder.path("a/b/c"), 0777, false), 0);
     EXPECT_EQ(makedir(folder.path("a/b/c"), 0777, true), 0);
     EXPECT_TRUE(inq_is_directory(folder.path("a/b/c")));
+    EXPECT_EQ(makedir(folder.path("d/e//"), 0777, true), 0);
     folder.write("old", "content");
     EXPECT_EQ(make_symbolic_link(folder.path("old"), folder.path("second")), 0);
     std::filesystem::remove(folder.path("old").str());
@@ -231,6 +233,20 @@ TEST(Files, find_references_again_after_the_project_has_moved)
     EXPECT_FALSE(KIVFileReferenceListIter(scene.inq_reference_list_value("Levels")).ok());
 }
 
+TEST(Files, tell_the_user_that_a_record_could_not_take_its_place)
+{
+    const TempFolder folder;
+    const Captured captured;
+    makedir(folder.path("scene"), 0777, true);
+    KIVFile scene(folder.path("scene"));
+    EXPECT_TRUE(scene.save_kvd());
+    std::filesystem::remove(folder.path("scene/kvd").str());
+    makedir(folder.path("scene/kvd"), 0777, false);
+    EXPECT_FALSE(scene.save_kvd());
+    EXPECT_EQ(captured.inq_alerts().size(), 1U);
+    EXPECT_FALSE(inq_file_exists(folder.path("scene/kvd~")));
+}
+
 TEST(CoverSheetDefaults, are_kept_in_the_users_directory)
 {
     const TempFolder folder;
@@ -242,7 +258,12 @@ TEST(CoverSheetDefaults, are_kept_in_the_users_directory)
     EXPECT_TRUE(defaults.store_in_central_file());
     ASSERT_TRUE(inq_cover_sheet_defaults());
     EXPECT_TRUE(inq_cover_sheet_defaults()->inq_painter_name() == "A. Painter");
-    EXPECT_EQ(inq_cover_sheet_defaults()->frame_rate, 25);
+    const CoverSheetDefaults* held = inq_cover_sheet_defaults();
+    EXPECT_EQ(held->frame_rate, 25);
+    defaults.frame_rate = 30;
+    EXPECT_TRUE(defaults.store_in_central_file());
+    EXPECT_EQ(inq_cover_sheet_defaults(), held);
+    EXPECT_EQ(held->frame_rate, 30);
 }
 
 TEST(DatesAndTimes, compare_and_name_files)
