@@ -67,6 +67,28 @@ TEST(MipMap, keeps_the_mean_in_its_copies)
     }
 }
 
+TEST(MipMap, weighs_the_pixels_of_odd_sides_by_their_area)
+{
+    for (const int bits : {8, 16}) {
+        const unsigned unit = bits == 8 ? 1 : 0x101;
+        auto* picture = new KIVPixmap(5, 4, 4, bits, nullptr, false);
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 5; ++x)
+                for (int c = 0; c < 4; ++c)
+                    set_sample(
+                        *picture, x, y, c,
+                        c == 3 ? 255 * unit
+                               : (50 * static_cast<unsigned>(x) + 4 * static_cast<unsigned>(y)) *
+                                     unit);
+        MipMap mip(picture);
+        const KIVPixmap* half = mip.inq_pixmap(2, 2);
+        // 0, 50 and half of 100, and the rest
+        EXPECT_NEAR(inq_sample(*half, 0, 0, 0), (40 + 2) * unit, 1);
+        EXPECT_NEAR(inq_sample(*half, 1, 1, 0), (160 + 10) * unit, 1);
+        EXPECT_EQ(inq_sample(*half, 1, 1, 3), 255 * unit);
+    }
+}
+
 TEST(MipMap, lies_in_units_of_its_resolution)
 {
     auto picture = make_soft_patch(120, 60, PT_RGBA_8);
