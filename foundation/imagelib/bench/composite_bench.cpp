@@ -1,5 +1,6 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapImage.h"
+#include "imagelib/src/reduce.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -18,7 +19,7 @@ constexpr int SOURCE_HEIGHT = 1556;
 constexpr int FRAME_WIDTH = 1920;
 constexpr int FRAME_HEIGHT = 1080;
 
-enum Placing { TURNED, SCALED, MOVED, SHRUNK };
+enum Placing { TURNED, SCALED, MOVED, SHRUNK, LEVEL_50, LEVEL_60, LEVEL_70, LEVEL_80, LEVEL_90 };
 enum Picture { HALF_TRANSPARENT, CEL, OPAQUE };
 
 struct Placement {
@@ -37,6 +38,12 @@ Placement inq_placement(int placing)
         return {0.92, 0.0, 17.3, -100.7};
     case SHRUNK:
         return {0.6, 7.0, 400.3, 20.7};
+    case LEVEL_50:
+    case LEVEL_60:
+    case LEVEL_70:
+    case LEVEL_80:
+    case LEVEL_90:
+        return {0.503 + 0.1 * (placing - LEVEL_50), 0.0, 17.3, 20.7};
     default:
         return {1.0, 0.0, -64.0, -200.0};
     }
@@ -159,12 +166,40 @@ void pixman_8_unfiltered(benchmark::State& state)
 void all_placements(benchmark::internal::Benchmark* bench)
 {
     bench->ArgNames({"placing", "picture"})->Unit(benchmark::kMillisecond);
-    for (const int placing : {TURNED, SCALED, MOVED, SHRUNK})
+    for (int placing = TURNED; placing <= LEVEL_90; ++placing)
         for (const int picture : {HALF_TRANSPARENT, CEL, OPAQUE})
             bench->Args({placing, picture});
 }
+
+/// Half of a picture with even sides, and with odd ones.
+template <class Sample> void halve(benchmark::State& state)
+{
+    const int odd = static_cast<int>(state.range(0));
+    const auto source = make_source<Sample>(OPAQUE);
+    KIVPixmap picture(SOURCE_WIDTH - odd, SOURCE_HEIGHT - odd, source->inq_type(), nullptr, false);
+    picture.copy(source.get(), IntVector2(0, 0));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(make_reduced(picture, true, true));
+}
+
+void imagelib_8_halved(benchmark::State& state)
+{
+    halve<std::uint8_t>(state);
+}
+
+void imagelib_16_halved(benchmark::State& state)
+{
+    halve<std::uint16_t>(state);
+}
+
+void even_and_odd(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgName("odd")->Unit(benchmark::kMillisecond)->Arg(0)->Arg(1);
+}
 } // namespace
 
+BENCHMARK(imagelib_8_halved)->Apply(even_and_odd);
+BENCHMARK(imagelib_16_halved)->Apply(even_and_odd);
 BENCHMARK(imagelib_8_filtered)->Apply(all_placements);
 BENCHMARK(pixman_8_filtered)->Apply(all_placements);
 BENCHMARK(imagelib_8_unfiltered)->Apply(all_placements);

@@ -3,6 +3,9 @@
 #include "kivlib/hdr/KIVString.h"
 #include "kivlib/hdr/ObjectProvider.h"
 
+#include <cstdint>
+#include <vector>
+
 class KIVColour;
 class KIVPixmap;
 
@@ -23,7 +26,7 @@ public:
 
     /// The exponent that `add_gamma` raises colours to, above 0; 1 changes nothing.
     void set_output_gamma(double exponent);
-    void add_gamma(KIVPixmap* pixmap) const;
+    void add_gamma(KIVPixmap* pixmap);
 
     /// Of the last operation that sets or looks for a profile.
     bool inq_has_error() const { return !error.is_null(); }
@@ -43,6 +46,8 @@ private:
     KIVString output_profile;
     KIVString error;
     double gamma = 1.0;
+    std::vector<std::uint8_t> table_8; // of the gamma; empty until it is used
+    std::vector<std::uint16_t> table_16;
 };
 
 /// The one of the process.

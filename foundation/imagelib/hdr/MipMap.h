@@ -23,7 +23,8 @@ public:
     int width = 0;
     int height = 0;
 
-    /// Whether there is a picture at all.
+    /// Whether there is a picture at all. It turns out with the first pixmap asked for that a file
+    /// with a sound head can't be read.
     bool usable = false;
 
     virtual bool inq_tiled() const { return false; }
@@ -37,7 +38,8 @@ public:
     KIVRectangle get_frame() const;
 
     /// The smallest copy that is not smaller than `width` by `height` either way, or the full
-    /// picture. Null if it can't be had. It is always with alpha, and lives until the unlock.
+    /// picture; without memory for that copy, the next larger one. Null if there is none. It is
+    /// always with alpha, and lives until the unlock.
     KIVPixmap* inq_pixmap(int width, int height);
 
     /// Why there is no picture, for the user; empty if all is well.
@@ -58,6 +60,7 @@ protected:
     virtual void note_growth() {}
 
 private:
+    /// Or the smallest level there is, if it is larger than that.
     KIVPixmap* inq_level(std::size_t level);
     bool make_level(std::size_t level);
 

@@ -30,6 +30,7 @@ FileStamp inq_stamp(const KIVString& path)
 }
 
 class FileMipMap;
+using PictureList = std::list<FileMipMap*>; // not owned
 
 /// The pictures whose pixels are in memory, the last used one first.
 class PictureCache {
@@ -43,7 +44,7 @@ public:
     std::size_t limit = std::size_t{512} << 20;
 
 private:
-    std::list<FileMipMap*> pictures; // not owned
+    PictureList pictures;
 };
 
 PictureCache& inq_cache()
@@ -81,17 +82,21 @@ private:
     const int bits;
     bool is_looked_at = false;
     FileStamp stamp;
-    std::size_t counted_bytes = 0; // by the cache
+    std::size_t counted_bytes = 0; // by the cache; 0 if it isn't there
+    PictureList::iterator place;   // in the cache
 };
 
 void PictureCache::note_use(FileMipMap& picture)
 {
-    forget(picture);
-    picture.counted_bytes = picture.inq_bytes();
+    const std::size_t bytes = picture.inq_bytes();
+    if (bytes == 0)
+        return forget(picture);
     if (picture.counted_bytes == 0)
-        return;
-    total += picture.counted_bytes;
-    pictures.push_front(&picture);
+        picture.place = pictures.insert(pictures.begin(), &picture);
+    else
+        pictures.splice(pictures.begin(), pictures, picture.place);
+    total += bytes - picture.counted_bytes;
+    picture.counted_bytes = bytes;
     drop_excess();
 }
 
@@ -101,7 +106,7 @@ void PictureCache::forget(FileMipMap& picture)
         return;
     total -= picture.counted_bytes;
     picture.counted_bytes = 0;
-    pictures.remove(&picture);
+    pictures.erase(picture.place);
 }
 
 void PictureCache::drop_excess()
@@ -134,9 +139,10 @@ void FileMipMap::refresh()
 gsl::owner<KIVPixmap*> FileMipMap::load_picture(KIVString& error)
 {
     std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, error));
-    const bool is_the_same =
-        picture && picture->inq_width() == width && picture->inq_height() == height;
-    return is_the_same ? picture.release() : nullptr;
+    if (!picture || (picture->inq_width() == width && picture->inq_height() == height))
+        return picture.release();
+    error = "Can't read image " + path + ": it has changed since it was looked at";
+    return nullptr;
 }
 } // namespace
 

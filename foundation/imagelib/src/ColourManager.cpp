@@ -48,6 +48,15 @@ template <class Sample> void apply_table(KIVPixmap& pixmap, const std::vector<Sa
                     pixel[c] = table[pixel[c]];
     }
 }
+
+/// An empty table is made first.
+template <class Sample>
+void apply_gamma(KIVPixmap& pixmap, std::vector<Sample>& table, double exponent)
+{
+    if (table.empty())
+        table = make_table<Sample>(exponent);
+    apply_table(pixmap, table);
+}
 } // namespace
 
 void ColourManager::set_output_profile_path(const KIVString& path)
@@ -59,18 +68,21 @@ void ColourManager::set_output_profile_path(const KIVString& path)
 
 void ColourManager::set_output_gamma(double exponent)
 {
-    if (exponent > 0.0 && std::isfinite(exponent))
-        gamma = exponent;
+    if (!(exponent > 0.0) || !std::isfinite(exponent) || exponent == gamma)
+        return;
+    gamma = exponent;
+    table_8.clear();
+    table_16.clear();
 }
 
-void ColourManager::add_gamma(KIVPixmap* pixmap) const
+void ColourManager::add_gamma(KIVPixmap* pixmap)
 {
     if (!pixmap || gamma == 1.0)
         return;
     if (pixmap->inq_bits_per_sample() == 8)
-        apply_table(*pixmap, make_table<std::uint8_t>(gamma));
+        apply_gamma(*pixmap, table_8, gamma);
     else
-        apply_table(*pixmap, make_table<std::uint16_t>(gamma));
+        apply_gamma(*pixmap, table_16, gamma);
 }
 
 int ColourManager::new_transform_id(const KIVString& profile)

@@ -97,20 +97,21 @@ KIVPixmap* MipMap::inq_pixmap(int wanted_width, int wanted_height)
 KIVPixmap* MipMap::inq_level(std::size_t level)
 {
     const std::size_t before = levels.size();
-    while (levels.size() <= level)
-        if (!make_level(levels.size()))
-            return nullptr;
+    while (levels.size() <= level && make_level(levels.size())) {
+    }
     if (levels.size() != before)
-        note_growth();
-    return levels[level].get();
+        note_growth(); // which drops them again if nobody has locked the picture
+    return levels.empty() ? nullptr : levels[std::min(level, levels.size() - 1)].get();
 }
 
 bool MipMap::make_level(std::size_t level)
 {
     std::unique_ptr<KIVPixmap> made(
         level == 0 ? load_picture(error) : make_reduced(*levels[level - 1], true, true).release());
-    if (!made)
+    if (!made) {
+        usable = usable && level > 0; // to read it again would end the same
         return false;
+    }
     levels.push_back(std::move(made));
     return true;
 }

@@ -81,8 +81,9 @@ public:
                                    source.inq_width(), source.inq_height()},
           takes_four(options.filtered &&
                      std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW),
-          is_level(!takes_four && std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
-                   std::abs(m.u_x) < MOST_LEVEL_STEP),
+          is_level(std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
+                   std::abs(m.u_x) < MOST_LEVEL_STEP &&
+                   (!takes_four || std::abs(m.v_y) < MOST_LEVEL_STEP)),
           is_exact((std::abs(m.u_0) + std::abs(m.v_0) +
                     (std::abs(m.u_x) + std::abs(m.v_x)) * target.inq_width() +
                     (std::abs(m.u_y) + std::abs(m.v_y)) * target.inq_height()) *
@@ -104,9 +105,13 @@ private:
     /// Source pixels that a row may rise over its whole length and still count as level.
     static constexpr double LEVEL = 1e-9;
 
-    /// Source pixels between neighbours in a level row; beyond, rows are not mixed whole.
-    static constexpr double MOST_LEVEL_STEP = 2.0;
-    static constexpr int MOST_MIXED = 2 * STRIP + 2;
+    /// From a pixel's centre to its samples each way, where it takes four.
+    static constexpr double SPREAD = 0.25;
+
+    /// Source pixels between neighbours in a level row or column; beyond, rows are not mixed whole
+    /// and four samples reach farther than the taps.
+    static constexpr double MOST_LEVEL_STEP = 2.05;
+    static constexpr int MOST_MIXED = static_cast<int>(MOST_LEVEL_STEP * STRIP) + 2 * TAPS;
 
     /// What the rows of a source that lies level have in common, for a strip of the target.
     struct LevelStrip {
@@ -115,6 +120,7 @@ private:
         int mixed_columns = 0;
         alignas(64) int columns[STRIP]; // of the inner pixels, from the first
         alignas(64) std::uint32_t fractions[STRIP];
+        std::vector<Taps<Sample>> taps; // instead, of pixels with four samples
     };
 
     static Interval strip_at(int x, Interval columns, int width)
@@ -148,6 +154,8 @@ private:
         found.inner.cut(find_inner_columns(y));
         if (found.inner.size() == 0)
             return;
+        if (takes_four)
+            return find_taps(found, y);
         SourceWalk walk = make_walk(found.inner.begin, y);
         const std::int64_t last = walk.u + (found.inner.size() - 1) * walk.du;
         const std::int64_t most = std::max(walk.u, last) >> plain::ONE_SHIFT;
@@ -159,8 +167,60 @@ private:
         }
     }
 
+    /// The mean of two samples along a row or a column.
+    static Taps<Sample> make_taps(std::int64_t one, std::int64_t other)
+    {
+        const std::int64_t first = std::min(one, other) >> plain::ONE_SHIFT;
+        float shares[TAPS] = {};
+        for (const std::int64_t place : {one, other}) {
+            const auto at = static_cast<std::size_t>((place >> plain::ONE_SHIFT) - first);
+            const double beyond = static_cast<std::uint32_t>(place) / ONE_PLACE;
+            shares[at] += static_cast<float>(0.5 * (1.0 - beyond));
+            shares[at + 1] += static_cast<float>(0.5 * beyond);
+        }
+        return {static_cast<int>(first), shares};
+    }
+
+    void find_taps(LevelStrip& found, int y) const
+    {
+        const int count = found.inner.size();
+        const std::int64_t one = make_walk(found.inner.begin - SPREAD, y).u;
+        const std::int64_t other = make_walk(found.inner.begin + SPREAD, y).u;
+        const std::int64_t step = to_walk(m.u_x);
+        found.taps.reserve(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i)
+            found.taps.push_back(make_taps(one + i * step, other + i * step));
+        const int begin = std::min(found.taps.front().first, found.taps.back().first);
+        const int end = std::max(found.taps.front().first, found.taps.back().first) + TAPS;
+        found.first_column = begin;
+        found.mixed_columns = std::min(end, pixels.width) - begin;
+        for (Taps<Sample>& taps : found.taps)
+            taps.first -= begin;
+    }
+
+    /// Four samples to a pixel lie in two rows and two columns, which are weighed one after the
+    /// other.
+    void weigh_level(Sample* out, Interval inner, int y)
+    {
+        const std::int64_t one = make_walk(inner.begin, y - SPREAD).v;
+        const std::int64_t other = make_walk(inner.begin, y + SPREAD).v;
+        const Taps<Sample> down = make_taps(one, other);
+        const auto last = static_cast<int>(std::max(one, other) >> plain::ONE_SHIFT) + 1;
+        const Sample* lines[TAPS] = {};
+        for (int line = down.first; line <= last; ++line)
+            lines[line - down.first] = plain::pixel_at<Sample>(pixels, level->first_column, line);
+        if (kernels.weigh_rows(mixed, lines, down.shares, last - down.first + 1,
+                               level->mixed_columns))
+            kernels.weigh_columns(
+                out, mixed, level->taps.data() + (inner.begin - level->inner.begin), inner.size());
+        else
+            std::memset(out, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(inner.size()));
+    }
+
     void sample_level(Sample* out, Interval inner, int y)
     {
+        if (takes_four)
+            return weigh_level(out, inner, y);
         const SourceWalk walk = make_walk(inner.begin, y);
         const int line = static_cast<int>(walk.v >> plain::ONE_SHIFT);
         const Sample* row = plain::pixel_at<Sample>(pixels, level->first_column, line);
@@ -179,7 +239,7 @@ private:
     /// Where the samples of a pixel are taken, from its centre; in pixels of the target.
     Place offset_of(int sample) const
     {
-        return takes_four ? Place{sample % 2 ? 0.25 : -0.25, sample / 2 ? 0.25 : -0.25}
+        return takes_four ? Place{sample % 2 ? SPREAD : -SPREAD, sample / 2 ? SPREAD : -SPREAD}
                           : Place{0.0, 0.0};
     }
 
@@ -218,7 +278,7 @@ private:
     {
         if (!options.filtered)
             return SAFE;
-        const double spread = takes_four ? 0.25 : 0.0;
+        const double spread = takes_four ? SPREAD : 0.0;
         const double need = 0.5 + spread * (std::abs(step_x) + std::abs(step_y));
         return std::max(need, 0.5 * length) + SAFE;
     }
@@ -342,8 +402,8 @@ private:
     const bool takes_four;
     const bool is_level;
     const bool is_exact; // places are known well enough to go without looking at the edges
-    const LevelStrip* level = nullptr; // not owned; that of the present strip
-    alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED];
+    const LevelStrip* level = nullptr;                    // not owned; that of the present strip
+    alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED] = {}; // taps without a share may look beyond
     alignas(64) Sample buffer[4 * STRIP];
     alignas(64) Sample samples_of[SAMPLES][4 * STRIP];
 };

@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 
+class FileHandle;
 class KIVPixmap;
 
 using Bytes = std::span<const unsigned char>;
@@ -29,11 +30,15 @@ void put_pixels(KIVPixmap& picture, int x, int y, const void* pixels, int count,
 /// a thousand pixels to a byte.
 bool is_plausible(long width, long height, std::size_t file_bytes);
 
-/// Reads one file, which is in memory and outlives it. The steps are made in order, each once, and
-/// none after one that failed.
+/// Reads one file, which outlives it. The steps are made in order, each once, and none after one
+/// that failed. A head that can be read from the file's beginning alone is the same as from all of
+/// it.
 class PictureReader {
 public:
     virtual ~PictureReader() = default;
+
+    /// In memory, for the pixels.
+    virtual bool needs_whole_file() const { return true; }
 
     virtual bool read_head(PictureInfo& info) = 0;
 
@@ -55,8 +60,12 @@ private:
     KIVString error;
 };
 
-// A reader for the file, or null if the contents are of another format.
-std::unique_ptr<PictureReader> make_tiff_reader(Bytes file);
+// A reader for the file or its beginning, or null if the contents are of another format.
+
+/// Reads by itself, as the head may lie anywhere.
+std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& file,
+                                                std::size_t size);
+
 std::unique_ptr<PictureReader> make_png_reader(Bytes file);
 std::unique_ptr<PictureReader> make_jpeg_reader(Bytes file);
 std::unique_ptr<PictureReader> make_gif_reader(Bytes file);

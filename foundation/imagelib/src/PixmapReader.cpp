@@ -82,11 +82,16 @@ void put_pixels(KIVPixmap& picture, int x, int y, const void* pixels, int count,
 }
 
 namespace {
-/// A picture file in memory, and the reader that knows it.
+/// What a head fits into, but for an uncommon one.
+constexpr std::size_t START_BYTES = 1 << 16;
+
+enum class Wanted { HEAD, PIXELS };
+
+/// A picture file, as much of it in memory as is needed, and the reader that knows it.
 class PictureFile {
 public:
-    /// False, with a text for the user, for what is no picture.
-    bool open(const KIVString& path, PictureInfo& info, KIVString& error);
+    /// Reads the head. False, with a text for the user, for what is no picture.
+    bool open(const KIVString& path, Wanted wanted, PictureInfo& info, KIVString& error);
 
     gsl::owner<KIVPixmap*> new_pixmap(const PictureInfo& info, int bits);
     KIVString explain(const KIVString& reason) const
@@ -97,17 +102,31 @@ public:
     const PictureReader& inq_reader() const { return *reader; }
 
 private:
-    bool load();
+    bool find_head(Wanted wanted, PictureInfo& info);
+    bool open_file();
+    bool load(std::size_t bytes);
+    bool load_rest();
     void choose_reader();
+    bool read_head(Wanted wanted, PictureInfo& info);
+
+    /// Gives false, for the step to return.
+    bool fail(const KIVString& reason)
+    {
+        failure = reason;
+        return false;
+    }
 
     KIVString path;
-    ByteBuffer contents;
+    FileHandle file;
+    std::size_t size = 0;
+    ByteBuffer contents; // from the beginning
+    KIVString failure;
     std::unique_ptr<PictureReader> reader;
 };
 
-bool PictureFile::load()
+bool PictureFile::open_file()
 {
-    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    file = FileHandle::open_to_read(path.c_str());
     struct stat state = {};
     if (!file.is_open() || ::fstat(file.inq_descriptor(), &state) != 0)
         return false;
@@ -115,42 +134,75 @@ bool PictureFile::load()
         errno = EISDIR;
         return false;
     }
-    const auto size = static_cast<std::size_t>(state.st_size);
-    char* to = contents.reset(size);
-    return size == 0 || (to && file.read_all(to, size));
+    size = static_cast<std::size_t>(state.st_size);
+    return true;
+}
+
+/// Reads on from what is there.
+bool PictureFile::load(std::size_t bytes)
+{
+    errno = 0;
+    char* to = bytes > 0 ? contents.extend(bytes) : nullptr;
+    if (bytes == 0 || (to && file.read_all(to, bytes)))
+        return true;
+    return fail(!to || errno != 0 ? inq_system_error() : KIVString("the file ends too early"));
+}
+
+/// The reader begins anew with the whole file.
+bool PictureFile::load_rest()
+{
+    if (!load(size - contents.size()))
+        return false;
+    choose_reader();
+    return true;
 }
 
 void PictureFile::choose_reader()
 {
     const Bytes bytes(reinterpret_cast<const unsigned char*>(contents.data()), contents.size());
-    for (const auto make : {make_tiff_reader, make_png_reader, make_jpeg_reader, make_gif_reader,
-                            make_pnm_reader, make_targa_reader}) {
-        reader = make(bytes);
+    reader = make_tiff_reader(bytes, file, size);
+    for (const auto make :
+         {make_png_reader, make_jpeg_reader, make_gif_reader, make_pnm_reader, make_targa_reader}) {
         if (reader)
             return;
+        reader = make(bytes);
     }
 }
 
-bool PictureFile::open(const KIVString& file, PictureInfo& info, KIVString& error)
+/// A long head is begun anew with the whole file.
+bool PictureFile::read_head(Wanted wanted, PictureInfo& info)
 {
-    path = file;
-    errno = 0;
-    if (!load()) {
-        error = explain(inq_system_error());
-        return false;
-    }
-    choose_reader();
-    if (!reader) {
-        error = explain("no known image format");
-        return false;
-    }
-    if (!reader->read_head(info)) {
-        error = explain(reader->inq_error());
-        return false;
-    }
-    if (is_plausible(info.width, info.height, contents.size()))
+    const bool lacks_bytes = reader->needs_whole_file() && contents.size() < size;
+    if (!lacks_bytes)
+        return reader->read_head(info);
+    if (wanted == Wanted::HEAD && reader->read_head(info))
         return true;
-    error = explain("the size of the image doesn't fit the file");
+    info = {};
+    return load_rest() && reader->read_head(info);
+}
+
+bool PictureFile::find_head(Wanted wanted, PictureInfo& info)
+{
+    if (!open_file())
+        return fail(inq_system_error());
+    if (!load(std::min(size, START_BYTES)))
+        return false;
+    choose_reader();
+    if (!reader)
+        return fail("no known image format");
+    if (!read_head(wanted, info))
+        return fail(failure.is_null() ? reader->inq_error() : failure);
+    return is_plausible(info.width, info.height, size) ||
+           fail("the size of the image doesn't fit the file");
+}
+
+bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& info,
+                       KIVString& error)
+{
+    path = file_path;
+    if (find_head(wanted, info))
+        return true;
+    error = explain(failure);
     return false;
 }
 
@@ -183,7 +235,7 @@ gsl::owner<KIVPixmap*> read_file(const KIVString& file, int bits, KIVString& err
 {
     PictureFile picture;
     PictureInfo info;
-    if (!picture.open(file, info, error))
+    if (!picture.open(file, Wanted::PIXELS, info, error))
         return nullptr;
     check_resolution(info);
     KIVPixmap* pixmap = picture.new_pixmap(info, bits);
@@ -199,7 +251,7 @@ bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error
 {
     try {
         PictureFile picture;
-        const bool is_open = picture.open(file, info, error);
+        const bool is_open = picture.open(file, Wanted::HEAD, info, error);
         check_resolution(info);
         return is_open;
     } catch (const std::bad_alloc&) {

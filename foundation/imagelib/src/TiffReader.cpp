@@ -1,6 +1,6 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
-#include "imagelib/src/TiffMemory.h"
+#include "imagelib/src/TiffStream.h"
 
 namespace {
 constexpr double CENTIMETRES_PER_INCH = 2.54;
@@ -10,7 +10,9 @@ constexpr std::size_t LARGEST_BLOCK = std::size_t{1} << 30;
 /// as the format's library turns them into 8 bits.
 class TiffReader : public PictureReader {
 public:
-    explicit TiffReader(Bytes file) : memory(file.data(), file.size(), LARGEST_BLOCK) {}
+    TiffReader(const FileHandle& file, std::size_t size) : stream(file, size, LARGEST_BLOCK) {}
+
+    bool needs_whole_file() const override { return false; }
 
     bool read_head(PictureInfo& info) override;
     bool read_pixels(KIVPixmap& picture) override;
@@ -25,7 +27,7 @@ private:
     bool read_tile(KIVPixmap& picture, const RowLayout& layout, int x, int y);
     bool read_through_library(KIVPixmap& picture);
 
-    TiffMemory memory;
+    TiffStream stream;
     TIFF* tiff = nullptr;
     std::vector<unsigned char> block;
 };
@@ -39,13 +41,13 @@ template <class Value> Value get_field(TIFF* tiff, std::uint32_t tag)
 
 bool TiffReader::fail_as_told(const char* otherwise)
 {
-    const KIVString& told = memory.inq_error();
+    const KIVString& told = stream.inq_error();
     return fail(told.is_null() ? KIVString(otherwise) : told);
 }
 
 bool TiffReader::read_head(PictureInfo& info)
 {
-    tiff = memory.open_to_read();
+    tiff = stream.open_to_read();
     if (!tiff)
         return fail_as_told("damaged TIFF file");
     const auto width = get_field<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH);
@@ -180,16 +182,17 @@ bool TiffReader::read_through_library(KIVPixmap& picture)
 }
 } // namespace
 
-std::unique_ptr<PictureReader> make_tiff_reader(Bytes file)
+std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& file,
+                                                std::size_t size)
 {
-    if (file.size() < 8)
+    if (start.size() < 8)
         return nullptr;
     const bool is_tiff =
-        std::memcmp(file.data(), "II", 2) == 0 || std::memcmp(file.data(), "MM", 2) == 0;
-    const int version = file[0] == 'I' ? file[2] | file[3] << 8 : file[2] << 8 | file[3];
+        std::memcmp(start.data(), "II", 2) == 0 || std::memcmp(start.data(), "MM", 2) == 0;
+    const int version = start[0] == 'I' ? start[2] | start[3] << 8 : start[2] << 8 | start[3];
     constexpr int CLASSIC = 42;
     constexpr int BIG = 43;
     if (!is_tiff || (version != CLASSIC && version != BIG))
         return nullptr;
-    return std::make_unique<TiffReader>(file);
+    return std::make_unique<TiffReader>(file, size);
 }

@@ -1,6 +1,6 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
-#include "imagelib/src/TiffMemory.h"
+#include "imagelib/src/TiffStream.h"
 #include "kivlib/hdr/ByteBuffer.h"
 
 namespace {
@@ -76,15 +76,15 @@ bool write_strips(TIFF* tiff, const KIVPixmap& pixmap)
 
 KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
-    TiffMemory memory(contents);
-    TIFF* tiff = memory.open_to_write();
+    TiffStream stream(contents);
+    TIFF* tiff = stream.open_to_write();
     if (!tiff)
         return WRITE_CANNOT_ENCODE;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
     set_compression(tiff, is_compressed);
     const bool is_whole = write_strips(tiff, pixmap) && TIFFFlush(tiff) == 1;
-    return is_whole && memory.close() ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
+    return is_whole && stream.close() ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
 }
 
 [[maybe_unused]] const auto* const TIFF_WRITER =

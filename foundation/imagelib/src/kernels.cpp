@@ -42,6 +42,28 @@ float mix(float a, float b, std::uint32_t share)
     return a + (b - a) * (static_cast<float>(share >> (plain::ONE_SHIFT - FLOAT_BITS)) * UNIT);
 }
 
+std::uint16_t weigh(std::uint16_t value, std::int16_t share)
+{
+    return static_cast<std::uint16_t>(multiply_rounded(value, share));
+}
+
+float weigh(float value, float share)
+{
+    return value * share;
+}
+
+void set_weight(std::int16_t& weight, float share)
+{
+    constexpr float WHOLE = 1 << WEIGHT_BITS;
+    weight =
+        static_cast<std::int16_t>(std::min(std::lrintf(share * WHOLE), (1L << WEIGHT_BITS) - 1));
+}
+
+void set_weight(float& weight, float share)
+{
+    weight = share;
+}
+
 void end_mix(std::uint8_t& out, std::uint16_t value)
 {
     out = static_cast<std::uint8_t>((value + (1 << (EXTRA_BITS - 1))) >> EXTRA_BITS);
@@ -52,6 +74,15 @@ void end_mix(std::uint16_t& out, float value)
     out = static_cast<std::uint16_t>(std::lrintf(value));
 }
 } // namespace
+
+template <class Sample> Taps<Sample>::Taps(int first, const float (&wanted)[TAPS]) : first(first)
+{
+    for (int i = 0; i < TAPS; ++i)
+        set_weight(shares[i], wanted[i]);
+}
+
+template struct Taps<std::uint8_t>;
+template struct Taps<std::uint16_t>;
 
 namespace plain {
 
@@ -143,6 +174,33 @@ void halve(Sample* out, const Sample* upper, const Sample* lower, int out_pixels
         }
 }
 
+template <class Sample>
+bool weigh_rows(Mixed<Sample>* out, const Sample* const rows[TAPS],
+                const Weight<Sample> shares[TAPS], int row_count, int pixels)
+{
+    bool has_any = false;
+    for (int i = 0; i < 4 * pixels; ++i) {
+        out[i] = 0;
+        for (int k = 0; k < row_count; ++k)
+            out[i] = static_cast<Mixed<Sample>>(out[i] + weigh(begin_mix(rows[k][i]), shares[k]));
+        has_any |= out[i] != 0;
+    }
+    return has_any;
+}
+
+/// The first and the third column are added, and the others, and then both sums, as the vectors do.
+template <class Sample>
+void weigh_columns(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* taps, int pixels)
+{
+    for (int i = 0; i < pixels; ++i, out += 4) {
+        const Mixed<Sample>* left = mixed + std::ptrdiff_t{4} * taps[i].first;
+        for (int c = 0; c < 4; ++c) {
+            const auto part = [&](int k) { return weigh(left[4 * k + c], taps[i].shares[k]); };
+            end_mix(out[c], static_cast<Mixed<Sample>>((part(0) + part(2)) + (part(1) + part(3))));
+        }
+    }
+}
+
 template void blend_four(std::uint8_t*, const std::uint8_t* const[4], std::uint32_t, std::uint32_t);
 template void blend_four(std::uint16_t*, const std::uint16_t* const[4], std::uint32_t,
                          std::uint32_t);
@@ -163,6 +221,11 @@ template void average(std::uint8_t*, const std::uint8_t* const[4], int);
 template void average(std::uint16_t*, const std::uint16_t* const[4], int);
 template void halve(std::uint8_t*, const std::uint8_t*, const std::uint8_t*, int);
 template void halve(std::uint16_t*, const std::uint16_t*, const std::uint16_t*, int);
+template bool weigh_rows(std::uint16_t*, const std::uint8_t* const[TAPS], const std::int16_t[TAPS],
+                         int, int);
+template bool weigh_rows(float*, const std::uint16_t* const[TAPS], const float[TAPS], int, int);
+template void weigh_columns(std::uint8_t*, const std::uint16_t*, const Taps<std::uint8_t>*, int);
+template void weigh_columns(std::uint16_t*, const float*, const Taps<std::uint16_t>*, int);
 
 } // namespace plain
 
@@ -171,7 +234,8 @@ template <class Sample>
 constexpr Kernels<Sample> PLAIN = {plain::sample_nearest<Sample>, plain::sample_bilinear<Sample>,
                                    plain::mix_rows<Sample>,       plain::mix_columns<Sample>,
                                    plain::pick<Sample>,           plain::over<Sample>,
-                                   plain::average<Sample>,        plain::halve<Sample>};
+                                   plain::average<Sample>,        plain::halve<Sample>,
+                                   plain::weigh_rows<Sample>,     plain::weigh_columns<Sample>};
 
 template <class Sample> const Kernels<Sample>& find_fastest()
 {

@@ -33,6 +33,19 @@ struct Columns {
 /// A sample halfway through its filter.
 template <class Sample> using Mixed = std::conditional_t<sizeof(Sample) == 1, std::uint16_t, float>;
 
+/// A share of a sample: of 8 bits in 1 / 2^15, and short of the whole.
+template <class Sample> using Weight = std::conditional_t<sizeof(Sample) == 1, std::int16_t, float>;
+
+constexpr int TAPS = 4;
+
+/// Up to four neighbouring rows or columns that one of the output is made of.
+template <class Sample> struct Taps {
+    int first;
+    Weight<Sample> shares[TAPS];
+
+    Taps(int first, const float (&wanted)[TAPS]);
+};
+
 template <class Sample> struct Kernels {
     /// All places of the walk lie inside the source.
     void (*sample_nearest)(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
@@ -59,6 +72,15 @@ template <class Sample> struct Kernels {
 
     /// Halves two rows of pixels both ways, each output the mean of 2 by 2.
     void (*halve)(Sample* out, const Sample* upper, const Sample* lower, int out_pixels);
+
+    /// Rows of pixels in their shares, false if nothing is there. The first `row_count` rows have
+    /// one.
+    bool (*weigh_rows)(Mixed<Sample>* out, const Sample* const rows[TAPS],
+                       const Weight<Sample> shares[TAPS], int row_count, int pixels);
+
+    /// Each pixel from the columns of its taps, which all are there, with or without a share.
+    void (*weigh_columns)(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* taps,
+                          int pixels);
 };
 
 template <class Sample> const Kernels<Sample>& inq_plain_kernels();
@@ -108,5 +130,10 @@ template <class Sample> void over(Sample* target, const Sample* source, int pixe
 template <class Sample> void average(Sample* out, const Sample* const rows[4], int pixels);
 template <class Sample>
 void halve(Sample* out, const Sample* upper, const Sample* lower, int out_pixels);
+template <class Sample>
+bool weigh_rows(Mixed<Sample>* out, const Sample* const rows[TAPS],
+                const Weight<Sample> shares[TAPS], int row_count, int pixels);
+template <class Sample>
+void weigh_columns(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* taps, int pixels);
 
 } // namespace plain

@@ -452,6 +452,156 @@ AVX2 void halve_8(std::uint8_t* out, const std::uint8_t* upper, const std::uint8
     plain::halve(out, upper, lower, out_pixels - i);
 }
 
+AVX2 void halve_16(std::uint16_t* out, const std::uint16_t* upper, const std::uint16_t* lower,
+                   int out_pixels)
+{
+    int i = 0;
+    for (; i + 2 <= out_pixels; i += 2, out += 8, upper += 16, lower += 16) {
+        const __m256i first = widen_sum<std::uint16_t>(load_16_bytes(upper), load_16_bytes(lower));
+        const __m256i second =
+            widen_sum<std::uint16_t>(load_16_bytes(upper + 8), load_16_bytes(lower + 8));
+        const __m256i sum = _mm256_add_epi32(_mm256_permute2x128_si256(first, second, 0x20),
+                                             _mm256_permute2x128_si256(first, second, 0x31));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), quarter<std::uint16_t>(sum));
+    }
+    plain::halve(out, upper, lower, out_pixels - i);
+}
+
+template <int ROWS>
+AVX2 bool weigh_rows_8(std::uint16_t* out, const std::uint8_t* const rows[TAPS],
+                       const std::int16_t shares[TAPS], int pixels)
+{
+    constexpr int STEP = 4;
+    __m256i weights[ROWS];
+#pragma GCC unroll 4
+    for (int k = 0; k < ROWS; ++k)
+        weights[k] = _mm256_set1_epi16(shares[k]);
+    __m256i all = _mm256_setzero_si256();
+    for (int i = 0; i < pixels; i += STEP) {
+        const std::ptrdiff_t at = 4 * step_within(i, pixels, STEP);
+        __m256i sum = _mm256_setzero_si256();
+#pragma GCC unroll 4
+        for (int k = 0; k < ROWS; ++k) {
+            const __m256i row = _mm256_cvtepu8_epi16(load_16_bytes(rows[k] + at));
+            sum = _mm256_add_epi16(sum, _mm256_mulhrs_epi16(_mm256_slli_epi16(row, 6), weights[k]));
+        }
+        all = _mm256_or_si256(all, sum);
+        store(out + at, sum);
+    }
+    return !is_zero(all);
+}
+
+template <int ROWS>
+AVX2 bool weigh_rows_16(float* out, const std::uint16_t* const rows[TAPS], const float shares[TAPS],
+                        int pixels)
+{
+    constexpr int STEP = 2;
+    __m256 weights[ROWS];
+#pragma GCC unroll 4
+    for (int k = 0; k < ROWS; ++k)
+        weights[k] = _mm256_set1_ps(shares[k]);
+    __m256 all = _mm256_setzero_ps();
+    for (int i = 0; i < pixels; i += STEP) {
+        const std::ptrdiff_t at = 4 * step_within(i, pixels, STEP);
+        __m256 sum = _mm256_setzero_ps();
+#pragma GCC unroll 4
+        for (int k = 0; k < ROWS; ++k)
+            sum = _mm256_add_ps(sum, _mm256_mul_ps(to_floats(rows[k] + at), weights[k]));
+        all = _mm256_or_ps(all, sum);
+        _mm256_storeu_ps(out + at, sum);
+    }
+    return !is_zero(_mm256_castps_si256(all));
+}
+
+bool weigh_rows_8(std::uint16_t* out, const std::uint8_t* const rows[TAPS],
+                  const std::int16_t shares[TAPS], int row_count, int pixels)
+{
+    if (pixels < 4)
+        return plain::weigh_rows(out, rows, shares, row_count, pixels);
+    constexpr decltype(&weigh_rows_8<1>) BY_COUNT[] = {weigh_rows_8<1>, weigh_rows_8<2>,
+                                                       weigh_rows_8<3>, weigh_rows_8<4>};
+    return BY_COUNT[row_count - 1](out, rows, shares, pixels);
+}
+
+bool weigh_rows_16(float* out, const std::uint16_t* const rows[TAPS], const float shares[TAPS],
+                   int row_count, int pixels)
+{
+    if (pixels < 2)
+        return plain::weigh_rows(out, rows, shares, row_count, pixels);
+    constexpr decltype(&weigh_rows_16<1>) BY_COUNT[] = {weigh_rows_16<1>, weigh_rows_16<2>,
+                                                        weigh_rows_16<3>, weigh_rows_16<4>};
+    return BY_COUNT[row_count - 1](out, rows, shares, pixels);
+}
+
+/// The four columns of a pixel in their shares, still side by side.
+AVX2 __m256i weigh_taps(const std::uint16_t* mixed, const Taps<std::uint8_t>& taps)
+{
+    const __m256i spread = _mm256_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 4, 5, 4,
+                                            5, 4, 5, 4, 5, 6, 7, 6, 7, 6, 7, 6, 7);
+    const __m256i shares =
+        _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(taps.shares)));
+    return _mm256_mulhrs_epi16(load(mixed + std::ptrdiff_t{4} * taps.first),
+                               _mm256_shuffle_epi8(shares, spread));
+}
+
+/// The sums of both halves of each 16 bytes.
+AVX2 __m256i add_halves(__m256i a, __m256i b)
+{
+    return _mm256_add_epi16(_mm256_unpacklo_epi64(a, b), _mm256_unpackhi_epi64(a, b));
+}
+
+AVX2 void weigh_columns_8(std::uint8_t* out, const std::uint16_t* mixed,
+                          const Taps<std::uint8_t>* taps, int pixels)
+{
+    constexpr int STEP = 4;
+    int i = 0;
+    for (; i + STEP <= pixels; i += STEP, taps += STEP, out += 4 * STEP) {
+        const __m256i first = add_halves(weigh_taps(mixed, taps[0]), weigh_taps(mixed, taps[1]));
+        const __m256i second = add_halves(weigh_taps(mixed, taps[2]), weigh_taps(mixed, taps[3]));
+        const __m256i sum = _mm256_add_epi16(_mm256_permute2x128_si256(first, second, 0x20),
+                                             _mm256_permute2x128_si256(first, second, 0x31));
+        const __m256i whole =
+            _mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(1 << 5)), 6);
+        _mm_storeu_si128(
+            reinterpret_cast<__m128i*>(out),
+            _mm_packus_epi16(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1)));
+    }
+    plain::weigh_columns(out, mixed, taps, pixels - i);
+}
+
+/// The first and the third column of a pixel, and beside them the second and the fourth.
+AVX2 __m256 weigh_taps(const float* mixed, const Taps<std::uint16_t>& taps)
+{
+    const __m256 shares = _mm256_broadcast_ps(reinterpret_cast<const __m128*>(taps.shares));
+    const float* left = mixed + std::ptrdiff_t{4} * taps.first;
+    const __m256 first =
+        _mm256_mul_ps(_mm256_loadu_ps(left),
+                      _mm256_permutevar_ps(shares, _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1)));
+    const __m256 second =
+        _mm256_mul_ps(_mm256_loadu_ps(left + 8),
+                      _mm256_permutevar_ps(shares, _mm256_setr_epi32(2, 2, 2, 2, 3, 3, 3, 3)));
+    return _mm256_add_ps(first, second);
+}
+
+AVX2 __m256i weigh_two(const float* mixed, const Taps<std::uint16_t>& a,
+                       const Taps<std::uint16_t>& b)
+{
+    const __m256 first = weigh_taps(mixed, a);
+    const __m256 second = weigh_taps(mixed, b);
+    return _mm256_cvtps_epi32(_mm256_add_ps(_mm256_permute2f128_ps(first, second, 0x20),
+                                            _mm256_permute2f128_ps(first, second, 0x31)));
+}
+
+AVX2 void weigh_columns_16(std::uint16_t* out, const float* mixed, const Taps<std::uint16_t>* taps,
+                           int pixels)
+{
+    int i = 0;
+    for (; i + STEP_16 <= pixels; i += STEP_16, taps += STEP_16, out += 4 * STEP_16)
+        store(out, _mm256_packus_epi32(weigh_two(mixed, taps[0], taps[2]),
+                                       weigh_two(mixed, taps[1], taps[3])));
+    plain::weigh_columns(out, mixed, taps, pixels - i);
+}
+
 bool can_run()
 {
     return __builtin_cpu_supports("avx2") > 0;
@@ -462,7 +612,7 @@ template <> const Kernels<std::uint8_t>* inq_avx2_kernels()
 {
     static constexpr Kernels<std::uint8_t> KERNELS = {
         sample_nearest_8, sample_bilinear_8,     mix_rows_8, mix_columns_8, pick_8,
-        over_8,           average<std::uint8_t>, halve_8};
+        over_8,           average<std::uint8_t>, halve_8,    weigh_rows_8,  weigh_columns_8};
     return can_run() ? &KERNELS : nullptr;
 }
 
@@ -475,7 +625,9 @@ template <> const Kernels<std::uint16_t>* inq_avx2_kernels()
                                                        plain::pick<std::uint16_t>,
                                                        over_16,
                                                        average<std::uint16_t>,
-                                                       plain::halve<std::uint16_t>};
+                                                       halve_16,
+                                                       weigh_rows_16,
+                                                       weigh_columns_16};
     return can_run() ? &KERNELS : nullptr;
 }
 

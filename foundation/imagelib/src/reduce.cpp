@@ -4,58 +4,50 @@
 #include "imagelib/src/kernels.h"
 
 namespace {
-/// The source pixels under one reduced pixel, along one side: up to three, with their shares.
-struct Reach {
-    int first;
-    int count;
-    float shares[3];
-};
-
-/// An even side has two whole pixels to each; an odd one parts its pixels among the neighbours.
-std::vector<Reach> make_reaches(int size, int reduced)
+/// The source pixels under each reduced pixel along one side. An even side has two whole pixels to
+/// each; an odd one parts its pixels among the neighbours.
+template <class Sample> std::vector<Taps<Sample>> make_taps(int size, int reduced)
 {
-    std::vector<Reach> reaches(static_cast<std::size_t>(reduced));
-    const float whole = static_cast<float>(reduced) / static_cast<float>(size);
+    std::vector<Taps<Sample>> taps;
+    taps.reserve(static_cast<std::size_t>(reduced));
+    const double step = static_cast<double>(size) / reduced;
     for (int i = 0; i < reduced; ++i) {
-        Reach& reach = reaches[static_cast<std::size_t>(i)];
-        reach.first = static_cast<int>(std::int64_t{i} * size / reduced);
-        const double start = static_cast<double>(i) * size / reduced;
-        const double end = static_cast<double>(i + 1) * size / reduced;
-        const int last = std::min(size, static_cast<int>(std::ceil(end - 1e-9)));
-        reach.count = std::min(3, last - reach.first);
-        for (int k = 0; k < reach.count; ++k) {
-            const double from = std::max(start, static_cast<double>(reach.first + k));
-            const double to = std::min(end, static_cast<double>(reach.first + k + 1));
-            reach.shares[k] = whole * static_cast<float>(std::max(0.0, to - from));
+        const int first = static_cast<int>(std::int64_t{i} * size / reduced);
+        float shares[TAPS] = {};
+        for (int k = 0; k < TAPS; ++k) {
+            const double from = std::max(step * i, static_cast<double>(first + k));
+            const double to = std::min(step * (i + 1), static_cast<double>(first + k + 1));
+            shares[k] = static_cast<float>(std::max(0.0, to - from) / step);
         }
+        taps.emplace_back(first, shares);
     }
-    return reaches;
+    return taps;
 }
 
-template <class Sample>
-void reduce_pixel(Sample* out, const KIVPixmap& source, const Reach& across, const Reach& down)
+/// As many rows as a reduced one is made of, and have a share.
+int count_rows(int size, int reduced)
 {
-    float sums[4] = {};
-    for (int j = 0; j < down.count; ++j) {
-        const Sample* pixel = reinterpret_cast<const Sample*>(source.inq_row(down.first + j)) +
-                              std::ptrdiff_t{4} * across.first;
-        for (int i = 0; i < across.count; ++i, pixel += 4)
-            for (int c = 0; c < 4; ++c)
-                sums[c] += pixel[c] * across.shares[i] * down.shares[j];
-    }
-    for (int c = 0; c < 4; ++c)
-        out[c] = static_cast<Sample>(sums[c] + 0.5F);
+    return (size + reduced - 1) / reduced;
 }
 
 template <class Sample> void reduce(KIVPixmap& out, const KIVPixmap& source)
 {
-    const std::vector<Reach> across = make_reaches(source.inq_width(), out.inq_width());
-    const std::vector<Reach> down = make_reaches(source.inq_height(), out.inq_height());
+    const Kernels<Sample>& kernels = inq_kernels<Sample>();
+    const auto across = make_taps<Sample>(source.inq_width(), out.inq_width());
+    const auto down = make_taps<Sample>(source.inq_height(), out.inq_height());
+    const int row_count = count_rows(source.inq_height(), out.inq_height());
+    const auto columns = static_cast<std::size_t>(source.inq_width() + TAPS - 1);
+    std::vector<Mixed<Sample>> mixed(4 * columns);
     for (int y = 0; y < out.inq_height(); ++y) {
+        const Taps<Sample>& taps = down[static_cast<std::size_t>(y)];
+        const Sample* rows[TAPS];
+        for (int k = 0; k < row_count; ++k)
+            rows[k] = reinterpret_cast<const Sample*>(source.inq_row(taps.first + k));
         auto* row = reinterpret_cast<Sample*>(out.inq_row(y));
-        for (int x = 0; x < out.inq_width(); ++x)
-            reduce_pixel(row + std::ptrdiff_t{4} * x, source, across[static_cast<std::size_t>(x)],
-                         down[static_cast<std::size_t>(y)]);
+        if (kernels.weigh_rows(mixed.data(), rows, taps.shares, row_count, source.inq_width()))
+            kernels.weigh_columns(row, mixed.data(), across.data(), out.inq_width());
+        else
+            std::memset(row, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(out.inq_width()));
     }
 }
 

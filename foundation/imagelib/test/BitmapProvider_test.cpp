@@ -67,6 +67,28 @@ TEST(MipMap, keeps_the_mean_in_its_copies)
     }
 }
 
+TEST(MipMap, weighs_the_pixels_of_odd_sides_by_their_area)
+{
+    for (const int bits : {8, 16}) {
+        const unsigned unit = bits == 8 ? 1 : 0x101;
+        auto* picture = new KIVPixmap(5, 4, 4, bits, nullptr, false);
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 5; ++x)
+                for (int c = 0; c < 4; ++c)
+                    set_sample(
+                        *picture, x, y, c,
+                        c == 3 ? 255 * unit
+                               : (50 * static_cast<unsigned>(x) + 4 * static_cast<unsigned>(y)) *
+                                     unit);
+        MipMap mip(picture);
+        const KIVPixmap* half = mip.inq_pixmap(2, 2);
+        // 0, 50 and half of 100, and the rest
+        EXPECT_NEAR(inq_sample(*half, 0, 0, 0), (40 + 2) * unit, 1);
+        EXPECT_NEAR(inq_sample(*half, 1, 1, 0), (160 + 10) * unit, 1);
+        EXPECT_EQ(inq_sample(*half, 1, 1, 3), 255 * unit);
+    }
+}
+
 TEST(MipMap, lies_in_units_of_its_resolution)
 {
     auto picture = make_soft_patch(120, 60, PT_RGBA_8);
@@ -175,6 +197,40 @@ TEST(BitmapProvider, drops_the_pixels_that_were_used_longest_ago)
     provider.unlock(ids[0]);
 }
 
+TEST(BitmapProvider, reads_a_damaged_file_once_until_it_changes)
+{
+    const TempFolder folder;
+    BitmapProvider_8 provider;
+    folder.write("a.pgm", "P5 20 10 255\nshort");
+    const int id = provider.new_image_id(folder.path("a.pgm"));
+    MipMap* mip = provider.lock(id);
+    EXPECT_TRUE(mip->usable);
+    EXPECT_EQ(mip->inq_pixmap(5, 5), nullptr);
+    provider.unlock(id);
+    EXPECT_FALSE(provider.lock(id)->usable);
+    EXPECT_EQ(mip->inq_pixmap(5, 5), nullptr);
+    EXPECT_TRUE(mip->inq_error_msg().contains("ends too early"));
+    provider.unlock(id);
+    write_grey(folder, "a.pgm", 20, 10, 77);
+    EXPECT_TRUE(provider.lock(id)->usable);
+    EXPECT_EQ(inq_grey(mip), 77U);
+    provider.unlock(id);
+}
+
+TEST(BitmapProvider, gives_nothing_for_an_unlocked_picture_that_the_cache_has_no_room_for)
+{
+    const TempFolder folder;
+    const CacheLimit limit(0);
+    BitmapProvider_8 provider;
+    write_grey(folder, "a.pgm", 20, 10, 77);
+    const int id = provider.new_image_id(folder.path("a.pgm"));
+    MipMap* mip = provider.lock(id);
+    provider.unlock(id);
+    EXPECT_EQ(mip->inq_pixmap(5, 5), nullptr);
+    EXPECT_EQ(inq_grey(provider.lock(id)), 77U);
+    provider.unlock(id);
+}
+
 TEST(ColourManager, raises_straight_colours_to_the_gamma)
 {
     ColourManager manager;
@@ -193,6 +249,9 @@ TEST(ColourManager, raises_straight_colours_to_the_gamma)
         EXPECT_NEAR(inq_sample(half, 1, 0, 1) / most, 0.5, 0.003);
         EXPECT_EQ(inq_sample(half, 1, 0, 2), 0U);
         EXPECT_NEAR(inq_sample(half, 1, 0, 3) / most, 0.5, 0.003);
+        manager.set_output_gamma(2.2);
+        manager.add_gamma(&half);
+        EXPECT_NEAR(inq_sample(half, 1, 0, 0) / most, 0.25, 0.01);
     }
 }
 

@@ -188,6 +188,7 @@ TEST(Compositing, turns_flips_and_scales_as_the_exact_picture_does)
     };
     const Case cases[] = {{7.0, 80.0, 60.0, {48.3, 41.6}},   {7.0, 36.8, 27.6, {48.3, 41.6}},
                           {0.0, 37.3, 55.9, {50.2, 40.7}},   {0.0, -70.5, 61.0, {48.0, 40.0}},
+                          {0.0, 25.7, 19.9, {50.2, 40.7}},   {0.0, -19.8, 27.1, {48.3, 40.4}},
                           {90.0, 40.0, 30.0, {48.3, 40.2}},  {200.0, 120.0, -90.0, {20.0, 30.0}},
                           {31.0, 640.0, 480.0, {48.0, 40.0}}};
     for (const PixType type : {PT_RGBA_8, PT_RGBA_16}) {
@@ -336,6 +337,9 @@ template <class Sample> void compare_kernels()
     Noise<Sample> noise;
     const SourcePixels source = noise.source();
     constexpr std::int64_t ONE = std::int64_t{1} << 32;
+    std::vector<Taps<Sample>> taps;
+    for (int i = 0; i < 32; ++i)
+        taps.push_back({(i * 5) % 56, {0.1F, 0.3F, 0.01F * static_cast<float>(i), 0.25F}});
     for (const int count : {0, 1, 3, 4, 7, 8, 9, 23}) {
         std::vector<Sample> a(4 * 64, 9);
         std::vector<Sample> b(4 * 64, 9);
@@ -381,6 +385,16 @@ template <class Sample> void compare_kernels()
             plain.halve(c.data(), rows[0], rows[1], count);
             fast->halve(d.data(), rows[0], rows[1], count);
             EXPECT_EQ(c, d) << "halve " << count;
+            mixed_b = mixed_a;
+            for (int row_count = 1; row_count <= TAPS; ++row_count) {
+                EXPECT_EQ(plain.weigh_rows(mixed_a.data(), rows, taps[0].shares, row_count, count),
+                          fast->weigh_rows(mixed_b.data(), rows, taps[0].shares, row_count, count));
+                EXPECT_EQ(mixed_a, mixed_b) << "weighed rows " << count;
+            }
+            plain.weigh_rows(mixed_a.data(), rows, taps[1].shares, TAPS, 60);
+            plain.weigh_columns(c.data(), mixed_a.data(), taps.data(), count);
+            fast->weigh_columns(d.data(), mixed_a.data(), taps.data(), count);
+            EXPECT_EQ(c, d) << "weighed columns " << count;
         }
     }
 }

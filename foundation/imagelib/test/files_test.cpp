@@ -301,6 +301,24 @@ TEST(PixmapReader, tells_what_is_wrong_with_a_file)
     EXPECT_TRUE(told.contains("doesn't fit the file"));
 }
 
+TEST(PixmapReader, finds_a_head_that_is_long_or_lies_at_the_end)
+{
+    const TempFolder folder;
+    folder.write("a.pgm", "P5 #" + std::string(100000, '-') + "\n3 1 255\nabc");
+    make_writer("TiffWriter", 0)
+        ->write_pixmap(folder.path("b.tif"), make_soft_patch(300, 200, PT_RGBA_8).get());
+    PictureInfo info;
+    KIVString error;
+    EXPECT_TRUE(inq_picture_info(folder.path("a.pgm"), info, error));
+    EXPECT_EQ(info.width, 3);
+    EXPECT_EQ(inq_plane(*read(folder.path("a.pgm"), 8), 0), (Rows{{'a', 'b', 'c'}}));
+    EXPECT_TRUE(inq_picture_info(folder.path("b.tif"), info, error));
+    EXPECT_EQ(info.width, 300);
+    folder.write("a.pgm", "P5 #" + std::string(100000, '-'));
+    EXPECT_FALSE(inq_picture_info(folder.path("a.pgm"), info, error));
+    EXPECT_TRUE(error.contains("the head of the PNM file is damaged"));
+}
+
 /// Every prefix of a file, and every file with one byte changed, gives a picture or an error.
 TEST(PixmapReader, survives_damaged_files)
 {

@@ -6,21 +6,23 @@
 #include <tiffio.h>
 
 class ByteBuffer;
+class FileHandle;
 
-/// A TIFF file in memory, open at most once. What the format's library has to complain about is
-/// kept for the user, and nothing is printed.
-class TiffMemory {
+/// The bytes of a TIFF file, which is open at most once: on disc to be read, and only where the
+/// format's library looks; in memory to be written. What the library has to complain about is kept
+/// for the user, and nothing is printed.
+class TiffStream {
 public:
     /// To be written; it grows from empty.
-    explicit TiffMemory(ByteBuffer& growing) : growing(&growing) {}
+    explicit TiffStream(ByteBuffer& growing) : growing(&growing) {}
 
     /// To be read. `largest_block`: no single allocation may be larger.
-    TiffMemory(const unsigned char* bytes, std::size_t size, std::size_t largest_block)
-        : bytes(bytes), size(size), largest_block(largest_block)
+    TiffStream(const FileHandle& file, std::size_t size, std::size_t largest_block)
+        : file(&file), size(size), largest_block(largest_block)
     {}
-    TiffMemory(const TiffMemory&) = delete;
-    TiffMemory& operator=(const TiffMemory&) = delete;
-    ~TiffMemory() { close(); }
+    TiffStream(const TiffStream&) = delete;
+    TiffStream& operator=(const TiffStream&) = delete;
+    ~TiffStream() { close(); }
 
     /// Null on failure. The file is closed by `close` or with this.
     TIFF* open_to_write() { return open("wl"); }
@@ -37,13 +39,12 @@ private:
     static tmsize_t write(thandle_t self, void* from, tmsize_t count);
     static toff_t seek(thandle_t self, toff_t offset, int whence);
     static toff_t inq_size(thandle_t self);
-    static int map(thandle_t self, void** base, toff_t* size);
     static int take_error(TIFF* tiff, void* self, const char* module, const char* format,
                           va_list values);
     std::size_t size_now() const;
 
-    ByteBuffer* growing = nullptr; // not owned
-    const unsigned char* bytes = nullptr;
+    ByteBuffer* growing = nullptr;    // not owned
+    const FileHandle* file = nullptr; // not owned
     std::size_t size = 0;
     std::size_t largest_block = 0;
     std::size_t position = 0;

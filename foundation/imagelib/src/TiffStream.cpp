@@ -1,14 +1,30 @@
-#include "imagelib/src/TiffMemory.h"
+#include "imagelib/src/TiffStream.h"
 
 #include "kivlib/hdr/ByteBuffer.h"
+#include "kivlib/hdr/FileHandle.h"
 
 #include <cstdarg>
 #include <cstdio>
+#include <unistd.h>
 
 namespace {
-TiffMemory* to_memory(thandle_t self)
+TiffStream* to_stream(thandle_t self)
 {
-    return static_cast<TiffMemory*>(self);
+    return static_cast<TiffStream*>(self);
+}
+
+/// Gives the bytes read, which are fewer where the file ends.
+std::size_t read_at(const FileHandle& file, std::size_t position, char* to, std::size_t count)
+{
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t n = ::pread(file.inq_descriptor(), to + done, count - done,
+                                  static_cast<off_t>(position + done));
+        if (n == 0 || (n < 0 && errno != EINTR))
+            break;
+        done += static_cast<std::size_t>(std::max<ssize_t>(n, 0));
+    }
+    return done;
 }
 
 int take_warning(TIFF* /*tiff*/, void* /*self*/, const char* /*module*/, const char* /*format*/,
@@ -18,7 +34,7 @@ int take_warning(TIFF* /*tiff*/, void* /*self*/, const char* /*module*/, const c
 }
 } // namespace
 
-TIFF* TiffMemory::open(const char* mode)
+TIFF* TiffStream::open(const char* mode)
 {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     if (!options)
@@ -28,14 +44,13 @@ TIFF* TiffMemory::open(const char* mode)
     if (largest_block)
         TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(largest_block));
     const auto close_nothing = [](thandle_t) { return 0; };
-    const auto unmap = [](thandle_t, void*, toff_t) {};
-    tiff = TIFFClientOpenExt("", mode, this, read, write, seek, close_nothing, inq_size, map, unmap,
-                             options);
+    tiff = TIFFClientOpenExt("", mode, this, read, write, seek, close_nothing, inq_size, nullptr,
+                             nullptr, options);
     TIFFOpenOptionsFree(options);
     return tiff;
 }
 
-bool TiffMemory::close()
+bool TiffStream::close()
 {
     if (tiff)
         TIFFClose(tiff);
@@ -43,28 +58,29 @@ bool TiffMemory::close()
     return !has_failed && !(growing && growing->has_failed());
 }
 
-std::size_t TiffMemory::size_now() const
+std::size_t TiffStream::size_now() const
 {
     return growing ? growing->size() : size;
 }
 
-tmsize_t TiffMemory::read(thandle_t self, void* to, tmsize_t count)
+tmsize_t TiffStream::read(thandle_t self, void* to, tmsize_t count)
 {
-    TiffMemory& m = *to_memory(self);
+    TiffStream& m = *to_stream(self);
     const std::size_t end = m.size_now();
     if (count <= 0 || m.position >= end)
         return 0;
-    const std::size_t n = std::min(static_cast<std::size_t>(count), end - m.position);
-    const void* from = m.growing ? static_cast<const void*>(m.growing->data() + m.position)
-                                 : static_cast<const void*>(m.bytes + m.position);
-    std::memcpy(to, from, n);
+    std::size_t n = std::min(static_cast<std::size_t>(count), end - m.position);
+    if (m.growing)
+        std::memcpy(to, m.growing->data() + m.position, n);
+    else
+        n = read_at(*m.file, m.position, static_cast<char*>(to), n);
     m.position += n;
     return static_cast<tmsize_t>(n);
 }
 
-tmsize_t TiffMemory::write(thandle_t self, void* from, tmsize_t count)
+tmsize_t TiffStream::write(thandle_t self, void* from, tmsize_t count)
 {
-    TiffMemory& m = *to_memory(self);
+    TiffStream& m = *to_stream(self);
     if (!m.growing || count < 0)
         return 0;
     const std::size_t end = m.position + static_cast<std::size_t>(count);
@@ -80,9 +96,9 @@ tmsize_t TiffMemory::write(thandle_t self, void* from, tmsize_t count)
     return count;
 }
 
-toff_t TiffMemory::seek(thandle_t self, toff_t offset, int whence)
+toff_t TiffStream::seek(thandle_t self, toff_t offset, int whence)
 {
-    TiffMemory& m = *to_memory(self);
+    TiffStream& m = *to_stream(self);
     if (whence == SEEK_CUR)
         offset += m.position;
     else if (whence == SEEK_END)
@@ -91,27 +107,17 @@ toff_t TiffMemory::seek(thandle_t self, toff_t offset, int whence)
     return offset;
 }
 
-toff_t TiffMemory::inq_size(thandle_t self)
+toff_t TiffStream::inq_size(thandle_t self)
 {
-    return to_memory(self)->size_now();
+    return to_stream(self)->size_now();
 }
 
-int TiffMemory::map(thandle_t self, void** base, toff_t* size)
-{
-    const TiffMemory& m = *to_memory(self);
-    if (m.growing)
-        return 0;
-    *base = const_cast<unsigned char*>(m.bytes); // only ever read
-    *size = m.size;
-    return 1;
-}
-
-int TiffMemory::take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
+int TiffStream::take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                            va_list values)
 {
     char text[256];
     std::vsnprintf(text, sizeof(text), format, values);
-    TiffMemory& m = *static_cast<TiffMemory*>(self);
+    TiffStream& m = *static_cast<TiffStream*>(self);
     m.has_failed = true;
     if (m.error.is_null())
         m.error = text;
