@@ -69,6 +69,7 @@ private:
 
     double calc_speed(double parameter) const;
 
+    std::size_t index;          // among the knots of the squidge
     Squidge* squidge;           // not owned
     const Knot* prev;           // not owned
     const Knot* next = nullptr; // not owned
@@ -137,13 +138,16 @@ public:
                                       double distance) const;
 
 private:
+    const std::vector<double>& inq_ends() const;
     double calc_distance_from_start(const CurvePosition& position) const;
     CurvePosition find_position_at(double distance_from_start) const;
-    int inq_index_of(const Knot* knot) const;
     void read_knots(KIVIStream& stream);
     void read_beads(KIVIStream& stream);
 
     bool closed;
     std::vector<std::unique_ptr<Knot>> knots;
     std::vector<std::unique_ptr<Bead>> beads;
+
+    /// How far from the start the way from each knot ends; empty until asked for.
+    mutable std::vector<double> ends;
 };

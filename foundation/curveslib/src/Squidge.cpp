@@ -31,7 +31,8 @@ Squidge* BaseBeadKnot::inq_squidge() const
 
 Knot::Knot(Squidge* squidge, const Knot* prev, const Vector2& place, const Vector2& before,
            const Vector2& after, unsigned long label)
-    : BaseBeadKnot(label), squidge(squidge), prev(prev), place(place), before(before), after(after)
+    : BaseBeadKnot(label), index(prev ? prev->index + 1 : 0), squidge(squidge), prev(prev),
+      place(place), before(before), after(after)
 {}
 
 const Knot* Knot::inq_next() const
@@ -104,8 +105,8 @@ Squidge::Squidge(const Squidge& other) : KIVObject(other), closed(other.closed)
     for (const auto& knot : other.knots)
         add_knot(knot->place, knot->before, knot->after, knot->inq_label());
     for (const auto& bead : other.beads) {
-        const auto index = static_cast<std::size_t>(other.inq_index_of(bead->inq_knot()));
-        add_bead({knots[index].get(), bead->inq_parameter()}, bead->inq_label());
+        const Knot* knot = knots[bead->inq_knot()->index].get();
+        add_bead({knot, bead->inq_parameter()}, bead->inq_label());
     }
 }
 
@@ -158,7 +159,8 @@ void Squidge::storer(KIVOStream& stream)
     }
     stream << static_cast<int>(beads.size());
     for (const auto& bead : beads)
-        stream << bead->inq_label() << inq_index_of(bead->inq_knot()) << bead->inq_parameter();
+        stream << bead->inq_label() << static_cast<int>(bead->inq_knot()->index)
+               << bead->inq_parameter();
 }
 
 void Squidge::move_bead(BaseBeadKnot* bead, const CurvePosition& to)
@@ -170,6 +172,7 @@ Knot* Squidge::add_knot(const Vector2& place, const Vector2& handle_before,
                         const Vector2& handle_after, unsigned long label)
 {
     Knot* last = knots.empty() ? nullptr : knots.back().get();
+    ends.clear();
     knots.push_back(std::make_unique<Knot>(this, last, place, handle_before, handle_after, label));
     if (last)
         last->next = knots.back().get();
@@ -182,26 +185,27 @@ Bead* Squidge::add_bead(const CurvePosition& position, unsigned long label)
     return beads.back().get();
 }
 
-int Squidge::inq_index_of(const Knot* knot) const
+const std::vector<double>& Squidge::inq_ends() const
 {
-    const auto found = std::ranges::find(knots, knot, &std::unique_ptr<Knot>::get);
-    return static_cast<int>(found - knots.begin());
+    if (ends.empty()) {
+        ends.reserve(knots.size());
+        double end = 0.0;
+        for (const auto& knot : knots)
+            ends.push_back(end += knot->calc_length(0.0, 1.0));
+    }
+    return ends;
 }
 
 double Squidge::calc_length() const
 {
-    double length = 0.0;
-    for (const auto& knot : knots)
-        length += knot->calc_length(0.0, 1.0);
-    return length;
+    return knots.empty() ? 0.0 : inq_ends().back();
 }
 
 double Squidge::calc_distance_from_start(const CurvePosition& position) const
 {
-    double distance = position.knot->calc_length(0.0, position.parameter);
-    for (const Knot* knot = position.knot->inq_prev(); knot; knot = knot->inq_prev())
-        distance += knot->calc_length(0.0, 1.0);
-    return distance;
+    const Knot& knot = *position.knot;
+    const double start = knot.index > 0 ? inq_ends()[knot.index - 1] : 0.0;
+    return start + knot.calc_length(0.0, position.parameter);
 }
 
 double Squidge::distance_along_curve(const BaseBeadKnot* from, const BaseBeadKnot* to,
@@ -232,12 +236,11 @@ CurvePosition Squidge::find_position_along(const CurvePosition& start, int direc
 
 CurvePosition Squidge::find_position_at(double distance_from_start) const
 {
-    double rest = distance_from_start;
-    for (const auto& knot : knots) {
-        const double length = knot->calc_length(0.0, 1.0);
-        if (rest <= length)
-            return {knot.get(), knot->find_param_at(rest)};
-        rest -= length;
-    }
-    return {knots.back().get(), closed ? 1.0 : 0.0};
+    const std::vector<double>& all_ends = inq_ends();
+    const auto end = std::ranges::lower_bound(all_ends, distance_from_start);
+    if (end == all_ends.end())
+        return {knots.back().get(), closed ? 1.0 : 0.0};
+    const double start = end == all_ends.begin() ? 0.0 : *(end - 1);
+    const Knot* knot = knots[static_cast<std::size_t>(end - all_ends.begin())].get();
+    return {knot, knot->find_param_at(distance_from_start - start)};
 }

@@ -45,6 +45,8 @@ TEST(Squidge, measures_its_ways_both_ways_round)
     EXPECT_EQ(open->direction_to_go(first, third), 1);
     EXPECT_EQ(open->direction_to_go(third, first), -1);
     EXPECT_NEAR(open->distance_along_curve(third, first, -1), 200.0, 1e-6);
+    open->add_knot({0.0, 150.0}, NO_HANDLE, NO_HANDLE);
+    EXPECT_NEAR(open->calc_length(), 350.0, 1e-6) << "a knot more";
 }
 
 TEST(Squidge, goes_a_distance_round_or_to_its_end)

@@ -39,9 +39,11 @@ BaseCellList::~BaseCellList()
 void BaseCellList::delete_all_cells()
 {
     cursor = nullptr;
-    const Cells deleted = std::exchange(cells, {});
+    Cells deleted = std::exchange(cells, {});
     for (gsl::owner<BaseCell*> cell : deleted)
         delete cell;
+    deleted.clear();
+    cells = std::move(deleted); // in-betweens come back soon, as many as there were
 }
 
 void BaseCellList::insert(Cells::const_iterator place, BaseCell* cell)

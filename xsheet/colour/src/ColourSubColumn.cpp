@@ -27,11 +27,18 @@ int inq_default_mode()
     return is_other ? setting : static_cast<int>(ColourSubColumn::HSV_INTERP);
 }
 
+/// What is no number is shown as 0.
+int shown_part(float part)
+{
+    constexpr float MOST_SHOWN = 1000000.0F;
+    return std::isnan(part) ? 0 : static_cast<int>(std::clamp(part, -MOST_SHOWN, MOST_SHOWN));
+}
+
 KIVString format_parts(const char* format, const float* parts)
 {
     char text[64];
-    std::snprintf(text, sizeof text, format, static_cast<int>(parts[0]), static_cast<int>(parts[1]),
-                  static_cast<int>(parts[2]));
+    std::snprintf(text, sizeof text, format, shown_part(parts[0]), shown_part(parts[1]),
+                  shown_part(parts[2]));
     return text;
 }
 
@@ -125,6 +132,7 @@ bool ColourSubColumn::load_finished_with_abort()
     return false;
 }
 
+// Without a transform the colours stay what they were, and so does the name of their profile.
 void ColourSubColumn::change_to_output_profile()
 {
     ColourManager* manager = inq_colour_manager();

@@ -122,6 +122,11 @@ TEST(ColourSubColumn, describes_its_colour_in_its_space)
     EXPECT_EQ(colours.column.inq_summary(), "...C0/M100/Y100");
     colours.column.set_colour_interp_mode(0);
     EXPECT_EQ(colours.column.inq_summary(), "...");
+
+    colours.column.set_colour_interp_mode(ColourSubColumn::RGB_INTERP);
+    auto* data = static_cast<ColourCellData*>(colours.column.inq_first_key()->inq_data());
+    data->set_element(0, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(colours.column.inq_summary(), "...R0/G0/B0");
 }
 
 TEST(ColourSubColumn, comes_back_and_gives_its_mode_to_another)

@@ -39,12 +39,18 @@ public:
     void added_key(PathKeyCell* key);
     void removed_key(PathKeyCell* key);
 
+    /// Enters the keys of the sub-column, and them alone.
+    void setup_key_table();
+
     /// Null on a miss.
     PathKeyCell* get_key_with_label(unsigned long bead_label) const;
 
     /// From the first knot of an open curve, from the first key's bead on a closed one. 0.0 for a
     /// key without a bead.
     double inq_distance_along_path(PathKeyCell* key) const;
+
+    /// Those of all keys, in their order.
+    std::vector<double> inq_distances_along_path() const;
     void set_distance_along_path(PathKeyCell* key, double distance);
     double inq_path_length(PathKeyCell* key) const;
     bool diff_path_as_next_key(PathKeyCell* key) const;
@@ -52,9 +58,9 @@ public:
 private:
     template <class Record> void record(Record& r);
     void make_table();
-    void setup_key_table();
     const KeyCell* inq_first_key() const;
     BaseBeadKnot* find_bead(const KeyCell* key) const;
+    double calc_way_to_next_key(const KeyCell* key) const;
     Vector calculate_inbetween_value(BaseBeadKnot* from, BaseBeadKnot* to, double factor) const;
 
     std::unique_ptr<SquidgeSet> squidges;

@@ -20,6 +20,7 @@ public:
     bool can_make_key(int) override { return false; }
     gsl::owner<KeyCell*> create_new_key_with_label(int new_label) override;
     bool can_remove_key(KeyCell*) override { return false; }
+    void set_length(int frames) override;
     bool can_insert_key_type(KeyCell*) override { return false; }
     bool is_path_column(int) const override { return true; }
 
@@ -31,4 +32,7 @@ public:
 
     /// Null under a policy of another kind.
     PathNumericColumnPolicy* inq_path_policy() const;
+
+private:
+    std::vector<double> inq_distances_along_path() const;
 };

@@ -18,6 +18,16 @@ double calc_shorter_way(const BaseBeadKnot* from, const BaseBeadKnot* to)
                     squidge->distance_along_curve(from, to, -1));
 }
 
+/// `walked` is the way from key to key so far.
+double calc_distance(const BaseBeadKnot* bead, double walked)
+{
+    if (!bead)
+        return 0.0;
+    const Squidge* squidge = bead->inq_squidge();
+    return squidge->is_closed() ? walked
+                                : squidge->distance_along_curve(squidge->inq_first_knot(), bead, 1);
+}
+
 int choose_direction(const BaseBeadKnot* from, const BaseBeadKnot* to)
 {
     const Squidge* squidge = from->inq_squidge();
@@ -97,6 +107,9 @@ const KeyCell* PathNumericColumnPolicy::inq_first_key() const
 
 void PathNumericColumnPolicy::setup_key_table()
 {
+    DictionaryIterator entry(&key_table);
+    while (entry.advance())
+        entry.remove();
     if (!inq_sub_column())
         return;
     for (KeyCell* key = inq_sub_column()->inq_first_key(); key; key = key->inq_next_key())
@@ -159,22 +172,34 @@ Vector PathNumericColumnPolicy::calculate_inbetween_value(BaseBeadKnot* from, Ba
     return place.knot->calc_at_param(place.parameter);
 }
 
+double PathNumericColumnPolicy::calc_way_to_next_key(const KeyCell* key) const
+{
+    const BaseBeadKnot* from = find_bead(key);
+    const BaseBeadKnot* to = find_bead(key->inq_next_key());
+    return from && to && from->inq_squidge() == to->inq_squidge() ? calc_shorter_way(from, to)
+                                                                  : 0.0;
+}
+
 double PathNumericColumnPolicy::inq_distance_along_path(PathKeyCell* key) const
 {
     const BaseBeadKnot* bead = find_bead(key);
-    if (!bead)
-        return 0.0;
-    const Squidge* squidge = bead->inq_squidge();
-    if (!squidge->is_closed())
-        return squidge->distance_along_curve(squidge->inq_first_knot(), bead, 1);
-    double distance = 0.0;
-    for (const KeyCell* k = inq_first_key(); k && k != key; k = k->inq_next_key()) {
-        const BaseBeadKnot* from = find_bead(k);
-        const BaseBeadKnot* to = find_bead(k->inq_next_key());
-        if (from && to && from->inq_squidge() == to->inq_squidge())
-            distance += calc_shorter_way(from, to);
+    if (!bead || !bead->inq_squidge()->is_closed())
+        return calc_distance(bead, 0.0);
+    double walked = 0.0;
+    for (const KeyCell* k = inq_first_key(); k && k != key; k = k->inq_next_key())
+        walked += calc_way_to_next_key(k);
+    return calc_distance(bead, walked);
+}
+
+std::vector<double> PathNumericColumnPolicy::inq_distances_along_path() const
+{
+    std::vector<double> distances;
+    double walked = 0.0;
+    for (const KeyCell* key = inq_first_key(); key; key = key->inq_next_key()) {
+        distances.push_back(calc_distance(find_bead(key), walked));
+        walked += calc_way_to_next_key(key);
     }
-    return distance;
+    return distances;
 }
 
 void PathNumericColumnPolicy::set_distance_along_path(PathKeyCell* key, double distance)

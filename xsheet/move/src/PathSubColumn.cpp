@@ -43,24 +43,35 @@ double PathSubColumn::inq_distance_along_path(int frame)
                : key->inq_distance_along_path();
 }
 
+// Keys beyond the end go, and nobody is told of them.
+void PathSubColumn::set_length(int frames)
+{
+    NumericSubColumn::set_length(frames);
+    if (PathNumericColumnPolicy* policy = inq_path_policy())
+        policy->setup_key_table();
+}
+
+std::vector<double> PathSubColumn::inq_distances_along_path() const
+{
+    const PathNumericColumnPolicy* policy = inq_path_policy();
+    return policy ? policy->inq_distances_along_path() : std::vector<double>();
+}
+
 gsl::owner<Fairing*> PathSubColumn::extract_column_fairing()
 {
-    std::vector<double> distances;
-    for (KeyCell* key = inq_first_key(); key; key = key->inq_next_key())
-        distances.push_back(inq_distance_along_path(key->inq_number()));
-    return make_fairing_through(distances);
+    return make_fairing_through(inq_distances_along_path());
 }
 
 void PathSubColumn::calc_min_and_max_values(double* min, double* max)
 {
     *min = 1000000.0;
     *max = 0.0;
-    for (KeyCell* cell = inq_first_key(); cell; cell = cell->inq_next_key()) {
-        auto* key = object_cast<PathKeyCell>(cell);
-        if (!key)
-            continue;
-        const double distance = key->inq_distance_along_path();
-        *min = std::min(*min, distance);
-        *max = std::max({*max, distance, key->inq_path_length()});
+    KeyCell* cell = inq_first_key();
+    for (const double distance : inq_distances_along_path()) {
+        if (auto* key = object_cast<PathKeyCell>(cell)) {
+            *min = std::min(*min, distance);
+            *max = std::max({*max, distance, key->inq_path_length()});
+        }
+        cell = cell->inq_next_key();
     }
 }

@@ -1,6 +1,9 @@
+#include "curveslib/hdr/SquidgeSet.h"
 #include "tests/support/OldRecord.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/move/hdr/MoveColumn.h"
+#include "xsheet/move/hdr/PathKeyCell.h"
+#include "xsheet/move/hdr/PathNumericColumnPolicy.h"
 #include "xsheet/move/hdr/PathSubColumn.h"
 #include "xsheet/node/hdr/MoveSubColPrefs.h"
 #include "xsheet/numeric/hdr/NumericTSubColumn.h"
@@ -87,9 +90,25 @@ TEST(MoveColumn, takes_over_the_columns_of_an_old_node)
     EXPECT_EQ(one.inq_translation(1), Vector2(5.0, 6.0));
 
     PrimedMove path;
-    path.convert_old_file(new PathSubColumn, nullptr);
+    auto* old_path = new PathSubColumn;
+    auto* set = new SquidgeSet;
+    Squidge* line = set->add_squidge(new Squidge(false));
+    line->add_knot({7.0, 8.0}, Vector2(), Vector2());
+    line->add_bead({line->inq_first_knot(), 0.0}, 5);
+    old_path->inq_path_policy()->set_squidges(set);
+    auto* key = static_cast<PathKeyCell*>(old_path->create_new_key());
+    key->set_data(key->create_data());
+    key->set_bead_label(5);
+    old_path->insert_key(key, 1);
+    key->key_changed();
+    path.convert_old_file(old_path, nullptr);
     EXPECT_EQ(path.inq_mode(), MoveColumn::PATH_MODE);
-    EXPECT_TRUE(path.inq_path_column());
+    ASSERT_TRUE(path.inq_path_column());
+    EXPECT_NE(path.inq_path_column(), old_path);
+    EXPECT_EQ(path.inq_translation(1), Vector2(7.0, 8.0));
+    auto* taken = static_cast<PathKeyCell*>(path.inq_path_column()->inq_first_key());
+    const Vector place = path.inq_path_column()->inq_path_policy()->update_key_value(taken);
+    EXPECT_EQ(Vector2(place), Vector2(7.0, 8.0)) << "with its curve";
 }
 
 TEST(MoveColumn, comes_back_in_each_mode)

@@ -1,3 +1,4 @@
+#include "curveslib/hdr/Fairing.h"
 #include "curveslib/hdr/SquidgeSet.h"
 #include "tests/support/OldRecord.h"
 #include "xsheet/move/hdr/PathKeyCell.h"
@@ -69,6 +70,16 @@ TEST(PathSubColumn, goes_the_short_way_round_a_closed_curve)
     expect_at(path.column, 2, 0.0, 50.0);
     EXPECT_NEAR(last->inq_distance_along_path(), 100.0, 1e-6);
     EXPECT_NEAR(last->inq_path_length(), 400.0, 1e-6);
+    path.key_on_bead(5, 3);
+    path.key_on_bead(7, 2);
+    double min = 0.0;
+    double max = 0.0;
+    path.column.calc_min_and_max_values(&min, &max);
+    EXPECT_NEAR(min, 0.0, 1e-6);
+    EXPECT_NEAR(max, 400.0, 1e-6);
+    const std::unique_ptr<Fairing> fairing(path.column.extract_column_fairing());
+    ASSERT_EQ(fairing->inq_control_point_count(), 4);
+    EXPECT_NEAR(fairing->inq_control_point(2)->point.height, 200.0 / 300.0, 1e-6);
 }
 
 TEST(PathSubColumn, holds_where_there_is_no_road)
@@ -110,6 +121,16 @@ TEST(PathSubColumn, leaves_its_keys_to_its_curve)
     EXPECT_TRUE(path.column.is_path_column(0));
     path.column.inq_path_policy()->removed_key(key);
     EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(1), nullptr);
+}
+
+TEST(PathSubColumn, forgets_keys_beyond_a_new_end)
+{
+    Path path(false);
+    PathKeyCell* kept = path.key_on_bead(5, 1);
+    path.key_on_bead(20, 2);
+    path.column.set_length(10);
+    EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(1), kept);
+    EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(2), nullptr);
 }
 
 TEST(PathSubColumn, copies_and_comes_back_with_its_curves)

@@ -29,6 +29,8 @@ public:
     /// Whether the value grows towards the next key; for angles, which turn the other way, whether
     /// it does not.
     bool is_increasing() override;
+    void added_to_subcolumn(SubColumn* column) override;
+    void removed_from_subcolumn(SubColumn* column) override;
 
     /// Null for a key that is in no sub-column.
     NumericSubColumn* inq_numeric_sub_column() const;

@@ -26,6 +26,7 @@ public:
     int inq_type() const override { return 3; }
     KIVString inq_summary() override;
     int inq_header_line() override { return 0; }
+    KeyCell* make_key(int frame) override;
     gsl::owner<KeyCell*> create_new_key_with_label(int new_label) override;
     void insert_key(gsl::owner<KeyCell*> key, int frame) override;
     bool load_finished_with_abort() override;

@@ -14,6 +14,15 @@ namespace {
 constexpr FormatVersions HAS_RATIO_DATA = since(125);
 constexpr double FIND_TOLERANCE = 0.000001;
 
+/// As the sub-column shows its values.
+bool read_value(const KIVString& text, const NumericSubColumn& column, double* value)
+{
+    const KIVDefaultUnitHandler* handler = column.inq_unit_handler();
+    const bool is_angle = column.is_angle_column();
+    return column.is_y_column(0) ? handler->y_to_internal(text, value, is_angle)
+                                 : handler->x_to_internal(text, value, is_angle);
+}
+
 bool is_close(double a, double b)
 {
     return std::abs(a - b) < FIND_TOLERANCE;
@@ -154,8 +163,7 @@ int NumericKeyCell::find(const KIVString& text, int frame, int flags)
 {
     const NumericSubColumn* sub_column = inq_numeric_sub_column();
     double value = 0.0;
-    if (!sub_column ||
-        !inq_unit_handler()->x_to_internal(text, &value, sub_column->is_angle_column()))
+    if (!sub_column || !read_value(text, *sub_column, &value))
         return 0;
     if (inq_mode() == IM_INBETWEEN && !(flags & XSheetFinderFlags::FlagExactMatch))
         return find_crossing(value, frame, flags);
@@ -204,9 +212,27 @@ void NumericKeyCell::set_is_ratioed(bool is_ratioed)
         ratio_data = std::make_unique<RatioKeyCellData>(this);
 }
 
+void NumericKeyCell::added_to_subcolumn(SubColumn* column)
+{
+    KeyCell::added_to_subcolumn(column);
+    if (ratio_data)
+        ratio_data->resume();
+}
+
+void NumericKeyCell::removed_from_subcolumn(SubColumn* column)
+{
+    KeyCell::removed_from_subcolumn(column);
+    if (ratio_data)
+        ratio_data->rest();
+}
+
 void NumericKeyCell::add_ratio_data(gsl::owner<RatioKeyCellData*> data)
 {
     ratio_data.reset(data);
+    if (ratio_data) {
+        ratio_data->set_key(this);
+        ratio_data->resume();
+    }
     if (inq_sub_column())
         key_changed();
 }
@@ -214,6 +240,8 @@ void NumericKeyCell::add_ratio_data(gsl::owner<RatioKeyCellData*> data)
 gsl::owner<RatioKeyCellData*> NumericKeyCell::remove_ratio_data()
 {
     gsl::owner<RatioKeyCellData*> data = ratio_data.release();
+    if (data)
+        data->set_key(nullptr); // it still hears of its source
     if (inq_sub_column())
         key_changed();
     return data;

@@ -15,6 +15,8 @@
 #include "xsheet/ratio/hdr/RatioColumnData.h"
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
 
+#include <optional>
+
 KIV_STORED_CLASS(NumericSubColumn, 127);
 
 namespace {
@@ -49,6 +51,32 @@ bool is_numeric_key(KeyCell* key)
 {
     CellData* data = key->inq_data();
     return object_cast<NumericKeyCell>(key) && (!data || object_cast<BaseNumericCellData>(data));
+}
+
+/// What stands on a frame between a ratioed key and the next one.
+struct RatioedPlace {
+    NumericSubColumn* source; // not owned
+    Vector ratio;
+    Vector value;
+};
+
+std::optional<RatioedPlace> find_ratioed_place(BaseCell* cell)
+{
+    if (!cell || !cell->is_an_inbetween())
+        return std::nullopt;
+    const RatioKeyCellData* followed =
+        static_cast<NumericKeyCell*>(cell->inq_prev_key())->inq_ratio_data();
+    if (!followed)
+        return std::nullopt;
+    auto* inbetween = static_cast<NumericInbetweenCell*>(cell);
+    return RatioedPlace{followed->inq_source_column(), followed->inq_ratio(inbetween),
+                        followed->inq_value(inbetween)};
+}
+
+void lock_at(const RatioedPlace& place, RatioKeyCellData& data)
+{
+    data.set_ratio_value(place.ratio);
+    data.set_lock_value(place.value);
 }
 
 FairingCP::Place handle_towards(const FairingCP::Place& from, const FairingCP::Place& to)
@@ -213,25 +241,28 @@ Vector NumericSubColumn::inq_value(int frame)
     return blank;
 }
 
+// The easing is cut in two before the new key comes in, so what stands there is asked before.
+KeyCell* NumericSubColumn::make_key(int frame)
+{
+    const std::optional<RatioedPlace> place = find_ratioed_place(inq_cell(frame));
+    auto* key = static_cast<NumericKeyCell*>(SubColumn::make_key(frame));
+    if (place && key->inq_is_ratioed())
+        lock_at(*place, *key->inq_ratio_data());
+    return key;
+}
+
 // A key that is dropped between a ratioed key and the next one goes on following.
 void NumericSubColumn::insert_key(gsl::owner<KeyCell*> key, int frame)
 {
-    BaseCell* cell = inq_cell(frame);
-    auto* previous = cell && cell->is_an_inbetween()
-                         ? static_cast<NumericKeyCell*>(cell->inq_prev_key())
-                         : nullptr;
-    if (const RatioKeyCellData* followed = previous ? previous->inq_ratio_data() : nullptr) {
-        auto* inbetween = static_cast<NumericInbetweenCell*>(cell);
-        const Vector ratio = followed->inq_ratio(inbetween);
-        const Vector value = followed->inq_value(inbetween);
+    if (const std::optional<RatioedPlace> place = find_ratioed_place(inq_cell(frame))) {
         auto* numeric_key = static_cast<NumericKeyCell*>(key);
-        key->set_number(frame); // its value is worked out for this frame already
+        key->set_sub_column(this); // it says how many elements follow
+        key->set_number(frame);    // the value is worked out for this frame already
         numeric_key->set_is_ratioed(true);
         RatioKeyCellData* data = numeric_key->inq_ratio_data();
         data->set_lock_frame(frame);
-        data->set_source_column(followed->inq_source_column());
-        data->set_ratio_value(ratio);
-        data->set_lock_value(value);
+        data->set_source_column(place->source);
+        lock_at(*place, *data);
     }
     SubColumn::insert_key(key, frame);
 }

@@ -159,6 +159,16 @@ TEST(NumericSubColumn, finds_the_frame_on_which_a_value_is_crossed)
     EXPECT_EQ(column.find("many", 1, forwards), 0);
 }
 
+TEST(NumericSubColumn, finds_a_value_as_it_is_shown)
+{
+    NumericYSubColumn y;
+    y.set_unit_type(KIV_UNIT_FIELDS);
+    key_at(y, 5, {60.0})->set_mode(IM_HOLD);
+    const int forwards = XSheetFinderFlags::FlagForwards;
+    EXPECT_EQ(y.find("1", 1, forwards), 0);
+    EXPECT_EQ(y.find("1.3714285714285714", 1, forwards), 5);
+}
+
 TEST(NumericSubColumn, takes_keys_of_its_own_kind_alone)
 {
     NumericXSubColumn x;

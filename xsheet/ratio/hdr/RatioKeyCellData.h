@@ -27,6 +27,7 @@ public:
 
     virtual void load_finished();
 
+    /// Null for a link that no key owns.
     void set_key(NumericKeyCell* key) { keycell = key; }
     NumericKeyCell* inq_keycell() const { return keycell; }
     int inq_order() const { return order; }
@@ -69,12 +70,20 @@ public:
     void watcher_deleted();
     void column_values_changed_in_range(int first, int last);
 
+    /// The key has left its sub-column, which may go before it comes back.
+    void rest() { is_resting = true; }
+
+    /// The key is back: it makes up for what its source did meanwhile.
+    void resume();
+
     /// The source column is being deleted.
     void source_closing() { source_column = nullptr; }
 
 private:
+    class Change;
     enum class Span { HOLDS_OWN, BLENDS_TO_RATIO, BLENDS_TO_VALUE };
 
+    void answer_change(int first, int last);
     template <class Record> void record(Record& r);
     Span inq_case() const;
     double inq_source(int i, int frame) const;
@@ -94,8 +103,11 @@ private:
     NumericSubColumn* source_column = nullptr; // not owned
     KIVUnitType unit_type = KIV_UNIT_FIELDS;
     std::unique_ptr<KeyCellRatioSubColumnWatcher> watcher;
-    bool is_updating = false;
+    bool is_resting = false;
+    bool has_missed_change = false;
     mutable bool is_evaluating = false;
+
+    static Change* change_in_hand; // null between changes
 };
 
 /// Whether a column of this type can be followed by ratio.

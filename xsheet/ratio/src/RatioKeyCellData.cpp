@@ -8,6 +8,9 @@
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
 #include "xsheet/ratio/hdr/RatioSubColumnWatcher.h"
 
+#include <unordered_map>
+#include <unordered_set>
+
 KIV_STORED_CLASS(RatioKeyCellData, 128);
 
 namespace {
@@ -25,6 +28,56 @@ Vector inq_value_of(NumericKeyCell* key, int order)
     return data ? static_cast<const BaseNumericCellData*>(data)->inq_value() : Vector(order);
 }
 } // namespace
+
+/// What one change of a column sets going. Links carry it to further links, by more and more ways
+/// where columns follow each other in a chain, so they stand in a queue: each waits there once,
+/// with all frames that reach it meanwhile. Columns that follow each other in a ring would go on
+/// for ever; but no way to a link leads through a column twice, so no link has to answer more
+/// often than there are columns.
+class RatioKeyCellData::Change {
+public:
+    void add(RatioKeyCellData* link, int first, int last)
+    {
+        Notice& notice = notices[link];
+        notice.first = notice.is_waiting ? std::min(notice.first, first) : first;
+        notice.last = notice.is_waiting ? std::max(notice.last, last) : last;
+        if (!std::exchange(notice.is_waiting, true))
+            queue.push_back(link);
+    }
+
+    /// The queue is left as it is: a link without a notice is passed over.
+    void remove(const RatioKeyCellData* link) { notices.erase(link); }
+
+    void serve()
+    {
+        for (std::size_t next = 0; next < queue.size(); ++next) { // it grows meanwhile
+            const auto place = notices.find(queue[next]);
+            if (place != notices.end() && std::exchange(place->second.is_waiting, false))
+                answer(*queue[next], place->second);
+        }
+    }
+
+private:
+    struct Notice {
+        int first = 0;
+        int last = 0;
+        bool is_waiting = false;
+        std::size_t answers = 0;
+    };
+
+    void answer(RatioKeyCellData& link, Notice& notice)
+    {
+        columns.insert(link.inq_own_column());
+        if (notice.answers++ < columns.size())
+            link.answer_change(notice.first, notice.last);
+    }
+
+    std::vector<RatioKeyCellData*> queue;
+    std::unordered_map<const RatioKeyCellData*, Notice> notices;
+    std::unordered_set<const NumericSubColumn*> columns;
+};
+
+RatioKeyCellData::Change* RatioKeyCellData::change_in_hand = nullptr;
 
 bool inq_valid_for_ratioing(unsigned long type)
 {
@@ -50,9 +103,15 @@ RatioKeyCellData::RatioKeyCellData(KIVIStream& stream) : KIVObject(stream)
     RecordReader reader(stream);
     record(reader);
     order = ratio_value.size();
+    if (lock_frame < -BaseCell::MOST_FRAMES || lock_frame > BaseCell::MOST_FRAMES)
+        stream.set_error_state(KIVStream::BAD_DATA);
 }
 
-RatioKeyCellData::~RatioKeyCellData() = default;
+RatioKeyCellData::~RatioKeyCellData()
+{
+    if (change_in_hand)
+        change_in_hand->remove(this);
+}
 
 template <class Record> void RatioKeyCellData::record(Record& r)
 {
@@ -141,13 +200,33 @@ void RatioKeyCellData::watcher_deleted()
 
 void RatioKeyCellData::column_values_changed_in_range(int first, int last)
 {
-    if (is_updating)
-        return; // two columns follow each other
-    is_updating = true;
+    if (change_in_hand) {
+        change_in_hand->add(this, first, last);
+        return;
+    }
+    Change change;
+    change_in_hand = &change;
+    change.add(this, first, last);
+    change.serve();
+    change_in_hand = nullptr;
+}
+
+void RatioKeyCellData::answer_change(int first, int last)
+{
+    if (is_resting) {
+        has_missed_change = true;
+        return;
+    }
     update_keycell();
     if (NumericSubColumn* own = inq_own_column())
         own->tell_watchers_frame_range_changed(first, last);
-    is_updating = false;
+}
+
+void RatioKeyCellData::resume()
+{
+    is_resting = false;
+    if (std::exchange(has_missed_change, false))
+        update_keycell();
 }
 
 double RatioKeyCellData::inq_source(int i, int frame) const
@@ -167,7 +246,7 @@ double RatioKeyCellData::inq_key_offset(int i) const
 
 NumericKeyCell* RatioKeyCellData::inq_next_key() const
 {
-    return static_cast<NumericKeyCell*>(keycell->inq_next_key());
+    return keycell ? static_cast<NumericKeyCell*>(keycell->inq_next_key()) : nullptr;
 }
 
 RatioKeyCellData::Span RatioKeyCellData::inq_case() const
@@ -241,9 +320,9 @@ Vector RatioKeyCellData::inq_lock_val(NumericInbetweenCell* cell) const
 
 void RatioKeyCellData::update_keycell()
 {
-    auto* data = static_cast<BaseNumericCellData*>(keycell->inq_data());
+    auto* data = keycell ? static_cast<BaseNumericCellData*>(keycell->inq_data()) : nullptr;
     const NumericSubColumn* own = inq_own_column();
-    if (!data || !own)
+    if (!data || (!source_column && !own))
         return;
     for (int i = 0; i < order; ++i)
         data->set_element(i, source_column

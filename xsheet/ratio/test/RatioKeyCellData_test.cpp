@@ -2,6 +2,7 @@
 #include "xsheet/column/hdr/SubColumnWatcher.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/AngleSubColumn.h"
+#include "xsheet/numeric/hdr/NumericTSubColumn.h"
 #include "xsheet/numeric/test/numeric_keys.h"
 #include "xsheet/ratio/hdr/RatioColumnData.h"
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
@@ -29,6 +30,14 @@ struct Followed {
         key->inq_ratio_data()->set_source_column(source);
         key->inq_ratio_data()->set_ratio_value(Vector(1, ratio));
         return key;
+    }
+
+    std::vector<double> read(int first, int last) const
+    {
+        std::vector<double> values;
+        for (int frame = first; frame <= last; ++frame)
+            values.push_back(follower->inq_element(0, frame));
+        return values;
     }
 
     XSheet sheet{nullptr};
@@ -111,6 +120,119 @@ TEST(RatioKeyCellData, lets_a_key_dropped_between_follow_on)
     EXPECT_EQ(f.follower->inq_element(0, 91), 60.0);
 }
 
+TEST(RatioKeyCellData, lets_a_new_key_stand_on_the_way_to_the_next_one)
+{
+    Followed f;
+    f.follow(11, 1.0, 10.0);
+    key_at(*f.follower, 21, {40.0})->set_is_ratioed(false);
+    f.follower->clear_all_inbetweens();
+    const std::vector<double> before = f.read(10, 22);
+    EXPECT_EQ(before[6], 25.0);
+    f.follower->make_key(16);
+    const std::vector<double> after = f.read(10, 22);
+    for (std::size_t i = 0; i < before.size(); ++i)
+        EXPECT_NEAR(after[i], before[i], 1e-9) << 10 + i;
+}
+
+TEST(RatioKeyCellData, follows_with_all_elements_of_a_key_from_elsewhere)
+{
+    NumericTSubColumn source;
+    NumericTSubColumn follower;
+    NumericKeyCell* far = key_at(source, 101, {100.0, 200.0});
+    key_at(source, 1, {0.0, 0.0});
+    NumericKeyCell* key = key_at(follower, 11, {20.0, 30.0});
+    key->set_is_ratioed(true);
+    key->inq_ratio_data()->set_source_column(&source);
+    const Vector before = follower.inq_value(61);
+    auto* pasted = static_cast<NumericKeyCell*>(far->duplicate());
+    follower.insert_key(pasted, 51);
+    EXPECT_EQ(pasted->inq_ratio_data()->inq_order(), 2);
+    EXPECT_NEAR(follower.inq_element(0, 61), before.elem(0), 1e-9);
+    EXPECT_NEAR(follower.inq_element(1, 61), before.elem(1), 1e-9);
+}
+
+TEST(RatioKeyCellData, carries_a_change_down_a_long_chain)
+{
+    constexpr int COLUMNS = 40;
+    XSheet sheet(nullptr);
+    sheet.set_length(200);
+    auto* column = new Column;
+    sheet.add_sub_column(column, nullptr);
+    std::vector<NumericSubColumn*> chain;
+    for (int i = 0; i < COLUMNS; ++i) {
+        chain.push_back(new NumericSubColumn(1));
+        column->add_sub_column(chain.back(), nullptr);
+        for (int frame = 1; frame <= 41; frame += 10) {
+            NumericKeyCell* key = key_at(*chain.back(), frame, {0.0});
+            if (i == 0)
+                continue;
+            key->set_is_ratioed(true);
+            key->inq_ratio_data()->set_source_column(chain[chain.size() - 2]);
+            key->inq_ratio_data()->set_lock_frame(1);
+        }
+    }
+    data_of(chain.front()->inq_last_key())->set_element(0, 5.0);
+    EXPECT_EQ(chain.back()->inq_element(0, 41), 5.0);
+    EXPECT_NEAR(chain.back()->inq_element(0, 36), 2.5, 1e-9);
+    data_of(chain.front()->inq_last_key())->set_element(0, 7.0);
+    EXPECT_EQ(chain.back()->inq_element(0, 41), 7.0);
+    EXPECT_NEAR(chain.back()->inq_element(0, 36), 3.5, 1e-9);
+}
+
+TEST(RatioKeyCellData, goes_from_key_to_key_and_serves_the_one_it_came_to)
+{
+    Followed f;
+    NumericKeyCell* first = f.follow(11, 1.0, 10.0);
+    NumericKeyCell* second = key_at(*f.follower, 151, {7.0});
+    second->set_is_ratioed(false);
+    const gsl::owner<RatioKeyCellData*> data = first->remove_ratio_data();
+    EXPECT_EQ(data->inq_keycell(), nullptr);
+    delete f.follower->remove_key(first);
+    data_of(f.source->inq_last_key())->set_element(0, 200.0);
+    second->add_ratio_data(data);
+    EXPECT_EQ(data->inq_keycell(), second);
+    data_of(f.source->inq_last_key())->set_element(0, 300.0);
+    EXPECT_EQ(f.follower->inq_element(0, 151), 300.0 - 30.0 + 10.0);
+}
+
+TEST(RatioKeyCellData, rests_while_its_key_is_out_and_makes_up_for_it)
+{
+    Followed f;
+    NumericKeyCell* key = f.follow(51, 1.0, 50.0);
+    key->inq_ratio_data()->set_lock_frame(1);
+    f.follower->remove_key(key);
+    SubColumnWatcher watcher(f.follower, 5, nullptr);
+    f.follower->add_watcher(&watcher);
+    data_of(f.source->inq_last_key())->set_element(0, 200.0);
+    EXPECT_FALSE(watcher.inq_frame_changed(51)) << "nothing of it is there";
+    f.follower->insert_key(key, 51);
+    EXPECT_EQ(f.follower->inq_element(0, 51), 150.0);
+    f.follower->remove_watcher(&watcher);
+}
+
+TEST(RatioKeyCellData, hears_that_its_source_goes_while_its_key_is_out)
+{
+    NumericSubColumn follower(1);
+    NumericKeyCell* key = key_at(follower, 1, {3.0});
+    {
+        NumericSubColumn source(1);
+        key->set_is_ratioed(true);
+        key->inq_ratio_data()->set_source_column(&source);
+        follower.remove_key(key);
+    }
+    follower.insert_key(key, 1);
+    EXPECT_EQ(key->inq_ratio_data()->inq_source_column(), nullptr);
+}
+
+TEST(RatioKeyCellData, values_a_key_of_no_column)
+{
+    Followed f;
+    f.follow(51, 2.0, 7.0);
+    const std::unique_ptr<BaseCell> copy(f.follower->inq_first_key()->duplicate());
+    static_cast<NumericKeyCell&>(*copy).inq_ratio_data()->set_lock_value(Vector(1, 9.0));
+    EXPECT_EQ(data_of(copy.get())->inq_element(0), 9.0);
+}
+
 TEST(RatioKeyCellData, knows_who_follows_whom)
 {
     Followed f;
@@ -161,6 +283,7 @@ TEST(RatioKeyCellData, copies_and_comes_back_with_its_link)
     Followed f;
     f.follow(11, 0.5, 20.0);
     const std::unique_ptr<SubColumn> copy(f.follower->duplicate());
+    EXPECT_EQ(static_cast<NumericSubColumn&>(*copy).inq_element(0, 61), 45.0);
     data_of(f.source->inq_last_key())->set_element(0, 200.0);
     EXPECT_EQ(static_cast<NumericSubColumn&>(*copy).inq_element(0, 61),
               f.follower->inq_element(0, 61));
@@ -191,6 +314,18 @@ TEST(RatioKeyCellData, reads_old_forms)
         EXPECT_EQ(data->inq_order(), 2);
         EXPECT_EQ(data->inq_lock_frame(), 8);
         EXPECT_EQ(data->inq_unit_type(), version == 128 ? KIV_UNIT_PIXELS : KIV_UNIT_FIELDS);
+    }
+}
+
+TEST(RatioKeyCellData, refuses_a_lock_beyond_all_frames)
+{
+    for (const int frame : {100'000'000, 100'000'001, std::numeric_limits<int>::min()}) {
+        OldRecord record("RatioKeyCellData", 127);
+        record << 0 << 0;
+        record.insert_with_class_hdr(nullptr);
+        record << frame;
+        record.insert_with_class_hdr(nullptr);
+        EXPECT_EQ(record.read<RatioKeyCellData>() != nullptr, frame == 100'000'000) << frame;
     }
 }
 
