@@ -95,7 +95,7 @@ def leg(phase, hip):
     bend = 0.25 + 0.75 * max(0.0, math.sin(phase + 0.6))
     points = limb(hip, 0.55 * math.cos(phase) + 0.1, 62, bend)
     foot = points[-1]
-    return line(points), f"ellipse {foot[0] + 12:.1f},{foot[1]:.1f} 26,12 0,360"
+    return line(points), f"ellipse {foot[0] + 12:.1f},{foot[1] + 6:.1f} 32,16 0,360"
 
 
 def draw_creature(path, step):
