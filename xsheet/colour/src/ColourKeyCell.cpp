@@ -1,7 +1,7 @@
 #include "xsheet/colour/hdr/ColourKeyCell.h"
 
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/colour/hdr/ColourSubColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(ColourKeyCell, -1);
 KIV_STORED_CLASS(ColourCellData, -1);

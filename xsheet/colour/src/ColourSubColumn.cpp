@@ -3,9 +3,9 @@
 #include "imagelib/hdr/ColourManager.h"
 #include "kivlib/hdr/KIVDefaults.h"
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/colour/hdr/ColourKeyCell.h"
 #include "xsheet/node/hdr/ColourSubColPrefs.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 #include <cstdio>
 

@@ -1,11 +1,11 @@
 #include "xsheet/move/hdr/MoveColumn.h"
 
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/move/hdr/PathSubColumn.h"
 #include "xsheet/node/hdr/MoveSubColPrefs.h"
 #include "xsheet/numeric/hdr/NumericTSubColumn.h"
 #include "xsheet/numeric/hdr/NumericXYSubColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(MoveColumn, 81);
 

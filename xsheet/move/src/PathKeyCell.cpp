@@ -1,10 +1,10 @@
 #include "xsheet/move/hdr/PathKeyCell.h"
 
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/move/hdr/PathNumericColumnPolicy.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(PathKeyCell, -1);
 

@@ -2,9 +2,9 @@
 
 #include "curveslib/hdr/SquidgeSet.h"
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/move/hdr/PathKeyCell.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(PathNumericColumnPolicy, -1);
 

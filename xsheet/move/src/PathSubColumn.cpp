@@ -1,9 +1,9 @@
 #include "xsheet/move/hdr/PathSubColumn.h"
 
 #include "curveslib/hdr/Fairing.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/move/hdr/PathKeyCell.h"
 #include "xsheet/move/hdr/PathNumericColumnPolicy.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(PathSubColumn, -1);
 

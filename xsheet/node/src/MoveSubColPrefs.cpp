@@ -1,8 +1,8 @@
 #include "xsheet/node/hdr/MoveSubColPrefs.h"
 
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/move/hdr/MoveColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 
 KIV_STORED_CLASS(MoveSubColPrefs, -1);
 

@@ -1,9 +1,9 @@
 #include "xsheet/ratio/hdr/RatioColumnData.h"
 
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
-#include "xsheet/numeric/src/object_cast.h"
 #include "xsheet/ratio/hdr/RatioSubColumnWatcher.h"
 
 KIV_STORED_CLASS(RatioColumnData, 119);

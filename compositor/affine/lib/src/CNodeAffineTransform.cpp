@@ -2,6 +2,7 @@
 
 #include "compositor/affine/lib/hdr/CNodeAffineTransformOp.h"
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "xsheet/column/hdr/Column.h"
 #include "xsheet/move/hdr/MoveColumn.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
@@ -16,14 +17,6 @@ constexpr unsigned long OLD_Y_POSITION = 2;
 
 constexpr double PI = 3.141592653589793;
 constexpr double PART_OF_HALF_TURN = 0.005555555555555556;
-
-/// Null if it is of another kind: a file may hold anything under a label.
-template <class Kind> Kind* as(SubColumn* sub_column)
-{
-    const ClassDescriptor* record = sub_column ? sub_column->inq_class_descriptor() : nullptr;
-    const StoredType* type = record ? record->inq_stored_type() : nullptr;
-    return type && type->is_a(stored::type_of<Kind>) ? static_cast<Kind*>(sub_column) : nullptr;
-}
 } // namespace
 
 void CNodeAffineTransform::drop_old_numbers(KIVIStream& stream, int count)
@@ -47,12 +40,12 @@ void CNodeAffineTransform::add_labelled(unsigned long label, gsl::owner<SubColum
 
 NumericSubColumn* CNodeAffineTransform::find_numeric(unsigned long label) const
 {
-    return as<NumericSubColumn>(inq_subcolumn(label));
+    return object_cast<NumericSubColumn>(inq_subcolumn(label));
 }
 
 MoveColumn* CNodeAffineTransform::find_move(unsigned long label) const
 {
-    return as<MoveColumn>(inq_subcolumn(label));
+    return object_cast<MoveColumn>(inq_subcolumn(label));
 }
 
 double CNodeAffineTransform::inq_value(NumericSubColumn* column, int frame, double otherwise,

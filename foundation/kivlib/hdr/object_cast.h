@@ -6,6 +6,7 @@
 /// read.
 template <class Wanted> Wanted* object_cast(KIVObject* object)
 {
-    const StoredType* type = object ? object->inq_class_descriptor()->inq_stored_type() : nullptr;
+    const ClassDescriptor* record = object ? object->inq_class_descriptor() : nullptr;
+    const StoredType* type = record ? record->inq_stored_type() : nullptr;
     return type && type->is_a(stored::type_of<Wanted>) ? static_cast<Wanted*>(object) : nullptr;
 }
