@@ -58,7 +58,7 @@ public:
     void remove_generic(const CNodeGenericOpDescriptor* generic);
 
 private:
-    void complete_the_one_from_a_file(const ClassManager* manager) const;
+    void enter(ClassManager* manager);
     void read_types(KIVIStream& stream);
 
     KIVString user_type_name;

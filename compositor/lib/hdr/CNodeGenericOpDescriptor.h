@@ -33,7 +33,6 @@ public:
 
 private:
     template <class Record> void record(Record& r);
-    void complete_the_one_from_a_file() const;
 
     KIVString node_type;
     int data_type = 0;

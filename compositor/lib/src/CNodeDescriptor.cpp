@@ -22,12 +22,11 @@ CNodeDescriptor::CNodeDescriptor(const char* class_name, const char* base_class_
                                  KIVReadFunction reader, int version, ClassManager* manager,
                                  const char* user_type_name, int catagory, bool hidden,
                                  int n_inputs, int n_outputs, int type, NewNodeFunction new_node_fn)
-    : ClassDescriptor(class_name, base_class_name, reader, version, manager),
+    : ClassDescriptor(class_name, base_class_name, reader, version, nullptr),
       user_type_name(user_type_name), catagory_type(catagory), is_hidden(hidden),
       n_inputs(n_inputs), n_outputs(n_outputs), type(type), new_node_fn(new_node_fn)
 {
-    complete_the_one_from_a_file(manager);
-    CNodeRepository::inq_repository()->add_descriptor(this);
+    enter(manager);
 }
 
 CNodeDescriptor::CNodeDescriptor(const char* class_name, const char* base_class_name,
@@ -35,24 +34,21 @@ CNodeDescriptor::CNodeDescriptor(const char* class_name, const char* base_class_
                                  const char* user_type_name, int catagory, bool hidden,
                                  int n_inputs, int n_outputs, const int* input_types,
                                  const int* output_types, NewNodeFunction new_node_fn)
-    : ClassDescriptor(class_name, base_class_name, reader, version, manager),
+    : ClassDescriptor(class_name, base_class_name, reader, version, nullptr),
       user_type_name(user_type_name), catagory_type(catagory), is_hidden(hidden),
       n_inputs(n_inputs), n_outputs(n_outputs), input_types(input_types),
       output_types(output_types), new_node_fn(new_node_fn)
 {
-    complete_the_one_from_a_file(manager);
-    CNodeRepository::inq_repository()->add_descriptor(this);
+    enter(manager);
 }
 
-/// When the manager met this, it was no more than a `ClassDescriptor` yet and had no factory.
-void CNodeDescriptor::complete_the_one_from_a_file(const ClassManager* manager) const
+/// The manager completes a record from a file by this one, so it must not meet this before the
+/// factory is set.
+void CNodeDescriptor::enter(ClassManager* manager)
 {
-    ClassDescriptor* present = manager ? manager->find_cd_for(inq_name()) : nullptr;
-    if (!present || present->inq_class_descriptor() != inq_class_descriptor())
-        return;
-    auto* record = static_cast<CNodeDescriptor*>(present);
-    if (!record->new_node_fn)
-        record->setup_func_refs_from(this);
+    if (manager)
+        manager->enter(this);
+    CNodeRepository::inq_repository()->add_descriptor(this);
 }
 
 CNodeDescriptor::CNodeDescriptor(KIVIStream& stream) : ClassDescriptor(stream)

@@ -10,22 +10,12 @@ KIV_STORED_CLASS(CNodeGenericOpDescriptor, 120);
 CNodeGenericOpDescriptor::CNodeGenericOpDescriptor(
     const char* class_name, const char* base_class_name, KIVReadFunction reader, int version,
     ClassManager* manager, const KIVString& node_type, int data_type, NewOpFunction new_op_fn)
-    : ClassDescriptor(class_name, base_class_name, reader, version, manager), node_type(node_type),
+    : ClassDescriptor(class_name, base_class_name, reader, version, nullptr), node_type(node_type),
       data_type(data_type), new_op_fn(new_op_fn)
 {
-    complete_the_one_from_a_file();
+    if (manager)
+        manager->enter(this);
     CNodeRepository::inq_repository()->add_generic(this);
-}
-
-/// When the class manager may have met this, it was no more than a `ClassDescriptor` yet.
-void CNodeGenericOpDescriptor::complete_the_one_from_a_file() const
-{
-    ClassDescriptor* present = ClassManager::inq_main()->find_cd_for(inq_name());
-    if (!present || present->inq_class_descriptor() != inq_class_descriptor())
-        return;
-    auto* generic = static_cast<CNodeGenericOpDescriptor*>(present);
-    if (!generic->new_op_fn)
-        generic->setup_func_refs_from(this);
 }
 
 template <class Record> void CNodeGenericOpDescriptor::record(Record& r)

@@ -136,7 +136,8 @@ TEST(CNodeGenericOpDescriptor, is_completed_by_its_module)
         EXPECT_NE(errors.find("compositor/lib/src/CNodeGenericOpDescriptor"), std::string::npos);
     }
     const auto new_op = [](CNode* node) { return new CNodeOp(node); };
-    new_generic("DescriptorTestOp", "DescriptorTestNoClass", new_op);
+    ClassManager::inq_main()->enter(
+        new_generic("DescriptorTestOp", "DescriptorTestNoClass", new_op));
     const std::unique_ptr<CNode> node(new_node<SampleLine>());
     const std::unique_ptr<CNodeOp> op(from_stream->inq_nodeop(node.get()));
     EXPECT_TRUE(op);

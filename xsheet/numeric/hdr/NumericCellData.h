@@ -3,6 +3,7 @@
 class NumericInbetweenCell;
 class NumericKeyCell;
 
+#include "kivlib/hdr/KIVOStream.h"
 #include "kivlib/hdr/Vector.h"
 #include "xsheet/cell/hdr/CellData.h"
 
@@ -69,6 +70,15 @@ private:
 template <class Elements> class FixedNumericCellData : public BaseNumericCellData {
 public:
     using BaseNumericCellData::BaseNumericCellData;
+    explicit FixedNumericCellData(KIVIStream& stream)
+        : BaseNumericCellData(stream), elements(stream)
+    {}
+
+    void storer(KIVOStream& stream) override
+    {
+        BaseNumericCellData::storer(stream);
+        stream.insert_without_class_hdr(&elements);
+    }
 
     Vector inq_value() const override { return elements; }
     double inq_element(int i) const override { return elements.elem(i); }
@@ -91,13 +101,9 @@ class Numeric2CellData : public FixedNumericCellData<Vector2> {
 public:
     explicit Numeric2CellData(NumericKeyCell* key);
     explicit Numeric2CellData(NumericInbetweenCell* cell);
-    explicit Numeric2CellData(KIVIStream& stream);
+    explicit Numeric2CellData(KIVIStream& stream) : FixedNumericCellData(stream) {}
 
-    void storer(KIVOStream& stream) override;
     gsl::owner<CellData*> duplicate() const override { return new Numeric2CellData(*this); }
-
-private:
-    template <class Record> void record(Record& r);
 };
 
 class Numeric3CellData : public FixedNumericCellData<Vector3> {
@@ -106,13 +112,9 @@ class Numeric3CellData : public FixedNumericCellData<Vector3> {
 public:
     explicit Numeric3CellData(NumericKeyCell* key);
     explicit Numeric3CellData(NumericInbetweenCell* cell);
-    explicit Numeric3CellData(KIVIStream& stream);
+    explicit Numeric3CellData(KIVIStream& stream) : FixedNumericCellData(stream) {}
 
-    void storer(KIVOStream& stream) override;
     gsl::owner<CellData*> duplicate() const override { return new Numeric3CellData(*this); }
-
-private:
-    template <class Record> void record(Record& r);
 };
 
 class Numeric4CellData : public FixedNumericCellData<Vector4> {
@@ -121,13 +123,9 @@ class Numeric4CellData : public FixedNumericCellData<Vector4> {
 public:
     explicit Numeric4CellData(NumericKeyCell* key);
     explicit Numeric4CellData(NumericInbetweenCell* cell);
-    explicit Numeric4CellData(KIVIStream& stream);
+    explicit Numeric4CellData(KIVIStream& stream) : FixedNumericCellData(stream) {}
 
-    void storer(KIVOStream& stream) override;
     gsl::owner<CellData*> duplicate() const override { return new Numeric4CellData(*this); }
-
-private:
-    template <class Record> void record(Record& r);
 };
 
 /// Any number of elements.

@@ -105,24 +105,6 @@ Numeric2CellData::Numeric2CellData(NumericInbetweenCell* cell) : FixedNumericCel
     elements = Vector2(construct_elements(cell));
 }
 
-Numeric2CellData::Numeric2CellData(KIVIStream& stream) : FixedNumericCellData(stream)
-{
-    RecordReader reader(stream);
-    record(reader);
-}
-
-template <class Record> void Numeric2CellData::record(Record& r)
-{
-    r.embedded(elements);
-}
-
-void Numeric2CellData::storer(KIVOStream& stream)
-{
-    Base::storer(stream);
-    RecordWriter writer(stream);
-    record(writer);
-}
-
 // All three elements begin as the last one, unlike those of two and of four.
 Numeric3CellData::Numeric3CellData(NumericKeyCell* key) : FixedNumericCellData(key)
 {
@@ -135,24 +117,6 @@ Numeric3CellData::Numeric3CellData(NumericInbetweenCell* cell) : FixedNumericCel
     elements = Vector3(construct_elements(cell));
 }
 
-Numeric3CellData::Numeric3CellData(KIVIStream& stream) : FixedNumericCellData(stream)
-{
-    RecordReader reader(stream);
-    record(reader);
-}
-
-template <class Record> void Numeric3CellData::record(Record& r)
-{
-    r.embedded(elements);
-}
-
-void Numeric3CellData::storer(KIVOStream& stream)
-{
-    Base::storer(stream);
-    RecordWriter writer(stream);
-    record(writer);
-}
-
 Numeric4CellData::Numeric4CellData(NumericKeyCell* key) : FixedNumericCellData(key)
 {
     for (int i = 0; i < elements.size(); ++i)
@@ -162,24 +126,6 @@ Numeric4CellData::Numeric4CellData(NumericKeyCell* key) : FixedNumericCellData(k
 Numeric4CellData::Numeric4CellData(NumericInbetweenCell* cell) : FixedNumericCellData(cell)
 {
     elements = Vector4(construct_elements(cell));
-}
-
-Numeric4CellData::Numeric4CellData(KIVIStream& stream) : FixedNumericCellData(stream)
-{
-    RecordReader reader(stream);
-    record(reader);
-}
-
-template <class Record> void Numeric4CellData::record(Record& r)
-{
-    r.embedded(elements);
-}
-
-void Numeric4CellData::storer(KIVOStream& stream)
-{
-    Base::storer(stream);
-    RecordWriter writer(stream);
-    record(writer);
 }
 
 NumericNCellData::NumericNCellData(NumericKeyCell* key, int order)
