@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <pixman.h>
@@ -127,6 +128,18 @@ pixman_image_t* wrap(KIVPixmap& pixmap)
                                     static_cast<int>(pixmap.inq_row_bytes()));
 }
 
+/// Weighs all pixels of the source that a pixel of a smaller picture stands for.
+void weigh_all_pixels(pixman_image_t* image, double scale)
+{
+    const pixman_fixed_t step = pixman_double_to_fixed(1.0 / scale);
+    int count = 0;
+    pixman_fixed_t* const parameters = pixman_filter_create_separable_convolution(
+        &count, step, step, PIXMAN_KERNEL_LINEAR, PIXMAN_KERNEL_LINEAR, PIXMAN_KERNEL_BOX,
+        PIXMAN_KERNEL_BOX, 4, 4);
+    pixman_image_set_filter(image, PIXMAN_FILTER_SEPARABLE_CONVOLUTION, parameters, count);
+    std::free(parameters);
+}
+
 void draw_with_pixman(benchmark::State& state, pixman_filter_t filter)
 {
     const Placement p = inq_placement(static_cast<int>(state.range(0)));
@@ -143,7 +156,10 @@ void draw_with_pixman(benchmark::State& state, pixman_filter_t filter)
     pixman_transform_t fixed;
     pixman_transform_from_pixman_f_transform(&fixed, &back);
     pixman_image_set_transform(image, &fixed);
-    pixman_image_set_filter(image, filter, nullptr, 0);
+    if (filter == PIXMAN_FILTER_SEPARABLE_CONVOLUTION)
+        weigh_all_pixels(image, p.scale);
+    else
+        pixman_image_set_filter(image, filter, nullptr, 0);
     for (auto _ : state) {
         pixman_image_composite32(PIXMAN_OP_OVER, image, nullptr, target, 0, 0, 0, 0, 0, 0,
                                  FRAME_WIDTH, FRAME_HEIGHT);
@@ -161,6 +177,11 @@ void pixman_8_filtered(benchmark::State& state)
 void pixman_8_unfiltered(benchmark::State& state)
 {
     draw_with_pixman(state, PIXMAN_FILTER_NEAREST);
+}
+
+void pixman_8_weighed(benchmark::State& state)
+{
+    draw_with_pixman(state, PIXMAN_FILTER_SEPARABLE_CONVOLUTION);
 }
 
 void all_placements(benchmark::internal::Benchmark* bench)
@@ -204,5 +225,6 @@ BENCHMARK(imagelib_8_filtered)->Apply(all_placements);
 BENCHMARK(pixman_8_filtered)->Apply(all_placements);
 BENCHMARK(imagelib_8_unfiltered)->Apply(all_placements);
 BENCHMARK(pixman_8_unfiltered)->Apply(all_placements);
+BENCHMARK(pixman_8_weighed)->Apply(all_placements);
 BENCHMARK(imagelib_16_filtered)->Apply(all_placements);
 BENCHMARK(imagelib_16_unfiltered)->Apply(all_placements);
