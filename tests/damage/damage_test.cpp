@@ -212,6 +212,29 @@ TEST(DamagedNumbers, that_are_none_are_refused_with_the_name_of_the_file)
         }
 }
 
+/// Each part is whole, but they are of two scenes.
+TEST(MixedScenes, hold_together_whichever_part_is_of_which)
+{
+    const TempFolder folder;
+    const std::string parts[] = {"XSheet", "CoverSheet", "Graph", "kvd"};
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("one"), true, true, false));
+    EXPECT_TRUE(FadingCard().scene->save_to_file(folder.path("other"), true, true, false));
+    std::filesystem::copy(folder.path("one").str(), folder.path("mixed").str());
+    for (unsigned mask = 0; mask < 1U << std::size(parts); ++mask) {
+        SCOPED_TRACE(mask);
+        for (unsigned i = 0; i < std::size(parts); ++i)
+            folder.write("mixed/" + parts[i],
+                         folder.read((mask >> i & 1U ? "one/" : "other/") + parts[i]));
+        const Captured captured;
+        const Scene scene = load(folder.path("mixed"));
+        ASSERT_TRUE(scene);
+        EXPECT_LE(captured.inq_alerts().size(), 1U);
+        use(*scene);
+        EXPECT_TRUE(scene->save_to_file(folder.path("again"), true, true, false));
+        EXPECT_TRUE(load(folder.path("again")));
+    }
+}
+
 /// It says which classes a scene needs and is there for other programs: no load looks at it.
 TEST(DamagedUsageList, is_no_matter_to_a_load)
 {
