@@ -16,6 +16,7 @@
 #include "scene/hdr/KIVSceneWatcher.h"
 #include "scene/hdr/TransitionalAssets.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/store_control/hdr/LoadFindings.h"
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 KIV_STORED_CLASS(KIVScene, -1);
@@ -133,11 +134,16 @@ void KIVScene::read_parts(XSheetStoreController& store)
 
 bool KIVScene::load_finished_with_abort(bool flag)
 {
+    const LoadFindings findings;
     if (xsheet->load_finished_with_abort(this))
         return true;
     cover_sheet->just_loaded_into(this);
     const bool abort = graph->load_finished_with_abort(xsheet.get(), flag);
     tw_scene_fully_loaded(inq_xs_store_control());
+    if (!abort)
+        findings.tell(current_file);
+    if (!findings.inq_all().empty())
+        xsheet->set_needs_saving(); // its file names what it no longer has
     return abort;
 }
 

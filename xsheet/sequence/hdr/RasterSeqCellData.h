@@ -53,6 +53,7 @@ private:
     XSheet* inq_xsheet() const;
     void setup_assets(bool notify);
     void look_up_asset(bool notify);
+    void tell_lost_asset() const;
     void create_asset();
     void bind_anew();
     void set_path(const KIVString& path);
