@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/KIVString.h"
 #include "kivlib/hdr/StoredClass.h"
+#include "xsheet/store_control/hdr/FolderFacts.h"
 
 #include <memory>
 
@@ -95,6 +96,8 @@ private:
     void read_parts(XSheetStoreController& store);
     void save_assets(XSheetStoreController& store);
     static gsl::owner<KIVScene*> load(const KIVString& folder, bool flag);
+    static std::unique_ptr<KIVScene> read_undisturbed();
+    void remember_parts();
     bool save(const KIVString& folder, bool save_as_copy);
     bool write_files(const KIVString& folder);
     gsl::owner<KIVDLLUsageList*> make_dll_usage_list() const;
@@ -121,4 +124,10 @@ private:
     std::unique_ptr<KIVCamera> camera;
     std::unique_ptr<KIVFieldChart> field_chart;
     int scene_flags = 0;
+
+    /// The files that hold what the flags of the two parts speak of; none if nothing does.
+    struct {
+        FileFacts xsheet;
+        FileFacts cover_sheet;
+    } stored_parts;
 };

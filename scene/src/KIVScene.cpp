@@ -17,6 +17,7 @@
 #include "scene/hdr/TransitionalAssets.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/store_control/hdr/LoadFindings.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 KIV_STORED_CLASS(KIVScene, -1);
@@ -24,12 +25,12 @@ KIV_STORED_CLASS(KIVScene, -1);
 namespace {
 constexpr int IS_DIRTY = 1;
 constexpr int IDLE = XSheetStoreController::DIRTY_FLAGS_LIVE;
-constexpr char CONTENTS[] = "Scene.contents";
-constexpr char XSHEET[] = "XSheet";
-constexpr char COVER_SHEET[] = "CoverSheet";
-constexpr char GRAPH[] = "Graph";
-constexpr char DLL_USAGE[] = "DLLUsage";
-constexpr char DRAWING_WINDOW_TAGS[] = "drawing_window_tags";
+
+/// The working directory may change before the path is used again.
+KIVString lasting(const KIVString& folder)
+{
+    return folder.is_null() || folder.str().starts_with('/') ? folder : inq_absolute_path(folder);
+}
 } // namespace
 
 gsl::owner<KIVScene*> KIVScene::inq_unsetup_scene()
@@ -61,15 +62,17 @@ KIVScene::~KIVScene()
     tw_scene_was_deleted();
 }
 
-gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& folder,
+gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& given,
                                                gsl::owner<BaseFileFinder*> finder, bool flag)
 {
     XSheetStoreController& store = *inq_xs_store_control();
+    const KIVString folder = lasting(given);
     store.clear_failed();
     store.set_mode_flags(XSheetStoreController::LOADING | IDLE);
     store.open_folder(folder, 0);
     set_file_finder(finder);
     KIVScene* scene = without_exceptions<KIVScene*>(nullptr, [&] { return load(folder, flag); });
+    store.end_load();
     delete_file_finder();
     store.set_mode_flags(IDLE);
     store.clear_failed();
@@ -81,7 +84,7 @@ gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
     XSheetStoreController& store = *inq_xs_store_control();
     std::unique_ptr<KIVScene> scene;
     if (lock_file(folder)) {
-        scene = LoadFile(store, CONTENTS).read<KIVScene>();
+        scene = read_undisturbed();
         if (store.clear_failed())
             scene.reset();
         unlock_file(folder);
@@ -94,6 +97,21 @@ gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
     if (inq_file_finder() && inq_file_finder()->files_were_replaced())
         scene->xsheet->set_needs_saving();
     return scene.release();
+}
+
+/// Where another program could save the scene meanwhile, it is read again if that happened.
+std::unique_ptr<KIVScene> KIVScene::read_undisturbed()
+{
+    constexpr int MOST_TRIES = 20;
+    XSheetStoreController& store = *inq_xs_store_control();
+    for (int tries = 0; tries < MOST_TRIES; ++tries) {
+        store.begin_load();
+        std::unique_ptr<KIVScene> scene = LoadFile(store, SCENE_CONTENTS).read<KIVScene>();
+        if (store.end_load() || store.inq_has_failed())
+            return scene;
+    }
+    store.set_failed("The scene is being saved by another program.");
+    return nullptr;
 }
 
 namespace {
@@ -120,14 +138,15 @@ KIVScene::KIVScene(KIVIStream& stream) : KIVObject(stream)
 
 void KIVScene::read_parts(XSheetStoreController& store)
 {
-    xsheet = LoadFile(store, XSHEET).read<XSheet>();
-    cover_sheet = LoadFile(store, COVER_SHEET).read<CoverSheet>();
+    xsheet = LoadFile(store, XSHEET_PART).read<XSheet>();
+    cover_sheet = LoadFile(store, COVER_SHEET_PART).read<CoverSheet>();
     {
         const TagPositions positions(store);
-        graph = LoadFile(store, GRAPH).read<CNodeGraph>();
+        graph = LoadFile(store, GRAPH_PART).read<CNodeGraph>();
     }
     if (store.is_okay())
         asset_manager.reset(TransitionalAssets::load_asset_manager(&store));
+    remember_parts();
     camera = std::make_unique<KIVCamera>(this);
     field_chart = std::make_unique<KIVFieldChart>(this);
 }
@@ -147,15 +166,19 @@ bool KIVScene::load_finished_with_abort(bool flag)
     return abort;
 }
 
-bool KIVScene::save_to_file(const KIVString& folder, bool save_all, bool update_flags,
+bool KIVScene::save_to_file(const KIVString& given, bool save_all, bool update_flags,
                             bool save_as_copy)
 {
     XSheetStoreController& store = *inq_xs_store_control();
+    const KIVString folder = lasting(given);
     store.set_mode_flags((update_flags ? XSheetStoreController::DIRTY_FLAGS_LIVE : 0) |
                          (save_all ? XSheetStoreController::SAVE_ALL : 0));
     store.check_disc_space();
     store.set_tilde_saving_enabled(true);
     const bool is_saved = without_exceptions(false, [&] { return save(folder, save_as_copy); });
+    if (!is_saved || save_as_copy)
+        stored_parts = {}; // flags may be cleared, though the scene's own folder has nothing new
+    store.end_save();
     store.clear_failed();
     store.set_mode_flags(IDLE);
     return is_saved;
@@ -167,10 +190,11 @@ bool KIVScene::save(const KIVString& folder, bool save_as_copy)
     const bool is_written = !lock_file(folder) || write_files(folder);
     if (store.clear_failed() || !is_written)
         return false;
-    if (store.inq_file_exists(DRAWING_WINDOW_TAGS) && !store.delete_file(DRAWING_WINDOW_TAGS))
-        return false;
+    if (store.inq_file_exists(DRAWING_WINDOW_TAGS))
+        store.delete_file(DRAWING_WINDOW_TAGS);
     if (!save_as_copy) {
         current_file = folder;
+        remember_parts();
         set_just_saved();
     }
     return true;
@@ -181,15 +205,22 @@ bool KIVScene::write_files(const KIVString& folder)
 {
     XSheetStoreController& store = *inq_xs_store_control();
     store.open_folder(folder, 1);
-    gsl::owner<KIVOStream*> stream = store.open_save_file(CONTENTS);
+    store.begin_save();
+    SaveFile file(store, SCENE_CONTENTS);
+    KIVOStream* stream = file.inq_stream();
     if (stream) {
         stream->insert_with_class_hdr(this);
-        store.close_stream(stream);
+        file.finish();
         store.save_finished();
         store.set_tilde_saving_enabled(false);
     }
     unlock_file(folder);
     return stream != nullptr;
+}
+
+void KIVScene::remember_parts()
+{
+    stored_parts = {inq_file_facts(XSHEET_PART), inq_file_facts(COVER_SHEET_PART)};
 }
 
 void KIVScene::storer(KIVOStream& stream)
@@ -199,14 +230,16 @@ void KIVScene::storer(KIVOStream& stream)
         tw_scene_will_save(&store);
         KIVObject::storer(stream);
     }
-    if (store.is_okay() && xsheet->inq_needs_saving())
-        save_object(store, XSHEET, xsheet.get());
-    if (store.is_okay() && cover_sheet->inq_needs_saving())
-        save_object(store, COVER_SHEET, cover_sheet.get());
-    save_object(store, GRAPH, graph.get());
+    // What another program has put in the place of our part is as good as a change of it.
+    if (store.is_okay() && (xsheet->inq_needs_saving() || !stored_parts.xsheet.are_of(XSHEET_PART)))
+        save_object(store, XSHEET_PART, xsheet.get());
+    if (store.is_okay() &&
+        (cover_sheet->inq_needs_saving() || !stored_parts.cover_sheet.are_of(COVER_SHEET_PART)))
+        save_object(store, COVER_SHEET_PART, cover_sheet.get());
+    save_object(store, GRAPH_PART, graph.get());
     save_assets(store);
     const std::unique_ptr<KIVDLLUsageList> usage(make_dll_usage_list());
-    save_object(store, DLL_USAGE, usage.get());
+    save_object(store, DLL_USAGE_PART, usage.get());
     if (store.is_okay())
         tw_scene_was_saved(&store);
 }

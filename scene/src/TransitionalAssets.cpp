@@ -1,14 +1,11 @@
 #include "scene/hdr/TransitionalAssets.h"
 
 #include "kivlib/hdr/KIVFileReference.h"
-#include "kivlib/hdr/KIVFileUtilities.h"
-#include "kivlib/hdr/file_operations.h"
 #include "scene/hdr/KIVAssetManager.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 namespace {
-constexpr char KVD[] = "kvd";
-constexpr char OLD_FILE[] = "Assets";
 constexpr std::array<const char*, ASSET_KIND_COUNT> KIND_NAMES = {"Images", "Levels", "Sounds",
                                                                   "Models"};
 
@@ -24,7 +21,7 @@ void import_references(KIVAssetManager& manager, const KIVFile& folder)
 std::unique_ptr<KIVAssetManager> load_record(XSheetStoreController& store)
 {
     auto manager = std::make_unique<KIVAssetManager>();
-    const LoadFile file(store, KVD);
+    const LoadFile file(store, ASSET_PART);
     if (!file.inq_stream())
         return manager;
     KIVFile folder(*store.inq_root_folder());
@@ -47,10 +44,10 @@ KIVFileReferenceList list_references(const KIVAssetManager& manager, const KIVFi
 
 gsl::owner<KIVAssetManager*> TransitionalAssets::load_asset_manager(XSheetStoreController* store)
 {
-    const KIVString record = KIVFileUtilities::local_get_subfile(*store->inq_root_folder(), KVD);
-    if (inq_file_exists(record))
+    if (store->inq_part_exists(ASSET_PART))
         return load_record(*store).release();
-    std::unique_ptr<KIVAssetManager> manager = LoadFile(*store, OLD_FILE).read<KIVAssetManager>();
+    std::unique_ptr<KIVAssetManager> manager =
+        LoadFile(*store, OLD_ASSET_PART).read<KIVAssetManager>();
     return manager ? manager.release() : new KIVAssetManager;
 }
 
@@ -61,9 +58,9 @@ void TransitionalAssets::save_asset_manager(KIVAssetManager* manager, XSheetStor
         const KIVFileReferenceList list = list_references(*manager, folder, kind);
         folder.set_reference_list_value(KIND_NAMES[kind], &list);
     }
-    gsl::owner<KIVOStream*> stream = store->open_save_file(KVD);
-    if (!stream)
-        return;
-    folder.insert_kvd(*stream);
-    store->close_stream(stream);
+    SaveFile file(*store, ASSET_PART);
+    if (file.inq_stream()) {
+        folder.insert_kvd(*file.inq_stream());
+        file.finish();
+    }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kivlib/hdr/Checksum.h"
 #include "kivlib/hdr/ConnectOStream.h"
 
 #include <string>
@@ -19,7 +20,8 @@ public:
     std::string inq_container() const;
 
 protected:
-    /// Header and class table, and the checksum over them and the objects.
+    /// Header and class table, and the checksum over them and the objects. `checksum`, which is
+    /// new, is that of the whole container afterwards.
     std::string inq_head() const;
-    std::string inq_tail(const std::string& head) const;
+    std::string inq_tail(const std::string& head, Checksum& checksum) const;
 };

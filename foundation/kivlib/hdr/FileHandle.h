@@ -19,8 +19,15 @@ public:
 
     static FileHandle open_to_read(const char* path);
 
+    /// As `open_to_read`, but a symbolic link is refused.
+    static FileHandle open_the_file_itself(const char* path);
+    static FileHandle open_folder(const char* path);
+
     /// A new file, or one that is there and is emptied. A symbolic link is refused.
     static FileHandle open_to_write(const char* path, int permissions);
+
+    /// A new file. Whatever has the name already is refused.
+    static FileHandle create(const char* path, int permissions);
 
     bool is_open() const { return descriptor >= 0; }
     int inq_descriptor() const { return descriptor; }
@@ -29,6 +36,9 @@ public:
     bool read_all(char* to, std::size_t size) const;
     bool write_all(const char* from, std::size_t size) const;
     bool rewind_and_empty() const;
+
+    /// Waits until the disc holds what was written. What a failed sync has lost, a second one
+    /// would not notice.
     bool sync() const;
 
     /// False if the system reports a late error of the writes.
@@ -37,3 +47,6 @@ public:
 private:
     int descriptor = -1;
 };
+
+/// Waits until the disc holds the names in a folder: files made, renamed and removed.
+bool sync_folder(const KIVString& path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kivlib/hdr/CharOStream.h"
+#include "kivlib/hdr/Checksum.h"
 #include "kivlib/hdr/FileHandle.h"
 
 /// Writes a file of objects. What is inserted is held in memory and reaches the file, whole, when
@@ -13,20 +14,30 @@ public:
 
     KIVString inq_file_name() const override { return path; }
 
-    /// Flushes and syncs first, so that a full disc is seen here.
+    /// Flushes and, unless somebody else will, syncs first, so that a full disc is seen here.
     bool alert_user_if_error() const override;
     void close() override;
     void flush() override;
 
+    /// What was flushed.
+    const FileSum& inq_sum() const { return sum; }
+
+    /// The file, flushed, for somebody who will sync and close it. The stream is at its end.
+    FileHandle take_file();
+
 protected:
+    enum Syncing { SYNCS, LEAVES_SYNCING };
+
     /// On an empty file that was just opened, or tried to.
-    GeneralOStream(const char* path, FileHandle opened);
+    GeneralOStream(const char* path, FileHandle opened, Syncing syncing = SYNCS);
 
 private:
     void sync();
 
     KIVString path;
     FileHandle file;
+    Syncing syncing;
+    FileSum sum{0, Checksum().get()};
     std::size_t flushed = 0; // bytes of the payload that are in the file
     bool is_synced = true;
 };

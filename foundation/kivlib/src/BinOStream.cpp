@@ -19,3 +19,7 @@ FileHandle open_anew(const char* path, int is_anew, int permissions)
 BinOStream::BinOStream(const char* path, int is_anew, int permissions)
     : GeneralOStream(path, open_anew(path, is_anew, permissions))
 {}
+
+BinOStream::BinOStream(const char* path, FileHandle opened)
+    : GeneralOStream(path, std::move(opened), LEAVES_SYNCING)
+{}

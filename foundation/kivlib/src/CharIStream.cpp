@@ -1,6 +1,7 @@
 #include "kivlib/hdr/CharIStream.h"
 
 #include "kivlib/hdr/CharOStream.h"
+#include "kivlib/hdr/Checksum.h"
 #include "kivlib/hdr/ClassDescriptor.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "kivlib/src/container_format.h"
@@ -39,14 +40,14 @@ public:
 private:
     bool fits_checksum() const
     {
-        container::Checksum stored = 0;
+        Checksum::Value stored = 0;
         if (bytes.size() < sizeof header + sizeof stored)
             return false;
         const std::size_t rest = bytes.size() - sizeof header - sizeof stored;
         if (header.class_table_size > rest || header.objects_size != rest - header.class_table_size)
             return false;
         std::memcpy(&stored, bytes.data() + bytes.size() - sizeof stored, sizeof stored);
-        container::ChecksumOf checksum;
+        Checksum checksum;
         checksum.add(bytes.data(), bytes.size() - sizeof stored);
         return checksum.get() == stored;
     }

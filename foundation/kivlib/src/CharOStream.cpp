@@ -55,19 +55,20 @@ std::string CharOStream::inq_head() const
     return head + table;
 }
 
-std::string CharOStream::inq_tail(const std::string& head) const
+std::string CharOStream::inq_tail(const std::string& head, Checksum& checksum) const
 {
-    container::ChecksumOf checksum;
     checksum.add(head.data(), head.size());
     checksum.add(inq_payload().data(), inq_payload().size());
     std::string tail;
     append(tail, checksum.get());
+    checksum.add(tail.data(), tail.size());
     return tail;
 }
 
 std::string CharOStream::inq_container() const
 {
     std::string bytes = inq_head();
-    const std::string tail = inq_tail(bytes);
+    Checksum checksum;
+    const std::string tail = inq_tail(bytes, checksum);
     return bytes.append(inq_payload().data(), inq_payload().size()) + tail;
 }

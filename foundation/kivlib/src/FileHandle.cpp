@@ -30,15 +30,36 @@ FileHandle::~FileHandle()
     close();
 }
 
+namespace {
+FileHandle open_with(const char* path, int flags, int permissions = 0)
+{
+    return FileHandle(uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, permissions); }));
+}
+} // namespace
+
 FileHandle FileHandle::open_to_read(const char* path)
 {
-    return FileHandle(uninterrupted([&] { return ::open(path, O_RDONLY | O_CLOEXEC); }));
+    return open_with(path, O_RDONLY);
+}
+
+FileHandle FileHandle::open_the_file_itself(const char* path)
+{
+    return open_with(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+}
+
+FileHandle FileHandle::open_folder(const char* path)
+{
+    return open_with(path, O_RDONLY | O_DIRECTORY);
 }
 
 FileHandle FileHandle::open_to_write(const char* path, int permissions)
 {
-    constexpr int FLAGS = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
-    return FileHandle(uninterrupted([&] { return ::open(path, FLAGS, permissions); }));
+    return open_with(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, permissions);
+}
+
+FileHandle FileHandle::create(const char* path, int permissions)
+{
+    return open_with(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissions);
 }
 
 bool FileHandle::read_all(char* to, std::size_t size) const
@@ -73,10 +94,17 @@ bool FileHandle::rewind_and_empty() const
 
 bool FileHandle::sync() const
 {
-    return uninterrupted([&] { return ::fsync(descriptor); }) == 0;
+    return ::fsync(descriptor) == 0;
 }
 
 bool FileHandle::close()
 {
     return descriptor < 0 || ::close(std::exchange(descriptor, -1)) == 0;
+}
+
+// A file system that answers EINVAL keeps no names that could wait.
+bool sync_folder(const KIVString& path)
+{
+    const FileHandle folder = FileHandle::open_folder(path.c_str());
+    return folder.is_open() && (folder.sync() || errno == EINVAL);
 }

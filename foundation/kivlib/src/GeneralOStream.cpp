@@ -4,8 +4,8 @@ GeneralOStream::GeneralOStream(const char* path, int permissions)
     : GeneralOStream(path, FileHandle::open_to_write(path, permissions))
 {}
 
-GeneralOStream::GeneralOStream(const char* path, FileHandle opened)
-    : path(path), file(std::move(opened))
+GeneralOStream::GeneralOStream(const char* path, FileHandle opened, Syncing syncing)
+    : path(path), file(std::move(opened)), syncing(syncing)
 {
     if (!file.is_open())
         set_error(CANT_OPEN, inq_system_error());
@@ -37,7 +37,9 @@ void GeneralOStream::flush()
     if (inq_error_state() != OKAY || !file.is_open() || flushed == inq_payload().size())
         return;
     const std::string head = inq_head();
-    const std::string tail = inq_tail(head);
+    Checksum checksum;
+    const std::string tail = inq_tail(head, checksum);
+    sum = {head.size() + inq_payload().size() + tail.size(), checksum.get()};
     if (!file.rewind_and_empty() || !file.write_all(head.data(), head.size()) ||
         !file.write_all(inq_payload().data(), inq_payload().size()) ||
         !file.write_all(tail.data(), tail.size()))
@@ -46,9 +48,15 @@ void GeneralOStream::flush()
     is_synced = false;
 }
 
+FileHandle GeneralOStream::take_file()
+{
+    flush();
+    return std::move(file);
+}
+
 void GeneralOStream::sync()
 {
-    if (inq_error_state() != OKAY || is_synced || !file.is_open())
+    if (inq_error_state() != OKAY || syncing != SYNCS || is_synced || !file.is_open())
         return;
     if (!file.sync())
         set_error(CANT_WRITE, inq_system_error());

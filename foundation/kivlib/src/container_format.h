@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 
-struct XXH3_state_s;
-
 // The outer form of a stream of objects; docs/format/object_stream.md tells it in full.
 namespace container {
 
@@ -21,22 +19,5 @@ struct Header {
     std::uint64_t objects_size;     // in bytes
 };
 static_assert(sizeof(Header) == 32);
-
-using Checksum = std::uint64_t;
-
-/// Over everything that stands before it.
-class ChecksumOf {
-public:
-    ChecksumOf();
-    ~ChecksumOf();
-    ChecksumOf(const ChecksumOf&) = delete;
-    ChecksumOf& operator=(const ChecksumOf&) = delete;
-
-    void add(const void* bytes, std::size_t size);
-    Checksum get() const;
-
-private:
-    XXH3_state_s* state;
-};
 
 } // namespace container

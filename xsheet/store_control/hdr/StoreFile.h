@@ -40,15 +40,45 @@ private:
     gsl::owner<KIVIStream*> stream;
 };
 
+/// A file of the open folder for as long as it is written. Without a stream if anything has failed.
+class SaveFile {
+public:
+    SaveFile(XSheetStoreController& store, const KIVString& name)
+        : store(store), stream(store.is_okay() ? store.open_save_file(name) : nullptr)
+    {}
+    SaveFile(const SaveFile&) = delete;
+    SaveFile& operator=(const SaveFile&) = delete;
+
+    /// A file that was not finished is a failure.
+    ~SaveFile()
+    {
+        if (stream)
+            stream->set_error_state(KIVStream::CANT_WRITE);
+        finish();
+    }
+
+    /// Null if anything has failed.
+    KIVOStream* inq_stream() const { return stream; }
+
+    /// All is written.
+    void finish()
+    {
+        if (KIVOStream* written = std::exchange(stream, nullptr))
+            store.close_stream(written);
+    }
+
+private:
+    XSheetStoreController& store;
+    gsl::owner<KIVOStream*> stream;
+};
+
 /// Writes `object` as a file of the open folder, unless anything has failed.
 inline void save_object(XSheetStoreController& store, const KIVString& name,
                         const KIVObject* object)
 {
-    if (!store.is_okay())
-        return;
-    gsl::owner<KIVOStream*> stream = store.open_save_file(name);
-    if (!stream)
-        return;
-    stream->insert_with_class_hdr(object);
-    store.close_stream(stream);
+    SaveFile file(store, name);
+    if (file.inq_stream()) {
+        file.inq_stream()->insert_with_class_hdr(object);
+        file.finish();
+    }
 }

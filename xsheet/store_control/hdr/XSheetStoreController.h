@@ -1,6 +1,12 @@
 #pragma once
 
 #include "kivlib/hdr/KIVLinkedList.h"
+#include "xsheet/store_control/hdr/FolderFacts.h"
+#include "xsheet/store_control/hdr/FolderLock.h"
+
+class BinOStream;
+class InterruptedSave;
+class PendingPart;
 
 /// The one gateway between a scene and the file system. It keeps the folder that is open, opens
 /// streams for files in it, protects what is there while a save runs, and turns the first failure
@@ -33,7 +39,7 @@ public:
     bool clear_failed();
 
     /// While enabled, a file is written under its name with "~", and `save_finished` moves it.
-    void set_tilde_saving_enabled(bool enabled) { tilde_saving = enabled; }
+    void set_tilde_saving_enabled(bool enabled);
     bool inq_tilde_saving_enabled() const { return tilde_saving; }
 
     KIVString* inq_current_path() { return &current_path; }
@@ -57,8 +63,25 @@ public:
     /// else is a failure.
     bool close_stream(gsl::owner<KIVStream*> stream);
 
-    /// Moves the files of a whole save over their final names, in the order of their writing.
+    /// Brings the files of a whole save to the disc and commits them: from then on the save has
+    /// happened, and without failure the files are moved over their final names, in the order of
+    /// their writing.
     void save_finished();
+
+    /// Around a load or save of the open folder: keeps other programs out, and first ends what an
+    /// interrupted save has left.
+    bool begin_load();
+    bool begin_save();
+
+    /// False if the folder could not be kept from change and has changed: what was read may be of
+    /// two scenes.
+    bool end_load();
+
+    /// What is left of the save goes, unless it failed or waits for its last moves.
+    void end_save();
+
+    /// Whether the scene in the open folder has the part, be it still on its way to its place.
+    bool inq_part_exists(const KIVString& name);
 
     bool inq_file_exists(const KIVString& name);
 
@@ -82,9 +105,22 @@ public:
 private:
     bool add_folder(const KIVString& path);
     void set_root_folder(const KIVString& path, int mode);
-    void replace_tilde(KIVString& name);
-    void add_to_tilde_list(const KIVString& name);
+    bool replace_tilde(const KIVString& name);
+    void add_to_tilde_list(gsl::owner<PendingPart*> part);
     bool keep_checkpoint(const KIVString& name);
+    gsl::owner<BinOStream*> open_pending_part(const KIVString& name);
+    void was_closed(const KIVStream* stream, bool is_good);
+
+    bool take_lock(FolderLock::Kind kind);
+    bool recover_to_load();
+    bool is_read_with_tilde(const KIVString& name) const;
+    bool tell_damage(const InterruptedSave& interrupted);
+    bool refuse(const KIVString& what);
+    void drop_outdated_parts();
+    bool sync_parts();
+    bool commit();
+    void move_parts();
+    void forget_parts();
 
     KIVString root_folder;
     KIVString current_path;
@@ -92,7 +128,13 @@ private:
     int mode_flags = DIRTY_FLAGS_LIVE;
     bool failed = false;
     bool tilde_saving = false;
-    gsl::owner<KIVLinkedList*> tilde_list = nullptr; // of heap strings, each gone once it is moved
+    gsl::owner<KIVLinkedList*> tilde_list = nullptr; // of PendingPart, each gone once it is moved
+
+    FolderLock lock;
+    bool folder_is_new = false;             // made by open_folder
+    bool is_saved = false;                  // every part has reached its place
+    std::vector<KIVString> read_with_tilde; // parts that can't be moved to where they belong
+    std::vector<FileFacts> facts_at_load;   // without a lock
 };
 
 /// The controller of the process.

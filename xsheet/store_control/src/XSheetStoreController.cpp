@@ -7,6 +7,7 @@
 #include "kivlib/hdr/alert_panel.h"
 #include "kivlib/hdr/file_operations.h"
 #include "kivlib/hdr/report_error.h"
+#include "xsheet/store_control/src/PendingPart.h"
 
 #include <cstdio>
 #include <unistd.h>
@@ -27,8 +28,7 @@ XSheetStoreController* inq_xs_store_control()
 
 XSheetStoreController::~XSheetStoreController()
 {
-    if (tilde_list)
-        tilde_list->remove_all_deleting_objects();
+    forget_parts();
     delete tilde_list;
 }
 
@@ -54,6 +54,8 @@ bool XSheetStoreController::open_folder(const KIVString& given, int mode)
     if (failed)
         return false;
     const KIVString path = given.is_null() ? given : inq_absolute_path(KIVFile(given));
+    folder_is_new = false;
+    read_with_tilde.clear();
     if (!inq_folder_exists(path)) {
         if (mode == 0) {
             set_failed("Could not find the folder " + path + TAIL);
@@ -67,6 +69,7 @@ bool XSheetStoreController::open_folder(const KIVString& given, int mode)
             set_failed("Could not create the folder " + path + TAIL);
             return false;
         }
+        folder_is_new = true;
     }
     set_root_folder(path, 0);
     if (!kiv_chdir(path))
@@ -128,11 +131,12 @@ gsl::owner<KIVIStream*> XSheetStoreController::open_load_file(const KIVString& n
 {
     if (failed)
         return nullptr;
-    if (!inq_file_exists(name)) {
+    if (!inq_part_exists(name)) {
         set_failed("Could not open the file " + name + TAIL);
         return nullptr;
     }
-    auto stream = std::make_unique<GeneralIStream>(name.c_str());
+    const KIVString path = is_read_with_tilde(name) ? name + "~" : name;
+    auto stream = std::make_unique<GeneralIStream>(path.c_str());
     if (stream->alert_user_if_error()) {
         set_failed();
         return nullptr;
@@ -142,17 +146,12 @@ gsl::owner<KIVIStream*> XSheetStoreController::open_load_file(const KIVString& n
 
 gsl::owner<KIVOStream*> XSheetStoreController::open_save_file(const KIVString& name)
 {
-    if (failed)
+    if (failed || (!tilde_saving && !keep_checkpoint(name)))
         return nullptr;
-    KIVString written = name;
-    if (tilde_saving) {
-        add_to_tilde_list(name);
-        written += "~";
-    } else if (!keep_checkpoint(name)) {
-        return nullptr;
-    }
-    auto stream = std::make_unique<BinOStream>(written.c_str(), 1, -1);
+    std::unique_ptr<KIVOStream> stream(tilde_saving ? open_pending_part(name)
+                                                    : new BinOStream(name.c_str(), 1, -1));
     if (stream->alert_user_if_error()) {
+        was_closed(stream.get(), false);
         set_failed();
         return nullptr;
     }
@@ -173,33 +172,20 @@ bool XSheetStoreController::close_stream(gsl::owner<KIVStream*> given)
 {
     const std::unique_ptr<KIVStream> stream(given);
     const bool is_good = stream && !failed && !stream->alert_user_if_error();
+    was_closed(given, is_good);
     if (!is_good)
         set_failed();
     return is_good;
 }
 
-void XSheetStoreController::add_to_tilde_list(const KIVString& name)
+bool XSheetStoreController::is_read_with_tilde(const KIVString& name) const
 {
-    if (!tilde_list)
-        tilde_list = new KIVLinkedList(false);
-    KIVString path = relative_path;
-    tilde_list->add(new KIVString(path.append_path(name)));
+    return std::ranges::find(read_with_tilde, name) != read_with_tilde.end();
 }
 
-void XSheetStoreController::save_finished()
+bool XSheetStoreController::inq_part_exists(const KIVString& name)
 {
-    if (!tilde_saving || failed || !tilde_list)
-        return;
-    while (KIVObject* entry = tilde_list->remove()) {
-        const std::unique_ptr<KIVString> name(static_cast<KIVString*>(entry));
-        replace_tilde(*name);
-    }
-}
-
-// A name that stands twice on the list finds no source the second time, so the result means little.
-void XSheetStoreController::replace_tilde(KIVString& name)
-{
-    std::rename((name + "~").c_str(), name.c_str());
+    return inq_file_exists(is_read_with_tilde(name) ? name + "~" : name);
 }
 
 bool XSheetStoreController::inq_file_exists(const KIVString& name)

@@ -1,0 +1,54 @@
+#include "xsheet/store_control/src/PendingPart.h"
+
+#include <unistd.h>
+
+namespace {
+constexpr int PERMISSIONS = 0666; // less what the process masks out
+}
+
+KIVString PendingPart::inq_name() const
+{
+    std::string_view name = *this;
+    if (name.starts_with("./"))
+        name.remove_prefix(2);
+    return name;
+}
+
+gsl::owner<BinOStream*> PendingPart::open()
+{
+    const KIVString path = inq_tilde_name();
+    ::unlink(path.c_str());
+    writer = new BinOStream(path.c_str(), FileHandle::create(path.c_str(), PERMISSIONS));
+    return writer;
+}
+
+void PendingPart::was_closed(bool is_good)
+{
+    if (is_good) {
+        file = writer->take_file();
+        sum = writer->inq_sum();
+        facts = inq_file_facts(inq_tilde_name());
+    }
+    writer = nullptr;
+}
+
+bool PendingPart::may_move_to(const KIVString& path) const
+{
+    return folder == path && facts.is_there() && (!is_stale || is_whole());
+}
+
+bool PendingPart::is_whole() const
+{
+    return facts.is_there() && inq_file_facts(inq_tilde_name()) == facts;
+}
+
+// Once only: what a failed sync has lost, a second one would not notice.
+bool PendingPart::sync_and_close()
+{
+    if (!is_synced) {
+        is_synced = file.sync();
+        is_synced = file.close() && is_synced;
+        facts = is_synced ? inq_file_facts(inq_tilde_name()) : FileFacts();
+    }
+    return is_synced;
+}

@@ -1,0 +1,216 @@
+#include "xsheet/store_control/hdr/CommitRecord.h"
+#include "xsheet/store_control/hdr/InterruptedSave.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
+#include "xsheet/store_control/hdr/XSheetStoreController.h"
+#include "xsheet/store_control/src/PendingPart.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <ranges>
+#include <set>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// A save writes every part to a name with "~", brings them to the disc and puts a record of them
+// into the folder. With the record the save has happened; the moves that are left to do then can be
+// ended by anyone, at any time.
+
+namespace {
+constexpr char TAIL[] = ".  Contact your system administrator.";
+constexpr char HERE[] = "."; // the working directory is the open folder
+
+KIVString listed(const std::vector<KIVString>& names)
+{
+    KIVString list;
+    for (const KIVString& name : names)
+        list += (list.is_null() ? "" : ", ") + name;
+    return list;
+}
+
+/// A file, or nothing, whose place a move can take.
+bool can_be_replaced(const KIVString& name)
+{
+    struct stat facts {};
+    if (::lstat(name.c_str(), &facts) != 0)
+        return errno == ENOENT;
+    return S_ISREG(facts.st_mode) || S_ISLNK(facts.st_mode);
+}
+} // namespace
+
+bool XSheetStoreController::take_lock(FolderLock::Kind kind)
+{
+    if (failed)
+        return false;
+    if (lock.take(HERE, kind) == FolderLock::BUSY)
+        set_failed("The scene " + root_folder + " is in use by another program" + TAIL);
+    return is_okay();
+}
+
+bool XSheetStoreController::begin_load()
+{
+    read_with_tilde.clear();
+    facts_at_load.clear();
+    if (!take_lock(FolderLock::SHARED) || !recover_to_load())
+        return false;
+    if (!lock.is_held())
+        facts_at_load = inq_scene_facts(HERE);
+    return true;
+}
+
+bool XSheetStoreController::end_load()
+{
+    const bool is_same = lock.is_held() || facts_at_load == inq_scene_facts(HERE);
+    lock.release();
+    return is_same;
+}
+
+/// False, and the user is told, if parts are lost.
+bool XSheetStoreController::tell_damage(const InterruptedSave& interrupted)
+{
+    if (interrupted.inq_state() == InterruptedSave::DAMAGED)
+        set_failed("The scene " + root_folder + " is damaged: a save was interrupted, and " +
+                   listed(interrupted.inq_bad()) + " is lost" + TAIL);
+    return is_okay();
+}
+
+// Who may not change the folder, or can't keep others from it, reads the parts where they are.
+bool XSheetStoreController::recover_to_load()
+{
+    if (InterruptedSave(HERE).inq_state() == InterruptedSave::NONE)
+        return true;
+    const bool may_move =
+        lock.is_held() && lock.take(HERE, FolderLock::EXCLUSIVE) == FolderLock::HELD;
+    if (!may_move && !take_lock(FolderLock::SHARED))
+        return false;
+    InterruptedSave interrupted(HERE);
+    if (may_move)
+        interrupted.finish();
+    read_with_tilde = interrupted.inq_pending();
+    return tell_damage(interrupted);
+}
+
+bool XSheetStoreController::begin_save()
+{
+    is_saved = false;
+    if (!take_lock(FolderLock::EXCLUSIVE))
+        return false;
+    InterruptedSave interrupted(HERE);
+    const bool is_ready = (!folder_is_new || sync_folder("..")) && tell_damage(interrupted) &&
+                          interrupted.finish() && sync_folder(HERE);
+    if (!is_ready)
+        set_failed("Could not save into the folder " + root_folder + ": " + inq_system_error() +
+                   TAIL);
+    return is_okay();
+}
+
+void XSheetStoreController::end_save()
+{
+    if (std::exchange(is_saved, false))
+        for (const char* part : SCENE_PARTS)
+            ::unlink((KIVString(part) + "~").c_str());
+    lock.release();
+}
+
+void XSheetStoreController::set_tilde_saving_enabled(bool enabled)
+{
+    tilde_saving = enabled;
+    if (enabled && tilde_list)
+        for (auto* part : tilde_list->of<PendingPart>())
+            part->set_stale();
+}
+
+void XSheetStoreController::add_to_tilde_list(gsl::owner<PendingPart*> part)
+{
+    if (!tilde_list)
+        tilde_list = new KIVLinkedList(false);
+    tilde_list->add(part);
+}
+
+gsl::owner<BinOStream*> XSheetStoreController::open_pending_part(const KIVString& name)
+{
+    KIVString path = relative_path;
+    auto* part = new PendingPart(path.append_path(name), root_folder);
+    add_to_tilde_list(part);
+    return part->open();
+}
+
+void XSheetStoreController::was_closed(const KIVStream* stream, bool is_good)
+{
+    if (stream && tilde_list)
+        for (auto* part : tilde_list->of<PendingPart>())
+            if (part->is_written_by(stream))
+                part->was_closed(is_good);
+}
+
+void XSheetStoreController::save_finished()
+{
+    if (!tilde_saving || failed || !tilde_list)
+        return;
+    drop_outdated_parts();
+    if (!tilde_list->inq_is_empty() && sync_parts() && commit())
+        move_parts();
+}
+
+/// Entries that an earlier save has left move with this one only if nothing has come between.
+void XSheetStoreController::drop_outdated_parts()
+{
+    std::set<std::string> newer;
+    std::vector<PendingPart*> parts;
+    for (auto* part : tilde_list->of<PendingPart>())
+        parts.push_back(part);
+    for (PendingPart* part : parts | std::views::reverse)
+        if (!part->may_move_to(root_folder) || !newer.insert(part->str()).second) {
+            tilde_list->remove(part);
+            delete part;
+        }
+}
+
+bool XSheetStoreController::sync_parts()
+{
+    for (auto* part : tilde_list->of<PendingPart>())
+        if (!part->is_whole() || !part->sync_and_close() || !can_be_replaced(*part))
+            return refuse("Could not write the file " + part->inq_name());
+    return sync_folder(HERE) || refuse("Could not write the folder " + root_folder);
+}
+
+/// From here on the save has happened.
+bool XSheetStoreController::commit()
+{
+    std::vector<CommitRecord::Part> parts;
+    for (auto* part : tilde_list->of<PendingPart>())
+        parts.push_back({part->inq_name(), part->inq_sum()});
+    if (CommitRecord(std::move(parts)).write(HERE))
+        return true;
+    refuse("Could not write the folder " + root_folder);
+    ::unlink(CommitRecord::FILE_NAME);
+    return false;
+}
+
+/// A move that fails is left to whoever opens the folder next, and so are those after it.
+void XSheetStoreController::move_parts()
+{
+    is_saved = true;
+    for (auto* part : tilde_list->of<PendingPart>())
+        is_saved = is_saved && replace_tilde(*part);
+    forget_parts();
+    is_saved = is_saved && sync_folder(HERE) && ::unlink(CommitRecord::FILE_NAME) == 0;
+}
+
+// Where there are no locks another program may have moved the file first.
+bool XSheetStoreController::replace_tilde(const KIVString& name)
+{
+    return std::rename((name + "~").c_str(), name.c_str()) == 0 || errno == ENOENT;
+}
+
+void XSheetStoreController::forget_parts()
+{
+    if (tilde_list)
+        tilde_list->remove_all_deleting_objects();
+}
+
+/// Fails with the words of the system behind `what`.
+bool XSheetStoreController::refuse(const KIVString& what)
+{
+    set_failed(what + ": " + inq_system_error() + TAIL);
+    return false;
+}
