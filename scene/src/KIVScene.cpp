@@ -223,6 +223,15 @@ void KIVScene::remember_parts()
     stored_parts = {inq_file_facts(XSHEET_PART), inq_file_facts(COVER_SHEET_PART)};
 }
 
+namespace {
+/// Whether a part that has not changed is to be written all the same: the folder holds another one
+/// or none, or an earlier save has left its own.
+bool is_due(const FileFacts& stored, const KIVString& part)
+{
+    return !stored.are_of(part) || inq_xs_store_control()->inq_part_awaits_move(part);
+}
+} // namespace
+
 void KIVScene::storer(KIVOStream& stream)
 {
     XSheetStoreController& store = *inq_xs_store_control();
@@ -230,11 +239,10 @@ void KIVScene::storer(KIVOStream& stream)
         tw_scene_will_save(&store);
         KIVObject::storer(stream);
     }
-    // What another program has put in the place of our part is as good as a change of it.
-    if (store.is_okay() && (xsheet->inq_needs_saving() || !stored_parts.xsheet.are_of(XSHEET_PART)))
+    if (store.is_okay() && (xsheet->inq_needs_saving() || is_due(stored_parts.xsheet, XSHEET_PART)))
         save_object(store, XSHEET_PART, xsheet.get());
     if (store.is_okay() &&
-        (cover_sheet->inq_needs_saving() || !stored_parts.cover_sheet.are_of(COVER_SHEET_PART)))
+        (cover_sheet->inq_needs_saving() || is_due(stored_parts.cover_sheet, COVER_SHEET_PART)))
         save_object(store, COVER_SHEET_PART, cover_sheet.get());
     save_object(store, GRAPH_PART, graph.get());
     save_assets(store);

@@ -66,6 +66,25 @@ TEST(WholeScene, an_unchanged_one_rewrites_only_what_it_must)
     }
 }
 
+TEST(WholeScene, goes_whole_into_a_folder_that_holds_another)
+{
+    const TempFolder folder;
+    const FadingCard museum;
+    std::filesystem::current_path(folder.path().str());
+    ASSERT_TRUE(museum.scene->save_to_file("a", true, true, false));
+    const Scene other = load("../a");
+    other->inq_xsheet()->set_length(7);
+    ASSERT_TRUE(other->save_to_file(other->inq_current_file(), false, true, false));
+    EXPECT_FALSE(folder.has("a/a"));
+    EXPECT_EQ(load(folder.path("a"))->inq_scene_length(), 7);
+
+    // The first scene has not changed, but its sheet is not there any more.
+    ASSERT_TRUE(museum.scene->save_to_file(folder.path("a"), false, true, false));
+    EXPECT_EQ(load(folder.path("a"))->inq_scene_length(), 40);
+    ASSERT_TRUE(museum.scene->save_to_file(folder.path("b"), false, true, true));
+    EXPECT_EQ(load(folder.path("b"))->inq_scene_length(), 40);
+}
+
 TEST(WholeScene, a_key_changes_just_the_frames_that_it_reaches)
 {
     const FadingCard museum;

@@ -37,9 +37,10 @@ FileHandle open_with(const char* path, int flags, int permissions = 0)
 }
 } // namespace
 
+// A pipe that nobody writes is opened at once, and can then be refused.
 FileHandle FileHandle::open_to_read(const char* path)
 {
-    return open_with(path, O_RDONLY);
+    return open_with(path, O_RDONLY | O_NONBLOCK);
 }
 
 FileHandle FileHandle::open_the_file_itself(const char* path)

@@ -80,6 +80,9 @@ public:
     /// What is left of the save goes, unless it failed or waits for its last moves.
     void end_save();
 
+    /// Whether an earlier save has left the part, which would join the next one.
+    bool inq_part_awaits_move(const KIVString& name) const;
+
     /// Whether the scene in the open folder has the part, be it still on its way to its place.
     bool inq_part_exists(const KIVString& name);
 

@@ -122,6 +122,7 @@ bool CommitRecord::write(const KIVString& folder) const
     const std::string text = inq_text();
     ::unlink(path.c_str());
     FileHandle file = FileHandle::create(path.c_str(), PERMISSIONS);
-    return file.is_open() && file.write_all(text.data(), text.size()) && file.sync() &&
-           file.close() && sync_folder(folder);
+    return text.size() <= MOST_BYTES && file.is_open() &&
+           file.write_all(text.data(), text.size()) && file.sync() && file.close() &&
+           sync_folder(folder);
 }

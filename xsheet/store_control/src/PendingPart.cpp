@@ -1,5 +1,6 @@
 #include "xsheet/store_control/src/PendingPart.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -14,11 +15,16 @@ KIVString PendingPart::inq_name() const
     return name;
 }
 
+// Whoever may use the old file may use the new one.
 gsl::owner<BinOStream*> PendingPart::open()
 {
     const KIVString path = inq_tilde_name();
     ::unlink(path.c_str());
-    writer = new BinOStream(path.c_str(), FileHandle::create(path.c_str(), PERMISSIONS));
+    FileHandle created = FileHandle::create(path.c_str(), PERMISSIONS);
+    struct stat old_file {};
+    if (created.is_open() && ::lstat(c_str(), &old_file) == 0 && S_ISREG(old_file.st_mode))
+        static_cast<void>(::fchmod(created.inq_descriptor(), old_file.st_mode & PERMISSIONS));
+    writer = new BinOStream(path.c_str(), std::move(created));
     return writer;
 }
 

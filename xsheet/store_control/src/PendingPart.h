@@ -22,6 +22,11 @@ public:
     bool is_written_by(const KIVStream* stream) const { return stream && stream == writer; }
     void was_closed(bool is_good);
 
+    bool is_part_of(const KIVString& path, const KIVString& name) const
+    {
+        return folder == path && inq_name() == name;
+    }
+
     /// Left by an earlier save.
     void set_stale() { is_stale = true; }
 

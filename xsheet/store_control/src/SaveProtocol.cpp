@@ -142,6 +142,15 @@ void XSheetStoreController::was_closed(const KIVStream* stream, bool is_good)
                 part->was_closed(is_good);
 }
 
+bool XSheetStoreController::inq_part_awaits_move(const KIVString& name) const
+{
+    if (tilde_list)
+        for (auto* part : tilde_list->of<PendingPart>())
+            if (part->is_part_of(root_folder, name))
+                return true;
+    return false;
+}
+
 void XSheetStoreController::save_finished()
 {
     if (!tilde_saving || failed || !tilde_list)

@@ -1,0 +1,236 @@
+#include "imagelib/hdr/KIVPixmap.h"
+#include "kivlib/src/container_format.h"
+#include "render/hdr/RenderScene.h"
+#include "tests/museum/OneOfEach.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldAssets.h"
+#include "tests/support/TempFolder.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <limits>
+#include <random>
+
+// Damage to the files of a scene, byte by byte. With MONTARAY_LONG in the environment every bit has
+// its turn, otherwise one of each byte, always the same.
+
+namespace {
+const bool is_long = std::getenv("MONTARAY_LONG") != nullptr;
+
+/// Saves wait for the disc; in memory thousands of them are quick.
+const bool is_in_memory =
+    std::filesystem::is_directory("/dev/shm") && ::setenv("TMPDIR", "/dev/shm", 1) == 0;
+
+std::string flipped(std::string bytes, std::size_t at, int bit)
+{
+    bytes[at] = static_cast<char>(bytes[at] ^ (1 << bit));
+    return bytes;
+}
+
+/// A file that was written so: its checksum fits whatever it holds.
+std::string with_checksum(std::string bytes)
+{
+    container::ChecksumOf sum;
+    const std::size_t size = bytes.size() - sizeof(container::Checksum);
+    sum.add(bytes.data(), size);
+    const container::Checksum checksum = sum.get();
+    std::memcpy(bytes.data() + size, &checksum, sizeof checksum);
+    return bytes;
+}
+
+template <class Number> void put(std::string& bytes, std::size_t at, Number number)
+{
+    if (at + sizeof number <= bytes.size())
+        std::memcpy(bytes.data() + at, &number, sizeof number);
+}
+
+Scene load(const KIVString& path)
+{
+    return Scene(KIVScene::load_from_file(path, nullptr, false));
+}
+
+/// What a program does with a scene: looks at all cells and renders.
+void use(KIVScene& scene)
+{
+    const std::unique_ptr<KIVLinkedList> columns(scene.inq_xsheet()->inq_deep_sub_column_list());
+    for (SubColumn* column : columns->of<SubColumn>())
+        for (int frame = 0; frame <= 5; ++frame)
+            column->inq_cell(frame);
+    RenderScene renderer(&scene, 8, 6, 1.0, 0, 0, 8, 0);
+    for (const int frame : {1, 3}) {
+        renderer.set_camera_view();
+        const std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, nullptr));
+    }
+}
+
+/// A small scene on disc, of which one file is damaged in many ways.
+class DamagedScene : public testing::TestWithParam<const char*> {
+protected:
+    DamagedScene()
+    {
+        EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("shot"), true, true, false));
+        if (GetParam() == std::string("Assets")) {
+            std::filesystem::remove(folder.path("shot/kvd").str());
+            folder.write(file(), tell_old_assets("LevelAsset"));
+        }
+        whole = folder.read(file());
+    }
+
+    ~DamagedScene() override
+    {
+        std::cout << GetParam() << ": " << whole.size() << " bytes, " << refused
+                  << " damages refused, " << loaded << " loaded\n";
+    }
+
+    static std::string file() { return std::string("shot/") + GetParam(); }
+
+    template <class Try> void for_each_flip(std::size_t size, Try attempt)
+    {
+        std::minstd_rand random(1);
+        for (std::size_t at = 0; at < size && !HasFailure(); ++at) {
+            const int chosen = static_cast<int>(random() % 8);
+            for (int bit = 0; bit < 8; ++bit)
+                if (is_long || bit == chosen) {
+                    SCOPED_TRACE(testing::Message() << "byte " << at << " bit " << bit);
+                    attempt(flipped(whole, at, bit));
+                }
+        }
+    }
+
+    /// One message and no scene.
+    void expect_refused(const std::string& damaged)
+    {
+        const Captured captured;
+        folder.write(file(), damaged);
+        EXPECT_FALSE(load(folder.path("shot")));
+        EXPECT_EQ(captured.inq_alerts().size(), 1U);
+        EXPECT_EQ(folder.read(file()), damaged);
+        ++refused;
+    }
+
+    /// Either that, or a scene that holds together, with no more than one message.
+    void expect_refused_or_sound(const std::string& damaged)
+    {
+        const Captured captured;
+        folder.write(file(), damaged);
+        const Scene scene = load(folder.path("shot"));
+        EXPECT_LE(captured.inq_alerts().size(), 1U);
+        if (!scene) {
+            EXPECT_EQ(captured.inq_alerts().size(), 1U);
+            ++refused;
+            return;
+        }
+        use(*scene);
+        EXPECT_TRUE(scene->save_to_file(folder.path("again"), true, true, false));
+        EXPECT_TRUE(load(folder.path("again")));
+        ++loaded;
+    }
+
+    /// The file with a few numbers or runs of bytes that stand in the wrong place.
+    std::string with_other_numbers(std::minstd_rand& random) const
+    {
+        constexpr std::size_t RUN = 24; // bytes from elsewhere in the file
+        constexpr int INTS[] = {0,  1,  2,    3,     4,         5,  6,  7,       8,
+                                10, 20, 1000, 65535, 100000000, -1, -2, INT_MAX, INT_MIN};
+        constexpr double DOUBLES[] = {0.0,  -0.0, 1e308, -1e308, 1e-310,
+                                      1e10, -1.0, 0.5,   1e20,   1.7976931348623157e308};
+        const auto below = [&](std::size_t n) { return static_cast<std::size_t>(random()) % n; };
+        std::string damaged = whole;
+        for (std::size_t changes = 1 + below(3); changes > 0; --changes) {
+            const std::size_t at = below(whole.size());
+            if (below(4) == 0)
+                damaged.replace(at, RUN, whole, below(whole.size()), RUN).resize(whole.size());
+            else if (below(2) == 0)
+                put(damaged, at, INTS[below(std::size(INTS))]);
+            else
+                put(damaged, at, DOUBLES[below(std::size(DOUBLES))]);
+        }
+        return damaged;
+    }
+
+    TempFolder folder;
+    std::string whole;
+    int refused = 0;
+    int loaded = 0;
+};
+} // namespace
+
+TEST_P(DamagedScene, is_refused_for_any_bit)
+{
+    for_each_flip(whole.size(), [&](const std::string& damaged) { expect_refused(damaged); });
+}
+
+TEST_P(DamagedScene, is_refused_wherever_a_file_ends)
+{
+    for (std::size_t size = 0; size < whole.size() && !HasFailure(); ++size) {
+        SCOPED_TRACE(testing::Message() << "cut to " << size);
+        expect_refused(whole.substr(0, size));
+    }
+}
+
+TEST_P(DamagedScene, is_refused_or_sound_where_the_checksum_fits)
+{
+    for_each_flip(whole.size() - sizeof(container::Checksum), [&](const std::string& damaged) {
+        expect_refused_or_sound(with_checksum(damaged));
+    });
+}
+
+TEST_P(DamagedScene, is_refused_or_sound_with_other_numbers_in_it)
+{
+    std::minstd_rand random(1);
+    const int count = is_long ? 50000 : 500;
+    for (int i = 0; i < count && !HasFailure(); ++i) {
+        SCOPED_TRACE(testing::Message() << "case " << i);
+        expect_refused_or_sound(with_checksum(with_other_numbers(random)));
+    }
+}
+
+TEST(DamagedNumbers, that_are_none_are_refused_with_the_name_of_the_file)
+{
+    const double mark = OneOfEach::MARK;
+    const TempFolder folder;
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path(), true, true, false));
+    for (const char* file : {"XSheet", "CoverSheet", "Graph"})
+        for (const double none : {std::numeric_limits<double>::quiet_NaN(),
+                                  std::numeric_limits<double>::signaling_NaN(),
+                                  -std::numeric_limits<double>::infinity()}) {
+            const std::string whole = folder.read(file);
+            const std::size_t at = whole.find({reinterpret_cast<const char*>(&mark), sizeof mark});
+            ASSERT_NE(at, std::string::npos) << file;
+            std::string damaged = whole;
+            put(damaged, at, none);
+            folder.write(file, with_checksum(damaged));
+            const Captured captured;
+            EXPECT_FALSE(load(folder.path()));
+            ASSERT_EQ(captured.inq_alerts().size(), 1U);
+            EXPECT_TRUE(captured.inq_alerts()[0].starts_with("A number is not finite"));
+            EXPECT_TRUE(captured.inq_alerts()[0].ends_with(file));
+            folder.write(file, whole);
+        }
+}
+
+/// It says which classes a scene needs and is there for other programs: no load looks at it.
+TEST(DamagedUsageList, is_no_matter_to_a_load)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path(), true, true, false));
+    const Captured captured;
+    const std::string whole = folder.read("DLLUsage");
+    for (const std::string& damaged : {flipped(whole, 40, 1), whole.substr(0, 20), std::string()}) {
+        folder.write("DLLUsage", damaged);
+        EXPECT_TRUE(load(folder.path()));
+    }
+    std::filesystem::remove(folder.path("DLLUsage").str());
+    EXPECT_TRUE(load(folder.path()));
+    EXPECT_TRUE(captured.inq_alerts().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, DamagedScene,
+                         testing::Values("Scene.contents", "XSheet", "CoverSheet", "Graph", "kvd",
+                                         "Assets"),
+                         [](const auto& part) {
+                             std::string name = part.param;
+                             std::erase(name, '.');
+                             return name;
+                         });
