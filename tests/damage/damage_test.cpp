@@ -1,5 +1,5 @@
 #include "imagelib/hdr/KIVPixmap.h"
-#include "kivlib/src/container_format.h"
+#include "kivlib/hdr/Checksum.h"
 #include "render/hdr/RenderScene.h"
 #include "tests/museum/OneOfEach.h"
 #include "tests/support/Captured.h"
@@ -22,6 +22,8 @@ const bool is_long = std::getenv("MONTARAY_LONG") != nullptr;
 const bool is_in_memory =
     std::filesystem::is_directory("/dev/shm") && ::setenv("TMPDIR", "/dev/shm", 1) == 0;
 
+constexpr std::size_t CHECKSUM_SIZE = sizeof(Checksum::Value);
+
 std::string flipped(std::string bytes, std::size_t at, int bit)
 {
     bytes[at] = static_cast<char>(bytes[at] ^ (1 << bit));
@@ -31,11 +33,11 @@ std::string flipped(std::string bytes, std::size_t at, int bit)
 /// A file that was written so: its checksum fits whatever it holds.
 std::string with_checksum(std::string bytes)
 {
-    container::ChecksumOf sum;
-    const std::size_t size = bytes.size() - sizeof(container::Checksum);
+    const std::size_t size = bytes.size() - CHECKSUM_SIZE;
+    Checksum sum;
     sum.add(bytes.data(), size);
-    const container::Checksum checksum = sum.get();
-    std::memcpy(bytes.data() + size, &checksum, sizeof checksum);
+    const Checksum::Value checksum = sum.get();
+    std::memcpy(bytes.data() + size, &checksum, CHECKSUM_SIZE);
     return bytes;
 }
 
@@ -171,7 +173,7 @@ TEST_P(DamagedScene, is_refused_wherever_a_file_ends)
 
 TEST_P(DamagedScene, is_refused_or_sound_where_the_checksum_fits)
 {
-    for_each_flip(whole.size() - sizeof(container::Checksum), [&](const std::string& damaged) {
+    for_each_flip(whole.size() - CHECKSUM_SIZE, [&](const std::string& damaged) {
         expect_refused_or_sound(with_checksum(damaged));
     });
 }
@@ -208,6 +210,29 @@ TEST(DamagedNumbers, that_are_none_are_refused_with_the_name_of_the_file)
             EXPECT_TRUE(captured.inq_alerts()[0].ends_with(file));
             folder.write(file, whole);
         }
+}
+
+/// Each part is whole, but they are of two scenes.
+TEST(MixedScenes, hold_together_whichever_part_is_of_which)
+{
+    const TempFolder folder;
+    const std::string parts[] = {"XSheet", "CoverSheet", "Graph", "kvd"};
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("one"), true, true, false));
+    EXPECT_TRUE(FadingCard().scene->save_to_file(folder.path("other"), true, true, false));
+    std::filesystem::copy(folder.path("one").str(), folder.path("mixed").str());
+    for (unsigned mask = 0; mask < 1U << std::size(parts); ++mask) {
+        SCOPED_TRACE(mask);
+        for (unsigned i = 0; i < std::size(parts); ++i)
+            folder.write("mixed/" + parts[i],
+                         folder.read((mask >> i & 1U ? "one/" : "other/") + parts[i]));
+        const Captured captured;
+        const Scene scene = load(folder.path("mixed"));
+        ASSERT_TRUE(scene);
+        EXPECT_LE(captured.inq_alerts().size(), 1U);
+        use(*scene);
+        EXPECT_TRUE(scene->save_to_file(folder.path("again"), true, true, false));
+        EXPECT_TRUE(load(folder.path("again")));
+    }
 }
 
 /// It says which classes a scene needs and is there for other programs: no load looks at it.

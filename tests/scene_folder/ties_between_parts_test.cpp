@@ -1,8 +1,10 @@
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "kivlib/hdr/KIVStringList.h"
 #include "tests/museum/Museum.h"
 #include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
+#include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
 #include "xsheet/store_control/hdr/LoadFindings.h"
 
 #include <gtest/gtest.h>
@@ -78,4 +80,25 @@ TEST_F(ExchangedParts, somebody_who_checks_the_scene_gets_the_findings_one_by_on
     ASSERT_TRUE(load_with("XSheet"));
     EXPECT_EQ(findings.inq_all().size(), 4U);
     EXPECT_TRUE(captured.inq_alerts().empty());
+}
+
+TEST_F(ExchangedParts, no_key_shows_the_picture_of_another_whose_tag_is_lost)
+{
+    const FadingCard film;
+    auto* node = new CNodeRasterImage(KIVString("a.tif"), film.scene->inq_graph());
+    node->init();
+    node->add_to_graph(film.scene->inq_graph());
+    auto* column = static_cast<RasterSeqSubColumn*>(node->inq_subcolumn());
+    for (const int frame : {3, 2}) { // the later key has the first of the two tags
+        auto* data = static_cast<RasterSeqCellData*>(column->make_key(frame)->inq_data());
+        data->set_file_name(frame == 2 ? "/art/first.tif" : "/art/second.tif");
+    }
+    save(*film.scene, "full");
+    const Scene scene = load_with("kvd");
+    ASSERT_TRUE(scene);
+    KIVStringList files;
+    scene->get_dependencies(files, false);
+    ASSERT_EQ(files.count(), 3);
+    EXPECT_EQ(files.at_index(1), "/art/first.tif");
+    EXPECT_EQ(files.at_index(2), "/art/second.tif");
 }

@@ -26,6 +26,9 @@ public:
     /// Finds the asset, and lets it look for its file.
     bool load_finished_with_abort() override;
 
+    /// The tag of the asset; -1 for none.
+    int inq_asset_id() const { return asset_id; }
+
     /// Null until it is found.
     RasterAsset* inq_asset() const { return asset; }
 
