@@ -5,6 +5,7 @@
 #include "kivlib/hdr/file_operations.h"
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/store_control/hdr/CommitRecord.h"
+#include "xsheet/store_control/hdr/FolderFacts.h"
 #include "xsheet/store_control/hdr/FolderLock.h"
 #include "xsheet/store_control/hdr/InterruptedSave.h"
 #include "xsheet/store_control/hdr/LoadFindings.h"
@@ -72,7 +73,7 @@ Findings check_whole(const KIVString& folder)
     return findings;
 }
 
-void check_locked(const KIVString& folder, FileSearch& search, Findings& findings)
+void check_files(const KIVString& folder, FileSearch& search, Findings& findings)
 {
     const InterruptedSave interrupted(folder);
     tell_interrupted_save(folder, interrupted, findings);
@@ -85,6 +86,15 @@ void check_locked(const KIVString& folder, FileSearch& search, Findings& finding
         findings.add(check_whole(folder));
     check_assets(folder, interrupted, search, findings);
     check_class_usage(folder, interrupted, findings);
+}
+
+/// Where there are no locks, a save may come between, and what was found is of two scenes.
+void check_undisturbed(const KIVString& folder, FileSearch& search, Findings& findings)
+{
+    const std::vector<FileFacts> before = inq_scene_facts(folder);
+    check_files(folder, search, findings);
+    if (inq_scene_facts(folder) != before)
+        findings.fault(folder, "was changed by another program meanwhile; check it again");
 }
 } // namespace
 
@@ -103,7 +113,7 @@ int check_scene(const std::string& scene_folder, FileSearch& search)
         findings.fault(folder, "is being saved by another program");
     else {
         FolderLock::set_patience(std::chrono::milliseconds(0));
-        check_locked(folder, search, findings);
+        check_undisturbed(folder, search, findings);
     }
     std::cout << findings.inq_text();
     return findings.has_faults() ? FAILED : DONE;
