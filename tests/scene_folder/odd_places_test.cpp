@@ -207,7 +207,7 @@ TEST_F(OddPlaces, a_part_that_is_no_file_is_refused)
     fs::remove(sheet.str());
     fs::create_directory(sheet.str());
     EXPECT_TRUE(is_refused(shot, "XSheet"));
-    EXPECT_TRUE(is_save_refused(shot, "XSheet"));
+    EXPECT_TRUE(is_save_refused(shot, "XSheet: Is a directory"));
     fs::remove(sheet.str());
     ASSERT_EQ(::mkfifo(sheet.c_str(), 0666), 0);
     EXPECT_TRUE(is_refused(shot, "XSheet"));
