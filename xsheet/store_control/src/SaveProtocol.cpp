@@ -69,7 +69,7 @@ bool XSheetStoreController::tell_damage(const InterruptedSave& interrupted)
 {
     if (interrupted.inq_state() == InterruptedSave::DAMAGED)
         set_failed("The scene " + root_folder + " is damaged: a save was interrupted, and " +
-                   listed(interrupted.inq_bad()) + " is lost" + TAIL);
+                   listed(interrupted.inq_bad()) + " is lost or can't be read" + TAIL);
     return is_okay();
 }
 
@@ -89,14 +89,22 @@ bool XSheetStoreController::recover_to_load()
     return tell_damage(interrupted);
 }
 
+/// A folder without a scene may have been made by a save that was interrupted at once.
+bool XSheetStoreController::sync_parent() const
+{
+    if (!folder_is_new && inq_file_facts(SCENE_CONTENTS).is_there())
+        return true;
+    return sync_folder("..") || (!folder_is_new && errno == EACCES);
+}
+
 bool XSheetStoreController::begin_save()
 {
     is_saved = false;
     if (!take_lock(FolderLock::EXCLUSIVE))
         return false;
     InterruptedSave interrupted(HERE);
-    const bool is_ready = (!folder_is_new || sync_folder("..")) && tell_damage(interrupted) &&
-                          interrupted.finish() && sync_folder(HERE);
+    const bool is_ready =
+        sync_parent() && tell_damage(interrupted) && interrupted.finish() && sync_folder(HERE);
     if (!is_ready)
         set_failed("Could not save into the folder " + root_folder + ": " + inq_system_error() +
                    TAIL);
