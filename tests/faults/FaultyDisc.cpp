@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
+#include <utility>
 
 // The functions of the C library that change or read a disc stand here once more. Those of the
 // program win over those of its libraries, so all calls come by, and go on to the next of the name.

@@ -131,6 +131,15 @@ inline FolderContents read_folder(const std::string& folder)
     return contents;
 }
 
+/// The name of a file that only a save under way may have; empty if there is none.
+inline std::string inq_left_over(const FolderContents& contents)
+{
+    for (const auto& [name, bytes] : contents)
+        if (name.ends_with('~'))
+            return name;
+    return "";
+}
+
 /// Makes `folder` hold these contents and nothing else.
 inline void write_folder(const std::string& folder, const FolderContents& contents)
 {

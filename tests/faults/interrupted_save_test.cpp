@@ -10,6 +10,7 @@ namespace {
 constexpr int OLD = 1;
 constexpr int NEW = 2;
 constexpr int NEXT = 3;
+constexpr char RECORD[] = "scene/Scene.commit~";
 
 /// All that the disc held during a save over an old scene, each state once, in order.
 std::vector<FolderContents> record_save(const Stage& stage)
@@ -38,7 +39,7 @@ std::vector<FolderContents> choose(const std::vector<FolderContents>& states)
     constexpr std::size_t FEW = 2;
     std::vector<FolderContents> moving;
     for (const FolderContents& state : states)
-        if (state.contains("scene/Scene.commit~"))
+        if (state.contains(RECORD))
             moving.push_back(state);
     if (all_faults() || moving.size() <= FEW)
         return moving;
@@ -125,6 +126,48 @@ TEST(InterruptedSave, at_any_step_leaves_what_a_load_gives_whole)
         last = seen; // there is no way back
     }
     EXPECT_EQ(last, Generations::whole(NEW));
+}
+
+TEST(InterruptedSave, leaves_nothing_behind_the_next_save)
+{
+    const Stage stage;
+    for (const FolderContents& state : record_save(stage)) {
+        stage.set(state);
+        const Scene scene = SceneOnTrial::load(stage.scene());
+        ASSERT_TRUE(scene);
+        SceneOnTrial::change_graph_and_assets(*scene, NEXT);
+        EXPECT_TRUE(SceneOnTrial::save(*scene, stage.scene()));
+        EXPECT_EQ(inq_left_over(read_folder(stage.disc())), "");
+    }
+}
+
+TEST(InterruptedSave, by_a_torn_record_never_moves_a_part_of_the_scene)
+{
+    const Stage stage;
+    Tally tally("records torn and parts damaged");
+    std::size_t longest = 0;
+    for (FolderContents state : record_save(stage)) {
+        const std::string record = state[RECORD];
+        if (record.size() <= longest)
+            continue; // what is moved by then has been moved by a whole record
+        longest = record.size();
+        for (std::size_t size = 0; size < record.size(); ++size) {
+            state[RECORD] = record.substr(0, size);
+            const Loaded seen = stage.load_aside(state);
+            tally.add("record", "cut at " + std::to_string(size),
+                      seen == Generations::whole(OLD) ? "" : words_of(seen));
+        }
+        state[RECORD] = record;
+        for (const auto& [name, bytes] : FolderContents(state)) {
+            if (!name.ends_with('~') || name == RECORD)
+                continue;
+            state[name] = bytes.substr(0, bytes.size() / 2);
+            const Loaded seen = stage.load_aside(state);
+            const bool is_good = !seen || seen == Generations::whole(NEW); // same as the old part
+            tally.add("part", name + " cut", is_good ? "" : words_of(seen));
+            state[name] = bytes;
+        }
+    }
 }
 
 TEST(InterruptedSave, is_recovered_under_faults)

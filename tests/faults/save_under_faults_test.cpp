@@ -110,6 +110,9 @@ private:
             return "saved, but the disc holds " + words_of(seen);
         if (seen != new_scene && seen != save.old_scene)
             return "the disc holds " + words_of(seen);
+        if (notes.has_answered && !notes.is_saved && fault.manner == Fault::REFUSE &&
+            seen != save.old_scene)
+            return "refused, but the disc holds " + words_of(seen);
         if (notes.has_answered && !notes.is_saved && !notes.is_told)
             return "refused, but nobody was told";
         return notes.has_answered ? find_later_loss(fault, notes) : find_loss_after_kill();
@@ -135,10 +138,8 @@ private:
         const Loaded seen = SceneOnTrial::load_generations(stage.scene());
         if (seen != saved)
             return "after the next save the disc holds " + words_of(seen);
-        for (const auto& [name, bytes] : read_folder(stage.scene()))
-            if (name.ends_with('~'))
-                return "after the next save " + name + " is left";
-        return "";
+        const std::string left = inq_left_over(read_folder(stage.scene()));
+        return left.empty() ? "" : "after the next save " + left + " is left";
     }
 
     const Stage& stage;
