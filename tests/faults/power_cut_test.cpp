@@ -2,6 +2,7 @@
 #include "tests/faults/Tally.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 #include <gtest/gtest.h>
 #include <unordered_map>
@@ -123,6 +124,29 @@ TEST(PowerCut, during_two_saves_leaves_one_scene_whole)
     PowerCut cut(stage, "power cut during two saves", few_or(400));
     cut.try_at_every_step(model, record_save(stage, *scene, NEW, Generations::whole(OLD)));
     cut.try_at_every_step(model, record_save(stage, *scene, NEXT, Generations::whole(NEW)));
+}
+
+/// What a save has written and could not sync goes when the next one starts.
+TEST(PowerCut, during_the_save_behind_a_refused_one_leaves_a_scene_whole)
+{
+    const Stage stage;
+    PowerCut cut(stage, "sync refused, saved, power cut", few_or(100));
+    bool has_fired = true;
+    for (int nth = 1; has_fired; ++nth) {
+        stage.set_whole(OLD);
+        DiscModel model(read_folder(stage.disc()));
+        const Scene scene = SceneOnTrial::load(stage.scene());
+        SceneOnTrial::change(*scene, NEW);
+        for (const DiscStep& step : record(stage, [&] {
+                 FaultyDisc::arm({DiscCall::SYNC, nth, Fault::REFUSE, EIO});
+                 SceneOnTrial::save(*scene, stage.scene());
+                 has_fired = FaultyDisc::has_fired();
+             }))
+            model.follow(step);
+        Work next = record_save(stage, *scene, NEXT, Generations::whole(OLD));
+        next.meanwhile.push_back(Generations::whole(NEW));
+        cut.try_at_every_step(model, next);
+    }
 }
 
 TEST(PowerCut, during_a_save_to_a_new_folder_leaves_none_or_a_whole_scene)
