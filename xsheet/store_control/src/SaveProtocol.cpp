@@ -50,11 +50,11 @@ bool XSheetStoreController::begin_load()
 {
     read_with_tilde.clear();
     facts_at_load.clear();
-    if (!take_lock(FolderLock::SHARED) || !recover_to_load())
+    if (!take_lock(FolderLock::SHARED))
         return false;
-    if (!lock.is_held())
+    if (!lock.is_held()) // before anything is judged by what stands in the folder
         facts_at_load = inq_scene_facts(HERE);
-    return true;
+    return recover_to_load();
 }
 
 bool XSheetStoreController::end_load()
