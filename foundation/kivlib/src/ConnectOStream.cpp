@@ -38,16 +38,24 @@ void KIVOStream::insert_back_link(const KIVObject* object)
     link = Link::NONE;
 }
 
-void ConnectOStream::put_bytes(const void* from, std::size_t n)
+bool ConnectOStream::make_room(std::size_t n)
 {
-    payload.append(from, n);
-    if (payload.has_failed())
+    const std::size_t size = inq_size();
+    payload.set_size(size);
+    if (!payload.make_room(n)) {
         set_error_state(NO_MEMORY);
+        return false;
+    }
+    at = payload.data() + size;
+    room_end = payload.data() + payload.capacity();
+    return true;
 }
 
-template <class T> void ConnectOStream::put_number(T value)
+void ConnectOStream::put_bytes(const void* from, std::size_t n)
 {
-    put_bytes(&value, sizeof value);
+    char* to = extend(n);
+    if (to && n > 0)
+        std::memcpy(to, from, n);
 }
 
 KIVOStream& ConnectOStream::operator<<(int value)
@@ -103,6 +111,8 @@ void ConnectOStream::insert_with_class_hdr(const KIVObject* object)
         put_number<std::uint16_t>(NULL_OBJECT);
         return;
     }
+    if (nesting == 0)
+        stack_floor = inq_stack_floor();
     const std::uint32_t number = table->find(object);
     if (number == StoreTable::NONE && may_wait && has_known_size(object))
         put_forward(object);
@@ -160,7 +170,7 @@ void ConnectOStream::put_awaited()
 
 void ConnectOStream::put_record(const KIVObject* object)
 {
-    if (is_stack_low())
+    if (is_stack_below(stack_floor))
         set_error_state(TOO_DEEP);
     if (inq_error_state() != OKAY)
         return;
@@ -173,13 +183,13 @@ std::size_t ConnectOStream::begin_length()
 {
     put_number<std::uint32_t>(0);
     ++nesting;
-    return payload.size();
+    return inq_size();
 }
 
 void ConnectOStream::end_record(std::size_t start)
 {
     --nesting;
-    const std::size_t length = payload.size() - start;
+    const std::size_t length = inq_size() - start;
     if (length > UINT32_MAX)
         set_error(CANT_WRITE, "a record of more than 4 GiB");
     if (inq_error_state() != OKAY)
@@ -199,23 +209,18 @@ std::size_t ConnectOStream::begin_record(const KIVString& class_name, int versio
 
 unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
 {
+    if (descriptor && descriptor->table_epoch == table->inq_epoch())
+        return descriptor->table_index;
     if (!descriptor || !descriptor->inq_reader()) {
         set_error(CANT_WRITE, "an object of a class that can't be read");
         return 0;
     }
-    if (!descriptor->inq_reader()) {
-        set_error(CANT_WRITE, "an object that can't be read back, of " + descriptor->inq_name());
-        return 0;
-    }
-    auto& recent =
-        recent_classes[(reinterpret_cast<std::uintptr_t>(descriptor) >> 6) % recent_classes.size()];
-    if (recent.first != descriptor) {
-        const auto [place, is_new] = class_indices.try_emplace(descriptor, 0U);
-        if (is_new)
-            place->second = intern(descriptor->inq_name(), descriptor->inq_stored_version());
-        recent = *place;
-    }
-    return recent.second;
+    const auto [place, is_new] = class_indices.try_emplace(descriptor, 0U);
+    if (is_new)
+        place->second = intern(descriptor->inq_name(), descriptor->inq_stored_version());
+    descriptor->table_epoch = table->inq_epoch();
+    descriptor->table_index = place->second;
+    return place->second;
 }
 
 unsigned ConnectOStream::intern(const KIVString& name, int version)
