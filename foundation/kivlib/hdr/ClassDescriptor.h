@@ -18,7 +18,7 @@ struct StoredType {
 
     bool is_a(const StoredType& wanted) const
     {
-        return *type == *wanted.type || (base && base->is_a(wanted));
+        return this == &wanted || *type == *wanted.type || (base && base->is_a(wanted));
     }
 };
 

@@ -96,14 +96,3 @@ protected:
     const char* record_end = nullptr;
     std::unique_ptr<LoadTable> table;
 };
-
-/// `new (stream) Class(stream)`: an object where the stream wants it, since others may refer to
-/// the place already.
-inline void* operator new(std::size_t size, KIVIStream& stream) noexcept
-{
-    return stream.storage_for_object(size);
-}
-inline void operator delete(void* memory, KIVIStream&) noexcept
-{
-    ::operator delete(memory);
-}

@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/KIVObject.h"
+#include "kivlib/src/ObjectBlocks.h"
 
 #include <cstdint>
 #include <new>
@@ -73,8 +74,7 @@ public:
     /// Memory for the object that is expected, or null.
     void* storage(std::size_t size)
     {
-        return pending != NONE && at(pending).is_awaited ? take_awaited()
-                                                         : ::operator new(size, std::nothrow);
+        return pending != NONE && at(pending).is_awaited ? take_awaited() : blocks.allocate(size);
     }
 
     /// What was read up to now is in the caller's hands.
@@ -96,6 +96,7 @@ private:
     void* take_awaited();
 
     ByteBuffer entries; // of Entry
+    ObjectBlocks blocks;
     std::uint32_t epoch;
     std::uint32_t pending = NONE;
     std::uint32_t kept = 0;                  // entries that are not deleted
