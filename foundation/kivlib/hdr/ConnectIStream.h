@@ -3,6 +3,7 @@
 #include "kivlib/hdr/KIVIStream.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 /// The object protocol over bytes in memory: headers, load table, versions and numbers.
@@ -26,8 +27,8 @@ public:
     void set_error_state(int state) override;
 
 protected:
-    /// What is read from now on; `bytes` outlive the stream.
-    void set_bytes(const char* bytes, std::size_t size);
+    /// What is read from now on; the bytes outlive the stream.
+    void set_bytes(std::string_view objects, bool has_short_lengths);
 
     /// The next `n` bytes, or null and an error if the record doesn't hold as many.
     const char* take(std::size_t n)
@@ -58,15 +59,17 @@ private:
     KIVObject* read_seen(const ClassDescriptor* expected);
     KIVObject* read_forward(const ClassDescriptor* expected);
     KIVObject* read_arrival();
-    KIVObject* read_new(unsigned class_index, const ClassDescriptor* expected);
-    KIVObject* read_record(const StoredClass& stored, std::uint32_t number);
+    KIVObject* read_new(std::uint16_t tag, const ClassDescriptor* expected);
+    KIVObject* read_record(const StoredClass& stored, std::uint32_t number, std::size_t length);
+    std::size_t read_length(unsigned form);
     bool is_expected(const StoredClass& stored, const ClassDescriptor* expected)
     {
         return !expected || stored.found_to_be == expected || find_to_be(stored, expected);
     }
     bool find_to_be(const StoredClass& stored, const ClassDescriptor* expected);
 
-    const char* bytes = nullptr; // the first
+    const char* bytes = nullptr;    // the first
+    std::uint16_t length_forms = 0; // the bits of a tag that tell the form of the length
     std::vector<StoredClass> classes;
     int version = 0;
     int nesting = 0;

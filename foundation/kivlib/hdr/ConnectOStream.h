@@ -45,6 +45,8 @@ protected:
     struct StoredClass {
         KIVString name;
         int version;
+        std::uint16_t length_form = 0; // of its next record, a LengthForm
+        bool has_records = false;
     };
 
     /// Valid until more is written.
@@ -69,7 +71,9 @@ private:
     void put_forward(const KIVObject* object);
     void put_arrival(const KIVObject* object, std::uint32_t number);
     void put_awaited();
-    void put_record(const KIVObject* object);
+    bool can_nest();
+    void end_new(std::size_t tag_at, unsigned class_index, std::uint16_t guess);
+    void widen_length(std::size_t length_at, std::size_t by);
     std::size_t begin_length();
 
     ByteBuffer payload; // its size is kept in `at`

@@ -111,7 +111,7 @@ void CharIStream::open_container()
     }
     if (!unknown.is_null())
         set_error(UNKNOWN_CLASS, unknown);
-    set_bytes(container.inq_objects().data(), container.inq_objects().size());
+    set_bytes(container.inq_objects(), container.inq_version() >= container::SHORT_LENGTHS);
 }
 
 void CharIStream::clear_buffer()

@@ -23,10 +23,11 @@ bool is_class_of(const ClassDescriptor& actual, const ClassDescriptor& wanted)
 }
 } // namespace
 
-void ConnectIStream::set_bytes(const char* from, std::size_t size)
+void ConnectIStream::set_bytes(std::string_view objects, bool has_short_lengths)
 {
-    bytes = at = from;
-    record_end = from + size;
+    bytes = at = objects.data();
+    record_end = at + objects.size();
+    length_forms = has_short_lengths ? LENGTH_FORMS : 0;
 }
 
 /// In an error nothing is left to read.
@@ -176,7 +177,7 @@ KIVObject* ConnectIStream::read_next(const ClassDescriptor* expected)
     case ARRIVING_OBJECT:
         return read_arrival();
     default:
-        return read_new(tag - FIRST_CLASS, expected);
+        return read_new(tag, expected);
     }
 }
 
@@ -218,15 +219,33 @@ KIVObject* ConnectIStream::read_arrival()
         set_error_state(BAD_HEADER);
         return nullptr;
     }
-    return read_record(*stored, number);
+    return read_record(*stored, number, get_number<std::uint32_t>());
 }
 
-KIVObject* ConnectIStream::read_new(unsigned class_index, const ClassDescriptor* expected)
+std::size_t ConnectIStream::read_length(unsigned form)
 {
+    switch (form) {
+    case LENGTH_32:
+        return get_number<std::uint32_t>();
+    case LENGTH_16:
+        return get_number<std::uint16_t>();
+    case LENGTH_8:
+        return get_number<std::uint8_t>();
+    default:
+        set_error_state(BAD_HEADER);
+        return 0;
+    }
+}
+
+KIVObject* ConnectIStream::read_new(std::uint16_t tag, const ClassDescriptor* expected)
+{
+    const unsigned class_index = static_cast<unsigned>(tag & ~length_forms) - FIRST_CLASS;
     const StoredClass* stored = get_class(class_index);
     if (!stored || !is_expected(*stored, expected))
         return nullptr;
-    KIVObject* object = read_record(*stored, table->add(static_cast<std::uint16_t>(class_index)));
+    const std::size_t length = read_length(tag & length_forms);
+    KIVObject* object =
+        read_record(*stored, table->add(static_cast<std::uint16_t>(class_index)), length);
     if (nesting > 0)
         return object;
     while (table->inq_awaited_count() > 0 && is_okay())
@@ -266,9 +285,9 @@ private:
     int outer_version;
 };
 
-KIVObject* ConnectIStream::read_record(const StoredClass& stored, std::uint32_t number)
+KIVObject* ConnectIStream::read_record(const StoredClass& stored, std::uint32_t number,
+                                       std::size_t length)
 {
-    const auto length = get_number<std::uint32_t>();
     if (length > inq_bytes_at_hand())
         set_error_state(ENDED);
     if (is_stack_below(stack_floor))

@@ -8,6 +8,7 @@
 #include "kivlib/src/object_tags.h"
 
 namespace {
+constexpr char TOO_LONG[] = "a record of more than 4 GiB";
 constexpr int DEEP = 400; // links below this nesting are announced, and written later
 
 /// Only such an object can be announced: its reader is given the place that waits for it.
@@ -19,7 +20,7 @@ bool has_known_size(const KIVObject* object)
 } // namespace
 
 ConnectOStream::ConnectOStream()
-    : table(std::make_unique<StoreTable>()), required_version(container::VERSION)
+    : table(std::make_unique<StoreTable>()), required_version(container::FIRST_VERSION)
 {}
 
 ConnectOStream::~ConnectOStream() = default;
@@ -132,12 +133,55 @@ void ConnectOStream::put_seen(std::uint32_t number)
     put_number(number);
 }
 
+/// The length is known when the record is there, so its form is a guess by earlier records of the
+/// class.
 void ConnectOStream::put_new(const KIVObject* object)
 {
     table->add(object);
-    put_number<std::uint16_t>(
-        static_cast<std::uint16_t>(FIRST_CLASS + intern(object->inq_class_descriptor())));
-    put_record(object);
+    const unsigned class_index = intern(object->inq_class_descriptor());
+    if (!can_nest())
+        return;
+    const std::size_t tag_at = inq_size();
+    const auto form = static_cast<LengthForm>(classes[class_index].length_form);
+    extend(sizeof(std::uint16_t) + width_of(form));
+    ++nesting;
+    insert_without_class_hdr(object);
+    --nesting;
+    end_new(tag_at, class_index, form);
+}
+
+void ConnectOStream::end_new(std::size_t tag_at, unsigned class_index, std::uint16_t guess)
+{
+    auto form = static_cast<LengthForm>(guess);
+    const std::size_t length_at = tag_at + sizeof(std::uint16_t);
+    const std::size_t length = inq_size() - length_at - width_of(form);
+    if (length > UINT32_MAX)
+        set_error(CANT_WRITE, TOO_LONG);
+    if (inq_error_state() != OKAY)
+        return;
+    StoredClass& stored = classes[class_index];
+    const LengthForm narrowest = narrowest_form(length);
+    if (!stored.has_records)
+        stored.length_form = narrowest;
+    stored.has_records = true;
+    if (width_of(narrowest) > width_of(form)) {
+        widen_length(length_at, width_of(narrowest) - width_of(form));
+        form = narrowest;
+        stored.length_form = form;
+    }
+    if (form != LENGTH_32)
+        required_version = std::max(required_version, container::SHORT_LENGTHS);
+    const auto tag = static_cast<std::uint16_t>(form | (FIRST_CLASS + class_index));
+    std::memcpy(payload.data() + tag_at, &tag, sizeof tag);
+    std::memcpy(payload.data() + length_at, &length, width_of(form));
+}
+
+/// Moves a record on, so that its length gets `by` bytes more.
+void ConnectOStream::widen_length(std::size_t length_at, std::size_t by)
+{
+    const std::size_t moved = inq_size() - length_at;
+    if (extend(by))
+        std::memmove(payload.data() + length_at + by, payload.data() + length_at, moved);
 }
 
 void ConnectOStream::put_forward(const KIVObject* object)
@@ -154,7 +198,11 @@ void ConnectOStream::put_arrival(const KIVObject* object, std::uint32_t number)
     put_number<std::uint16_t>(ARRIVING_OBJECT);
     put_number(number);
     put_number(static_cast<std::uint16_t>(intern(object->inq_class_descriptor())));
-    put_record(object);
+    if (!can_nest())
+        return;
+    const std::size_t start = begin_length();
+    insert_without_class_hdr(object);
+    end_record(start);
 }
 
 /// What was announced and is written nowhere else; each record may announce more.
@@ -168,15 +216,11 @@ void ConnectOStream::put_awaited()
     }
 }
 
-void ConnectOStream::put_record(const KIVObject* object)
+bool ConnectOStream::can_nest()
 {
     if (is_stack_below(stack_floor))
         set_error_state(TOO_DEEP);
-    if (inq_error_state() != OKAY)
-        return;
-    const std::size_t start = begin_length();
-    insert_without_class_hdr(object);
-    end_record(start);
+    return inq_error_state() == OKAY;
 }
 
 std::size_t ConnectOStream::begin_length()
@@ -191,7 +235,7 @@ void ConnectOStream::end_record(std::size_t start)
     --nesting;
     const std::size_t length = inq_size() - start;
     if (length > UINT32_MAX)
-        set_error(CANT_WRITE, "a record of more than 4 GiB");
+        set_error(CANT_WRITE, TOO_LONG);
     if (inq_error_state() != OKAY)
         return;
     const auto stored_length = static_cast<std::uint32_t>(length);
