@@ -47,8 +47,18 @@ public:
 
     /// The last cell whose number is at most `number`, or null. Of equal numbers the one that the
     /// search met last is found first.
-    BaseCell* find_cell_at_or_before(int number);
+    BaseCell* find_cell_at_or_before(int number)
+    {
+        const bool is_at_cursor =
+            cursor && cursor->number <= number && (!cursor->next || cursor->next->number > number);
+        return is_at_cursor ? cursor : search(number);
+    }
     BaseCell* find_cell_before(int number);
+
+    /// Grows with every change of the list or of a key in it, so that what was worked out from
+    /// the keys is known to be of their present state.
+    unsigned long inq_change_count() const { return change_count; }
+    void note_change() { ++change_count; }
 
     /// From 1; -1 if the cell is not in the list.
     int inq_key_order(const BaseCell* cell) const;
@@ -56,11 +66,13 @@ public:
 private:
     using Cells = std::vector<BaseCell*>;
 
+    BaseCell* search(int number);
     BaseCell* search_from(BaseCell* start, int number) const;
     Cells::const_iterator find_behind(int number) const;
     Cells::const_iterator find_place(const BaseCell* cell) const;
     void insert(Cells::const_iterator place, BaseCell* cell);
 
+    unsigned long change_count = 1;
     Cells cells; // owned; `next` and `prev` of each cell tell the same order
     BaseCell* cursor = nullptr;
 };

@@ -27,6 +27,7 @@ public:
     gsl::owner<CellData*> create_data() override;
     KeyCell* inq_next_key() const override { return static_cast<KeyCell*>(inq_next()); }
     KeyCell* inq_prev_key() const override { return static_cast<KeyCell*>(inq_prev()); }
+    void set_number(int n) override;
     bool is_a_key() const override;
     void set_needs_saving() override;
     int find(const KIVString& text, int frame, int flags) override;
@@ -81,10 +82,16 @@ public:
     void set_fairing(gsl::owner<Fairing*> new_fairing);
     void reset_interp_len();
     void clear_inbetweens();
+
+    /// Whether a cell was made for any of the frames behind the key.
+    bool has_inbetweens() const { return inbetweens && inbetweens->count() > 0; }
+
+    /// What was worked out from this key is of the past. Nobody is told.
+    void note_change() const;
     void fairing_changed();
     void set_sample_rate(int frames);
     void set_target_interp_len(int frames);
-    void set_interp_len(int frames) { interp_len = frames; }
+    void set_interp_len(int frames);
 
     /// Takes over mode, rate and easing. True if anything changed.
     bool copy_interp_data_from(const KeyCell* source);

@@ -38,6 +38,7 @@ BaseCellList::~BaseCellList()
 
 void BaseCellList::delete_all_cells()
 {
+    note_change();
     cursor = nullptr;
     Cells deleted = std::exchange(cells, {});
     for (gsl::owner<BaseCell*> cell : deleted)
@@ -48,6 +49,7 @@ void BaseCellList::delete_all_cells()
 
 void BaseCellList::insert(Cells::const_iterator place, BaseCell* cell)
 {
+    note_change();
     BaseCell* behind = place == cells.end() ? nullptr : *place;
     BaseCell* before = behind ? behind->prev : inq_last_cell();
     cells.insert(place, cell);
@@ -96,6 +98,7 @@ gsl::owner<BaseCell*> BaseCellList::remove_cell(BaseCell* cell)
     const auto place = find_place(cell);
     if (place == cells.end())
         return cell;
+    note_change();
     if (cell->prev)
         cell->prev->next = cell->next;
     if (cell->next)
@@ -113,10 +116,8 @@ BaseCell* BaseCellList::find_cell(int number)
     return cell && cell->number == number ? cell : nullptr;
 }
 
-BaseCell* BaseCellList::find_cell_at_or_before(int number)
+BaseCell* BaseCellList::search(int number)
 {
-    if (cursor && cursor->number <= number && (!cursor->next || cursor->next->number > number))
-        return cursor;
     if (cells.empty() || cells.front()->number > number)
         return nullptr;
     if (cells.back()->number < number)

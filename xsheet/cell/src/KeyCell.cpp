@@ -65,6 +65,12 @@ gsl::owner<CellData*> KeyCell::create_data()
     return new CellData(this);
 }
 
+void KeyCell::set_number(int n)
+{
+    BaseCell::set_number(n);
+    note_change();
+}
+
 bool KeyCell::is_a_key() const
 {
     return true;
@@ -136,6 +142,7 @@ gsl::owner<BaseCell*> KeyCell::create_inbetween(int offset)
 
 BaseCell* KeyCell::create_and_add_inbetween(int offset)
 {
+    note_change(); // from now on the cell's data count
     BaseCell* cell = create_inbetween(offset);
     if (!inbetweens)
         inbetweens = std::make_unique<BaseCellList>();
@@ -187,6 +194,7 @@ void KeyCell::reset_interp_len()
 {
     const int old_len = std::exchange(interp_len, calc_interp_len());
     if (interp_len != old_len) {
+        note_change();
         set_needs_saving();
         if (fairing)
             fairing->set_number_between(interp_len);
@@ -205,8 +213,21 @@ void KeyCell::tell_reach_changed(int old_len) const
         sub_column->tell_watchers_frame_range_changed(number + interp_len + 1, number + old_len);
 }
 
+void KeyCell::note_change() const
+{
+    if (sub_column)
+        sub_column->inq_key_cell_list()->note_change();
+}
+
+void KeyCell::set_interp_len(int frames)
+{
+    interp_len = frames;
+    note_change();
+}
+
 void KeyCell::clear_inbetweens()
 {
+    note_change();
     if (inbetweens)
         inbetweens->delete_all_cells();
     if (interp_len > 0 && sub_column)
@@ -215,6 +236,7 @@ void KeyCell::clear_inbetweens()
 
 void KeyCell::set_fairing(gsl::owner<Fairing*> new_fairing)
 {
+    note_change();
     fairing.reset(new_fairing);
     set_needs_saving();
 }
@@ -246,6 +268,7 @@ void KeyCell::set_target_interp_len(int frames)
 void KeyCell::set_mode(InterpMode m)
 {
     if (m != mode) {
+        note_change();
         if (mode == IM_INBETWEEN)
             clear_inbetweens();
         mode = m;
@@ -304,6 +327,7 @@ bool KeyCell::copy_interp_data_from(const KeyCell* source)
 bool KeyCell::copy_fairing_from(const KeyCell* source)
 {
     if (!source->fairing) {
+        note_change();
         fairing.reset();
         return false;
     }

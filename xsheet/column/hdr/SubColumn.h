@@ -13,6 +13,7 @@ class XSheet;
 
 #include "xsheet/cell/hdr/BaseCellIterator.h"
 #include "xsheet/cell/hdr/KeyCell.h"
+#include "xsheet/column/hdr/ReadTable.h"
 
 #include <memory>
 
@@ -208,6 +209,17 @@ public:
     static bool shuffle_to_make_space_for_keys;
 
 protected:
+    /// Null where there is none of the keys as they are now.
+    ReadTable* inq_read_table() const
+    {
+        const bool is_of_today =
+            read_table && read_table->made_at == key_cell_list.inq_change_count();
+        return is_of_today ? read_table.get() : nullptr;
+    }
+
+    /// Whatever it speaks of, for the kind of sub-column that uses one.
+    std::unique_ptr<ReadTable>& inq_kept_read_table() { return read_table; }
+
     /// Null before the first watcher.
     const KIVLinkedList* inq_watchers() const { return watchers.get(); }
 
@@ -227,6 +239,7 @@ private:
     int find_in_header(const KIVString& text, int frame, int flags) const;
     int find_in_keys(const KIVString& text, int frame, int flags);
 
+    std::unique_ptr<ReadTable> read_table; // first, since most reads end there
     BaseCellList key_cell_list;
     BaseCellList misc_cell_list;
     Column* column = nullptr;                    // not owned

@@ -52,6 +52,19 @@ public:
     double inq_difference_from_previous_frame(int frame, int i);
     double inq_difference_from_previous_frame(int i);
 
+    /// Whether it has a value of as many elements as the sub-column.
+    bool has_value();
+
+    /// Whether this key and the frames behind it hold just what its class, mode, value and easing
+    /// say: it follows no other column, and no cell was made for those frames.
+    bool is_plain();
+
+    /// Whether they hold, as a plain key's, a straight blend of this key and the next.
+    bool goes_straight();
+
+    /// Element `i`, of those that there are, in such a blend.
+    double inq_straight_element(int i, int offset);
+
     /// Element `i` of this key itself; 0 without data.
     double inq_own_element(int i);
 

@@ -73,7 +73,7 @@ public:
     void set_maximum_values(const Vector& values) { maximum_values = values; }
     void set_default_values(const Vector& values) { default_values = values; }
     NumericColumnPolicy* inq_policy() const { return policy.get(); }
-    void set_policy(gsl::owner<NumericColumnPolicy*> new_policy) { policy.reset(new_policy); }
+    void set_policy(gsl::owner<NumericColumnPolicy*> new_policy);
     KIVDefaultUnitHandler* inq_unit_handler() const { return unit_handler.get(); }
     void set_unit_type(KIVUnitType type);
     void set_precision(int places);
@@ -103,6 +103,8 @@ protected:
 private:
     template <class Record> void record(Record& r);
     void take_units_of_scene();
+    double work_out_element(int element, int frame);
+    void note_read();
 
     std::unique_ptr<KIVDefaultUnitHandler> unit_handler;
     int order;

@@ -3,10 +3,17 @@
 #include "curveslib/hdr/Fairing.h"
 #include "kivlib/hdr/Record.h"
 #include "xsheet/column/hdr/XSheetFinderFlags.h"
+#include "xsheet/numeric/hdr/AngleSubColumn.h"
 #include "xsheet/numeric/hdr/NumericInbetweenCell.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
+#include "xsheet/numeric/hdr/NumericTSubColumn.h"
+#include "xsheet/numeric/hdr/NumericXYSubColumn.h"
+#include "xsheet/numeric/hdr/ScaleSubColumn.h"
+#include "xsheet/numeric/hdr/WidthSubColumn.h"
 #include "xsheet/numeric/src/make_numeric_data.h"
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
+
+#include <typeinfo>
 
 KIV_STORED_CLASS(NumericKeyCell, 125);
 
@@ -112,6 +119,44 @@ gsl::owner<BaseCell*> NumericKeyCell::create_inbetween(int offset)
     return new NumericInbetweenCell(this, offset);
 }
 
+namespace {
+/// Whether a key makes its in-betweens as this room does. They differ only in what they are called.
+bool is_ordinary(const NumericKeyCell& key)
+{
+    const std::type_info& type = typeid(key);
+    return type == typeid(NumericKeyCell) || type == typeid(NumericXYKeyCell) ||
+           type == typeid(NumericTKeyCell) || type == typeid(AngleKeyCell) ||
+           type == typeid(ScaleKeyCell) || type == typeid(WidthKeyCell);
+}
+} // namespace
+
+bool NumericKeyCell::has_value()
+{
+    const CellData* data = inq_data();
+    return data && static_cast<const BaseNumericCellData*>(data)->inq_order() == inq_order();
+}
+
+bool NumericKeyCell::is_plain()
+{
+    return !ratio_data && !has_inbetweens() && is_ordinary(*this) && has_value();
+}
+
+bool NumericKeyCell::goes_straight()
+{
+    const NumericSubColumn* sub_column = inq_numeric_sub_column();
+    const NumericColumnPolicy* policy = sub_column ? sub_column->inq_policy() : nullptr;
+    return inq_mode() == IM_INBETWEEN && policy &&
+           typeid(*policy) == typeid(NormalNumericColumnPolicy) && is_plain() &&
+           static_cast<NumericKeyCell*>(inq_next_key())->has_value();
+}
+
+double NumericKeyCell::inq_straight_element(int i, int offset)
+{
+    const double factor = inq_ifactor(offset);
+    auto* next = static_cast<NumericKeyCell*>(inq_next_key());
+    return (1.0 - factor) * inq_own_element(i) + factor * next->inq_own_element(i);
+}
+
 double NumericKeyCell::inq_own_element(int i)
 {
     const CellData* data = inq_data();
@@ -206,6 +251,7 @@ bool NumericKeyCell::load_finished_with_abort()
 
 void NumericKeyCell::set_is_ratioed(bool is_ratioed)
 {
+    note_change();
     if (!is_ratioed)
         ratio_data.reset();
     else if (!ratio_data)

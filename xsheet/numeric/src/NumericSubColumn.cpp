@@ -12,6 +12,7 @@
 #include "xsheet/numeric/hdr/NumericCellData.h"
 #include "xsheet/numeric/hdr/NumericInbetweenCell.h"
 #include "xsheet/numeric/hdr/NumericKeyCell.h"
+#include "xsheet/numeric/src/NumericSpans.h"
 #include "xsheet/ratio/hdr/RatioColumnData.h"
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
 
@@ -220,6 +221,12 @@ void NumericSubColumn::set_precision(int places)
     set_needs_saving();
 }
 
+void NumericSubColumn::set_policy(gsl::owner<NumericColumnPolicy*> new_policy)
+{
+    policy.reset(new_policy);
+    inq_key_cell_list()->note_change();
+}
+
 gsl::owner<KeyCell*> NumericSubColumn::create_new_key_with_label(int new_label)
 {
     return new NumericKeyCell(this, -1, static_cast<unsigned>(new_label));
@@ -227,7 +234,33 @@ gsl::owner<KeyCell*> NumericSubColumn::create_new_key_with_label(int new_label)
 
 double NumericSubColumn::inq_element(int element, int frame)
 {
-    const BaseNumericCellData* data = inq_data_of(inq_cell(frame));
+    if (auto* spans = static_cast<NumericSpans*>(inq_read_table()))
+        if (const std::optional<double> value = spans->read(element, frame))
+            return *value;
+    return work_out_element(element, frame);
+}
+
+/// Keys that are read again and again without a change get a table.
+void NumericSubColumn::note_read()
+{
+    std::unique_ptr<ReadTable>& table = inq_kept_read_table();
+    if (!table)
+        table = std::make_unique<NumericSpans>();
+    if (table->made_at != inq_key_cell_list()->inq_change_count())
+        static_cast<NumericSpans&>(*table).note_read(*this);
+}
+
+/// Between keys that are blended straight it needs no cell, unless somebody has made one.
+double NumericSubColumn::work_out_element(int element, int frame)
+{
+    note_read();
+    auto* key = static_cast<NumericKeyCell*>(inq_key_cell_list()->find_cell_at_or_before(frame));
+    const int offset = key ? frame - key->inq_number() : 0;
+    const bool is_behind = offset > 0 || (key && offset == 0 && Fairing::inq_half_frame());
+    if (is_behind && offset <= key->inq_interp_len() && element >= 0 && element < order &&
+        key->goes_straight())
+        return key->inq_straight_element(element, offset);
+    const BaseNumericCellData* data = inq_data_of(key ? key->inq_cell(frame) : nullptr);
     return data ? data->inq_element(element) : inq_blank_value(element);
 }
 
