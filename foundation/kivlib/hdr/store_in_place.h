@@ -3,6 +3,8 @@
 class KIVObject;
 class KIVString;
 
+enum class OnFailure { TELL_USER, SAY_NOTHING };
+
 /// Writes the object to a file of its own: afterwards the file is whole or, on failure, as it was.
-/// The user is told of a failure.
-bool store_in_place(const KIVObject& object, const KIVString& path);
+bool store_in_place(const KIVObject& object, const KIVString& path,
+                    OnFailure on_failure = OnFailure::TELL_USER);

@@ -5,7 +5,7 @@
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
 #include "kivlib/src/KvdRecord.h"
-#include "kivlib/src/store_in_place.h"
+#include "kivlib/hdr/store_in_place.h"
 
 KIV_STORED_CLASS(KvdRecord, -1);
 
