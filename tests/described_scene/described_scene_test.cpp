@@ -144,21 +144,13 @@ struct Described {
     Described()
     {
         folder.write("scene.json", DESCRIPTION);
-        folder.write("bird.ppm", green_picture());
+        folder.write("bird.ppm", "P3 2 2 255  0 255 0  0 255 0  0 255 0  0 255 0");
         std::ostringstream command;
         command << std::quoted(MONTARAY_SCENE) << " build "
                 << std::quoted(folder.path("scene.json").str()) << ' '
                 << std::quoted(folder.path("scene").str());
         if (std::system(command.str().c_str()) == 0)
             scene.reset(KIVScene::load_from_file(folder.path("scene"), nullptr, false));
-    }
-
-    static std::string green_picture()
-    {
-        std::string text = "P3 20 10 255\n";
-        for (int i = 0; i < 20 * 10; ++i)
-            text += "0 255 0\n";
-        return text;
     }
 
     template <class Wanted> Wanted* find(const char* name) const

