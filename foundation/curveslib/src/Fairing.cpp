@@ -11,6 +11,7 @@ using Points = std::vector<FairingCP>;
 constexpr std::size_t BYTES_PER_POINT = 6 * sizeof(double);
 constexpr double MOST_FRAMES = 100'000'000; // a damaged file may hold any number
 constexpr double FLAT = 1e-9;               // a part of a curve that climbs less is a straight ramp
+constexpr double UPRIGHT = 1e-5;            // times per height where a curve is as good as upright
 
 template <class Record> void record_place(Record& r, Place& place)
 {
@@ -49,17 +50,18 @@ struct Segment {
     {
         if (!runs_back())
             return;
-        p1.time = std::clamp(p1.time, p0.time, std::max(p0.time, p3.time));
-        p2.time = std::clamp(p2.time, p0.time, std::max(p0.time, p3.time));
+        const double longest = (1.0 - UPRIGHT) * std::max(0.0, p3.time - p0.time);
+        p1.time = p0.time + std::clamp(p1.time - p0.time, 0.0, longest);
+        p2.time = p3.time - std::clamp(p3.time - p2.time, 0.0, longest);
     }
 
-    /// Handles that reach past the other point may let the curve run back in time. They need not:
-    /// the halves of a curve whose handles cross have such handles.
+    /// Handles that reach past the other point may let the curve run back in time, or so nearly
+    /// stand upright that a height can't be told from its time. They need not: the halves of a
+    /// curve whose handles cross have such handles.
     bool runs_back() const
     {
-        constexpr double ROUNDING = 1.0 + 1e-9;
         const double d0 = p1.time - p0.time, d1 = p2.time - p1.time, d2 = p3.time - p2.time;
-        return d0 < 0.0 || d2 < 0.0 || (d1 < 0.0 && d1 * d1 > d0 * d2 * ROUNDING);
+        return d0 < 0.0 || d2 < 0.0 || (d1 < 0.0 && d1 * d1 > d0 * d2 * (1.0 - UPRIGHT));
     }
 
     double height_at(double u) const

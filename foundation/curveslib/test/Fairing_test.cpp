@@ -104,6 +104,10 @@ TEST(Fairing, draws_the_same_curve_when_it_is_split)
     crossed.create_empty_cps(2);
     *crossed.inq_control_point(0) = {{0.0, 0.0}, {}, {0.9, 0.0}};
     *crossed.inq_control_point(1) = {{1.0, 1.0}, {-0.9, 0.0}, {}};
+    Fairing upright(19); // in the middle
+    upright.create_empty_cps(2);
+    *upright.inq_control_point(0) = {{0.0, 0.0}, {}, {1.0, 0.2}};
+    *upright.inq_control_point(1) = {{1.0, 1.0}, {-1.1, 0.0}, {}};
     Fairing beyond(19); // that reaches its height too early and stays
     beyond.create_empty_cps(2);
     *beyond.inq_control_point(0) = {{0.0, 0.0}, {}, {0.3, 0.9}};
@@ -112,7 +116,7 @@ TEST(Fairing, draws_the_same_curve_when_it_is_split)
     late.create_empty_cps(2);
     *late.inq_control_point(0) = {{0.4, 0.1}, {-0.2, 0.3}, {0.1, 0.2}};
     *late.inq_control_point(1) = {{0.8, 0.9}, {-0.1, -0.1}, {0.1, -0.4}};
-    for (const Fairing* each : {&crossed, &beyond, &late})
+    for (const Fairing* each : {&crossed, &upright, &beyond, &late})
         for (int cut = 1; cut < 20; ++cut)
             expect_same_curve_after_split(*each, cut);
 
