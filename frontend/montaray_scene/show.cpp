@@ -8,7 +8,9 @@
 #include "curveslib/hdr/Fairing.h"
 #include "frontend/montaray_scene/verbs.h"
 #include "frontend/montaray_scene/words.h"
+#include "kivlib/hdr/SearchFileFinder.h"
 #include "scene/hdr/KIVScene.h"
+#include "scene/hdr/RasterAsset.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
 #include "xsheet/numeric/hdr/NumericKeyCell.h"
@@ -84,8 +86,9 @@ void show_value(const SubColumn& column, KeyCell& key)
     if (!data)
         return;
     if (column.inq_type() == RASTER_COLUMN) {
-        const KIVString* file = static_cast<const RasterSeqCellData*>(data)->inq_file_name();
-        std::cout << called(file);
+        const auto& image = static_cast<const RasterSeqCellData&>(*data);
+        std::cout << (image.inq_asset() ? image.inq_asset()->inq_local_path().str()
+                                        : called(image.inq_file_name()));
     } else if (key.is_kind_of("NumericKeyCell")) {
         const auto& numbers = static_cast<const BaseNumericCellData&>(*data);
         for (int i = 0; i < numbers.inq_order(); ++i)
@@ -144,15 +147,17 @@ void show_column(Column& column, std::size_t depth)
 }
 } // namespace
 
-int show_scene(const std::string& scene_folder)
+int show_scene(const std::string& scene_folder, FileSearch* search)
 {
-    const std::unique_ptr<KIVScene> scene(
-        KIVScene::load_from_file(scene_folder.c_str(), nullptr, false));
+    const std::unique_ptr<KIVScene> scene(KIVScene::load_from_file(
+        scene_folder, search ? new SearchFileFinder(*search) : nullptr, false));
     if (!scene)
         return FAILED;
     show_cover_sheet(*scene->inq_cover_sheet());
     show_graph(*scene->inq_graph());
     std::cout << "\nSheet\n";
     show_column(*scene->inq_xsheet(), 1);
+    if (search)
+        std::cout << "\nFiles\n" << search->report().c_str();
     return DONE;
 }

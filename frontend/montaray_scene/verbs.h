@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
+
+class FileSearch;
 
 // What `montaray-scene` can do; each gives the exit status.
 
@@ -9,5 +12,15 @@ enum ExitStatus { DONE = 0, FAILED = 1, BAD_INPUT = 2 };
 /// Makes the scene that a JSON file describes.
 int build_scene(const std::string& description, const std::string& scene_folder);
 
-/// Prints the sheet and the graph of a scene.
-int show_scene(const std::string& scene_folder);
+/// Prints the sheet and the graph of a scene, and what became of lost files if a search is given;
+/// it may be null.
+int show_scene(const std::string& scene_folder, FileSearch* search);
+
+/// Tells all that is wrong with the files of a scene, and changes nothing.
+int check_scene(const std::string& scene_folder, FileSearch& search);
+
+/// Ends or undoes a save that was interrupted.
+int recover_scene(const std::string& scene_folder);
+
+/// Makes a numbered copy beside a scene, and deletes older ones beyond `keep`, if it is given.
+int back_up_scene(const std::string& scene_folder, std::optional<int> keep);

@@ -3,6 +3,8 @@
 #include "kivlib/hdr/KIVFile.h"
 #include "kivlib/hdr/StoredClass.h"
 
+#include <array>
+
 class BaseFileFinder;
 
 /// Kinds of asset. The numbers are stored.
@@ -13,6 +15,10 @@ enum AssetKind : unsigned int {
     MODEL_ASSET = 3,
     ASSET_KIND_COUNT = 4
 };
+
+/// Their lists in the record of a scene folder.
+inline constexpr std::array<const char*, ASSET_KIND_COUNT> ASSET_KIND_NAMES = {"Images", "Levels",
+                                                                               "Sounds", "Models"};
 
 /// A file that a scene depends on and does not contain. Cells refer to it by kind and tag, so its
 /// path can change in one place. The asset manager owns it.

@@ -47,6 +47,9 @@ public:
     /// The asset's file for the caller to delete, or null.
     gsl::owner<KIVFile*> export_asset(unsigned int kind, unsigned long tag) const;
 
+    /// Somebody knows an asset by this tag, so no new one gets it.
+    void reserve_tag(unsigned int kind, unsigned long tag);
+
     /// An asset that keeps the tag it had.
     void import_asset(const KIVFile& file, unsigned int kind, unsigned long tag);
 

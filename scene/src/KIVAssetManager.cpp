@@ -137,6 +137,14 @@ void KIVAssetManager::import_asset(const KIVFile& file, unsigned int kind, unsig
     enter(asset, kind);
 }
 
+// A tag near the last one is damage, and would leave no tags to be given.
+void KIVAssetManager::reserve_tag(unsigned int kind, unsigned long tag)
+{
+    constexpr unsigned long MOST = LAST_TAG / 2;
+    if (kind < ASSET_KIND_COUNT && tag <= MOST)
+        next_tag[kind] = std::max(next_tag[kind], static_cast<int>(tag) + 1);
+}
+
 void KIVAssetManager::enter(gsl::owner<BaseSceneAsset*> asset, unsigned int kind)
 {
     assets[kind]->add(asset->inq_tag(), *asset);

@@ -16,6 +16,8 @@
 #include "scene/hdr/KIVSceneWatcher.h"
 #include "scene/hdr/TransitionalAssets.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
+#include "xsheet/store_control/hdr/LoadFindings.h"
 #include "xsheet/store_control/hdr/SceneParts.h"
 #include "xsheet/store_control/hdr/StoreFile.h"
 
@@ -150,13 +152,31 @@ void KIVScene::read_parts(XSheetStoreController& store)
     field_chart = std::make_unique<KIVFieldChart>(this);
 }
 
+namespace {
+/// What keys name by a tag that the record has lost must not become the next new asset.
+void reserve_tags_of_keys(XSheet& sheet, KIVAssetManager& assets)
+{
+    const std::unique_ptr<KIVLinkedList> columns(
+        sheet.inq_deep_sub_column_list(RasterSeqSubColumn::TYPE));
+    for (const RasterSeqSubColumn* column : columns->of<RasterSeqSubColumn>())
+        if (const int tag = column->inq_highest_asset_id(); tag >= 0)
+            assets.reserve_tag(RASTER_ASSET, static_cast<unsigned long>(tag));
+}
+} // namespace
+
 bool KIVScene::load_finished_with_abort(bool flag)
 {
+    const LoadFindings findings;
+    reserve_tags_of_keys(*xsheet, *asset_manager);
     if (xsheet->load_finished_with_abort(this))
         return true;
     cover_sheet->just_loaded_into(this);
     const bool abort = graph->load_finished_with_abort(xsheet.get(), flag);
     tw_scene_fully_loaded(inq_xs_store_control());
+    if (!abort)
+        findings.tell(current_file);
+    if (!findings.inq_all().empty())
+        xsheet->set_needs_saving(); // its file names what it no longer has
     return abort;
 }
 

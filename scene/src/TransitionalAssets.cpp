@@ -6,14 +6,11 @@
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 namespace {
-constexpr std::array<const char*, ASSET_KIND_COUNT> KIND_NAMES = {"Images", "Levels", "Sounds",
-                                                                  "Models"};
-
 void import_references(KIVAssetManager& manager, const KIVFile& folder)
 {
     for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind)
-        for (KIVFileReferenceListIter i(folder.inq_reference_list_value(KIND_NAMES[kind])); i.ok();
-             i.advance())
+        for (KIVFileReferenceListIter i(folder.inq_reference_list_value(ASSET_KIND_NAMES[kind]));
+             i.ok(); i.advance())
             if (i.inq_tag() >= 0)
                 manager.import_asset(i.inq_target(), kind, static_cast<unsigned long>(i.inq_tag()));
 }
@@ -36,7 +33,7 @@ KIVFileReferenceList list_references(const KIVAssetManager& manager, const KIVFi
     KIVFileReferenceList list;
     for (const unsigned long tag : manager.inq_tags(kind)) {
         const std::unique_ptr<KIVFile> file(manager.export_asset(kind, tag));
-        list.add(KIVFileReference(folder, *file, KIND_NAMES[kind]), static_cast<int>(tag));
+        list.add(KIVFileReference(folder, *file, ASSET_KIND_NAMES[kind]), static_cast<int>(tag));
     }
     return list;
 }
@@ -56,7 +53,7 @@ void TransitionalAssets::save_asset_manager(KIVAssetManager* manager, XSheetStor
     KIVFile folder(*store->inq_root_folder());
     for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind) {
         const KIVFileReferenceList list = list_references(*manager, folder, kind);
-        folder.set_reference_list_value(KIND_NAMES[kind], &list);
+        folder.set_reference_list_value(ASSET_KIND_NAMES[kind], &list);
     }
     SaveFile file(*store, ASSET_PART);
     if (file.inq_stream()) {

@@ -7,7 +7,7 @@
 #include "scene/hdr/SoundAsset.h"
 #include "scene/hdr/TransitionalAssets.h"
 #include "tests/support/Captured.h"
-#include "tests/support/OldRecord.h"
+#include "tests/support/OldAssets.h"
 #include "tests/support/TempFolder.h"
 #include "xsheet/store_control/hdr/XSheetStoreController.h"
 
@@ -54,35 +54,6 @@ struct WithFinder {
     WithFinder(const char* path, bool leave) { set_file_finder(new OneAnswer(path, leave)); }
     ~WithFinder() { delete_file_finder(); }
 };
-
-void tell_asset(OldRecord& out, const char* class_name, int tag, unsigned int kind,
-                const char* path)
-{
-    out.nested(class_name, 1, [&](OldRecord& r) {
-        KIVString name("shown");
-        KIVString stored_path(path);
-        r << static_cast<long>(tag) << kind;
-        r.insert_with_class_hdr(&name);
-        r.insert_with_class_hdr(&stored_path);
-        if (kind == LEVEL_ASSET)
-            r << 1;
-    });
-}
-
-/// The old asset file with one asset of each of its kinds, tagged 2.
-std::string tell_old_assets(const char* class_of_levels)
-{
-    OldRecord old("KIVAssetManager", 1);
-    const char* const classes[] = {"RasterAsset", class_of_levels, "SoundAsset"};
-    for (unsigned int kind = 0; kind < 3; ++kind) {
-        old.nested("NameKeyDictionary", 1, [&](OldRecord& r) {
-            r << 1 << 2L;
-            tell_asset(r, classes[kind], 2, kind, "art\\line.tif");
-        });
-        old << 5;
-    }
-    return old.finish();
-}
 } // namespace
 
 TEST_F(AssetFolder, keeps_tags_and_holes_over_a_save)

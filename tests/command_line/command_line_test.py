@@ -5,27 +5,13 @@ that ImageMagick composes too.
     command_line_test.py BIN_FOLDER
 """
 
-import json
 import math
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
-from pathlib import Path
 
-BIN = Path(sys.argv.pop(1)).resolve()
-LONG_ENOUGH = 120  # seconds
-
-
-def run(program, *arguments, cwd=None):
-    return subprocess.run([BIN / program, *map(str, arguments)], capture_output=True, text=True,
-                          cwd=cwd, timeout=LONG_ENOUGH, check=False)
-
-
-def convert(*arguments):
-    return subprocess.run(["convert", *map(str, arguments)], check=True, capture_output=True,
-                          text=True).stdout
+from programs import InFolder, card, convert, images, output, run
 
 
 def psnr(a, b):
@@ -42,43 +28,6 @@ def pixel(image, x, y):
     samples = [float(n) for n in re.search(r"\(([^)]*)\)", text.splitlines()[1])
                .group(1).split(",")]
     return [round(n) for n in samples]
-
-
-def card(name, red, green, blue):
-    return {"name": name, "type": "Color Card",
-            "columns": {"Color": [{"frame": 1, "value": [red, green, blue]}]}}
-
-
-def images(name, *files):
-    keys = [{"frame": index + 1, "file": str(file)} for index, file in enumerate(files)]
-    return {"name": name, "type": "BG/OL", "columns": {"BG/OL": keys}}
-
-
-def output(*inputs):
-    return {"name": "Output", "class": "CNodeRostrum", "inputs": list(inputs)}
-
-
-class InFolder(unittest.TestCase):
-    def setUp(self):
-        self.keeper = tempfile.TemporaryDirectory()
-        self.folder = Path(self.keeper.name)
-
-    def tearDown(self):
-        self.keeper.cleanup()
-
-    def build(self, nodes, length=4, name="scene", **more):
-        description = self.folder / f"{name}.json"
-        description.write_text(json.dumps({"length": length, "nodes": nodes, **more}))
-        return run("montaray-scene", "build", description, self.folder / name)
-
-    def make_scene(self, nodes, **more):
-        built = self.build(nodes, **more)
-        self.assertEqual((built.returncode, built.stderr), (0, ""))
-        return self.folder / more.get("name", "scene")
-
-    def render(self, scene, *options):
-        frames = self.folder / "frames"
-        return run("CMontaray", "image", *options, "-o", frames, scene), frames
 
 
 class ResultCodes(InFolder):

@@ -68,34 +68,37 @@ TEST(CoverSheet, comes_back_as_it_was_stored_and_counts_as_saved)
     EXPECT_EQ(read->inq_coversheet_stamp_user(), get_user_login_name());
 }
 
-TEST(CoverSheet, reads_files_from_before_the_unit_offset_and_the_trim)
+TEST(CoverSheet, reads_the_fields_of_each_version)
 {
-    OldRecord oldest("CoverSheet", 130);
-    tell_common_fields(oldest, "first");
-    auto read = oldest.read<CoverSheet>();
-    EXPECT_EQ(read->inq_string(0), "first");
-    EXPECT_EQ(read->inq_scene_stamp_user(), "ada");
-    EXPECT_EQ(read->inq_frame_rate(), 25);
-    EXPECT_EQ(read->inq_field_size(), 14);
-    EXPECT_EQ(read->inq_length_units(), 3);
-    EXPECT_EQ(read->inq_field_chart_type(), CAMERA_HDTV);
-    EXPECT_EQ(read->inq_field_chart_ratio(), 1.5);
-    EXPECT_EQ(read->inq_unit_offset(), 5000.0);
-
-    OldRecord old("CoverSheet", 141);
-    tell_common_fields(old, "second");
-    old << 4500.0;
-    read = old.read<CoverSheet>();
-    EXPECT_EQ(read->inq_unit_offset(), 4500.0);
-    EXPECT_EQ(read->inq_trimmed_xsht_converter(), nullptr);
-    EXPECT_EQ(read->inq_start_trim_frames(), 0);
-
+    OwnSettings settings;
     const auto scene = new_scene();
-    read->just_loaded_into(scene.get());
-    ASSERT_NE(read->inq_trimmed_xsht_converter(), nullptr);
-    EXPECT_FALSE(read->inq_trimmed_xsht_converter()->inq_is_trimmed());
-    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_active_length(),
-              scene->inq_xsheet()->inq_scene_length());
+    for (const int version : {130, 131, 141, 142}) {
+        SCOPED_TRACE(version);
+        OldRecord old("CoverSheet", version);
+        tell_common_fields(old, "first");
+        if (version >= 131)
+            old << 4500.0;
+        if (version >= 142)
+            old.nested("TrimmedXSheetConverter", 147, [](OldRecord& r) { r << 8 << 9; });
+        const auto read = old.read<CoverSheet>();
+        ASSERT_NE(read, nullptr);
+        EXPECT_EQ(read->inq_string(0), "first");
+        EXPECT_EQ(read->inq_scene_stamp_user(), "ada");
+        EXPECT_EQ(read->inq_frame_rate(), 25);
+        EXPECT_EQ(read->inq_field_size(), 14);
+        EXPECT_EQ(read->inq_length_units(), 3);
+        EXPECT_EQ(read->inq_field_chart_type(), CAMERA_HDTV);
+        EXPECT_EQ(read->inq_field_chart_ratio(), 1.5);
+        EXPECT_EQ(read->inq_field_chart_style(), FIELD_CHART_GRID);
+        EXPECT_EQ(read->inq_unit_offset(), version >= 131 ? 4500.0 : 5000.0);
+        EXPECT_EQ(read->inq_trimmed_xsht_converter() != nullptr, version >= 142);
+        EXPECT_EQ(read->inq_end_trim_frames(), version >= 142 ? 9 : 0);
+
+        read->just_loaded_into(scene.get());
+        ASSERT_NE(read->inq_trimmed_xsht_converter(), nullptr);
+        EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_xsheet(), scene->inq_xsheet());
+        EXPECT_EQ(read->inq_start_trim_frames(), version >= 142 ? 8 : 0);
+    }
 }
 
 TEST(Approval, of_the_oldest_files_has_no_contents)

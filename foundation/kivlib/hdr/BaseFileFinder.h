@@ -10,7 +10,7 @@ public:
     virtual ~BaseFileFinder() = default;
 
     /// The path to use instead of `file`, which may be the same. `title` says what is looked for.
-    /// With `*leave` set, the file stays as it is.
+    /// With `*leave` set, the file stays as it is and the load that asks is given up.
     virtual KIVString find_replacement(const KIVFile& file, const char* title, bool* leave) = 0;
 
     /// Whether any file was replaced so far.

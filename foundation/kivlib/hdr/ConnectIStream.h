@@ -34,8 +34,9 @@ protected:
     std::size_t inq_offset() const { return pos; }
     void set_offset(std::size_t offset);
 
-    /// One class that the stream speaks of. False if it is unknown, here and as a module.
-    bool add_class(const KIVString& name, int stored_version);
+    /// One class that the stream speaks of: OKAY if it can be read, here or by a module, else the
+    /// error that it is.
+    int add_class(const KIVString& name, int stored_version);
 
 private:
     struct StoredClass {

@@ -6,7 +6,8 @@
 #include <memory>
 #include <vector>
 
-/// Pairs of a hash and two objects, in buckets that grow with the count. Refers to its objects.
+/// Pairs of a hash and two objects, in buckets that grow with the count. Refers to its objects,
+/// unless it came from a stream: then it owns those that it holds.
 class DictionaryBase : public KIVObject {
     KIV_STORED_ABSTRACT(DictionaryBase, KIVObject);
 
@@ -47,6 +48,7 @@ private:
     void clear();
 
     int size = 0;
+    bool owns = false;
 };
 
 /// Objects by object: two keys are the same if `is_same_as` says so.

@@ -27,6 +27,13 @@ public:
     void set_universal_or_legacy_path(const KIVString& path);
     const KIVString& inq_universal_path() const { return universal_path; }
 
+    /// For a file that is lost: where it should lie, going by its place in the project.
+    void set_universal_path(const KIVString& path) { universal_path = path; }
+
+    /// The path from this folder to `target`, with slashes: the shortest one that still leads
+    /// there when both move together, whichever symbolic links were used to name them.
+    KIVString inq_way_to(const KIVString& target) const;
+
     /// The name shown to users: the one given, or else the file's without folder and extension.
     KIVString get_user_name() const;
     void set_user_name(const KIVString& name) { user_name = name; }
@@ -45,9 +52,16 @@ public:
     void extract_kvd(KIVIStream& stream);
 
 private:
+    struct Way {
+        KIVString to; // a folder
+        KIVString path;
+    };
+
     KvdRecord& inq_record() const;
+    KIVString find_way_to_folder(const KIVString& target) const;
 
     KIVString universal_path;
     KIVString user_name;
     mutable std::unique_ptr<KvdRecord> record; // null until it is asked for
+    mutable std::unique_ptr<Way> last_way;     // files mostly share their folder; null at first
 };

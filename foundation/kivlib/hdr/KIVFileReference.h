@@ -19,11 +19,12 @@ public:
     const KIVString& inq_kind() const { return kind; }
 
     /// The target as seen from `folder`: by its relative path if a file is there, else by its
-    /// local path.
-    KIVFile inq_target(const KIVString& folder) const;
+    /// local path. `real_folder` is the folder without symbolic links and goes before it.
+    KIVFile inq_target(const KIVString& folder, const KIVString& real_folder) const;
 
 private:
     template <class Record> void record(Record& r);
+    bool find_target_in(const KIVString& folder, KIVFile& target) const;
 
     KIVString kind;
     KIVString local_path;
@@ -44,7 +45,7 @@ public:
     void add(const KIVFileReference& reference, int tag);
 
     /// Where the targets are looked for; set by the file that has the list.
-    void set_folder(const KIVString& path) { folder = path; }
+    void set_folder(const KIVString& path);
 
 private:
     friend class KIVFileReferenceListIter;
@@ -56,6 +57,7 @@ private:
 
     std::vector<Entry> entries;
     KIVString folder;
+    KIVString real_folder; // the same without symbolic links
 };
 
 /// `for (KIVFileReferenceListIter i(list); i.ok(); i.advance())`. A null list is empty.
@@ -65,7 +67,10 @@ public:
 
     bool ok() const { return list && index < list->entries.size(); }
     void advance() { ++index; }
-    KIVFile inq_target() const { return list->entries[index].reference.inq_target(list->folder); }
+    KIVFile inq_target() const
+    {
+        return list->entries[index].reference.inq_target(list->folder, list->real_folder);
+    }
     int inq_tag() const { return list->entries[index].tag; }
 
 private:

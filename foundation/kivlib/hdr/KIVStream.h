@@ -20,6 +20,7 @@ public:
         ENDED,
         BAD_HEADER,
         UNKNOWN_CLASS,
+        NEWER_CLASS,
         WRONG_CLASS,
         OWNED_TWICE,
         TOO_DEEP,

@@ -18,6 +18,9 @@ KIVString inq_working_directory();
 /// `path` without dots and doubled slashes, from the root of the file system.
 KIVString inq_absolute_path(const KIVString& path);
 
+/// The same, with symbolic links followed as far as something is there.
+KIVString inq_real_path(const KIVString& path);
+
 /// Gives the content of `from` the second name `to`, which outlives the first. 0 on success.
 int make_symbolic_link(const KIVString& from, const KIVString& to);
 

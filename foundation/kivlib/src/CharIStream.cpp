@@ -79,6 +79,13 @@ std::optional<ClassEntry> take_class(std::string_view& table)
     table.remove_prefix(length);
     return entry;
 }
+
+void add_name(KIVString& names, const ClassEntry& entry)
+{
+    if (!names.is_null())
+        names += ", ";
+    names += std::string(entry.name) + " of version " + std::to_string(entry.version);
+}
 } // namespace
 
 CharIStream::CharIStream(std::string_view container)
@@ -92,14 +99,16 @@ void CharIStream::open_container()
     const Container container({buffer.data(), buffer.size()});
     if (buffer.has_failed())
         set_error_state(NO_MEMORY);
-    if (const int error = container.find_error())
-        set_error(error, error == NEWER_CONTAINER
-                             ? "form " + KIVString(static_cast<int>(container.inq_version()), 0)
-                             : KIVString());
+    if (const int outer_error = container.find_error())
+        set_error(outer_error,
+                  outer_error == NEWER_CONTAINER
+                      ? "form " + KIVString(static_cast<int>(container.inq_version()), 0)
+                      : KIVString());
     if (inq_error_state() != OKAY)
         return;
 
-    KIVString unknown;
+    KIVString unreadable;
+    int error = OKAY; // NEWER_CLASS tells of the release that knows all of them
     std::string_view table = container.inq_class_table();
     for (std::uint32_t left = container.inq_class_count(); left > 0; --left) {
         const std::optional<ClassEntry> entry = take_class(table);
@@ -107,11 +116,13 @@ void CharIStream::open_container()
             set_error_state(BAD_HEADER);
             return;
         }
-        if (!add_class(entry->name, entry->version))
-            unknown += (unknown.is_null() ? "" : ", ") + KIVString(entry->name);
+        if (const int class_error = add_class(entry->name, entry->version)) {
+            error = error == NEWER_CLASS ? error : class_error;
+            add_name(unreadable, *entry);
+        }
     }
-    if (!unknown.is_null())
-        set_error(UNKNOWN_CLASS, unknown);
+    if (error != OKAY)
+        set_error(error, unreadable);
     set_bytes(container.inq_objects().data(), container.inq_objects().size());
 }
 

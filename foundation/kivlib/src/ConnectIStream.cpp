@@ -118,14 +118,16 @@ KIVIStream& ConnectIStream::operator>>(char* text)
     return *this;
 }
 
-bool ConnectIStream::add_class(const KIVString& name, int stored_version)
+int ConnectIStream::add_class(const KIVString& name, int stored_version)
 {
     const ClassManager* manager = ClassManager::inq_main();
     ClassDescriptor* descriptor = manager->find_cd_for(name);
     if ((!descriptor || !descriptor->inq_reader()) && load_module_of_class(name))
         descriptor = manager->find_cd_for(name);
     classes.push_back({name, descriptor, stored_version});
-    return descriptor && descriptor->inq_reader();
+    if (!descriptor || !descriptor->inq_reader())
+        return UNKNOWN_CLASS;
+    return stored_version > descriptor->inq_stored_version() ? NEWER_CLASS : OKAY;
 }
 
 void ConnectIStream::add_to_load_table(KIVObject* object)

@@ -7,11 +7,14 @@ KIV_STORED_CLASS(NameKeyDictionary, -1);
 
 DictionaryBase::DictionaryBase(unsigned bucket_count) : buckets(std::max(bucket_count, 1U)) {}
 
-DictionaryBase::DictionaryBase(KIVIStream& stream) : KIVObject(stream), buckets(128) {}
+DictionaryBase::DictionaryBase(KIVIStream& stream) : KIVObject(stream), buckets(128), owns(true) {}
 
 DictionaryBase::~DictionaryBase()
 {
-    clear();
+    if (owns)
+        delete_all();
+    else
+        clear();
 }
 
 /// Chains are taken apart one by one: their destructors would nest.

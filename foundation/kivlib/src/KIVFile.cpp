@@ -7,6 +7,8 @@
 #include "kivlib/src/KvdRecord.h"
 #include "kivlib/hdr/store_in_place.h"
 
+#include <filesystem>
+
 KIV_STORED_CLASS(KvdRecord, -1);
 
 KvdRecord::KvdRecord(KIVIStream& stream) : KIVObject(stream)
@@ -69,6 +71,7 @@ KIVFile& KIVFile::operator=(const KIVFile& other)
     universal_path = other.universal_path;
     user_name = other.user_name;
     record.reset();
+    last_way.reset();
     return *this;
 }
 
@@ -82,6 +85,7 @@ void KIVFile::set_local_path(const KIVString& path)
     KIVString::operator=(kept);
     universal_path = *this;
     record.reset();
+    last_way.reset();
 }
 
 void KIVFile::set_universal_or_legacy_path(const KIVString& path)
@@ -89,6 +93,48 @@ void KIVFile::set_universal_or_legacy_path(const KIVString& path)
     std::string with_slashes = path.str();
     std::ranges::replace(with_slashes, '\\', '/');
     set_local_path(with_slashes);
+}
+
+KIVString KIVFile::inq_way_to(const KIVString& target) const
+{
+    const KIVString place = inq_absolute_path(target);
+    const KIVString folder = place.get_path();
+    if (!last_way || !(last_way->to == folder))
+        last_way = std::make_unique<Way>(Way{folder, find_way_to_folder(folder)});
+    KIVString way = last_way->path;
+    way.append_path(place.get_file());
+    return way.str().starts_with("./") ? KIVString(way.str().substr(2)) : way;
+}
+
+namespace {
+namespace fs = std::filesystem;
+
+bool is_shorter(const fs::path& a, const fs::path& b)
+{
+    return std::distance(a.begin(), a.end()) < std::distance(b.begin(), b.end());
+}
+
+/// Nothing else is at `place`.
+bool may_lead_to(const fs::path& target, const fs::path& place)
+{
+    std::error_code error;
+    return !fs::exists(place, error) || fs::equivalent(place, target, error);
+}
+} // namespace
+
+// Links may stand in the way to the folder, in the way to the target, or for the folder itself;
+// what they are outside the project is of no use once the project has moved.
+KIVString KIVFile::find_way_to_folder(const KIVString& target) const
+{
+    const fs::path place = target.str();
+    const fs::path folder = inq_absolute_path(*this).str();
+    const fs::path real_folder = inq_real_path(*this).str();
+    fs::path best = fs::path(inq_real_path(target).str()).lexically_relative(real_folder);
+    for (const fs::path& way :
+         {place.lexically_relative(real_folder), place.lexically_relative(folder)})
+        if (is_shorter(way, best) && may_lead_to(place, real_folder / way))
+            best = way;
+    return best.generic_string();
 }
 
 KIVString KIVFile::get_user_name() const

@@ -3,18 +3,14 @@
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
 
-#include <filesystem>
-
 KIV_STORED_CLASS(KIVFileReference, -1);
 KIV_STORED_CLASS(KIVFileReferenceList, -1);
 
 KIVFileReference::KIVFileReference(const KIVFile& from, const KIVFile& to, const KIVString& kind)
     : kind(kind), local_path(to), user_name(to.get_user_name())
 {
-    const std::filesystem::path folder = inq_absolute_path(from).str();
-    const std::filesystem::path target = inq_absolute_path(to).str();
     if (!to.is_null())
-        relative_path = target.lexically_relative(folder).generic_string();
+        relative_path = from.inq_way_to(to.inq_universal_path());
 }
 
 template <class Record> void KIVFileReference::record(Record& r)
@@ -27,17 +23,26 @@ template <class Record> void KIVFileReference::record(Record& r)
 
 KIV_STORED_RECORD(KIVFileReference);
 
-KIVFile KIVFileReference::inq_target(const KIVString& folder) const
+// Where neither path leads to a file, the place in the project is kept for the next record: the
+// artwork may follow the scene.
+KIVFile KIVFileReference::inq_target(const KIVString& folder, const KIVString& real_folder) const
 {
     KIVFile target(local_path);
-    KIVString nearby = folder;
-    if (!relative_path.is_null() && !folder.is_null() && local_path.str().starts_with('/')) {
-        nearby = inq_absolute_path(nearby.append_path(relative_path));
-        if (inq_file_exists(nearby))
-            target.set_local_path(nearby);
-    }
+    if (!relative_path.is_null() && !folder.is_null() && !find_target_in(real_folder, target) &&
+        !find_target_in(folder, target) && !inq_file_exists(local_path))
+        target.set_universal_path(
+            inq_absolute_path(KIVString(real_folder).append_path(relative_path)));
     target.set_user_name(user_name);
     return target;
+}
+
+bool KIVFileReference::find_target_in(const KIVString& folder, KIVFile& target) const
+{
+    const KIVString place = inq_absolute_path(KIVString(folder).append_path(relative_path));
+    const bool is_there = inq_file_exists(place);
+    if (is_there)
+        target.set_local_path(place);
+    return is_there;
 }
 
 KIVFileReferenceList::KIVFileReferenceList(KIVIStream& stream) : KIVObject(stream)
@@ -58,6 +63,12 @@ void KIVFileReferenceList::storer(KIVOStream& stream)
         stream.insert_without_class_hdr(&entry.reference);
         stream << entry.tag;
     }
+}
+
+void KIVFileReferenceList::set_folder(const KIVString& path)
+{
+    folder = path;
+    real_folder = inq_real_path(path);
 }
 
 void KIVFileReferenceList::add(const KIVFileReference& reference, int tag)

@@ -24,6 +24,8 @@ const char* describe(int state)
         return "The file is damaged: a record has no sound header";
     case KIVStream::UNKNOWN_CLASS:
         return "The file needs classes that are not installed";
+    case KIVStream::NEWER_CLASS:
+        return "The file needs newer classes than are installed";
     case KIVStream::WRONG_CLASS:
         return "The file is damaged: an object is of another class than expected";
     case KIVStream::OWNED_TWICE:

@@ -61,6 +61,13 @@ KIVString inq_absolute_path(const KIVString& path)
     return without_slashes_at_end(absolute);
 }
 
+KIVString inq_real_path(const KIVString& path)
+{
+    std::error_code error;
+    const fs::path place = fs::weakly_canonical(inq_absolute_path(path).str(), error);
+    return error ? inq_absolute_path(path) : without_slashes_at_end(place.string());
+}
+
 // A true symbolic link would dangle once `from` is removed; where no second name can be given, the
 // content is copied.
 int make_symbolic_link(const KIVString& from, const KIVString& to)

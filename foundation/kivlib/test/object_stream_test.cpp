@@ -243,7 +243,25 @@ TEST(ObjectStream, names_all_unknown_classes_before_it_reads)
     CharIStream in(old.finish());
     EXPECT_EQ(Ring::read_from(in), nullptr);
     EXPECT_EQ(in.inq_error_state(), KIVStream::UNKNOWN_CLASS);
-    EXPECT_EQ(in.inq_error_detail(), "NoSuchNode, NoSuchKey");
+    EXPECT_EQ(in.inq_error_detail(), "NoSuchNode of version 3, NoSuchKey of version 3");
+}
+
+TEST(ObjectStream, names_classes_that_a_newer_release_wrote)
+{
+    const TempFolder folder;
+    const Captured captured;
+    OldRecord newer("Ring", 71);
+    newer << 1;
+    newer.nested("NoSuchKey", 3, [](auto&) {}).nested("KIVColour", 1, [](auto&) {});
+    folder.write("shot", newer.finish());
+    GeneralIStream in(folder.path("shot").c_str());
+    EXPECT_EQ(Ring::read_from(in), nullptr);
+    EXPECT_EQ(in.inq_error_state(), KIVStream::NEWER_CLASS);
+    EXPECT_TRUE(in.alert_user_if_error());
+    EXPECT_EQ(captured.inq_alerts(),
+              std::vector<std::string>{"The file needs newer classes than are installed: "
+                                       "Ring of version 71, NoSuchKey of version 3.\n" +
+                                       folder.path("shot").str()});
 }
 
 TEST(ObjectStream, refuses_an_object_of_another_class)
@@ -440,7 +458,6 @@ TEST(ObjectStream, keeps_a_dictionary_by_number)
     EXPECT_FALSE(back->lookup_assoc(14, &found));
     ASSERT_TRUE(back->lookup_assoc(21, &found));
     EXPECT_TRUE(*static_cast<KIVString*>(found) == "3");
-    back->delete_all();
 }
 
 TEST(ObjectStream, keeps_a_dictionary_by_object)
@@ -454,7 +471,6 @@ TEST(ObjectStream, keeps_a_dictionary_by_object)
     KIVObject* found = nullptr;
     ASSERT_TRUE(back->lookup_assoc(&keys[1], &found));
     EXPECT_TRUE(*static_cast<KIVColour*>(found) == values[1]);
-    back->delete_all();
 
     const Room announced; // a key that is not there yet has no hash
     OldRecord bad("Dictionary", 1);

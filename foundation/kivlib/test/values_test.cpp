@@ -237,31 +237,112 @@ TEST(Files, make_folders_and_second_names)
     EXPECT_TRUE(inq_absolute_path("/a/./b//../c/") == "/a/c");
 }
 
-TEST(Files, find_references_again_after_the_project_has_moved)
-{
-    const TempFolder folder;
-    makedir(folder.path("before/scene"), 0777, true);
-    folder.write("before/image.png", "");
+namespace {
+/// A project with a scene and artwork beside it, and a link to artwork that lies elsewhere.
+class Project : public testing::Test {
+protected:
+    Project()
     {
-        KIVFile scene(folder.path("before/scene/"));
+        for (const char* place : {"before/scene", "before/art", "server"})
+            makedir(folder.path(place), 0777, true);
+        folder.write("before/art/bg.png", "picture");
+        folder.write("server/sky.png", "picture");
+        link(folder.path("server"), "before/sky");
+    }
+
+    void link(const KIVString& to, const char* name) const
+    {
+        std::filesystem::create_directory_symlink(to.str(), folder.path(name).str());
+    }
+
+    /// Writes the record of the scene that has this path.
+    void refer(const char* path_of_scene, const KIVFile& target) const
+    {
+        KIVFile scene(folder.path(path_of_scene));
         KIVFileReferenceList list;
-        list.add({scene, KIVFile(folder.path("before/image.png")), "Images"}, 3);
-        list.add({scene, KIVFile("relative.png"), "Images"}, 5);
+        list.add({scene, target, "Images"}, 3);
         scene.set_reference_list_value("Images", &list);
         EXPECT_TRUE(scene.save_kvd());
     }
-    std::filesystem::rename(folder.path("before").str(), folder.path("after").str());
-    const KIVFile scene(folder.path("after/scene"));
-    KIVFileReferenceListIter i(scene.inq_reference_list_value("Images"));
-    ASSERT_TRUE(i.ok());
-    EXPECT_EQ(i.inq_tag(), 3);
-    EXPECT_EQ(i.inq_target(), folder.path("after/image.png"));
-    EXPECT_TRUE(i.inq_target().get_user_name() == "image");
-    i.advance();
-    EXPECT_EQ(i.inq_target(), "relative.png");
-    i.advance();
-    EXPECT_FALSE(i.ok());
-    EXPECT_FALSE(KIVFileReferenceListIter(scene.inq_reference_list_value("Levels")).ok());
+    void refer(const char* path_of_scene, const char* path_of_target) const
+    {
+        refer(path_of_scene, KIVFile(folder.path(path_of_target)));
+    }
+
+    KIVFile target_in(const char* path_of_scene) const
+    {
+        const KIVFile scene(folder.path(path_of_scene));
+        const KIVFileReferenceListIter i(scene.inq_reference_list_value("Images"));
+        return i.ok() && i.inq_tag() == 3 ? i.inq_target() : KIVFile();
+    }
+
+    void move(const char* from, const char* to) const
+    {
+        std::filesystem::rename(folder.path(from).str(), folder.path(to).str());
+    }
+
+    TempFolder folder;
+};
+} // namespace
+
+TEST_F(Project, finds_its_artwork_again_where_it_has_moved_to)
+{
+    KIVFile named(folder.path("before/art/bg.png"));
+    named.set_user_name("Opening");
+    refer("before/scene", named);
+    move("before", "after");
+    EXPECT_EQ(target_in("after/scene"), folder.path("after/art/bg.png"));
+    EXPECT_EQ(target_in("after/scene").get_user_name(), "Opening");
+
+    makedir(folder.path("before/art"), 0777, true);
+    folder.write("before/art/bg.png", "another picture at the old place");
+    EXPECT_EQ(target_in("after/scene"), folder.path("after/art/bg.png"));
+
+    move("after/art", "after/elsewhere");
+    EXPECT_EQ(target_in("after/scene"), folder.path("before/art/bg.png"));
+}
+
+TEST_F(Project, is_named_through_symbolic_links)
+{
+    link(folder.path("before"), "shortcut");
+    refer("shortcut/scene", "before/art/bg.png");
+    move("before", "after");
+    EXPECT_EQ(target_in("after/scene"), folder.path("after/art/bg.png"));
+    link(folder.path("after/scene"), "scene");
+    EXPECT_EQ(target_in("scene"), folder.path("after/art/bg.png"));
+
+    refer("scene", "after/sky/sky.png"); // the project may bring a link of its own
+    move("after", "later");
+    move("server", "later/new_server");
+    std::filesystem::remove(folder.path("later/sky").str());
+    link("new_server", "later/sky");
+    EXPECT_EQ(target_in("later/scene"), folder.path("later/sky/sky.png"));
+
+    move("later/scene", "big_disc"); // only the scene lies elsewhere
+    link(folder.path("big_disc"), "later/scene");
+    refer("later/scene", "later/art/bg.png");
+    move("later", "at_last");
+    EXPECT_EQ(target_in("at_last/scene"), folder.path("at_last/art/bg.png"));
+}
+
+TEST_F(Project, keeps_the_place_of_artwork_that_follows_later)
+{
+    refer("before/scene", "before/art/bg.png");
+    move("before", "after");
+    move("after/art", "art_on_its_way");
+    const KIVFile lost = target_in("after/scene");
+    EXPECT_EQ(lost, folder.path("before/art/bg.png"));
+    refer("after/scene", lost); // as a save without the artwork does
+    move("art_on_its_way", "after/art");
+    EXPECT_EQ(target_in("after/scene"), folder.path("after/art/bg.png"));
+}
+
+TEST_F(Project, takes_a_path_without_folder_as_its_own)
+{
+    refer("before/scene", KIVFile("relative.png"));
+    EXPECT_EQ(target_in("before/scene"), "relative.png");
+    const KIVFile none;
+    EXPECT_FALSE(KIVFileReferenceListIter(none.inq_reference_list_value("Images")).ok());
 }
 
 TEST(Files, tell_the_user_that_a_record_could_not_take_its_place)

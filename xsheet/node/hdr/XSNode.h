@@ -5,6 +5,7 @@
 
 class Column;
 class SubColumn;
+class XSheet;
 
 /// A node whose values change over time: they stand in a column of the exposure sheet. Node and
 /// column enter and leave a graph and its sheet together. The sheet owns the column while it
@@ -77,6 +78,8 @@ protected:
 
 private:
     template <class Record> void record(Record& r);
+    void find_column(const XSheet& sheet);
+    void tell_lost_column(const char* what) const;
 
     Column* column = nullptr; // owned while it lies in no sheet
     bool column_has_changed = false;

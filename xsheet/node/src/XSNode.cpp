@@ -5,6 +5,7 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "kivlib/hdr/Record.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/store_control/hdr/LoadFindings.h"
 
 KIV_STORED_CLASS(XSNode, 145);
 
@@ -116,16 +117,31 @@ void XSNode::node_just_removed_from_graph()
     column_label = 0;
 }
 
-// A damaged file may name one column for two nodes: the first has it.
 bool XSNode::load_finished_with_abort()
 {
     const XSheet* sheet = inq_graph() ? inq_graph()->inq_xsheet() : nullptr;
-    if (column || !sheet)
-        return false;
-    SubColumn* found = sheet->find_sub_column(column_label);
-    if (found && found->is_column() && !static_cast<Column*>(found)->inq_node())
-        set_column(static_cast<Column*>(found));
+    if (!column && sheet)
+        find_column(*sheet);
     return false;
+}
+
+// A damaged file may name one column for two nodes: the first has it.
+void XSNode::find_column(const XSheet& sheet)
+{
+    SubColumn* found = sheet.find_sub_column(column_label);
+    if (!found || !found->is_column())
+        tell_lost_column("The sheet has no column");
+    else if (static_cast<Column*>(found)->inq_node())
+        tell_lost_column("Another node has the column");
+    else
+        set_column(static_cast<Column*>(found));
+}
+
+void XSNode::tell_lost_column(const char* what) const
+{
+    if (column_label != 0)
+        LoadFindings::add(KIVString(what) + " " + std::to_string(column_label) + " of the node " +
+                          inq_displayed_type_name());
 }
 
 KIVString XSNode::inq_name() const

@@ -26,6 +26,9 @@ public:
     /// Finds the asset, and lets it look for its file.
     bool load_finished_with_abort() override;
 
+    /// The tag of the asset; -1 for none.
+    int inq_asset_id() const { return asset_id; }
+
     /// Null until it is found.
     RasterAsset* inq_asset() const { return asset; }
 
@@ -53,6 +56,7 @@ private:
     XSheet* inq_xsheet() const;
     void setup_assets(bool notify);
     void look_up_asset(bool notify);
+    void tell_lost_asset() const;
     void create_asset();
     void bind_anew();
     void set_path(const KIVString& path);

@@ -42,4 +42,7 @@ public:
     gsl::owner<KeyCell*> create_new_key_with_label(int new_label) override;
     void get_dependencies(KIVStringList& files, bool flag) override;
     void mark_used_assets() override;
+
+    /// The highest tag of an asset that a key names; -1 for none.
+    int inq_highest_asset_id() const;
 };

@@ -7,6 +7,7 @@
 #include "scene/hdr/RasterAsset.h"
 #include "xsheet/column/hdr/SubColumn.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/store_control/hdr/LoadFindings.h"
 
 // The base name is that of a class of long ago, which files still tell.
 KIV_STORED_CLASS(RasterSeqCellData, 97, "DopingCellData");
@@ -70,13 +71,25 @@ void RasterSeqCellData::setup_assets(bool notify)
         create_asset();
 }
 
+/// The asset manager has no asset of the tag that the key names.
+void RasterSeqCellData::tell_lost_asset() const
+{
+    const KIVString path = static_cast<KeyCell*>(inq_cell())->inq_sub_column()->inq_header_path();
+    KIVString finding = "The asset record has no image " + KIVString(asset_id, 0);
+    if (file_name)
+        finding += " (" + *file_name + ")";
+    LoadFindings::add(finding + " of the column" + path);
+}
+
 void RasterSeqCellData::look_up_asset(bool notify)
 {
     BaseSceneAsset* found =
         inq_assets(inq_xsheet())->lookup_asset(static_cast<unsigned long>(asset_id), RASTER_ASSET);
     asset = static_cast<RasterAsset*>(found);
-    if (!asset)
+    if (!asset) {
+        tell_lost_asset();
         return;
+    }
     if (asset->inq_has_changed()) {
         if (notify)
             inq_cell()->set_needs_saving();

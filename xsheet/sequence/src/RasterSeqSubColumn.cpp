@@ -85,3 +85,12 @@ void RasterSeqSubColumn::mark_used_assets()
 {
     for_all_data(this, [](RasterSeqCellData& data) { data.mark_used_assets(); });
 }
+
+int RasterSeqSubColumn::inq_highest_asset_id() const
+{
+    int highest = -1;
+    for_all_data(this, [&](const RasterSeqCellData& data) {
+        highest = std::max(highest, data.inq_asset_id());
+    });
+    return highest;
+}

@@ -33,6 +33,7 @@ bool can_be_replaced(const KIVString& name)
     struct stat facts {};
     if (::lstat(name.c_str(), &facts) != 0)
         return errno == ENOENT;
+    errno = S_ISDIR(facts.st_mode) ? EISDIR : EEXIST;
     return S_ISREG(facts.st_mode) || S_ISLNK(facts.st_mode);
 }
 } // namespace

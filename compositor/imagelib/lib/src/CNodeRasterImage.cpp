@@ -18,6 +18,7 @@
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
 #include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
+#include "xsheet/store_control/hdr/LoadFindings.h"
 
 #include <cstdlib>
 #include <limits>
@@ -222,6 +223,8 @@ bool CNodeRasterImage::load_finished_with_abort()
 {
     const bool is_aborted = DWNode::load_finished_with_abort();
     set_sub_column_refs();
+    if (inq_column() && !raster_column && file_name.is_null())
+        LoadFindings::add("The column " + inq_name() + " of a picture node holds no pictures");
     return is_aborted;
 }
 

@@ -1,0 +1,332 @@
+#include "imagelib/hdr/KIVPixmap.h"
+#include "kivlib/hdr/Checksum.h"
+#include "render/hdr/RenderScene.h"
+#include "tests/museum/OneOfEach.h"
+#include "tests/support/Captured.h"
+#include "tests/support/OldAssets.h"
+#include "tests/support/TempFolder.h"
+#include "xsheet/store_control/hdr/CommitRecord.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
+
+#include <climits>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <limits>
+#include <random>
+#include <unistd.h>
+
+// Damage to the files of a scene, byte by byte. With MONTARAY_LONG in the environment every bit has
+// its turn, otherwise one of each byte, always the same.
+
+namespace {
+const bool is_long = std::getenv("MONTARAY_LONG") != nullptr;
+
+/// Saves wait for the disc; in memory thousands of them are quick.
+const bool is_in_memory = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 1) == 0;
+
+constexpr std::size_t CHECKSUM_SIZE = sizeof(Checksum::Value);
+
+std::string flipped(std::string bytes, std::size_t at, int bit)
+{
+    bytes[at] = static_cast<char>(bytes[at] ^ (1 << bit));
+    return bytes;
+}
+
+/// A file that was written so: its checksum fits whatever it holds.
+std::string with_checksum(std::string bytes)
+{
+    const std::size_t size = bytes.size() - CHECKSUM_SIZE;
+    Checksum sum;
+    sum.add(bytes.data(), size);
+    const Checksum::Value checksum = sum.get();
+    std::memcpy(bytes.data() + size, &checksum, CHECKSUM_SIZE);
+    return bytes;
+}
+
+template <class Number> void put(std::string& bytes, std::size_t at, Number number)
+{
+    if (at + sizeof number <= bytes.size())
+        std::memcpy(bytes.data() + at, &number, sizeof number);
+}
+
+Scene load(const KIVString& path)
+{
+    return Scene(KIVScene::load_from_file(path, nullptr, false));
+}
+
+/// What a program does with a scene: looks at all cells and renders.
+void use(KIVScene& scene)
+{
+    const std::unique_ptr<KIVLinkedList> columns(scene.inq_xsheet()->inq_deep_sub_column_list());
+    for (SubColumn* column : columns->of<SubColumn>())
+        for (int frame = 0; frame <= 5; ++frame)
+            column->inq_cell(frame);
+    RenderScene renderer(&scene, 8, 6, 1.0, 0, 0, 8, 0);
+    for (const int frame : {1, 3}) {
+        renderer.set_camera_view();
+        const std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, nullptr));
+    }
+}
+
+/// A small scene on disc, of which one file is damaged in many ways.
+class DamagedScene : public testing::TestWithParam<const char*> {
+protected:
+    DamagedScene()
+    {
+        EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("shot"), true, true, false));
+        if (GetParam() == std::string("Assets")) {
+            std::filesystem::remove(folder.path("shot/kvd").str());
+            folder.write(file(), tell_old_assets("LevelAsset"));
+        }
+        whole = folder.read(file());
+    }
+
+    ~DamagedScene() override
+    {
+        std::cout << GetParam() << ": " << whole.size() << " bytes, " << refused
+                  << " damages refused, " << loaded << " loaded\n";
+    }
+
+    static std::string file() { return std::string("shot/") + GetParam(); }
+
+    template <class Try> void for_each_flip(std::size_t size, Try attempt)
+    {
+        std::minstd_rand random(1);
+        for (std::size_t at = 0; at < size && !HasFailure(); ++at) {
+            const int chosen = static_cast<int>(random() % 8);
+            for (int bit = 0; bit < 8; ++bit)
+                if (is_long || bit == chosen) {
+                    SCOPED_TRACE(testing::Message() << "byte " << at << " bit " << bit);
+                    attempt(flipped(whole, at, bit));
+                }
+        }
+    }
+
+    /// One message and no scene.
+    void expect_refused(const std::string& damaged)
+    {
+        const Captured captured;
+        folder.write(file(), damaged);
+        EXPECT_FALSE(load(folder.path("shot")));
+        EXPECT_EQ(captured.inq_alerts().size(), 1U);
+        EXPECT_EQ(folder.read(file()), damaged);
+        ++refused;
+    }
+
+    /// Either that, or a scene that holds together, with no more than one message.
+    void expect_refused_or_sound(const std::string& damaged)
+    {
+        const Captured captured;
+        folder.write(file(), damaged);
+        const Scene scene = load(folder.path("shot"));
+        EXPECT_LE(captured.inq_alerts().size(), 1U);
+        if (!scene) {
+            EXPECT_EQ(captured.inq_alerts().size(), 1U);
+            ++refused;
+            return;
+        }
+        use(*scene);
+        EXPECT_TRUE(scene->save_to_file(folder.path("again"), true, true, false));
+        EXPECT_TRUE(load(folder.path("again")));
+        ++loaded;
+    }
+
+    /// The file with a few numbers or runs of bytes that stand in the wrong place.
+    std::string with_other_numbers(std::minstd_rand& random) const
+    {
+        constexpr std::size_t RUN = 24; // bytes from elsewhere in the file
+        constexpr int INTS[] = {0,  1,  2,    3,     4,         5,  6,  7,       8,
+                                10, 20, 1000, 65535, 100000000, -1, -2, INT_MAX, INT_MIN};
+        constexpr double DOUBLES[] = {0.0,  -0.0, 1e308, -1e308, 1e-310,
+                                      1e10, -1.0, 0.5,   1e20,   1.7976931348623157e308};
+        const auto below = [&](std::size_t n) { return static_cast<std::size_t>(random()) % n; };
+        std::string damaged = whole;
+        for (std::size_t changes = 1 + below(3); changes > 0; --changes) {
+            const std::size_t at = below(whole.size());
+            if (below(4) == 0)
+                damaged.replace(at, RUN, whole, below(whole.size()), RUN).resize(whole.size());
+            else if (below(2) == 0)
+                put(damaged, at, INTS[below(std::size(INTS))]);
+            else
+                put(damaged, at, DOUBLES[below(std::size(DOUBLES))]);
+        }
+        return damaged;
+    }
+
+    TempFolder folder;
+    std::string whole;
+    int refused = 0;
+    int loaded = 0;
+};
+} // namespace
+
+TEST_P(DamagedScene, is_refused_for_any_bit)
+{
+    for_each_flip(whole.size(), [&](const std::string& damaged) { expect_refused(damaged); });
+}
+
+TEST_P(DamagedScene, is_refused_wherever_a_file_ends)
+{
+    for (std::size_t size = 0; size < whole.size() && !HasFailure(); ++size) {
+        SCOPED_TRACE(testing::Message() << "cut to " << size);
+        expect_refused(whole.substr(0, size));
+    }
+}
+
+TEST_P(DamagedScene, is_refused_or_sound_where_the_checksum_fits)
+{
+    for_each_flip(whole.size() - CHECKSUM_SIZE, [&](const std::string& damaged) {
+        expect_refused_or_sound(with_checksum(damaged));
+    });
+}
+
+TEST_P(DamagedScene, is_refused_or_sound_with_other_numbers_in_it)
+{
+    std::minstd_rand random(1);
+    const int count = is_long ? 10000 : 500;
+    for (int i = 0; i < count && !HasFailure(); ++i) {
+        SCOPED_TRACE(testing::Message() << "case " << i);
+        expect_refused_or_sound(with_checksum(with_other_numbers(random)));
+    }
+}
+
+TEST(DamagedNumbers, that_are_none_are_refused_with_the_name_of_the_file)
+{
+    const double mark = OneOfEach::MARK;
+    const TempFolder folder;
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path(), true, true, false));
+    for (const char* file : {"XSheet", "CoverSheet", "Graph"})
+        for (const double none : {std::numeric_limits<double>::quiet_NaN(),
+                                  std::numeric_limits<double>::signaling_NaN(),
+                                  -std::numeric_limits<double>::infinity()}) {
+            const std::string whole = folder.read(file);
+            const std::size_t at = whole.find({reinterpret_cast<const char*>(&mark), sizeof mark});
+            ASSERT_NE(at, std::string::npos) << file;
+            std::string damaged = whole;
+            put(damaged, at, none);
+            folder.write(file, with_checksum(damaged));
+            const Captured captured;
+            EXPECT_FALSE(load(folder.path()));
+            ASSERT_EQ(captured.inq_alerts().size(), 1U);
+            EXPECT_TRUE(captured.inq_alerts()[0].starts_with("A number is not finite"));
+            EXPECT_TRUE(captured.inq_alerts()[0].ends_with(file));
+            folder.write(file, whole);
+        }
+}
+
+/// A folder as a save leaves it that was interrupted behind its commit: the old scene of 40 frames,
+/// and the parts of the new one, of four frames, on their way.
+class InterruptedSaveOnDisc : public testing::Test {
+protected:
+    InterruptedSaveOnDisc()
+    {
+        EXPECT_TRUE(FadingCard().scene->save_to_file(folder.path("shot"), true, true, false));
+        EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("new"), true, true, false));
+        std::vector<CommitRecord::Part> parts;
+        for (const std::string part : SCENE_PARTS) {
+            folder.write("shot/" + part + "~", folder.read("new/" + part));
+            parts.push_back({part, *inq_file_sum(folder.path("new/" + part))});
+        }
+        record = CommitRecord(std::move(parts)).inq_text();
+    }
+
+    void write_record(const std::string& text) const
+    {
+        folder.write(std::string("shot/") + CommitRecord::FILE_NAME, text);
+    }
+
+    void expect_old_scene(const std::string& damaged_record) const
+    {
+        write_record(damaged_record);
+        const Captured captured;
+        const Scene scene = load(folder.path("shot"));
+        ASSERT_TRUE(scene);
+        EXPECT_EQ(scene->inq_scene_length(), 40);
+        EXPECT_TRUE(captured.inq_alerts().empty());
+    }
+
+    TempFolder folder;
+    std::string record;
+    Captured quiet;
+};
+
+TEST_F(InterruptedSaveOnDisc, never_happened_if_any_bit_of_its_record_is_damaged)
+{
+    for (std::size_t at = 0; at < record.size(); ++at) {
+        SCOPED_TRACE(testing::Message() << "byte " << at);
+        expect_old_scene(record.substr(0, at));
+        for (int bit = 0; bit < 8; ++bit)
+            expect_old_scene(flipped(record, at, bit));
+    }
+    write_record(record);
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 4);
+}
+
+TEST_F(InterruptedSaveOnDisc, is_neither_of_the_scenes_if_a_part_on_its_way_is_damaged)
+{
+    write_record(record);
+    for (const std::string part : {"XSheet", "CoverSheet", "Graph", "kvd"}) { // which differ
+        SCOPED_TRACE(part);
+        const std::string pending = "shot/" + part + "~";
+        const std::string whole = folder.read(pending);
+        for (const std::string& damaged : {flipped(whole, whole.size() / 2, 3),
+                                           whole.substr(0, whole.size() - 1), whole + "x"}) {
+            folder.write(pending, damaged);
+            const Captured captured;
+            EXPECT_FALSE(load(folder.path("shot")));
+            EXPECT_EQ(captured.inq_alerts().size(), 1U);
+            EXPECT_EQ(folder.read(pending), damaged);
+        }
+        folder.write(pending, whole);
+    }
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 4);
+}
+
+/// Each part is whole, but they are of two scenes.
+TEST(MixedScenes, hold_together_whichever_part_is_of_which)
+{
+    const TempFolder folder;
+    const std::string parts[] = {"XSheet", "CoverSheet", "Graph", "kvd"};
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("one"), true, true, false));
+    EXPECT_TRUE(FadingCard().scene->save_to_file(folder.path("other"), true, true, false));
+    std::filesystem::copy(folder.path("one").str(), folder.path("mixed").str());
+    for (unsigned mask = 0; mask < 1U << std::size(parts); ++mask) {
+        SCOPED_TRACE(mask);
+        for (unsigned i = 0; i < std::size(parts); ++i)
+            folder.write("mixed/" + parts[i],
+                         folder.read((mask >> i & 1U ? "one/" : "other/") + parts[i]));
+        const Captured captured;
+        const Scene scene = load(folder.path("mixed"));
+        ASSERT_TRUE(scene);
+        EXPECT_LE(captured.inq_alerts().size(), 1U);
+        use(*scene);
+        EXPECT_TRUE(scene->save_to_file(folder.path("again"), true, true, false));
+        EXPECT_TRUE(load(folder.path("again")));
+    }
+}
+
+/// It says which classes a scene needs and is there for other programs: no load looks at it.
+TEST(DamagedUsageList, is_no_matter_to_a_load)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path(), true, true, false));
+    const Captured captured;
+    const std::string whole = folder.read("DLLUsage");
+    for (const std::string& damaged : {flipped(whole, 40, 1), whole.substr(0, 20), std::string()}) {
+        folder.write("DLLUsage", damaged);
+        EXPECT_TRUE(load(folder.path()));
+    }
+    std::filesystem::remove(folder.path("DLLUsage").str());
+    EXPECT_TRUE(load(folder.path()));
+    EXPECT_TRUE(captured.inq_alerts().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, DamagedScene,
+                         testing::Values("Scene.contents", "XSheet", "CoverSheet", "Graph", "kvd",
+                                         "Assets"),
+                         [](const auto& part) {
+                             std::string name = part.param;
+                             std::erase(name, '.');
+                             return name;
+                         });
