@@ -11,9 +11,10 @@
 /// An empty folder that goes with all it holds. The working directory is put back as well.
 class TempFolder {
 public:
-    TempFolder() : old_place(std::filesystem::current_path())
+    explicit TempFolder(const std::filesystem::path& place = std::filesystem::temp_directory_path())
+        : old_place(std::filesystem::current_path())
     {
-        std::string name = (std::filesystem::temp_directory_path() / "montaray.XXXXXX").string();
+        std::string name = (place / "montaray.XXXXXX").string();
         folder = ::mkdtemp(name.data());
     }
     TempFolder(const TempFolder&) = delete;

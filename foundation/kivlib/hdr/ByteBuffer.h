@@ -1,17 +1,22 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 /// Growing bytes that are never cleared before they are written. Out of memory raises a flag, and
 /// what is added then is lost.
 class ByteBuffer {
 public:
-    char* data() { return bytes.get(); }
-    const char* data() const { return bytes.get(); }
+    ByteBuffer() = default;
+    ByteBuffer(const ByteBuffer&) = delete;
+    ByteBuffer& operator=(const ByteBuffer&) = delete;
+    ~ByteBuffer();
+
+    char* data() { return bytes; }
+    const char* data() const { return bytes; }
     std::size_t size() const { return used; }
+    std::size_t capacity() const { return allocated; }
     bool has_failed() const { return failed; }
 
     /// Forgets the contents and makes room for `n` bytes that the caller fills.
@@ -24,11 +29,9 @@ public:
     /// Room for `n` bytes more at the end, or null.
     char* extend(std::size_t n)
     {
-        if (allocated - used < n && !grow(used + n))
+        if (!make_room(n))
             return nullptr;
-        char* at = bytes.get() + used;
-        used += n;
-        return at;
+        return bytes + std::exchange(used, used + n);
     }
 
     void append(const void* from, std::size_t n)
@@ -38,27 +41,18 @@ public:
             std::memcpy(at, from, n);
     }
 
-    void shrink_to(std::size_t n) { used = n; }
+    /// Makes the capacity at least `n` more than the size. False without memory.
+    bool make_room(std::size_t n) { return allocated - used >= n || grow(used + n); }
+
+    /// Takes up to `n` bytes, within the capacity, for the contents.
+    void set_size(std::size_t n) { used = n; }
 
 private:
-    struct Free {
-        void operator()(char* memory) const { std::free(memory); }
-    };
+    bool grow(std::size_t wanted);
+    char* move_to(char* memory);
+    void release();
 
-    bool grow(std::size_t wanted)
-    {
-        const std::size_t size = wanted > 2 * allocated ? wanted : 2 * allocated;
-        char* memory = static_cast<char*>(std::realloc(bytes.get(), size));
-        failed = failed || !memory;
-        if (!memory)
-            return false;
-        static_cast<void>(bytes.release()); // realloc has freed or moved it
-        bytes.reset(memory);
-        allocated = size;
-        return true;
-    }
-
-    std::unique_ptr<char, Free> bytes;
+    char* bytes = nullptr; // owned
     std::size_t used = 0;
     std::size_t allocated = 0;
     bool failed = false;

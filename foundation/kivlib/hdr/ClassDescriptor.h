@@ -18,7 +18,7 @@ struct StoredType {
 
     bool is_a(const StoredType& wanted) const
     {
-        return *type == *wanted.type || (base && base->is_a(wanted));
+        return this == &wanted || *type == *wanted.type || (base && base->is_a(wanted));
     }
 };
 
@@ -82,6 +82,8 @@ protected:
     void load_dll() const;
 
 private:
+    friend class ConnectOStream;
+
     bool has_in_chain(std::string_view wanted) const;
 
     KIVString name;
@@ -90,4 +92,8 @@ private:
     int version = -1;
     bool is_from_stream = false;
     const StoredType* type = nullptr;
+
+    // The class's index in the class table of the stream that wrote it last.
+    mutable std::uint32_t table_epoch = 0;
+    mutable unsigned table_index = 0;
 };

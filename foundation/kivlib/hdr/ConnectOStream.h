@@ -3,10 +3,10 @@
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/KIVOStream.h"
 
-#include <array>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -45,30 +45,44 @@ protected:
     struct StoredClass {
         KIVString name;
         int version;
+        std::uint16_t length_form = 0; // of its next record, a LengthForm
+        bool has_records = false;
     };
 
-    const ByteBuffer& inq_payload() const { return payload; }
+    /// Valid until more is written.
+    std::string_view inq_payload() const { return {payload.data(), inq_size()}; }
+    std::size_t inq_size() const { return static_cast<std::size_t>(at - payload.data()); }
     const std::vector<StoredClass>& inq_classes() const { return classes; }
     void put_bytes(const void* from, std::size_t n);
 
 private:
-    template <class T> void put_number(T value);
+    template <class T> void put_number(T value) { put_bytes(&value, sizeof value); }
+
+    /// Room for `n` bytes at the end, which are counted as written; null without memory.
+    char* extend(std::size_t n)
+    {
+        const bool fits = static_cast<std::size_t>(room_end - at) >= n || make_room(n);
+        return fits ? std::exchange(at, at + n) : nullptr;
+    }
+    bool make_room(std::size_t n);
     unsigned intern(const ClassDescriptor* descriptor);
     unsigned intern(const KIVString& name, int version);
     void put_new(const KIVObject* object);
     void put_forward(const KIVObject* object);
     void put_arrival(const KIVObject* object, std::uint32_t number);
     void put_awaited();
-    void put_record(const KIVObject* object);
+    bool can_nest();
+    void end_new(std::size_t tag_at, unsigned class_index, std::uint16_t guess);
+    void widen_length(std::size_t length_at, std::size_t by);
     std::size_t begin_length();
 
-    ByteBuffer payload;
+    ByteBuffer payload; // its size is kept in `at`
     std::vector<StoredClass> classes;
     std::unordered_map<const ClassDescriptor*, unsigned> class_indices;
-    std::array<std::pair<const ClassDescriptor*, unsigned>, 16> recent_classes{};
     std::unique_ptr<StoreTable> table;
     std::deque<const KIVObject*> forwards;        // announced, in this order
     std::unordered_set<const KIVObject*> awaited; // those of them that are not written yet
     int required_version;
     int nesting = 0;
+    std::uintptr_t stack_floor = 0; // of the thread that writes
 };

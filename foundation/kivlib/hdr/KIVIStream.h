@@ -2,9 +2,13 @@
 
 #include "kivlib/hdr/KIVStream.h"
 
+#include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
+#include <utility>
 
 class CharOStream;
 class ClassDescriptor;
@@ -55,6 +59,20 @@ public:
     KIVIStream& operator>>(unsigned long& value);
     KIVIStream& operator>>(unsigned int& value);
 
+    /// Reads a number as it stands in the file, without a virtual call, if it is there and sound.
+    /// Otherwise false, and nothing has moved: `>>` tells what is wrong.
+    template <class Stored> bool read_at_hand(Stored& value)
+    {
+        if (inq_bytes_at_hand() < sizeof value)
+            return false;
+        std::memcpy(&value, at, sizeof value);
+        if constexpr (std::is_floating_point_v<Stored>)
+            if (!std::isfinite(value))
+                return false;
+        at += sizeof value;
+        return true;
+    }
+
     /// True if `object`, read from this stream, had no owner yet: it has one now. Otherwise false,
     /// and an error. Whoever takes an object over claims it; in the end a stream that is in error
     /// deletes what nobody claimed.
@@ -71,16 +89,10 @@ public:
     void* storage_for_object(std::size_t size);
 
 protected:
+    std::size_t inq_bytes_at_hand() const { return static_cast<std::size_t>(record_end - at); }
+
+    // What is left of the record in hand; nothing in a stream that is in error.
+    const char* at = nullptr;
+    const char* record_end = nullptr;
     std::unique_ptr<LoadTable> table;
 };
-
-/// `new (stream) Class(stream)`: an object where the stream wants it, since others may refer to
-/// the place already.
-inline void* operator new(std::size_t size, KIVIStream& stream) noexcept
-{
-    return stream.storage_for_object(size);
-}
-inline void operator delete(void* memory, KIVIStream&) noexcept
-{
-    ::operator delete(memory);
-}

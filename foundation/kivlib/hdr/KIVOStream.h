@@ -2,6 +2,11 @@
 
 #include "kivlib/hdr/KIVStream.h"
 
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
 class CharIStream;
 class KIVObject;
 class UCharArray;
@@ -37,6 +42,20 @@ public:
     KIVOStream& operator<<(unsigned long value) { return *this << static_cast<long>(value); }
     KIVOStream& operator<<(unsigned int value) { return *this << static_cast<int>(value); }
 
+    /// As `<<`, without a virtual call where there is room at hand.
+    template <class Stored> void write_number(Stored value)
+    {
+        bool fits = static_cast<std::size_t>(room_end - at) >= sizeof value;
+        if constexpr (std::is_floating_point_v<Stored>)
+            fits = fits && std::isfinite(value);
+        if (!fits) {
+            *this << value;
+            return;
+        }
+        std::memcpy(at, &value, sizeof value);
+        at += sizeof value;
+    }
+
     /// As `insert_with_class_hdr`, for an object whose reader does not look into it. In deep
     /// nesting its record may follow later in the stream, so a long chain of links needs no stack.
     void insert_link(const KIVObject* object);
@@ -48,4 +67,8 @@ public:
 protected:
     enum class Link { NONE, FAR, BACK };
     Link link = Link::NONE; // what insert_link and insert_back_link insert
+
+    // Room for bytes at the end of what was written; a stream of another kind has none.
+    char* at = nullptr;
+    char* room_end = nullptr;
 };

@@ -2,7 +2,9 @@
 
 #include "kivlib/hdr/Owned.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 
 class ClassDescriptor;
 class KIVIStream;
@@ -27,6 +29,16 @@ public:
     virtual ClassDescriptor* inq_class_descriptor() const;
     virtual const char* class_name() const;
     virtual ~KIVObject() = default;
+
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+
+    /// `new (stream) Class(stream)`: where the stream wants the object whose header was just read,
+    /// since others may refer to the place already. Null if there is no memory.
+    static void* operator new(std::size_t size, KIVIStream& stream) noexcept;
+    static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, KIVIStream& stream) noexcept;
 
     /// Whether a second insertion in one stream is a reference to the first.
     virtual bool reference_from_stream() const;

@@ -11,21 +11,37 @@
 // constructor runs with a RecordReader and its `storer` with a RecordWriter, so the two orders
 // cannot part. bool and enumerations stand in the file as int.
 
+namespace stored_number {
+template <class T>
+constexpr bool stands_as_int = std::is_same_v<T, bool> || std::is_enum_v<T> ||
+                               std::is_same_v<T, int> || std::is_same_v<T, unsigned>;
+template <class T>
+constexpr bool stands_as_long = std::is_same_v<T, long> || std::is_same_v<T, unsigned long>;
+template <class T>
+constexpr bool stands_as_number =
+    stands_as_int<T> || stands_as_long<T> || std::is_same_v<T, float> || std::is_same_v<T, double>;
+
+/// The type of a number in the file.
+template <class T>
+using Form =
+    std::conditional_t<stands_as_int<T>, int, std::conditional_t<stands_as_long<T>, long, T>>;
+static_assert(sizeof(int) == 4 && sizeof(long) == 8);
+} // namespace stored_number
+
 class RecordReader {
 public:
     explicit RecordReader(KIVIStream& stream) : stream(stream) {}
 
     template <class T> void value(T& field, FormatVersions in = always(), const T& otherwise = T())
     {
-        if (!in.hold(stream.inq_version()) || stream.inq_error_state()) {
+        if (is_absent(in))
             field = otherwise;
-        } else if constexpr (std::is_same_v<T, bool>) {
-            field = read_int() != 0;
-        } else if constexpr (std::is_enum_v<T>) {
-            field = static_cast<T>(read_int());
-        } else {
+        else if constexpr (stored_number::stands_as_number<T>)
+            read_number(field, otherwise);
+        else if (stream.inq_error_state())
+            field = otherwise;
+        else
             stream >> field;
-        }
     }
 
     /// A number that stands in the file as another type than in memory.
@@ -40,10 +56,10 @@ public:
     template <class T>
     void embedded(T& field, FormatVersions in = always(), const T& otherwise = T())
     {
-        if (in.hold(stream.inq_version()))
-            field = T(stream);
-        else
+        if (is_absent(in))
             field = otherwise;
+        else
+            field = T(stream);
     }
 
     /// A value object with class header. A null leaves the default value.
@@ -58,14 +74,14 @@ public:
     /// An object with class header that this record owns.
     template <class T> void owned(std::unique_ptr<T>& field, FormatVersions in = always())
     {
-        T* object = in.hold(stream.inq_version()) ? T::read_from(stream) : nullptr;
+        T* object = is_absent(in) ? nullptr : T::read_from(stream);
         field.reset(object && stream.claim(object) ? object : nullptr);
     }
 
     /// An object with class header that somebody else owns.
     template <class T> void link(T*& field, FormatVersions in = always())
     {
-        field = in.hold(stream.inq_version()) ? T::read_from(stream) : nullptr;
+        field = is_absent(in) ? nullptr : T::read_from(stream);
     }
 
     /// The same where chains of such links may be as long as the scene is large. What the field
@@ -94,11 +110,25 @@ public:
     }
 
 private:
-    int read_int()
+    bool is_absent(FormatVersions in) const
     {
-        int number = 0;
-        stream >> number;
-        return number;
+        return !in.hold_all() && !in.hold(stream.inq_version());
+    }
+
+    template <class T> void read_number(T& field, const T& otherwise)
+    {
+        stored_number::Form<T> number{};
+        if (!stream.read_at_hand(number)) {
+            if (stream.inq_error_state()) {
+                field = otherwise;
+                return;
+            }
+            stream >> number;
+        }
+        if constexpr (std::is_same_v<T, bool>)
+            field = number != 0;
+        else
+            field = static_cast<T>(number);
     }
 
     KIVIStream& stream;
@@ -113,8 +143,8 @@ public:
     {
         if (!in.hold_today())
             return;
-        if constexpr (std::is_same_v<T, bool> || std::is_enum_v<T>)
-            stream << static_cast<int>(field);
+        if constexpr (stored_number::stands_as_number<T>)
+            stream.write_number(static_cast<stored_number::Form<T>>(field));
         else
             stream << field;
     }

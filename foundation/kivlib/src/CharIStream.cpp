@@ -123,7 +123,7 @@ void CharIStream::open_container()
     }
     if (error != OKAY)
         set_error(error, unreadable);
-    set_bytes(container.inq_objects().data(), container.inq_objects().size());
+    set_bytes(container.inq_objects(), container.inq_version() >= container::SHORT_LENGTHS);
 }
 
 void CharIStream::clear_buffer()

@@ -1,5 +1,6 @@
 #include "kivlib/hdr/ConnectIStream.h"
 
+#include "kivlib/hdr/ClassDescriptor.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "kivlib/hdr/UCharArray.h"
 #include "kivlib/hdr/stack_left.h"
@@ -22,47 +23,46 @@ bool is_class_of(const ClassDescriptor& actual, const ClassDescriptor& wanted)
 }
 } // namespace
 
-void ConnectIStream::set_bytes(const char* from, std::size_t size)
+void ConnectIStream::set_bytes(std::string_view objects, bool has_short_lengths)
 {
-    bytes = from;
-    pos = 0;
-    record_end = size;
+    bytes = at = objects.data();
+    record_end = at + objects.size();
+    length_forms = has_short_lengths ? LENGTH_FORMS : 0;
 }
 
-const char* ConnectIStream::take(std::size_t n)
+/// In an error nothing is left to read.
+void ConnectIStream::set_error_state(int state)
 {
-    if (inq_error_state() != OKAY)
-        return nullptr;
-    if (record_end - pos < n) {
-        set_error_state(ENDED);
-        return nullptr;
-    }
-    const char* at = bytes + pos;
-    pos += n;
-    return at;
+    KIVIStream::set_error_state(state);
+    if (!is_okay())
+        record_end = at;
+}
+
+const char* ConnectIStream::take_too_much()
+{
+    set_error_state(ENDED);
+    return nullptr;
 }
 
 void ConnectIStream::set_offset(std::size_t offset)
 {
-    if (offset <= record_end)
-        pos = offset;
-    else
+    if (offset > static_cast<std::size_t>(record_end - bytes))
         set_error_state(ENDED);
+    else if (is_okay())
+        at = bytes + offset;
 }
 
 int ConnectIStream::num_chars_in_buffer() const
 {
-    if (inq_error_state() != OKAY)
-        return 0;
     constexpr std::size_t MOST = std::numeric_limits<int>::max();
-    return static_cast<int>(std::min(record_end - pos, MOST));
+    return static_cast<int>(std::min(inq_bytes_at_hand(), MOST));
 }
 
 template <class T> T ConnectIStream::get_number()
 {
     T value{};
-    if (const char* at = take(sizeof value))
-        std::memcpy(&value, at, sizeof value);
+    if (const char* from = take(sizeof value))
+        std::memcpy(&value, from, sizeof value);
     return value;
 }
 
@@ -101,19 +101,19 @@ KIVIStream& ConnectIStream::operator>>(float& value)
 KIVIStream& ConnectIStream::operator>>(WritableUCharArray& array)
 {
     const auto size = get_number<std::uint32_t>();
-    const char* at = take(size);
-    array.assign(at, at ? size : 0);
+    const char* from = take(size);
+    array.assign(from, from ? size : 0);
     return *this;
 }
 
 KIVIStream& ConnectIStream::operator>>(char* text)
 {
     const auto size = get_number<std::uint32_t>();
-    const char* at = take(size);
+    const char* from = take(size);
     const std::size_t kept =
-        at ? std::min<std::size_t>(size, std::size_t(std::max(text_width, 1)) - 1) : 0;
+        from ? std::min<std::size_t>(size, std::size_t(std::max(text_width, 1)) - 1) : 0;
     if (kept)
-        std::memcpy(text, at, kept);
+        std::memcpy(text, from, kept);
     text[kept] = '\0';
     return *this;
 }
@@ -143,18 +143,23 @@ const ConnectIStream::StoredClass* ConnectIStream::get_class(unsigned index)
     return nullptr;
 }
 
-bool ConnectIStream::is_expected(const ClassDescriptor* actual, const ClassDescriptor* expected)
+bool ConnectIStream::find_to_be(const StoredClass& stored, const ClassDescriptor* expected)
 {
-    if (!expected || is_class_of(*actual, *expected))
+    if (is_class_of(*stored.descriptor, *expected)) {
+        stored.found_to_be = expected;
         return true;
+    }
     set_error(WRONG_CLASS, "expected " + expected->inq_name());
     return false;
 }
 
 KIVObject* ConnectIStream::read_object(ClassDescriptor* expected)
 {
+    if (nesting > 0)
+        return read_next(expected);
+    stack_floor = inq_stack_floor();
     KIVObject* object = read_next(expected);
-    if (nesting == 0 && inq_error_state() == OKAY)
+    if (is_okay())
         table->keep();
     return object;
 }
@@ -162,7 +167,7 @@ KIVObject* ConnectIStream::read_object(ClassDescriptor* expected)
 KIVObject* ConnectIStream::read_next(const ClassDescriptor* expected)
 {
     const auto tag = get_number<std::uint16_t>();
-    if (inq_error_state() != OKAY)
+    if (!is_okay())
         return nullptr;
     switch (tag) {
     case NULL_OBJECT:
@@ -174,7 +179,7 @@ KIVObject* ConnectIStream::read_next(const ClassDescriptor* expected)
     case ARRIVING_OBJECT:
         return read_arrival();
     default:
-        return read_new(tag - FIRST_CLASS, expected);
+        return read_new(tag, expected);
     }
 }
 
@@ -185,22 +190,24 @@ KIVObject* ConnectIStream::read_seen(const ClassDescriptor* expected)
         set_error_state(BAD_HEADER);
         return nullptr;
     }
-    return is_expected(entry->descriptor, expected) ? entry->object : nullptr;
+    return is_expected(classes[entry->class_index], expected) ? entry->object : nullptr;
 }
 
 KIVObject* ConnectIStream::read_forward(const ClassDescriptor* expected)
 {
-    const StoredClass* stored = get_class(get_number<std::uint16_t>());
+    const auto class_index = get_number<std::uint16_t>();
+    const StoredClass* stored = get_class(class_index);
     if (!stored)
         return nullptr;
-    if (!stored->descriptor->inq_stored_type() || nesting == 0) {
+    const StoredType* type = stored->descriptor->inq_stored_type();
+    if (!type || nesting == 0) {
         set_error_state(BAD_HEADER);
         return nullptr;
     }
     KIVObject* place = nullptr;
-    if (!table->add_awaited(stored->descriptor, place))
+    if (!table->add_awaited(class_index, type->size, place))
         set_error_state(NO_MEMORY);
-    return is_expected(stored->descriptor, expected) ? place : nullptr;
+    return is_expected(*stored, expected) ? place : nullptr;
 }
 
 /// The record of an object whose place others hold already.
@@ -209,33 +216,53 @@ KIVObject* ConnectIStream::read_arrival()
     const auto number = get_number<std::uint32_t>();
     const StoredClass* stored = get_class(get_number<std::uint16_t>());
     const LoadTable::Entry* entry = table->find(number);
-    if (!stored || !entry || !entry->is_awaited || entry->descriptor != stored->descriptor) {
+    if (!stored || !entry || !entry->is_awaited ||
+        classes[entry->class_index].descriptor != stored->descriptor) {
         set_error_state(BAD_HEADER);
         return nullptr;
     }
-    return read_record(*stored, number);
+    return read_record(*stored, number, get_number<std::uint32_t>());
 }
 
-KIVObject* ConnectIStream::read_new(unsigned class_index, const ClassDescriptor* expected)
+std::size_t ConnectIStream::read_length(unsigned form)
 {
+    switch (form) {
+    case LENGTH_32:
+        return get_number<std::uint32_t>();
+    case LENGTH_16:
+        return get_number<std::uint16_t>();
+    case LENGTH_8:
+        return get_number<std::uint8_t>();
+    default:
+        set_error_state(BAD_HEADER);
+        return 0;
+    }
+}
+
+KIVObject* ConnectIStream::read_new(std::uint16_t tag, const ClassDescriptor* expected)
+{
+    const unsigned class_index = static_cast<unsigned>(tag & ~length_forms) - FIRST_CLASS;
     const StoredClass* stored = get_class(class_index);
-    if (!stored || !is_expected(stored->descriptor, expected))
+    if (!stored || !is_expected(*stored, expected))
         return nullptr;
-    KIVObject* object = read_record(*stored, table->add(stored->descriptor));
-    while (nesting == 0 && table->inq_awaited_count() > 0 && inq_error_state() == OKAY)
+    const std::size_t length = read_length(tag & length_forms);
+    KIVObject* object =
+        read_record(*stored, table->add(static_cast<std::uint16_t>(class_index)), length);
+    if (nesting > 0)
+        return object;
+    while (table->inq_awaited_count() > 0 && is_okay())
         if (get_number<std::uint16_t>() == ARRIVING_OBJECT)
             read_arrival();
         else
             set_error_state(BAD_HEADER);
-    return nesting == 0 && inq_error_state() != OKAY ? nullptr : object;
+    return is_okay() ? object : nullptr;
 }
 
 /// The record of one object: its version holds inside it, and no read passes its end.
 class ConnectIStream::RecordScope {
 public:
     RecordScope(ConnectIStream& stream, int version, std::size_t length)
-        : stream(stream), end(stream.pos + length),
-          outer_end(std::exchange(stream.record_end, end)),
+        : stream(stream), end(stream.at + length), outer_end(std::exchange(stream.record_end, end)),
           outer_version(std::exchange(stream.version, version))
     {
         ++stream.nesting;
@@ -247,33 +274,36 @@ public:
     {
         --stream.nesting;
         stream.version = outer_version;
+        if (!stream.is_okay())
+            return;
         stream.record_end = outer_end;
-        if (stream.inq_error_state() == OKAY)
-            stream.pos = end;
+        stream.at = end;
     }
 
 private:
     ConnectIStream& stream;
-    std::size_t end, outer_end;
+    const char* end;
+    const char* outer_end;
     int outer_version;
 };
 
-KIVObject* ConnectIStream::read_record(const StoredClass& stored, std::uint32_t number)
+KIVObject* ConnectIStream::read_record(const StoredClass& stored, std::uint32_t number,
+                                       std::size_t length)
 {
-    const auto length = get_number<std::uint32_t>();
-    if (inq_error_state() == OKAY && length > record_end - pos)
+    if (length > inq_bytes_at_hand())
         set_error_state(ENDED);
-    if (is_stack_low())
+    if (is_stack_below(stack_floor))
         set_error_state(TOO_DEEP);
-    if (inq_error_state() != OKAY)
+    if (number == LoadTable::NONE)
+        set_error_state(NO_MEMORY);
+    if (!is_okay())
         return nullptr;
 
     const RecordScope record(*this, stored.version, length);
-    table->expect(number);
-    table->set_open(number, true);
+    table->begin_record(number);
     KIVObject* object = stored.descriptor->inq_reader()(*this);
     table->enter(object); // for a class that does not read KIVObject's part
-    table->set_open(number, false);
+    table->end_record(number);
     if (!object)
         set_error_state(NO_MEMORY);
     return object;

@@ -8,6 +8,7 @@
 #include "kivlib/src/object_tags.h"
 
 namespace {
+constexpr char TOO_LONG[] = "a record of more than 4 GiB";
 constexpr int DEEP = 400; // links below this nesting are announced, and written later
 
 /// Only such an object can be announced: its reader is given the place that waits for it.
@@ -19,7 +20,7 @@ bool has_known_size(const KIVObject* object)
 } // namespace
 
 ConnectOStream::ConnectOStream()
-    : table(std::make_unique<StoreTable>()), required_version(container::VERSION)
+    : table(std::make_unique<StoreTable>()), required_version(container::FIRST_VERSION)
 {}
 
 ConnectOStream::~ConnectOStream() = default;
@@ -38,16 +39,24 @@ void KIVOStream::insert_back_link(const KIVObject* object)
     link = Link::NONE;
 }
 
-void ConnectOStream::put_bytes(const void* from, std::size_t n)
+bool ConnectOStream::make_room(std::size_t n)
 {
-    payload.append(from, n);
-    if (payload.has_failed())
+    const std::size_t size = inq_size();
+    payload.set_size(size);
+    if (!payload.make_room(n)) {
         set_error_state(NO_MEMORY);
+        return false;
+    }
+    at = payload.data() + size;
+    room_end = payload.data() + payload.capacity();
+    return true;
 }
 
-template <class T> void ConnectOStream::put_number(T value)
+void ConnectOStream::put_bytes(const void* from, std::size_t n)
 {
-    put_bytes(&value, sizeof value);
+    char* to = extend(n);
+    if (to && n > 0)
+        std::memcpy(to, from, n);
 }
 
 KIVOStream& ConnectOStream::operator<<(int value)
@@ -103,6 +112,8 @@ void ConnectOStream::insert_with_class_hdr(const KIVObject* object)
         put_number<std::uint16_t>(NULL_OBJECT);
         return;
     }
+    if (nesting == 0)
+        stack_floor = inq_stack_floor();
     const std::uint32_t number = table->find(object);
     if (number == StoreTable::NONE && may_wait && has_known_size(object))
         put_forward(object);
@@ -122,12 +133,55 @@ void ConnectOStream::put_seen(std::uint32_t number)
     put_number(number);
 }
 
+/// The length is known when the record is there, so its form is a guess by earlier records of the
+/// class.
 void ConnectOStream::put_new(const KIVObject* object)
 {
     table->add(object);
-    put_number<std::uint16_t>(
-        static_cast<std::uint16_t>(FIRST_CLASS + intern(object->inq_class_descriptor())));
-    put_record(object);
+    const unsigned class_index = intern(object->inq_class_descriptor());
+    if (!can_nest())
+        return;
+    const std::size_t tag_at = inq_size();
+    const auto form = static_cast<LengthForm>(classes[class_index].length_form);
+    extend(sizeof(std::uint16_t) + width_of(form));
+    ++nesting;
+    insert_without_class_hdr(object);
+    --nesting;
+    end_new(tag_at, class_index, form);
+}
+
+void ConnectOStream::end_new(std::size_t tag_at, unsigned class_index, std::uint16_t guess)
+{
+    auto form = static_cast<LengthForm>(guess);
+    const std::size_t length_at = tag_at + sizeof(std::uint16_t);
+    const std::size_t length = inq_size() - length_at - width_of(form);
+    if (length > UINT32_MAX)
+        set_error(CANT_WRITE, TOO_LONG);
+    if (inq_error_state() != OKAY)
+        return;
+    StoredClass& stored = classes[class_index];
+    const LengthForm narrowest = narrowest_form(length);
+    if (!stored.has_records)
+        stored.length_form = narrowest;
+    stored.has_records = true;
+    if (width_of(narrowest) > width_of(form)) {
+        widen_length(length_at, width_of(narrowest) - width_of(form));
+        form = narrowest;
+        stored.length_form = form;
+    }
+    if (form != LENGTH_32)
+        required_version = std::max(required_version, container::SHORT_LENGTHS);
+    const auto tag = static_cast<std::uint16_t>(form | (FIRST_CLASS + class_index));
+    std::memcpy(payload.data() + tag_at, &tag, sizeof tag);
+    std::memcpy(payload.data() + length_at, &length, width_of(form));
+}
+
+/// Moves a record on, so that its length gets `by` bytes more.
+void ConnectOStream::widen_length(std::size_t length_at, std::size_t by)
+{
+    const std::size_t moved = inq_size() - length_at;
+    if (extend(by))
+        std::memmove(payload.data() + length_at + by, payload.data() + length_at, moved);
 }
 
 void ConnectOStream::put_forward(const KIVObject* object)
@@ -144,7 +198,11 @@ void ConnectOStream::put_arrival(const KIVObject* object, std::uint32_t number)
     put_number<std::uint16_t>(ARRIVING_OBJECT);
     put_number(number);
     put_number(static_cast<std::uint16_t>(intern(object->inq_class_descriptor())));
-    put_record(object);
+    if (!can_nest())
+        return;
+    const std::size_t start = begin_length();
+    insert_without_class_hdr(object);
+    end_record(start);
 }
 
 /// What was announced and is written nowhere else; each record may announce more.
@@ -158,30 +216,26 @@ void ConnectOStream::put_awaited()
     }
 }
 
-void ConnectOStream::put_record(const KIVObject* object)
+bool ConnectOStream::can_nest()
 {
-    if (is_stack_low())
+    if (is_stack_below(stack_floor))
         set_error_state(TOO_DEEP);
-    if (inq_error_state() != OKAY)
-        return;
-    const std::size_t start = begin_length();
-    insert_without_class_hdr(object);
-    end_record(start);
+    return inq_error_state() == OKAY;
 }
 
 std::size_t ConnectOStream::begin_length()
 {
     put_number<std::uint32_t>(0);
     ++nesting;
-    return payload.size();
+    return inq_size();
 }
 
 void ConnectOStream::end_record(std::size_t start)
 {
     --nesting;
-    const std::size_t length = payload.size() - start;
+    const std::size_t length = inq_size() - start;
     if (length > UINT32_MAX)
-        set_error(CANT_WRITE, "a record of more than 4 GiB");
+        set_error(CANT_WRITE, TOO_LONG);
     if (inq_error_state() != OKAY)
         return;
     const auto stored_length = static_cast<std::uint32_t>(length);
@@ -199,23 +253,18 @@ std::size_t ConnectOStream::begin_record(const KIVString& class_name, int versio
 
 unsigned ConnectOStream::intern(const ClassDescriptor* descriptor)
 {
+    if (descriptor && descriptor->table_epoch == table->inq_epoch())
+        return descriptor->table_index;
     if (!descriptor || !descriptor->inq_reader()) {
         set_error(CANT_WRITE, "an object of a class that can't be read");
         return 0;
     }
-    if (!descriptor->inq_reader()) {
-        set_error(CANT_WRITE, "an object that can't be read back, of " + descriptor->inq_name());
-        return 0;
-    }
-    auto& recent =
-        recent_classes[(reinterpret_cast<std::uintptr_t>(descriptor) >> 6) % recent_classes.size()];
-    if (recent.first != descriptor) {
-        const auto [place, is_new] = class_indices.try_emplace(descriptor, 0U);
-        if (is_new)
-            place->second = intern(descriptor->inq_name(), descriptor->inq_stored_version());
-        recent = *place;
-    }
-    return recent.second;
+    const auto [place, is_new] = class_indices.try_emplace(descriptor, 0U);
+    if (is_new)
+        place->second = intern(descriptor->inq_name(), descriptor->inq_stored_version());
+    descriptor->table_epoch = table->inq_epoch();
+    descriptor->table_index = place->second;
+    return place->second;
 }
 
 unsigned ConnectOStream::intern(const KIVString& name, int version)

@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/KIVOStream.h"
 #include "kivlib/hdr/StoredClass.h"
+#include "kivlib/src/ObjectBlocks.h"
 
 namespace {
 ClassDescriptor* object_descriptor()
@@ -20,6 +21,31 @@ const bool is_entered = (ClassManager::inq_main()->enter(object_descriptor()), t
 KIVObject::KIVObject(KIVIStream& stream)
 {
     stream.add_to_load_table(this);
+}
+
+void* KIVObject::operator new(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void* KIVObject::operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return ::operator new(size, std::nothrow);
+}
+
+void* KIVObject::operator new(std::size_t size, KIVIStream& stream) noexcept
+{
+    return stream.storage_for_object(size);
+}
+
+void KIVObject::operator delete(void* memory) noexcept
+{
+    ObjectBlocks::release(memory);
+}
+
+void KIVObject::operator delete(void* memory, KIVIStream&) noexcept
+{
+    ObjectBlocks::release(memory);
 }
 
 void KIVObject::storer(KIVOStream&) {}

@@ -1,52 +1,84 @@
 #pragma once
 
-#include "kivlib/hdr/ClassDescriptor.h"
+#include "kivlib/hdr/ByteBuffer.h"
+#include "kivlib/hdr/KIVObject.h"
+#include "kivlib/src/ObjectBlocks.h"
 
 #include <cstdint>
 #include <new>
 #include <unordered_set>
-#include <vector>
 
 /// The objects of one reading stream by number: their class, and whether somebody owns them.
 class LoadTable {
 public:
+    static constexpr std::uint32_t NONE = UINT32_MAX;
+
     LoadTable() : epoch(next_epoch()) {}
     LoadTable(const LoadTable&) = delete;
     LoadTable& operator=(const LoadTable&) = delete;
     ~LoadTable();
 
     struct Entry {
-        KIVObject* object = nullptr;
-        const ClassDescriptor* descriptor = nullptr;
-        bool is_owned = false;
-        bool is_awaited = false; // announced: `object` is memory only
-        bool is_open = false;    // its record is being read, so nothing in it may own it
+        KIVObject* object;
+        std::uint16_t class_index; // in the stream
+        bool is_owned;
+        bool is_awaited; // announced: `object` is memory only
+        bool is_open;    // its record is being read, so nothing in it may own it
     };
 
-    std::uint32_t size() const { return static_cast<std::uint32_t>(entries.size()); }
-    Entry* find(std::uint32_t number);
+    std::uint32_t size() const
+    {
+        return static_cast<std::uint32_t>(entries.size() / sizeof(Entry));
+    }
+
+    /// Valid until the next is added.
+    Entry* find(std::uint32_t number) { return number < size() ? &at(number) : nullptr; }
 
     /// Null also for an announced object that is not there yet.
-    Entry* find(const KIVObject* object);
+    Entry* find(const KIVObject* object)
+    {
+        if (!object || (!awaited.empty() && awaited.contains(object))) // no number stands there yet
+            return nullptr;
+        return object->stream_epoch == epoch ? find(object->stream_number) : nullptr;
+    }
 
-    /// The number of a new entry, which has no object yet.
-    std::uint32_t add(const ClassDescriptor* descriptor);
+    /// The number of a new entry, which has no object yet; NONE without memory.
+    std::uint32_t add(std::uint16_t class_index) { return add({nullptr, class_index, {}, {}, {}}); }
 
-    /// The number of an announced object of a class with a stored type, with memory for it. False
-    /// without memory.
-    bool add_awaited(const ClassDescriptor* descriptor, KIVObject*& place);
+    /// The number of an announced object of `size` bytes, with memory for it. False without
+    /// memory.
+    bool add_awaited(std::uint16_t class_index, std::size_t size, KIVObject*& place);
     std::size_t inq_awaited_count() const { return awaited.size(); }
 
-    /// The object being read next is this number's, until `enter` takes it.
-    void expect(std::uint32_t number) { pending = number; }
-    void enter(KIVObject* object);
-    void set_open(std::uint32_t number, bool is_open) { entries[number].is_open = is_open; }
+    /// The record of this number's object begins: the object read next is the one, until `enter`
+    /// takes it.
+    void begin_record(std::uint32_t number)
+    {
+        at(number).is_open = true;
+        pending = number;
+    }
+    void end_record(std::uint32_t number) { at(number).is_open = false; }
+
+    void enter(KIVObject* object)
+    {
+        if (pending == NONE)
+            return;
+        at(pending).object = object;
+        if (object) {
+            object->stream_epoch = epoch;
+            object->stream_number = pending;
+        }
+        pending = NONE;
+    }
 
     /// Memory for the object that is expected, or null.
-    void* storage(std::size_t size);
+    void* storage(std::size_t size)
+    {
+        return pending != NONE && at(pending).is_awaited ? take_awaited() : blocks.allocate(size);
+    }
 
     /// What was read up to now is in the caller's hands.
-    void keep() { kept = entries.size(); }
+    void keep() { kept = size(); }
 
     /// A stream that failed deletes what nobody claimed or holds.
     void set_delete_unowned() { delete_unowned = true; }
@@ -54,12 +86,20 @@ public:
     static std::uint32_t next_epoch();
 
 private:
-    static constexpr std::uint32_t NONE = UINT32_MAX;
+    Entry& at(std::uint32_t number) { return reinterpret_cast<Entry*>(entries.data())[number]; }
+    std::uint32_t add(const Entry& entry)
+    {
+        const std::uint32_t number = size();
+        void* place = entries.extend(sizeof entry);
+        return place ? (new (place) Entry(entry), number) : NONE;
+    }
+    void* take_awaited();
 
-    std::vector<Entry> entries;
+    ByteBuffer entries; // of Entry
+    ObjectBlocks blocks;
     std::uint32_t epoch;
     std::uint32_t pending = NONE;
-    std::size_t kept = 0;                    // entries that are not deleted
+    std::uint32_t kept = 0;                  // entries that are not deleted
     std::unordered_set<const void*> awaited; // memory of announced objects
     bool delete_unowned = false;
 };

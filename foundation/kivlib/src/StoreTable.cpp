@@ -21,24 +21,16 @@ StoreTable::~StoreTable()
     std::erase(open_epochs, epoch);
 }
 
-std::uint32_t StoreTable::find(const KIVObject* object) const
+std::uint32_t StoreTable::find_elsewhere(const KIVObject* object) const
 {
-    if (object->stream_epoch == epoch)
-        return object->stream_number;
     if (marked_by_others.empty())
         return NONE;
     const auto found = marked_by_others.find(object);
     return found == marked_by_others.end() ? NONE : found->second;
 }
 
-std::uint32_t StoreTable::add(const KIVObject* object)
+bool StoreTable::is_marked_by_other(const KIVObject* object) const
 {
-    if (object->stream_epoch != 0 && object->stream_epoch != epoch &&
-        is_open(object->stream_epoch)) {
-        marked_by_others[object] = count;
-    } else {
-        object->stream_epoch = epoch;
-        object->stream_number = count;
-    }
-    return count++;
+    return object->stream_epoch != 0 && object->stream_epoch != epoch &&
+           is_open(object->stream_epoch);
 }

@@ -7,8 +7,10 @@
 namespace container {
 
 constexpr char MAGIC[8] = {'K', 'I', 'V', 'O', 'B', 'J', 'S', '\n'};
-constexpr int VERSION = 1;
-constexpr std::size_t MOST_CLASSES = 0xff00;
+constexpr int FIRST_VERSION = 1;
+constexpr int SHORT_LENGTHS = 2; // the version since which records may have short lengths
+constexpr int VERSION = SHORT_LENGTHS;
+constexpr std::size_t MOST_CLASSES = 0x3f00;
 
 /// The start of the file; class table, objects and checksum follow.
 struct Header {

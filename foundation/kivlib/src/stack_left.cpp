@@ -18,8 +18,8 @@ std::uintptr_t find_lowest_address()
 }
 } // namespace
 
-bool is_stack_low()
+std::uintptr_t inq_stack_floor()
 {
-    thread_local const std::uintptr_t lowest = find_lowest_address();
-    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < lowest + RESERVE;
+    thread_local const std::uintptr_t floor = find_lowest_address() + RESERVE;
+    return floor;
 }

@@ -362,6 +362,69 @@ TEST(ObjectStream, keeps_numbers_finite_on_both_sides)
     EXPECT_EQ(value, 0.0);
 }
 
+TEST(ObjectStream, shortens_the_length_of_small_records_and_keeps_that_of_others_whole)
+{
+    // The second text guesses its length by the first, which is short, and so on.
+    const std::size_t lengths[] = {10, 251, 252, 10, 65'531, 65'532, 10, 0};
+    CharOStream out;
+    for (const std::size_t length : lengths) {
+        KIVLinkedList list; // so that records stand behind what has to move
+        KIVString text(std::string(length, 'x')), end("end");
+        list.add(&text);
+        list.add(&end);
+        out.insert_with_class_hdr(&list);
+    }
+    CharIStream in(out.inq_container());
+    for (const std::size_t length : lengths) {
+        const std::unique_ptr<KIVLinkedList> list(KIVLinkedList::read_from(in));
+        ASSERT_TRUE(list);
+        ASSERT_EQ(list->count(), 2);
+        EXPECT_EQ(static_cast<KIVString*>(list->at_index(0))->str(), std::string(length, 'x'));
+        EXPECT_EQ(*static_cast<KIVString*>(list->at_index(1)), "end");
+        list->remove_all_deleting_objects();
+    }
+    EXPECT_EQ(in.num_chars_in_buffer(), 0);
+}
+
+TEST(ObjectStream, asks_for_a_newer_reader_only_where_lengths_are_short)
+{
+    const std::string one = container_of(KIVColour());
+    EXPECT_EQ(one[8], 1);
+    KIVLinkedList list;
+    KIVColour first, second;
+    list.add(&first);
+    list.add(&second);
+    EXPECT_EQ(container_of(list)[8], 2);
+}
+
+TEST(ObjectStream, gives_objects_that_may_go_in_any_order)
+{
+    constexpr int MANY = 60'000; // more than fit into one block
+    KIVLinkedList list(true);
+    for (int i = 0; i < MANY; ++i)
+        list.add(new KIVColour(i, 0.0, 0.0, 1.0));
+    std::unique_ptr<KIVLinkedList> copy;
+    {
+        CharIStream in(container_of(list));
+        copy.reset(KIVLinkedList::read_from(in));
+    }
+    ASSERT_TRUE(copy);
+    std::vector<std::unique_ptr<KIVColour>> colours;
+    for (KIVColour* colour : copy->of<KIVColour>())
+        colours.emplace_back(colour);
+    for (int i = 0; i < MANY; i += 2)
+        colours[static_cast<std::size_t>(i)].reset();
+    for (int i = 1; i < MANY; i += 2)
+        ASSERT_EQ(colours[static_cast<std::size_t>(i)]->inq_red(), i);
+    colours.clear();
+
+    CharIStream again(container_of(list)); // into the places that have come free
+    copy.reset(KIVLinkedList::read_from(again));
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(static_cast<KIVColour*>(copy->at_index(MANY - 1))->inq_red(), MANY - 1);
+    copy->remove_all_deleting_objects();
+}
+
 TEST(ObjectStream, sees_every_damaged_byte_and_every_cut)
 {
     Ring ring;
@@ -376,7 +439,7 @@ TEST(ObjectStream, sees_every_damaged_byte_and_every_cut)
     EXPECT_EQ(read_error(whole + "x"), KIVStream::BAD_CHECKSUM);
     EXPECT_EQ(read_error("a text"), KIVStream::FOREIGN_FILE);
     std::string newer = whole;
-    newer[8] = 2;
+    newer[8] = 3;
     EXPECT_EQ(read_error(newer), KIVStream::NEWER_CONTAINER);
 }
 

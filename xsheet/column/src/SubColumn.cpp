@@ -18,12 +18,6 @@ constexpr int LENGTH_WITHOUT_SCENE = 1000000;
 constexpr int HEADER_LINES_WITHOUT_SHEET = 7;
 constexpr int FOOTER_LINES_WITHOUT_SHEET = 5;
 
-template <class Function> void for_each_cell(const BaseCellList& list, Function function)
-{
-    for (BaseCell* cell = list.inq_first_cell(); cell; cell = cell->inq_next())
-        function(cell);
-}
-
 template <class Function> void for_each_key(const SubColumn& sub_column, Function function)
 {
     for (KeyCell* key = sub_column.inq_first_key(); key; key = key->inq_next_key())
@@ -53,9 +47,9 @@ SubColumn::SubColumn(KIVIStream& stream)
 void SubColumn::check_keys(KIVIStream& stream)
 {
     bool are_keys = true;
-    for_each_cell(key_cell_list, [&](const BaseCell* cell) { are_keys &= cell->is_a_key(); });
+    key_cell_list.for_each([&](const BaseCell* cell) { are_keys &= cell->is_a_key(); });
     bool are_rows = true;
-    for_each_cell(misc_cell_list, [&](const BaseCell* cell) { are_rows &= !cell->is_a_key(); });
+    misc_cell_list.for_each([&](const BaseCell* cell) { are_rows &= !cell->is_a_key(); });
     if (are_keys && are_rows)
         return;
     stream.set_error_state(KIVStream::BAD_DATA);
@@ -76,10 +70,10 @@ SubColumn::SubColumn(const SubColumn& other, bool)
     : KIVObject(other), label(other.label), next_key_label(other.next_key_label),
       display_flags(other.display_flags)
 {
-    for_each_cell(other.key_cell_list,
-                  [this](const BaseCell* cell) { key_cell_list.add_cell(cell->duplicate()); });
-    for_each_cell(other.misc_cell_list,
-                  [this](const BaseCell* cell) { misc_cell_list.add_cell(cell->duplicate()); });
+    other.key_cell_list.for_each(
+        [this](const BaseCell* cell) { key_cell_list.add_cell(cell->duplicate()); });
+    other.misc_cell_list.for_each(
+        [this](const BaseCell* cell) { misc_cell_list.add_cell(cell->duplicate()); });
     for_each_key(*this, [this](KeyCell* key) { key->set_sub_column(this); });
 }
 
@@ -194,8 +188,8 @@ void SubColumn::set_needs_saving()
 void SubColumn::set_just_saved()
 {
     flags = inq_xs_store_control()->clear_flags_after_save(flags);
-    for_each_cell(misc_cell_list, [](BaseCell* cell) { cell->set_just_saved(); });
-    for_each_cell(key_cell_list, [](BaseCell* cell) { cell->set_just_saved(); });
+    misc_cell_list.for_each([](BaseCell* cell) { cell->set_just_saved(); });
+    key_cell_list.for_each([](BaseCell* cell) { cell->set_just_saved(); });
 }
 
 bool SubColumn::inq_needs_saving() const
@@ -206,8 +200,8 @@ bool SubColumn::inq_needs_saving() const
 bool SubColumn::load_finished_with_abort()
 {
     bool has_aborted = false;
-    for (KeyCell* key = inq_first_key(); key && !has_aborted; key = key->inq_next_key())
-        has_aborted = key->load_finished_with_abort();
+    key_cell_list.for_each(
+        [&](BaseCell* key) { has_aborted = has_aborted || key->load_finished_with_abort(); });
     if (!has_aborted && !is_column())
         display_flags &= ~COLLAPSED; // columns alone stay collapsed
     return has_aborted;

@@ -269,9 +269,12 @@ void NumericSubColumn::insert_key(gsl::owner<KeyCell*> key, int frame)
 
 bool NumericSubColumn::load_finished_with_abort()
 {
-    for (KeyCell* key = inq_first_key(); key; key = key->inq_next_key())
-        if (!is_numeric_key(key))
-            return true;
+    bool are_numeric = true;
+    inq_key_cell_list()->for_each([&](BaseCell* key) {
+        are_numeric = are_numeric && is_numeric_key(static_cast<KeyCell*>(key));
+    });
+    if (!are_numeric)
+        return true;
     const bool is_aborted = SubColumn::load_finished_with_abort();
     take_units_of_scene();
     if (ratio_column_data)

@@ -31,8 +31,13 @@ public:
     /// None if the text is torn, or names what is no part of a scene.
     static std::optional<CommitRecord> parse(std::string_view text);
 
-    /// Of the record in `folder`: none if it is torn or there is none.
-    static std::optional<CommitRecord> read(const KIVString& folder);
+    /// The record in `folder`: none if it is torn or there is none. `is_unread` if there is one,
+    /// and the disc or the system does not give it out now.
+    static std::optional<CommitRecord> read(const KIVString& folder, bool* is_unread);
+
+    /// Waits until the disc holds the record in `folder`, which an interrupted save may not have
+    /// done. False if it may not.
+    static bool sync(const KIVString& folder);
 
     /// Puts the record into `folder`. False if it may not have reached the disc.
     bool write(const KIVString& folder) const;

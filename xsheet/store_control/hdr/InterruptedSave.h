@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kivlib/hdr/KIVString.h"
+#include "xsheet/store_control/hdr/CommitRecord.h"
 
 #include <vector>
 
@@ -14,7 +14,7 @@ public:
         OUTDATED, // the record is of another time
         MOVED,    // every part is in its place
         PENDING,  // some parts are still to be moved from their names with "~"
-        DAMAGED   // some are to be moved, and others are neither here nor there
+        DAMAGED   // some are to be moved and others are neither here nor there, or can't be read
     };
 
     /// Looks, and changes nothing.
@@ -22,7 +22,7 @@ public:
 
     State inq_state() const { return state; }
 
-    /// The parts to be moved, and those that were found nowhere.
+    /// The parts to be moved, and those that were found nowhere or can't be read.
     const std::vector<KIVString>& inq_pending() const { return pending; }
     const std::vector<KIVString>& inq_bad() const { return bad; }
 
@@ -32,6 +32,7 @@ public:
 
 private:
     void judge();
+    bool judge(const CommitRecord::Part& part);
     bool remove_record() const;
 
     KIVString folder;

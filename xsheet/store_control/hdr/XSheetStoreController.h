@@ -116,6 +116,7 @@ private:
 
     bool take_lock(FolderLock::Kind kind);
     bool recover_to_load();
+    bool sync_parent() const;
     bool is_read_with_tilde(const KIVString& name) const;
     bool tell_damage(const InterruptedSave& interrupted);
     bool refuse(const KIVString& what);

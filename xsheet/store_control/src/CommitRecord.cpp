@@ -3,6 +3,7 @@
 #include "kivlib/hdr/FileHandle.h"
 #include "xsheet/store_control/hdr/SceneParts.h"
 
+#include <cerrno>
 #include <charconv>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,15 +106,25 @@ std::optional<CommitRecord> CommitRecord::parse(std::string_view text)
     return parts.empty() ? std::nullopt : std::optional(CommitRecord(std::move(parts)));
 }
 
-std::optional<CommitRecord> CommitRecord::read(const KIVString& folder)
+std::optional<CommitRecord> CommitRecord::read(const KIVString& folder, bool* is_unread)
 {
     const FileHandle file = FileHandle::open_the_file_itself(path_in(folder).c_str());
+    *is_unread = !file.is_open() && errno != ENOENT && errno != ELOOP; // a link is no record
+    if (!file.is_open())
+        return {};
     struct stat facts {};
-    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0 || !S_ISREG(facts.st_mode) ||
-        facts.st_size > std::int64_t(MOST_BYTES))
+    *is_unread = ::fstat(file.inq_descriptor(), &facts) != 0;
+    if (*is_unread || !S_ISREG(facts.st_mode) || facts.st_size > std::int64_t(MOST_BYTES))
         return {};
     std::string text(static_cast<std::size_t>(facts.st_size), '\0');
-    return file.read_all(text.data(), text.size()) ? parse(text) : std::nullopt;
+    *is_unread = !file.read_all(text.data(), text.size());
+    return *is_unread ? std::nullopt : parse(text);
+}
+
+bool CommitRecord::sync(const KIVString& folder)
+{
+    const FileHandle file = FileHandle::open_the_file_itself(path_in(folder).c_str());
+    return file.is_open() && file.sync() && sync_folder(folder);
 }
 
 bool CommitRecord::write(const KIVString& folder) const

@@ -40,7 +40,7 @@ void PendingPart::was_closed(bool is_good)
 
 bool PendingPart::may_move_to(const KIVString& path) const
 {
-    return folder == path && facts.is_there() && (!is_stale || is_whole());
+    return !is_stale || (folder == path && is_whole());
 }
 
 bool PendingPart::is_whole() const

@@ -30,8 +30,8 @@ public:
     /// Left by an earlier save.
     void set_stale() { is_stale = true; }
 
-    /// Whether a save of the folder `path` takes this part along: it is of that folder and was
-    /// written to its end, and if an earlier save has left it, nobody has touched it since.
+    /// Whether a save of the folder `path` takes this part along: its own always, and one that an
+    /// earlier save of that folder has left if it is whole.
     bool may_move_to(const KIVString& path) const;
 
     /// Whether the file was written to its end, and is still what was written.

@@ -51,11 +51,11 @@ bool XSheetStoreController::begin_load()
 {
     read_with_tilde.clear();
     facts_at_load.clear();
-    if (!take_lock(FolderLock::SHARED) || !recover_to_load())
+    if (!take_lock(FolderLock::SHARED))
         return false;
-    if (!lock.is_held())
+    if (!lock.is_held()) // before anything is judged by what stands in the folder
         facts_at_load = inq_scene_facts(HERE);
-    return true;
+    return recover_to_load();
 }
 
 bool XSheetStoreController::end_load()
@@ -70,7 +70,7 @@ bool XSheetStoreController::tell_damage(const InterruptedSave& interrupted)
 {
     if (interrupted.inq_state() == InterruptedSave::DAMAGED)
         set_failed("The scene " + root_folder + " is damaged: a save was interrupted, and " +
-                   listed(interrupted.inq_bad()) + " is lost" + TAIL);
+                   listed(interrupted.inq_bad()) + " is lost or can't be read" + TAIL);
     return is_okay();
 }
 
@@ -90,14 +90,22 @@ bool XSheetStoreController::recover_to_load()
     return tell_damage(interrupted);
 }
 
+/// A folder without a scene may have been made by a save that was interrupted at once.
+bool XSheetStoreController::sync_parent() const
+{
+    if (!folder_is_new && inq_file_facts(SCENE_CONTENTS).is_there())
+        return true;
+    return sync_folder("..") || (!folder_is_new && errno == EACCES);
+}
+
 bool XSheetStoreController::begin_save()
 {
     is_saved = false;
     if (!take_lock(FolderLock::EXCLUSIVE))
         return false;
     InterruptedSave interrupted(HERE);
-    const bool is_ready = (!folder_is_new || sync_folder("..")) && tell_damage(interrupted) &&
-                          interrupted.finish() && sync_folder(HERE);
+    const bool is_ready =
+        sync_parent() && tell_damage(interrupted) && interrupted.finish() && sync_folder(HERE);
     if (!is_ready)
         set_failed("Could not save into the folder " + root_folder + ": " + inq_system_error() +
                    TAIL);
