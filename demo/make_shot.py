@@ -49,19 +49,25 @@ def picture(name, images, hold=1):
     return {"name": name, "type": "BG/OL", "columns": {"BG/OL": keys}}
 
 
-def transform(name, source, scale, x, y):
+def transform(name, source, scale, move):
     return {"name": name, "type": "Transform", "inputs": [source],
-            "columns": {"Move": {"x": x, "y": y}, "Scale": [key(1, scale)]}}
+            "columns": {"Move": move, "Scale": [key(1, scale)]}}
 
 
 def describe(background, creature, overlay):
     cover = max(WORLD[0] / background.width, WORLD[1] / background.height)
     grown = CREATURE_HEIGHT / max(image.height for image in creature)
-    walk = [0.35, 0.25, 0.6, 0.95]
+    walk = {"knots": [{"at": [-290, -165], "out": [140, 26]},
+                      {"at": [120, -156], "in": [-140, 26]}],
+            "keys": [{"frame": 1, "knot": 1, "ease": [0.35, 0.25, 0.6, 0.95]},
+                     {"frame": FRAMES - 8, "knot": 2}]}
+    against_camera = {"column": ["Camera", "Move", "x"], "ratio": -0.87}
     return {
         "length": FRAMES,
         "cover_sheet": {"frame_rate": 24, "aspect_ratio": 16 / 9, "director": "montaraystore",
                         "production_name": "The lantern"},
+        "notes": [{"frame": 1, "text": "Walks over the rise, on twos"},
+                  {"frame": FRAMES - 8, "text": "Stops and listens"}],
         "nodes": [
             {"name": "Output", "class": "CNodeRostrum", "inputs": ["Camera"]},
             {"name": "Camera", "type": "Camera",
@@ -71,12 +77,10 @@ def describe(background, creature, overlay):
                           "y": [key(1, -40, ease="in_out"), key(FRAMES, -100)]},
                  "Angle": [key(1, 0, ease="in_out"), key(FRAMES, 1.5)],
                  "Size": [key(1, 1000, ease="in_out"), key(FRAMES, 640)]}},
-            transform("Reeds in front", "Reeds", 1.1 * WORLD[0] / overlay.width, [key(1, 70), key(FRAMES, -60)],
-                      [key(1, 10)]),
-            transform("Creature walks", "Creature", grown,
-                      [key(1, -290, ease=walk), key(FRAMES - 8, 120)],
-                      [key(1, -165, ease="in_out"), key(FRAMES - 8, -156)]),
-            transform("Background fits", "Background", cover, [key(1, 0)], [key(1, 0)]),
+            transform("Reeds in front", "Reeds", 1.1 * WORLD[0] / overlay.width,
+                      {"x": [key(1, 70, follows=against_camera)], "y": [key(1, 10)]}),
+            transform("Creature walks", "Creature", grown, {"path": walk}),
+            transform("Background fits", "Background", cover, {"xy": [key(1, [0, 0])]}),
             picture("Reeds", [overlay]),
             picture("Creature", creature, HOLD),
             picture("Background", [background]),

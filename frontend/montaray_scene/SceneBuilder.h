@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frontend/montaray_scene/Description.h"
+#include "frontend/montaray_scene/ColumnBuilder.h"
 
 #include <filesystem>
 #include <map>
@@ -10,13 +10,8 @@ class CNode;
 class CNodeChannel;
 class CNodeDescriptor;
 class CNodeGraph;
-class Column;
 class CoverSheet;
-class KeyCell;
 class KIVScene;
-class NumericSubColumn;
-class SubColumn;
-class XSNode;
 
 /// Makes a scene of a description, in memory. Throws the first `Mistake` that it meets.
 class SceneBuilder {
@@ -31,23 +26,16 @@ private:
     void describe_cover_sheet(const Place& place);
     void make_node(const Place& place);
     CNode* make_new_node(const Place& place, CNodeDescriptor& descriptor);
-    void fill_columns(const Place& place, XSNode& node);
-    void fill_sub_column(const Place& place, SubColumn& sub_column);
-    void fill_move(const Place& place, Column& column);
-    void fill_keys(const Place& place, SubColumn& sub_column);
-    void describe_key(const Place& place, SubColumn& sub_column, KeyCell& key);
-    void set_image(const Place& place, KeyCell& key);
     void connect(const Place& place);
     void connect_channel(const Place& place, CNodeChannel* input);
     CNodeChannel* find_output(const Place& place);
     void refuse_circles();
     void choose_root();
-    std::string inq_art_file(const Place& place) const;
 
     Place description;
-    std::filesystem::path art_folder;
     std::unique_ptr<KIVScene> scene;
     CNodeGraph& graph;
+    ColumnBuilder columns;
     std::map<std::string, CNode*> nodes; // not owned
 
     struct Connection {

@@ -13,8 +13,12 @@
 #include "scene/hdr/RasterAsset.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
+#include "xsheet/numeric/hdr/NumericKeyCell.h"
+#include "xsheet/numeric/hdr/NumericSubColumn.h"
+#include "xsheet/ratio/hdr/RatioKeyCellData.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
 
+#include <algorithm>
 #include <iostream>
 #include <set>
 
@@ -94,6 +98,21 @@ void show_value(const SubColumn& column, KeyCell& key)
     }
 }
 
+/// The column that the key follows, if it does.
+void show_source(const KeyCell& key)
+{
+    if (!key.is_kind_of("NumericKeyCell"))
+        return;
+    const RatioKeyCellData* link = static_cast<const NumericKeyCell&>(key).inq_ratio_data();
+    if (!link || !link->inq_source_column())
+        return;
+    constexpr std::size_t FRONT = 3; // the bar before the first name
+    const std::string path = link->inq_source_column()->inq_header_path().str();
+    std::cout << ", follows " << path.substr(std::min(FRONT, path.size())) << " times";
+    for (const double ratio : link->inq_ratio_value().inq_elements())
+        std::cout << ' ' << ratio;
+}
+
 void show_keys(SubColumn& column, std::size_t depth)
 {
     for (KeyCell* key = column.inq_first_key(); key; key = key->inq_next_key()) {
@@ -102,8 +121,9 @@ void show_keys(SubColumn& column, std::size_t depth)
         std::cout << "  " << MODE_WORDS[static_cast<std::size_t>(key->inq_mode())]
                   << (key->inq_fairing() && key->inq_fairing()->inq_control_point_count() > 0
                           ? ", eased"
-                          : "")
-                  << '\n';
+                          : "");
+        show_source(*key);
+        std::cout << '\n';
     }
 }
 

@@ -19,6 +19,14 @@ inline constexpr int MOVE_COLUMN = 20;
 /// By the number of the interpolation mode.
 inline const std::vector<std::string> MODE_WORDS{"inbetween", "hold", "stop"};
 
+/// Colour spaces with the modes of a colour column.
+inline const std::vector<std::string> SPACE_WORDS{"rgb", "hsv", "cmy"};
+inline constexpr std::array<int, 3> SPACES{1, 2, 3};
+
+/// Members of a move with their labels.
+inline const std::vector<std::string> MOVE_WORDS{"x", "y", "xy", "path"};
+inline constexpr std::array<unsigned long, 4> MOVE_LABELS{1, 2, 3, 4};
+
 inline const std::vector<std::string> EASE_WORDS{"linear", "ease", "in", "out", "in_out"};
 inline constexpr std::array<std::array<double, 4>, 5> EASES{{
     {1.0 / 3, 1.0 / 3, 2.0 / 3, 2.0 / 3},

@@ -198,6 +198,34 @@ class Descriptions(InFolder):
             return {"name": name, "type": "Move", "inputs": [source]}
         self.expect_mistake("/nodes/1/inputs/0", [output("a"), move("a", "b"), move("b", "a")])
 
+    def test_paths_and_columns_to_follow_are_told_with_their_place(self):
+        def moves(path, **x):
+            keys = [{"frame": 1, "value": 0, **x}]
+            return [output("a", "b"), card("card", 1, 0, 0),
+                    {"name": "a", "type": "Move", "inputs": ["card"],
+                     "columns": {"Move": {"path": path}}},
+                    {"name": "b", "type": "Move", "inputs": ["card"],
+                     "columns": {"Move": {"x": keys, "y": [{"frame": 1, "value": 0, "follows": {
+                         "column": ["b", "Move", "x"]}}]}}}]
+        line = [{"at": [0, 0]}, {"at": [30, 40]}]
+        place = "/nodes/2/columns/Move/path"
+        for keys, wrong in (([{"frame": 1, "knot": 3}], "/keys/0/knot"),
+                            ([{"frame": 1, "knot": 1, "distance": 1}], "/keys/0/knot"),
+                            ([{"frame": 1, "distance": 50.1}], "/keys/0/distance"),
+                            ([{"frame": 1}], "/keys/0")):
+            self.expect_mistake(place + wrong, moves({"knots": line, "keys": keys}))
+        self.expect_mistake(place + "/knots", moves({"knots": [], "keys": []}))
+        path = {"knots": line, "keys": [{"frame": 1, "knot": 2}]}
+        place = "/nodes/3/columns/Move/x/0/follows/column"
+        for column in (["b", "Move", "x"], ["card", "Color"], ["c", "Move"], ["a"]):
+            self.expect_mistake(place, moves(path, follows={"column": column}))
+        self.expect_mistake(place.replace("x", "y", 1),
+                            moves(path, follows={"column": ["b", "Move", "y"]}))
+        scene = self.make_scene(moves(path, follows={"column": ["a", "Move", "path"],
+                                                     "ratio": 0.5}))
+        self.assertIn("frame 1: 0  hold, follows a - Move - PATH times 0.5\n",
+                      run("montaray-scene", "show", scene).stdout)
+
     def test_a_text_that_makes_no_sense_is_refused(self):
         description = self.folder / "broken.json"
         for text in ('{"length": 3,, }', '{"length": 1e999, "nodes": []}', "[]", "",

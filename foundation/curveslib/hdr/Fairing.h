@@ -41,12 +41,13 @@ public:
     int inq_sample_rate() const { return sample_rate; }
 
     /// Cuts the way at `offset`, where a new key comes to stand. This keeps the earlier part and
-    /// the fairing returned has the later one.
+    /// the fairing returned has the later one. Both draw the curve as it was, but for what lies
+    /// beyond the values of the two keys between which they lead from now on.
     gsl::owner<Fairing*> split(int offset);
 
     /// Gives `other` the control points and the sample rate of this.
     void copy_into(Fairing* other) const;
-    bool is_same_shape(const Fairing* other) const { return points == other->points; }
+    bool is_same_shape(const Fairing* other) const;
 
     /// In order of time; null out of range.
     FairingCP* inq_control_point(int index);

@@ -1,5 +1,6 @@
 #pragma once
 
+class ArcLengthTable;
 class Knot;
 class Squidge;
 
@@ -58,16 +59,8 @@ public:
     /// On the way from this knot, at 0, to the next one, at 1.
     Vector2 calc_at_param(double parameter) const;
 
-    /// Of the way between two parameters, in world units.
-    double calc_length(double from, double to) const;
-
-    /// The parameter that lies `length` behind this knot.
-    double find_param_at(double length) const;
-
 private:
     friend class Squidge;
-
-    double calc_speed(double parameter) const;
 
     std::size_t index;          // among the knots of the squidge
     Squidge* squidge;           // not owned
@@ -81,13 +74,12 @@ private:
 /// A bead: it can slide along its squidge.
 class Bead : public BaseBeadKnot {
 public:
-    Bead(const CurvePosition& position, unsigned long label)
-        : BaseBeadKnot(label), position(position)
-    {}
+    Bead(const CurvePosition& position, unsigned long label);
 
     CurvePosition inq_curve_position() const override { return position; }
 
-    void set_curve_position(const CurvePosition& to) override { position = to; }
+    /// A parameter outside 0 to 1 means its nearer end.
+    void set_curve_position(const CurvePosition& to) override;
 
     const Knot* inq_knot() const { return position.knot; }
     double inq_parameter() const { return position.parameter; }
@@ -102,9 +94,10 @@ class Squidge : public KIVObject {
     KIV_STORED(Squidge, KIVObject);
 
 public:
-    explicit Squidge(bool closed) : closed(closed) {}
+    explicit Squidge(bool closed);
     Squidge(const Squidge& other);
     explicit Squidge(KIVIStream& stream);
+    ~Squidge() override;
 
     void storer(KIVOStream& stream) override;
 
@@ -138,16 +131,14 @@ public:
                                       double distance) const;
 
 private:
-    const std::vector<double>& inq_ends() const;
+    const ArcLengthTable& inq_lengths() const;
+    double calc_distance_from_start(const BaseBeadKnot* bead_knot) const;
     double calc_distance_from_start(const CurvePosition& position) const;
-    CurvePosition find_position_at(double distance_from_start) const;
     void read_knots(KIVIStream& stream);
     void read_beads(KIVIStream& stream);
 
     bool closed;
     std::vector<std::unique_ptr<Knot>> knots;
     std::vector<std::unique_ptr<Bead>> beads;
-
-    /// How far from the start the way from each knot ends; empty until asked for.
-    mutable std::vector<double> ends;
+    mutable std::unique_ptr<ArcLengthTable> lengths; // null until asked for
 };

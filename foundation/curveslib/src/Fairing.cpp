@@ -11,6 +11,7 @@ using Points = std::vector<FairingCP>;
 constexpr std::size_t BYTES_PER_POINT = 6 * sizeof(double);
 constexpr double MOST_FRAMES = 100'000'000; // a damaged file may hold any number
 constexpr double FLAT = 1e-9;               // a part of a curve that climbs less is a straight ramp
+constexpr double UPRIGHT = 1e-5;            // times per height where a curve is as good as upright
 
 template <class Record> void record_place(Record& r, Place& place)
 {
@@ -49,43 +50,59 @@ struct Segment {
     {
         if (!runs_back())
             return;
-        p1.time = std::clamp(p1.time, p0.time, std::max(p0.time, p3.time));
-        p2.time = std::clamp(p2.time, p0.time, std::max(p0.time, p3.time));
+        const double longest = (1.0 - UPRIGHT) * std::max(0.0, p3.time - p0.time);
+        p1.time = p0.time + std::clamp(p1.time - p0.time, 0.0, longest);
+        p2.time = p3.time - std::clamp(p3.time - p2.time, 0.0, longest);
     }
 
-    /// Handles that reach past the other point may let the curve run back in time. They need not:
-    /// the halves of a curve whose handles cross have such handles.
+    /// Handles that reach past the other point may let the curve run back in time, or so nearly
+    /// stand upright that a height can't be told from its time. They need not: the halves of a
+    /// curve whose handles cross have such handles.
     bool runs_back() const
     {
-        constexpr double ROUNDING = 1.0 + 1e-9;
         const double d0 = p1.time - p0.time, d1 = p2.time - p1.time, d2 = p3.time - p2.time;
-        return d0 < 0.0 || d2 < 0.0 || (d1 < 0.0 && d1 * d1 > d0 * d2 * ROUNDING);
+        return d0 < 0.0 || d2 < 0.0 || (d1 < 0.0 && d1 * d1 > d0 * d2 * (1.0 - UPRIGHT));
     }
 
-    Place at(double u) const
+    double height_at(double u) const
     {
-        const Place a = mix(p0, p1, u), b = mix(p1, p2, u), c = mix(p2, p3, u);
-        return mix(mix(a, b, u), mix(b, c, u), u);
+        const double v = 1.0 - u;
+        return v * v * (v * p0.height + 3.0 * u * p1.height) +
+               u * u * (3.0 * v * p2.height + u * p3.height);
     }
 
-    /// Time grows with the parameter, so halving finds it.
+    /// Newton's steps, kept between what is known to lie before and behind: time grows with the
+    /// parameter.
     double find_parameter(double time) const
     {
-        constexpr int HALVINGS = 48; // as fine as times near 1 are told apart
+        constexpr int MOST_STEPS = 100;
+        constexpr double CLOSE = 1e-12; // a step: the next one would be finer than rounding
+        const double linear = 3.0 * (p1.time - p0.time);
+        const double square = 3.0 * (p2.time - p1.time) - linear;
+        const double cubic = p3.time - p0.time - linear - square;
+        const double goal = time - p0.time;
         double low = 0.0, high = 1.0;
-        for (int i = 0; i < HALVINGS; ++i) {
-            const double middle = (low + high) / 2;
-            (at(middle).time < time ? low : high) = middle;
+        double u = goal / (p3.time - p0.time);
+        for (int step = 0; step < MOST_STEPS; ++step) {
+            const double error = u * (linear + u * (square + u * cubic)) - goal;
+            (error > 0.0 ? high : low) = u;
+            const double slope = linear + u * (2.0 * square + 3.0 * u * cubic);
+            const double last = u;
+            u -= error / slope;
+            if (!(u > low && u < high))
+                u = error == 0.0 ? last : (low + high) / 2.0;
+            if (std::abs(u - last) < CLOSE)
+                break;
         }
-        return (low + high) / 2;
+        return u;
     }
 };
 
 /// The index of the first point behind `time`.
 std::size_t find_behind(const Points& points, double time)
 {
-    const auto behind =
-        std::ranges::find_if(points, [time](const FairingCP& cp) { return cp.point.time > time; });
+    const auto behind = std::ranges::upper_bound(points, time, {},
+                                                 [](const FairingCP& cp) { return cp.point.time; });
     return static_cast<std::size_t>(behind - points.begin());
 }
 
@@ -104,16 +121,17 @@ double height_at(const Points& points, double time)
     if (behind == points.size() || points[behind - 1].point.time == time)
         return points[behind - 1].point.height;
     const Segment segment(points[behind - 1], points[behind]);
-    return segment.at(segment.find_parameter(time)).height;
+    return segment.height_at(segment.find_parameter(time));
 }
 
 /// Puts a point on the curve at `time`, which changes nothing of its shape. Gives its index.
 std::size_t insert_point(Points& points, double time)
 {
     const std::size_t behind = find_behind(points, time);
-    if (behind == 0 || behind == points.size()) {
-        const double height = height_at(points, time);
-        points.insert(place_at(points, behind), FairingCP{{time, height}, {}, {}});
+    if (behind == 0 || behind == points.size()) { // where the curve is level
+        const FairingCP level{{time, height_at(points, time)}, {}, {}};
+        (behind == 0 ? points.front().before : points.back().after) = {};
+        points.insert(place_at(points, behind), level);
         return behind;
     }
     const Segment whole(points[behind - 1], points[behind]);
@@ -125,6 +143,26 @@ std::size_t insert_point(Points& points, double time)
     points[behind].before = c - whole.p3;
     points.insert(place_at(points, behind), FairingCP{middle, ab - middle, bc - middle});
     return behind;
+}
+
+/// What is no number means 0.
+double keep_in_range(double height)
+{
+    return height > 0.0 ? std::min(height, 1.0) : 0.0;
+}
+
+bool is_on_ramp(const FairingCP& cp)
+{
+    const auto is_level = [](const Place& place) { return place.time == place.height; };
+    return is_level(cp.point) && is_level(cp.before) && is_level(cp.after);
+}
+
+/// Without points, or with such as change nothing.
+bool is_ramp(const Points& points)
+{
+    constexpr Place START{0.0, 0.0}, END{1.0, 1.0};
+    return points.empty() || (points.front().point == START && points.back().point == END &&
+                              std::ranges::all_of(points, is_on_ramp));
 }
 
 /// Stretches a part of a curve so that it runs from 0 to 1 both ways.
@@ -181,7 +219,7 @@ double Fairing::get_height(int offset) const
         return 0.0;
     const int step = offset - offset % std::max(sample_rate, 1);
     const double time = (step + (our_half_frame ? 0.5 : 0.0)) / frames;
-    return std::clamp(height_at(points, std::clamp(time, 0.0, 1.0)), 0.0, 1.0);
+    return keep_in_range(height_at(points, std::clamp(time, 0.0, 1.0)));
 }
 
 gsl::owner<Fairing*> Fairing::split(int offset)
@@ -193,7 +231,7 @@ gsl::owner<Fairing*> Fairing::split(int offset)
         return later.release();
 
     const auto cut = place_at(points, insert_point(points, time));
-    const Place place = cut->point;
+    const Place place{cut->point.time, keep_in_range(cut->point.height)}; // as it was drawn
     later->points.assign(cut, points.end());
     points.erase(cut + 1, points.end());
     stretch(points, {0.0, 0.0}, place);
@@ -205,6 +243,11 @@ void Fairing::copy_into(Fairing* other) const
 {
     other->points = points;
     other->sample_rate = sample_rate;
+}
+
+bool Fairing::is_same_shape(const Fairing* other) const
+{
+    return points == other->points || (is_ramp(points) && is_ramp(other->points));
 }
 
 FairingCP* Fairing::inq_control_point(int index)

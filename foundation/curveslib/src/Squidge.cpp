@@ -1,5 +1,6 @@
 #include "curveslib/hdr/Squidge.h"
 
+#include "curveslib/src/ArcLengthTable.h"
 #include "kivlib/hdr/KIVIStream.h"
 #include "kivlib/hdr/KIVOStream.h"
 
@@ -9,13 +10,11 @@ namespace {
 constexpr std::size_t LEAST_KNOT_BYTES = 6 * sizeof(double) + sizeof(std::int64_t);
 constexpr std::size_t LEAST_BEAD_BYTES = sizeof(std::int32_t) + sizeof(double);
 
-// Gauss and Legendre's places and weights on the way from -1 to 1, one half of five.
-constexpr double PLACES[] = {0.0, 0.5384693101056831, 0.9061798459386640};
-constexpr double WEIGHTS[] = {0.5688888888888889, 0.4786286704993665, 0.2369268850561891};
-constexpr int PIECES = 8; // of the way from knot to knot, each measured by itself
-
-constexpr int MOST_STEPS = 50;
-constexpr double CLOSE = 1e-10; // of the way from knot to knot
+/// What is no number means 0.
+CurvePosition keep_on_span(const CurvePosition& position)
+{
+    return {position.knot, position.parameter > 0.0 ? std::min(position.parameter, 1.0) : 0.0};
+}
 } // namespace
 
 Vector2 BaseBeadKnot::calc_position() const
@@ -47,58 +46,24 @@ Vector2 Knot::calc_at_param(double parameter) const
         return place;
     const double t = parameter;
     const double s = 1.0 - t;
-    return s * s * s * place + 3.0 * s * s * t * (place + after) +
-           3.0 * s * t * t * (to->place + to->before) + t * t * t * to->place;
+    const double own = s * s * (1.0 + 2.0 * t); // the place and its handle's root
+    const double others = t * t * (1.0 + 2.0 * s);
+    return own * place + 3.0 * s * s * t * after + others * to->place +
+           3.0 * s * t * t * to->before;
 }
 
-double Knot::calc_speed(double parameter) const
+Bead::Bead(const CurvePosition& position, unsigned long label)
+    : BaseBeadKnot(label), position(keep_on_span(position))
+{}
+
+void Bead::set_curve_position(const CurvePosition& to)
 {
-    const Knot* to = inq_next();
-    const double t = parameter;
-    const double s = 1.0 - t;
-    const Vector2 middle = to->place + to->before - place - after;
-    return (3.0 * s * s * after + 6.0 * s * t * middle - 3.0 * t * t * to->before).length();
+    position = keep_on_span(to);
 }
 
-double Knot::calc_length(double from, double to) const
-{
-    if (!inq_next())
-        return 0.0;
-    const double half = (to - from) / (2.0 * PIECES);
-    double length = 0.0;
-    for (int piece = 0; piece < PIECES; ++piece) {
-        const double middle = from + half * (2.0 * piece + 1.0);
-        length += WEIGHTS[0] * calc_speed(middle);
-        for (int i = 1; i < 3; ++i)
-            length += WEIGHTS[i] * (calc_speed(middle - half * PLACES[i]) +
-                                    calc_speed(middle + half * PLACES[i]));
-    }
-    return length * half;
-}
+Squidge::Squidge(bool closed) : closed(closed) {}
 
-// Newton's steps, kept between what is known to lie before and behind.
-double Knot::find_param_at(double length) const
-{
-    const double whole = calc_length(0.0, 1.0);
-    if (whole <= 0.0 || length <= 0.0)
-        return 0.0;
-    if (length >= whole)
-        return 1.0;
-    double low = 0.0;
-    double high = 1.0;
-    double t = length / whole;
-    for (int step = 0; step < MOST_STEPS; ++step) {
-        const double error = calc_length(0.0, t) - length;
-        if (std::abs(error) < CLOSE * whole)
-            break;
-        (error > 0.0 ? high : low) = t;
-        const double speed = calc_speed(t);
-        t = speed > 0.0 ? t - error / speed : low;
-        if (t <= low || t >= high)
-            t = (low + high) / 2.0;
-    }
-    return t;
-}
+Squidge::~Squidge() = default;
 
 Squidge::Squidge(const Squidge& other) : KIVObject(other), closed(other.closed)
 {
@@ -172,7 +137,7 @@ Knot* Squidge::add_knot(const Vector2& place, const Vector2& handle_before,
                         const Vector2& handle_after, unsigned long label)
 {
     Knot* last = knots.empty() ? nullptr : knots.back().get();
-    ends.clear();
+    lengths.reset();
     knots.push_back(std::make_unique<Knot>(this, last, place, handle_before, handle_after, label));
     if (last)
         last->next = knots.back().get();
@@ -185,34 +150,32 @@ Bead* Squidge::add_bead(const CurvePosition& position, unsigned long label)
     return beads.back().get();
 }
 
-const std::vector<double>& Squidge::inq_ends() const
+const ArcLengthTable& Squidge::inq_lengths() const
 {
-    if (ends.empty()) {
-        ends.reserve(knots.size());
-        double end = 0.0;
-        for (const auto& knot : knots)
-            ends.push_back(end += knot->calc_length(0.0, 1.0));
-    }
-    return ends;
+    if (!lengths)
+        lengths = std::make_unique<ArcLengthTable>(knots);
+    return *lengths;
 }
 
 double Squidge::calc_length() const
 {
-    return knots.empty() ? 0.0 : inq_ends().back();
+    return inq_lengths().inq_length();
 }
 
 double Squidge::calc_distance_from_start(const CurvePosition& position) const
 {
-    const Knot& knot = *position.knot;
-    const double start = knot.index > 0 ? inq_ends()[knot.index - 1] : 0.0;
-    return start + knot.calc_length(0.0, position.parameter);
+    return inq_lengths().distance_at(position, position.knot->index);
+}
+
+double Squidge::calc_distance_from_start(const BaseBeadKnot* bead_knot) const
+{
+    return calc_distance_from_start(bead_knot->inq_curve_position());
 }
 
 double Squidge::distance_along_curve(const BaseBeadKnot* from, const BaseBeadKnot* to,
                                      int direction) const
 {
-    const double way = direction * (calc_distance_from_start(to->inq_curve_position()) -
-                                    calc_distance_from_start(from->inq_curve_position()));
+    const double way = direction * (calc_distance_from_start(to) - calc_distance_from_start(from));
     if (!closed)
         return std::abs(way);
     return way < 0.0 ? way + calc_length() : way;
@@ -220,8 +183,7 @@ double Squidge::distance_along_curve(const BaseBeadKnot* from, const BaseBeadKno
 
 int Squidge::direction_to_go(const BaseBeadKnot* from, const BaseBeadKnot* to) const
 {
-    const double start = calc_distance_from_start(from->inq_curve_position());
-    return calc_distance_from_start(to->inq_curve_position()) < start ? -1 : 1;
+    return calc_distance_from_start(to) < calc_distance_from_start(from) ? -1 : 1;
 }
 
 CurvePosition Squidge::find_position_along(const CurvePosition& start, int direction,
@@ -229,18 +191,7 @@ CurvePosition Squidge::find_position_along(const CurvePosition& start, int direc
 {
     const double goal = calc_distance_from_start(start) + direction * distance;
     const double length = calc_length();
-    if (!closed || length <= 0.0)
-        return find_position_at(std::clamp(goal, 0.0, length));
-    return find_position_at(goal - length * std::floor(goal / length));
-}
-
-CurvePosition Squidge::find_position_at(double distance_from_start) const
-{
-    const std::vector<double>& all_ends = inq_ends();
-    const auto end = std::ranges::lower_bound(all_ends, distance_from_start);
-    if (end == all_ends.end())
-        return {knots.back().get(), closed ? 1.0 : 0.0};
-    const double start = end == all_ends.begin() ? 0.0 : *(end - 1);
-    const Knot* knot = knots[static_cast<std::size_t>(end - all_ends.begin())].get();
-    return {knot, knot->find_param_at(distance_from_start - start)};
+    if (!closed || !(length > 0.0))
+        return inq_lengths().position_at(goal);
+    return inq_lengths().position_at(goal - length * std::floor(goal / length));
 }

@@ -2,6 +2,7 @@
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 namespace {
 /// Slow at first and fast in the end.
@@ -11,6 +12,24 @@ void ease_in(Fairing& fairing)
     fairing.inq_control_point(0)->after = {0.6, 0.0};
     fairing.inq_control_point(1)->point = {1.0, 1.0};
     fairing.inq_control_point(1)->before = {-0.2, -0.5};
+}
+
+/// Each half, stretched between the heights of its ends, is what the whole was there.
+void expect_same_curve_after_split(const Fairing& fairing, int cut)
+{
+    Fairing whole(fairing.number_between);
+    fairing.copy_into(&whole);
+    const int frames = fairing.number_between + 1;
+    const std::unique_ptr<Fairing> later(whole.split(cut));
+    EXPECT_EQ(whole.number_between, cut - 1);
+    EXPECT_EQ(later->number_between, frames - 1 - cut);
+    const double height = fairing.get_height(cut);
+    for (int i = 0; i <= cut; ++i)
+        EXPECT_NEAR(whole.get_height(i) * height, fairing.get_height(i), 1e-9) << cut << ' ' << i;
+    for (int i = cut; i <= frames; ++i)
+        EXPECT_NEAR(height + later->get_height(i - cut) * (1.0 - height), fairing.get_height(i),
+                    1e-9)
+            << cut << ' ' << i;
 }
 
 class HalfFrame {
@@ -79,27 +98,42 @@ TEST(Fairing, follows_its_control_points)
     EXPECT_EQ(fairing.inq_control_point(-1), nullptr);
 }
 
-TEST(Fairing, keeps_all_heights_when_it_is_split_although_its_handles_cross)
+TEST(Fairing, draws_the_same_curve_when_it_is_split)
 {
-    constexpr int BETWEEN = 9, CUT = 6;
-    Fairing whole(BETWEEN);
-    whole.create_empty_cps(2);
-    *whole.inq_control_point(0) = {{0.0, 0.0}, {}, {0.9, 0.0}};
-    *whole.inq_control_point(1) = {{1.0, 1.0}, {-0.9, 0.0}, {}};
-    std::vector<double> heights;
-    for (int i = 0; i <= BETWEEN + 1; ++i)
-        heights.push_back(whole.get_height(i));
+    Fairing crossed(19); // whose handles cross
+    crossed.create_empty_cps(2);
+    *crossed.inq_control_point(0) = {{0.0, 0.0}, {}, {0.9, 0.0}};
+    *crossed.inq_control_point(1) = {{1.0, 1.0}, {-0.9, 0.0}, {}};
+    Fairing upright(19); // in the middle
+    upright.create_empty_cps(2);
+    *upright.inq_control_point(0) = {{0.0, 0.0}, {}, {1.0, 0.2}};
+    *upright.inq_control_point(1) = {{1.0, 1.0}, {-1.1, 0.0}, {}};
+    Fairing beyond(19); // that reaches its height too early and stays
+    beyond.create_empty_cps(2);
+    *beyond.inq_control_point(0) = {{0.0, 0.0}, {}, {0.3, 0.9}};
+    *beyond.inq_control_point(1) = {{1.0, 1.3}, {-0.3, 0.0}, {}};
+    Fairing late(19); // that begins and ends level, with handles there that bend nothing
+    late.create_empty_cps(2);
+    *late.inq_control_point(0) = {{0.4, 0.1}, {-0.2, 0.3}, {0.1, 0.2}};
+    *late.inq_control_point(1) = {{0.8, 0.9}, {-0.1, -0.1}, {0.1, -0.4}};
+    for (const Fairing* each : {&crossed, &upright, &beyond, &late})
+        for (int cut = 1; cut < 20; ++cut)
+            expect_same_curve_after_split(*each, cut);
 
-    const std::unique_ptr<Fairing> later(whole.split(CUT));
-    EXPECT_EQ(whole.number_between, CUT - 1);
-    EXPECT_EQ(later->number_between, BETWEEN - CUT);
-    const double cut = heights[CUT];
-    for (int i = 0; i <= CUT; ++i)
-        EXPECT_NEAR(whole.get_height(i) * cut, heights[static_cast<std::size_t>(i)], 1e-9) << i;
-    for (int i = CUT; i <= BETWEEN + 1; ++i)
-        EXPECT_NEAR(cut + later->get_height(i - CUT) * (1 - cut),
-                    heights[static_cast<std::size_t>(i)], 1e-9)
-            << i;
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> share(0.0, 1.0);
+    for (int i = 0; i < 200; ++i) { // in three steps that only climb
+        Fairing rising(19);
+        rising.create_empty_cps(4);
+        for (int p = 0; p < 4; ++p)
+            rising.inq_control_point(p)->point = {p / 3.0, p / 3.0};
+        for (int p = 0; p < 3; ++p) {
+            rising.inq_control_point(p)->after = {share(random) / 3, share(random) / 3};
+            rising.inq_control_point(p + 1)->before = {-share(random) / 3, -share(random) / 9};
+            rising.inq_control_point(p)->after.height /= 3;
+        }
+        expect_same_curve_after_split(rising, 1 + i % 19);
+    }
 }
 
 TEST(Fairing, copies_and_compares_its_shape_but_not_its_length)
@@ -111,6 +145,12 @@ TEST(Fairing, copies_and_compares_its_shape_but_not_its_length)
     EXPECT_FALSE(from.is_same_shape(&to));
     from.copy_into(&to);
     EXPECT_TRUE(from.is_same_shape(&to));
+    Fairing ramp(2);
+    ramp.create_empty_cps(2);
+    EXPECT_FALSE(ramp.is_same_shape(&to));
+    ramp.inq_control_point(0)->after = {0.5, 0.5};
+    ramp.inq_control_point(1)->point = {1.0, 1.0};
+    EXPECT_TRUE(Fairing(9).is_same_shape(&ramp)) << "a ramp with points and one without";
     EXPECT_EQ(to.number_between, 8);
     EXPECT_EQ(to.inq_sample_rate(), 3);
 }

@@ -44,9 +44,15 @@ public:
 private:
     enum class Axis { X, Y };
 
+    /// So many units are so large a value.
+    struct Scale {
+        double values;
+        double units;
+    };
+
     KIVString to_units(double value, KIVUnitType shown, Axis axis) const;
     bool to_internal(const KIVString& text, double* value, KIVUnitType expected, Axis axis) const;
-    double inq_world_units_per(KIVUnitType type, Axis axis) const;
+    Scale inq_scale(KIVUnitType type, Axis axis) const;
 
     KIVUnitType unit = KIV_UNIT_FIELDS;
     int precision = 2;

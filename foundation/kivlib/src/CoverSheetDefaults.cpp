@@ -3,7 +3,7 @@
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
-#include "kivlib/src/store_in_place.h"
+#include "kivlib/hdr/store_in_place.h"
 
 KIV_STORED_CLASS(CoverSheetDefaults, -1);
 

@@ -4,8 +4,8 @@
 #include "kivlib/hdr/KIVFileUtilities.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
+#include "kivlib/hdr/store_in_place.h"
 #include "kivlib/src/KvdRecord.h"
-#include "kivlib/src/store_in_place.h"
 
 #include <filesystem>
 

@@ -176,9 +176,40 @@ TEST(UnitHandler, shows_and_reads_its_units)
     EXPECT_TRUE(handler.x_to_units(0.5, false) == "50.00%");
     EXPECT_TRUE(handler.x_to_internal("25 %", &value, false));
     EXPECT_DOUBLE_EQ(value, 0.25);
-    for (const char* text : {"", "abc", "5 cm", "1.2.3", "nan", "5 %%"})
+    for (const char* text : {"", "abc", "5 cm", "1.2.3", "nan", "5 %%", "inf", "0x10", "+-2", "%"})
         EXPECT_FALSE(handler.x_to_internal(text, &value, false)) << text;
     EXPECT_DOUBLE_EQ(value, 0.25);
+    handler.set_default_unit(KIV_UNIT_FRAMES);
+    EXPECT_FALSE(handler.x_to_internal("12.5", &value, false)) << "frames are whole";
+    EXPECT_FALSE(handler.x_to_internal("1e400", &value, false));
+    EXPECT_TRUE(handler.x_to_internal("+12 FR", &value, false));
+    EXPECT_DOUBLE_EQ(value, 12.0);
+    EXPECT_TRUE(handler.x_to_units(-0.3, false) == "0fr");
+}
+
+TEST(UnitHandler, reads_back_what_it_shows)
+{
+    KIVDefaultUnitHandler handler;
+    handler.set_aspect_ratio(1.3714285714285714);
+    for (int unit = KIV_UNIT_WORLD; unit <= KIV_UNIT_DEGREES; ++unit) {
+        for (int places = 0; places <= 9; ++places) {
+            handler.set_default_unit(static_cast<KIVUnitType>(unit));
+            handler.set_precision(places);
+            for (const double typed : {0.0, 0.29, -7.123456789, 57.0, 4321.987654321}) {
+                double value = 0.0, again = 0.0;
+                const KIVString shown = handler.y_to_units(typed, false);
+                ASSERT_TRUE(handler.y_to_internal(shown, &value, false)) << shown.str();
+                const KIVString second = handler.y_to_units(value, false);
+                EXPECT_EQ(second.str(), shown.str());
+                ASSERT_TRUE(handler.y_to_internal(second, &again, false));
+                EXPECT_EQ(again, value);
+            }
+        }
+    }
+    double value = 0.0;
+    handler.set_default_unit(KIV_UNIT_PERCENT);
+    EXPECT_TRUE(handler.x_to_internal("57", &value, false));
+    EXPECT_EQ(value, 0.57) << "and not the number next to it";
 }
 
 TEST(KIVDefaults, fall_back)

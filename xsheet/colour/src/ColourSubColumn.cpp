@@ -42,8 +42,8 @@ KIVString format_parts(const char* format, const float* parts)
     return text;
 }
 
-/// The colour as people read it: hues in degrees, parts of red, green and blue to 255, all others
-/// in hundredths.
+/// The colour as people type it: hues to 360, saturations and brightnesses to 100, parts of the
+/// other two spaces to 255. What is black in an ink is in all three.
 KIVString describe(const KIVColour& colour, int mode)
 {
     constexpr float DEGREES = 360.0F, BYTE = 255.0F, PERCENT = 100.0F;
@@ -64,7 +64,8 @@ KIVString describe(const KIVColour& colour, int mode)
         return format_parts("H%d/S%d/V%d", parts);
     case ColourSubColumn::CMY_INTERP:
         colour.inq_cmyk(&parts[0], &parts[1], &parts[2], &parts[3]);
-        scale(PERCENT, PERCENT);
+        std::ranges::for_each(std::span(parts).first(3), [&](float& ink) { ink += parts[3]; });
+        scale(BYTE, BYTE);
         return format_parts("C%d/M%d/Y%d", parts);
     default:
         return {};

@@ -112,16 +112,21 @@ TEST(ColourSubColumn, takes_its_mode_from_the_settings)
     EXPECT_EQ(mode_at_setting(4), 2);
 }
 
-TEST(ColourSubColumn, describes_its_colour_in_its_space)
+TEST(ColourSubColumn, describes_its_colour_by_the_numbers_that_people_type)
 {
     RedToBlue colours(ColourSubColumn::RGB_INTERP);
-    EXPECT_EQ(colours.column.inq_summary(), "...R255/G0/B0");
-    colours.column.set_colour_interp_mode(ColourSubColumn::HSV_INTERP);
-    EXPECT_EQ(colours.column.inq_summary(), "...H0/S100/V100");
-    colours.column.set_colour_interp_mode(ColourSubColumn::CMY_INTERP);
-    EXPECT_EQ(colours.column.inq_summary(), "...C0/M100/Y100");
-    colours.column.set_colour_interp_mode(0);
-    EXPECT_EQ(colours.column.inq_summary(), "...");
+    const auto summary_of = [&](int mode, const KIVColour& colour) {
+        auto* data = static_cast<ColourCellData*>(colours.column.inq_first_key()->inq_data());
+        data->set_colour(colour);
+        colours.column.set_colour_interp_mode(mode);
+        return colours.column.inq_summary().str();
+    };
+    const KIVColour dark_blue(0.2, 0.0, 0.4);
+    EXPECT_EQ(summary_of(ColourSubColumn::RGB_INTERP, dark_blue), "...R51/G0/B102");
+    EXPECT_EQ(summary_of(ColourSubColumn::HSV_INTERP, dark_blue), "...H270/S100/V40");
+    EXPECT_EQ(summary_of(ColourSubColumn::CMY_INTERP, dark_blue), "...C204/M255/Y153");
+    EXPECT_EQ(summary_of(ColourSubColumn::CMY_INTERP, KIVColour(1.0)), "...C0/M0/Y0");
+    EXPECT_EQ(summary_of(0, RED), "...");
 
     colours.column.set_colour_interp_mode(ColourSubColumn::RGB_INTERP);
     auto* data = static_cast<ColourCellData*>(colours.column.inq_first_key()->inq_data());

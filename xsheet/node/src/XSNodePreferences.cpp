@@ -1,8 +1,8 @@
-#include "kivlib/hdr/BinOStream.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/NumberedList.h"
 #include "kivlib/hdr/alert_panel.h"
 #include "kivlib/hdr/file_operations.h"
+#include "kivlib/hdr/store_in_place.h"
 #include "xsheet/column/hdr/Column.h"
 #include "xsheet/node/hdr/SubColPrefs.h"
 #include "xsheet/node/hdr/XSNode.h"
@@ -41,7 +41,7 @@ public:
 
     void add(gsl::owner<SubColPrefs*> settings, int place) { list->add(settings, place); }
     bool inq_is_empty() const { return list->inq_links().empty(); }
-    const NumberedList* inq_list() const { return list.get(); }
+    const NumberedList& inq_list() const { return *list; }
 
     SubColPrefs* find(int place) const
     {
@@ -80,9 +80,9 @@ void XSNode::store_column_preferences() const
             preferences.add(settings, place_of(*sub_column));
     if (preferences.inq_is_empty())
         return;
-    BinOStream stream(inq_prefs_file_for_type(true).c_str(), 1, -1);
-    if (stream.inq_error_state() == KIVStream::OKAY)
-        stream.insert_with_class_hdr(preferences.inq_list());
+    const KIVString file = inq_prefs_file_for_type(true);
+    if (!file.is_null())
+        store_in_place(preferences.inq_list(), file, OnFailure::SAY_NOTHING);
 }
 
 void XSNode::load_and_apply_column_preferences()

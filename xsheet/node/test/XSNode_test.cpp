@@ -220,6 +220,25 @@ TEST(XSNode, keeps_the_preferences_of_its_type_in_a_file)
     EXPECT_EQ(strength->inq_precision(), 1);
 }
 
+TEST(XSNode, leaves_no_half_of_a_file_of_preferences)
+{
+    const UserFolder user;
+    const Captured captured;
+    const std::string file = "Montaray/Glow_Shine_A_B_C\nD_col.prefs";
+    GlowNode node;
+    node.add(2, new NumericSubColumn);
+    std::filesystem::create_directories(user.folder.path(file + "~").str()); // nowhere to write
+    user.folder.write(file, "as it was");
+    node.store_column_preferences();
+    EXPECT_EQ(user.folder.read(file), "as it was");
+    std::filesystem::remove(user.folder.path(file + "~").str());
+    std::filesystem::remove(user.folder.path(file).str());
+    std::filesystem::create_directories(user.folder.path(file).str()); // no place to take
+    node.store_column_preferences();
+    EXPECT_FALSE(user.folder.has(file + "~"));
+    EXPECT_EQ(captured.inq_alerts().size(), 0U) << "settings are not worth a panel";
+}
+
 TEST(XSNode, tells_the_user_that_preferences_have_no_place)
 {
     const UserFolder user;

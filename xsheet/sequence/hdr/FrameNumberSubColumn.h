@@ -72,6 +72,8 @@ public:
 
     /// Its keys count for nothing.
     void inq_key_range(int*, int*) override {}
+    gsl::owner<SubColPrefs*> create_preferences_object() override;
+    void apply_preferences_object(SubColPrefs* prefs) override;
 
     /// Searches do not stop here.
     int find(const KIVString&, int, int) override { return 0; }

@@ -3,8 +3,10 @@
 #include "coversheet/lib/hdr/CoverSheet.h"
 #include "coversheet/lib/hdr/TrimmedXSheetConverter.h"
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/node/hdr/FrameNumSubColPrefs.h"
 
 #include <cstdio>
 
@@ -124,6 +126,17 @@ void FrameNumberSubColumn::added_to_column(Column* to)
 gsl::owner<KeyCell*> FrameNumberSubColumn::create_new_key_with_label(int new_label)
 {
     return new FrameNumberKeyCell(this, -1, static_cast<unsigned>(new_label));
+}
+
+gsl::owner<SubColPrefs*> FrameNumberSubColumn::create_preferences_object()
+{
+    return new FrameNumSubColPrefs(this);
+}
+
+void FrameNumberSubColumn::apply_preferences_object(SubColPrefs* prefs)
+{
+    if (const auto* number = object_cast<FrameNumSubColPrefs>(prefs))
+        set_format(number->inq_format());
 }
 
 void FrameNumberSubColumn::set_format(FrameNumberFormat new_format)
