@@ -97,6 +97,7 @@ private:
     void make_fairing();
     int calc_natural_interp_len() const;
     int calc_interp_len() const;
+    void drop_inbetweens();
     void tell_reach_changed(int old_len) const;
     void tell_frames_up_to_next_key() const;
     bool copy_fairing_from(const KeyCell* source);
