@@ -8,6 +8,7 @@
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
 
 #include <cmath>
+#include <pthread.h>
 
 namespace {
 /// A sheet with a column to follow, from 0 on frame 1 to 100 on frame 101, and one that follows.
@@ -151,32 +152,81 @@ TEST(RatioKeyCellData, follows_with_all_elements_of_a_key_from_elsewhere)
     EXPECT_NEAR(follower.inq_element(1, 61), before.elem(1), 1e-9);
 }
 
-TEST(RatioKeyCellData, carries_a_change_down_a_long_chain)
-{
-    constexpr int COLUMNS = 40;
-    XSheet sheet(nullptr);
-    sheet.set_length(200);
-    auto* column = new Column;
-    sheet.add_sub_column(column, nullptr);
-    std::vector<NumericSubColumn*> chain;
-    for (int i = 0; i < COLUMNS; ++i) {
-        chain.push_back(new NumericSubColumn(1));
-        column->add_sub_column(chain.back(), nullptr);
-        for (int frame = 1; frame <= 41; frame += 10) {
-            NumericKeyCell* key = key_at(*chain.back(), frame, {0.0});
-            if (i == 0)
-                continue;
-            key->set_is_ratioed(true);
-            key->inq_ratio_data()->set_source_column(chain[chain.size() - 2]);
-            key->inq_ratio_data()->set_lock_frame(1);
+namespace {
+/// Columns that follow each other, on five frames each, down from the first.
+struct Chain {
+    explicit Chain(int count)
+    {
+        sheet.set_length(200);
+        sheet.add_sub_column(column, nullptr);
+        for (int i = 0; i < count; ++i) {
+            columns.push_back(new NumericSubColumn(1));
+            column->add_sub_column(columns.back(), nullptr);
+            for (int frame = 1; frame <= 41; frame += 10)
+                add_key(i, frame);
         }
     }
-    data_of(chain.front()->inq_last_key())->set_element(0, 5.0);
-    EXPECT_EQ(chain.back()->inq_element(0, 41), 5.0);
-    EXPECT_NEAR(chain.back()->inq_element(0, 36), 2.5, 1e-9);
-    data_of(chain.front()->inq_last_key())->set_element(0, 7.0);
-    EXPECT_EQ(chain.back()->inq_element(0, 41), 7.0);
-    EXPECT_NEAR(chain.back()->inq_element(0, 36), 3.5, 1e-9);
+
+    void add_key(int i, int frame)
+    {
+        NumericKeyCell* key = key_at(*columns.back(), frame, {0.0});
+        if (i == 0)
+            return;
+        key->set_is_ratioed(true);
+        key->inq_ratio_data()->set_source_column(columns[columns.size() - 2]);
+        key->inq_ratio_data()->set_lock_frame(1);
+    }
+
+    /// Changes the head, and compares the end with it there and between two keys.
+    void carry(double value)
+    {
+        data_of(columns.front()->inq_last_key())->set_element(0, value);
+        EXPECT_EQ(columns.back()->inq_element(0, 41), value);
+        EXPECT_NEAR(columns.back()->inq_element(0, 36), value / 2, 1e-9);
+    }
+
+    XSheet sheet{nullptr};
+    Column* column = new Column;
+    std::vector<NumericSubColumn*> columns;
+};
+
+void on_a_small_stack(void (*function)())
+{
+    constexpr std::size_t SMALL = 256 * 1024;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, SMALL);
+    const auto run = [](void* called) -> void* {
+        reinterpret_cast<void (*)()>(called)();
+        return nullptr;
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, reinterpret_cast<void*>(function)), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+} // namespace
+
+TEST(RatioKeyCellData, carries_changes_down_a_long_chain_on_a_small_stack)
+{
+    on_a_small_stack([] {
+        Chain chain(1000);
+        chain.carry(5.0);
+        chain.carry(7.0);
+        EXPECT_TRUE(chain.columns.back()->inq_is_ratio_looped(chain.columns.front()));
+    });
+}
+
+TEST(RatioKeyCellData, stands_a_long_ring_of_columns)
+{
+    on_a_small_stack([] {
+        Chain chain(1000);
+        auto* first = static_cast<NumericKeyCell*>(chain.columns.front()->inq_first_key());
+        first->set_is_ratioed(true);
+        first->inq_ratio_data()->set_source_column(chain.columns.back());
+        EXPECT_TRUE(chain.columns.front()->inq_is_ratio_looped(chain.columns.front()));
+        EXPECT_TRUE(std::isfinite(chain.columns.back()->inq_element(0, 5)));
+    });
 }
 
 TEST(RatioKeyCellData, goes_from_key_to_key_and_serves_the_one_it_came_to)
