@@ -81,6 +81,9 @@ public:
     void set_fairing(gsl::owner<Fairing*> new_fairing);
     void reset_interp_len();
     void clear_inbetweens();
+
+    /// The same without a word to the watchers.
+    void drop_inbetweens();
     void fairing_changed();
     void set_sample_rate(int frames);
     void set_target_interp_len(int frames);
@@ -97,7 +100,6 @@ private:
     void make_fairing();
     int calc_natural_interp_len() const;
     int calc_interp_len() const;
-    void drop_inbetweens();
     void tell_reach_changed(int old_len) const;
     void tell_frames_up_to_next_key() const;
     bool copy_fairing_from(const KeyCell* source);

@@ -181,6 +181,8 @@ void RatioKeyCellData::set_source_column(NumericSubColumn* source)
 {
     source_column = source;
     setup_watcher();
+    if (keycell)
+        keycell->drop_inbetweens_around();
 }
 
 // A watcher belongs to the column that it was made for, so each source gets a new one.
