@@ -400,6 +400,26 @@ TEST(RatioColumnData, finds_the_source_of_an_old_file_by_its_labels)
     f.follower->remove_watcher(&watcher);
 }
 
+TEST(RatioColumnData, finds_what_stands_now_for_the_half_of_a_move)
+{
+    Followed f;
+    auto* node_column = new Column;
+    auto* move = new Column;
+    auto* both = new NumericTSubColumn;
+    both->set_label(3);
+    move->add_sub_column(both, nullptr);
+    node_column->add_sub_column(move, nullptr);
+    move->set_label(9);
+    f.sheet.add_sub_column(node_column, nullptr);
+    OldRecord record("RatioColumnData", 1);
+    record << 0.0 << 1.0 << static_cast<long>(node_column->inq_label()) << 2L;
+    record.insert_with_class_hdr(nullptr);
+    const auto data = record.read<RatioColumnData>();
+    data->set_sub_column(f.follower);
+    data->load_finished();
+    EXPECT_EQ(data->inq_other_sub_column(), both);
+}
+
 TEST(RatioTypes, are_those_of_plain_numbers_and_moves)
 {
     for (const unsigned long type : {3UL, 11UL, 12UL, 13UL, 20UL, 21UL, 22UL})
