@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <utility>
 #include <vector>
 
 /// Frames from `first` to `last`; none if `last` is less.
@@ -24,10 +25,39 @@ struct Frames {
     void add(int frame) { add(Frames{frame, frame}); }
 };
 
-/// The rules of a sub-column of one number with straight easing, as plainly as they can be told. It
-/// keeps what the user set, and works out all else anew whenever it is asked.
+/// The rules of a sub-column of one number, as plainly as they can be told. It keeps what the user
+/// set, and works out all else anew whenever it is asked.
 class SubColumnModel {
 public:
+    /// A straight ramp, or a part of one that starts and ends gently.
+    struct Easing {
+        bool is_gentle = false;
+        double from = 0.0, to = 1.0;
+
+        static double height_at(double time) { return time * time * (3.0 - 2.0 * time); }
+
+        double share_at(double time) const
+        {
+            const double start = height_at(from);
+            return is_gentle
+                       ? (height_at(std::lerp(from, to, time)) - start) / (height_at(to) - start)
+                       : time;
+        }
+
+        /// This keeps the earlier part.
+        Easing split(double time)
+        {
+            const double end = std::exchange(to, std::lerp(from, to, time));
+            return {is_gentle, to, end};
+        }
+
+        bool is_like(const Easing& other) const
+        {
+            return is_gentle == other.is_gentle &&
+                   (!is_gentle || std::abs(from - other.from) + std::abs(to - other.to) < 1e-9);
+        }
+    };
+
     struct Key {
         const KeyCell* cell;
         int frame;
@@ -35,6 +65,7 @@ public:
         InterpMode mode = IM_INBETWEEN;
         int limit = -1; // of a hold
         int rate = 1;
+        Easing easing = {};
     };
 
     /// What stands on a frame.
@@ -75,7 +106,8 @@ public:
         if (offset == 0)
             return {CT_KEY, key.cell, key.value};
         if (mode_of(i) == IM_INBETWEEN) {
-            const double share = offset / key.rate * key.rate / (1.0 + reach_of(i));
+            const int step = offset / key.rate * key.rate;
+            const double share = key.easing.share_at(step / (1.0 + reach_of(i)));
             return {CT_INBETWEEN, key.cell, std::lerp(key.value, keys[i + 1].value, share)};
         }
         return offset <= reach_of(i) ? Shown{CT_HOLD, key.cell, key.value} : Shown{};
@@ -105,9 +137,15 @@ public:
 
     void make(int frame, const KeyCell* cell)
     {
-        const Index i = find_behind(frame);
-        const bool is_first = i == 0;
-        insert({cell, frame, show(frame).value, is_first ? IM_INBETWEEN : keys[i - 1].mode});
+        const Shown present = show(frame);
+        Key key{cell, frame, present.value};
+        if (const Index previous = find_behind(frame) - 1; previous < keys.size()) {
+            Key& cut = keys[previous];
+            key.mode = cut.mode;
+            if (present.type == CT_INBETWEEN)
+                key.easing = cut.easing.split((frame - cut.frame) / (1.0 + reach_of(previous)));
+        }
+        insert(key);
     }
 
     /// Keys in the way go a frame towards the old place each, which is told to nobody.

@@ -1,3 +1,4 @@
+#include "curveslib/hdr/Fairing.h"
 #include "kivlib/hdr/SlotList.h"
 #include "tests/sheet_model/SubColumnModel.h"
 #include "xsheet/column/hdr/XSheet.h"
@@ -18,10 +19,24 @@ using Index = SubColumnModel::Index;
 
 /// One step, whose numbers mean something whatever stands in the column.
 struct Edit {
-    enum Kind { MAKE, PASTE, REMOVE, MOVE, MOVE_MANY, MODE, LIMIT, RATE, VALUE, COPY_MODE, LENGTH };
+    enum Kind {
+        MAKE,
+        PASTE,
+        REMOVE,
+        MOVE,
+        MOVE_MANY,
+        MODE,
+        LIMIT,
+        RATE,
+        EASE,
+        VALUE,
+        COPY_MODE,
+        LENGTH
+    };
     /// Those that leave a column full of keys come more often.
-    static constexpr Kind DRAWN[] = {MAKE,      MAKE, PASTE, PASTE, REMOVE, MOVE,      MOVE_MANY,
-                                     MOVE_MANY, MODE, LIMIT, RATE,  VALUE,  COPY_MODE, LENGTH};
+    static constexpr Kind DRAWN[] = {MAKE, MAKE,      PASTE,     PASTE,     REMOVE,
+                                     MOVE, MOVE_MANY, MOVE_MANY, MODE,      LIMIT,
+                                     RATE, EASE,      VALUE,     COPY_MODE, LENGTH};
 
     Kind kind;
     int a, b;
@@ -122,6 +137,13 @@ private:
             key.rate = 1 + edit.b % 3;
             cell->set_sample_rate(key.rate);
             break;
+        case Edit::EASE:
+            key.easing = {true};
+            cell->inq_fairing()->create_empty_cps(2);
+            *cell->inq_fairing()->inq_control_point(0) = {{0.0, 0.0}, {}, {1.0 / 3.0, 0.0}};
+            *cell->inq_fairing()->inq_control_point(1) = {{1.0, 1.0}, {-1.0 / 3.0, 0.0}, {}};
+            cell->fairing_changed();
+            break;
         case Edit::VALUE:
             key.value = edit.b - 15;
             static_cast<BaseNumericCellData*>(cell->inq_data())->set_element(0, key.value);
@@ -162,8 +184,14 @@ private:
             if (const int to = frame + i * distance; model.is_key_at(to))
                 delete cells[Index(i)];
             else
-                model.insert({cells[Index(i)], to, original.value, original.mode, original.limit,
-                              original.rate});
+                model.insert(copy_of(original, cells[Index(i)], to));
+    }
+
+    static SubColumnModel::Key copy_of(SubColumnModel::Key key, const KeyCell* cell, int frame)
+    {
+        key.cell = cell;
+        key.frame = frame;
+        return key;
     }
 
     void move_many(const Edit& edit)
@@ -203,9 +231,11 @@ private:
     {
         SubColumnModel::Key& key = model.keys[to];
         const SubColumnModel::Key source = model.keys[from];
-        const bool differs = key.mode != source.mode || key.rate != source.rate;
+        const bool differs = key.mode != source.mode || key.rate != source.rate ||
+                             !key.easing.is_like(source.easing);
         model.set_mode(to, source.mode);
         key.rate = source.rate;
+        key.easing = source.easing;
         if (cell_of(to)->copy_interp_data_from(cell_of(from)) != differs)
             wrong << " copy_interp_data_from;";
     }
