@@ -233,10 +233,12 @@ private:
         const SubColumnModel::Key source = model.keys[from];
         const bool differs = key.mode != source.mode || key.rate != source.rate ||
                              !key.easing.is_like(source.easing);
+        const bool is_like_but_for_rounding = !differs && key.easing.is_gentle;
         model.set_mode(to, source.mode);
         key.rate = source.rate;
         key.easing = source.easing;
-        if (cell_of(to)->copy_interp_data_from(cell_of(from)) != differs)
+        if (cell_of(to)->copy_interp_data_from(cell_of(from)) != differs &&
+            !is_like_but_for_rounding)
             wrong << " copy_interp_data_from;";
     }
 
