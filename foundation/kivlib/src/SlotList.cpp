@@ -50,18 +50,19 @@ void SlotList::remove_range(int first, int last)
 {
     if (last < first)
         return;
-    std::vector<Range> kept;
-    for (const Range& range : ranges) {
-        if (range.last < first || range.first > last) {
-            kept.push_back(range);
-            continue;
-        }
-        if (range.first < first)
-            kept.push_back({range.first, first - 1});
-        if (range.last > last)
-            kept.push_back({last + 1, range.last});
-    }
-    ranges = std::move(kept);
+    const auto begin = std::ranges::lower_bound(ranges, first, {}, &Range::last);
+    auto end = begin;
+    while (end != ranges.end() && end->first <= last)
+        ++end;
+    if (begin == end)
+        return;
+    const int head = begin->first;
+    const int tail = (end - 1)->last;
+    auto place = ranges.erase(begin, end);
+    if (tail > last)
+        place = ranges.insert(place, {last + 1, tail});
+    if (head < first)
+        ranges.insert(place, {head, first - 1});
 }
 
 bool SlotList::contains_slot(int slot) const

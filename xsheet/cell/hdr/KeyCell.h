@@ -83,6 +83,9 @@ public:
     void reset_interp_len();
     void clear_inbetweens();
 
+    /// The same without a word to the watchers.
+    void drop_inbetweens();
+
     /// Whether a cell was made for any of the frames behind the key.
     bool has_inbetweens() const { return inbetweens && inbetweens->count() > 0; }
 

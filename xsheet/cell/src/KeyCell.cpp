@@ -190,11 +190,13 @@ int KeyCell::calc_interp_len() const
     return is_limited ? std::min(natural, target_interp_len) : natural;
 }
 
+// What was made before belongs to the old reach and the old neighbours, be it that a watcher read
+// it in the middle of an edit.
 void KeyCell::reset_interp_len()
 {
+    drop_inbetweens();
     const int old_len = std::exchange(interp_len, calc_interp_len());
     if (interp_len != old_len) {
-        note_change();
         set_needs_saving();
         if (fairing)
             fairing->set_number_between(interp_len);
@@ -225,11 +227,16 @@ void KeyCell::set_interp_len(int frames)
     note_change();
 }
 
-void KeyCell::clear_inbetweens()
+void KeyCell::drop_inbetweens()
 {
     note_change();
     if (inbetweens)
         inbetweens->delete_all_cells();
+}
+
+void KeyCell::clear_inbetweens()
+{
+    drop_inbetweens();
     if (interp_len > 0 && sub_column)
         sub_column->tell_watchers_frame_range_changed(inq_number() + 1, inq_number() + interp_len);
 }
@@ -302,11 +309,11 @@ void KeyCell::set_sample_rate(int frames)
     if (frames == sample_rate)
         return;
     sample_rate = frames;
+    if (fairing)
+        fairing->set_sample_rate(frames); // before a watcher reads what it is told of
     clear_inbetweens();
     if (KeyCell* previous = inq_prev_key())
         previous->clear_inbetweens();
-    if (fairing)
-        fairing->set_sample_rate(frames);
     set_needs_saving();
 }
 

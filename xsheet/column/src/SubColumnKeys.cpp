@@ -312,6 +312,7 @@ void SubColumn::move_keys_in_insert_mode(SlotList& slots, int delta)
 void SubColumn::move_keys_to_slots(IntArray* from, IntArray* to)
 {
     std::vector<std::pair<KeyCell*, int>> moves;
+    std::vector<KeyCell*> left_behind;
     for (int i = 0; i < from->size(); ++i) {
         auto* key = static_cast<KeyCell*>(key_cell_list.find_cell(from->inq_element(i)));
         if (!key)
@@ -319,10 +320,14 @@ void SubColumn::move_keys_to_slots(IntArray* from, IntArray* to)
         fully_dirty_inbetweens_around(key);
         tell_watchers_frame_changed(from->inq_element(i));
         moves.emplace_back(key, to->inq_element(i));
+        if (KeyCell* previous = key->inq_prev_key())
+            left_behind.push_back(previous);
         key_cell_list.remove_cell(key);
     }
     for (const auto& [key, frame] : moves)
         land_key(key, frame);
+    for (KeyCell* key : left_behind)
+        key->reset_interp_len();
 }
 
 void SubColumn::land_key(KeyCell* key, int frame)

@@ -186,6 +186,11 @@ TEST_F(SubColumns, move_many_keys_at_once)
     EXPECT_EQ(inq_keys(), "10+9(20) 20+9(10) 30+70 ");
     for (const int frame : {10, 20})
         EXPECT_TRUE(watcher.inq_frame_changed(frame));
+    IntArray away, there;
+    away.add(20);
+    there.add(40);
+    column.move_keys_to_slots(&away, &there);
+    EXPECT_EQ(inq_keys(), "10+19(20) 30+9 40+60(10) ");
 }
 
 TEST_F(SubColumns, renumber_keys_with_the_lengths_of_old)

@@ -46,6 +46,10 @@ public:
     void add_ratio_data(gsl::owner<RatioKeyCellData*> data);
     gsl::owner<RatioKeyCellData*> remove_ratio_data();
 
+    /// What follows by ratio between this key and its neighbours is worked out anew when it is
+    /// read. Nobody is told.
+    void drop_inbetweens_around();
+
     /// Differences of element `i`. 0 where there is no earlier key or frame.
     double inq_difference_from_previous_key(int i);
     double inq_difference_from_this_key(int frame, int i);

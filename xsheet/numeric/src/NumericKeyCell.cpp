@@ -256,6 +256,14 @@ void NumericKeyCell::set_is_ratioed(bool is_ratioed)
         ratio_data.reset();
     else if (!ratio_data)
         ratio_data = std::make_unique<RatioKeyCellData>(this);
+    drop_inbetweens_around();
+}
+
+void NumericKeyCell::drop_inbetweens_around()
+{
+    drop_inbetweens();
+    if (KeyCell* previous = inq_prev_key())
+        previous->drop_inbetweens();
 }
 
 void NumericKeyCell::added_to_subcolumn(SubColumn* column)
@@ -279,6 +287,7 @@ void NumericKeyCell::add_ratio_data(gsl::owner<RatioKeyCellData*> data)
         ratio_data->set_key(this);
         ratio_data->resume();
     }
+    drop_inbetweens_around();
     if (inq_sub_column())
         key_changed();
 }
@@ -288,6 +297,7 @@ gsl::owner<RatioKeyCellData*> NumericKeyCell::remove_ratio_data()
     gsl::owner<RatioKeyCellData*> data = ratio_data.release();
     if (data)
         data->set_key(nullptr); // it still hears of its source
+    drop_inbetweens_around();
     if (inq_sub_column())
         key_changed();
     return data;

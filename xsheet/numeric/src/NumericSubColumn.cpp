@@ -17,6 +17,7 @@
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
 
 #include <optional>
+#include <unordered_set>
 
 KIV_STORED_CLASS(NumericSubColumn, 127);
 
@@ -387,13 +388,14 @@ bool NumericSubColumn::inq_is_ratio_looped(NumericSubColumn* other)
     if (!other)
         return false;
     std::vector<NumericSubColumn*> reached{this};
+    std::unordered_set<const NumericSubColumn*> known{this};
     for (std::size_t i = 0; i < reached.size(); ++i)
         for (KeyCell* key = reached[i]->inq_first_key(); key; key = key->inq_next_key()) {
             const RatioKeyCellData* ratio = static_cast<NumericKeyCell*>(key)->inq_ratio_data();
             NumericSubColumn* source = ratio ? ratio->inq_source_column() : nullptr;
             if (source == other)
                 return true;
-            if (source && std::ranges::find(reached, source) == reached.end())
+            if (source && known.insert(source).second)
                 reached.push_back(source);
         }
     return false;

@@ -10,6 +10,7 @@ class NumericSubColumn;
 #include "kivlib/hdr/Vector.h"
 
 #include <memory>
+#include <vector>
 
 /// Makes a key follow another column: its value is the other's times a ratio, and so much more
 /// that on the lock frame it has the lock value. The key owns it.
@@ -83,7 +84,11 @@ private:
     class Change;
     enum class Span { HOLDS_OWN, BLENDS_TO_RATIO, BLENDS_TO_VALUE };
 
+    using Waiting = std::vector<NumericInbetweenCell*>;
+
     void answer_change(int first, int last);
+    void make_sources(NumericInbetweenCell* cell) const;
+    void add_unmade_sources(NumericInbetweenCell* cell, Waiting& waiting) const;
     template <class Record> void record(Record& r);
     Span inq_case() const;
     double inq_source(int i, int frame) const;

@@ -181,6 +181,8 @@ void RatioKeyCellData::set_source_column(NumericSubColumn* source)
 {
     source_column = source;
     setup_watcher();
+    if (keycell)
+        keycell->drop_inbetweens_around();
 }
 
 // A watcher belongs to the column that it was made for, so each source gets a new one.
@@ -303,8 +305,70 @@ template <class Calc> Vector RatioKeyCellData::collect(Calc calc) const
     return elements;
 }
 
+namespace {
+/// Null for what stands by itself.
+RatioKeyCellData* inq_link_of(NumericInbetweenCell* cell)
+{
+    const auto* key = static_cast<NumericKeyCell*>(cell->inq_prev_key());
+    return key ? key->inq_ratio_data() : nullptr;
+}
+
+/// What a column has on a frame, if it follows another column there and has no value yet.
+NumericInbetweenCell* find_unmade(NumericSubColumn* column, int frame)
+{
+    BaseCell* cell = column ? column->inq_cell(frame) : nullptr;
+    if (!cell || !cell->is_an_inbetween() || cell->inq_data_exists())
+        return nullptr;
+    auto* inbetween = static_cast<NumericInbetweenCell*>(cell);
+    return inq_link_of(inbetween) ? inbetween : nullptr;
+}
+} // namespace
+
+void RatioKeyCellData::add_unmade_sources(NumericInbetweenCell* cell, Waiting& waiting) const
+{
+    const auto add = [&waiting](NumericSubColumn* column, int frame) {
+        NumericInbetweenCell* unmade = find_unmade(column, frame);
+        if (unmade && !inq_link_of(unmade)->is_evaluating)
+            waiting.push_back(unmade);
+    };
+    add(source_column, cell->inq_frame_number());
+    add(source_column, lock_frame);
+    const Span span = inq_case();
+    NumericKeyCell* next = inq_next_key();
+    if (span == Span::BLENDS_TO_RATIO)
+        add(next->inq_ratio_data()->source_column, next->inq_ratio_data()->lock_frame);
+    else if (span == Span::BLENDS_TO_VALUE)
+        add(source_column, next->inq_number());
+}
+
+/// Columns may follow each other in a chain of any length, so its far end is worked out first, and
+/// each value finds those that it needs. A link that waits for its sources is evaluating, as it is
+/// while it reads them, so that columns in a ring come to an end.
+void RatioKeyCellData::make_sources(NumericInbetweenCell* cell) const
+{
+    static bool is_making = false;
+    if (is_making || is_evaluating)
+        return;
+    is_making = is_evaluating = true;
+    Waiting waiting;
+    add_unmade_sources(cell, waiting);
+    while (!waiting.empty()) {
+        NumericInbetweenCell* last = waiting.back();
+        const RatioKeyCellData& link = *inq_link_of(last);
+        if (!last->inq_data_exists() && !std::exchange(link.is_evaluating, true)) {
+            link.add_unmade_sources(last, waiting);
+            continue;
+        }
+        link.is_evaluating = false;
+        last->inq_data();
+        waiting.pop_back();
+    }
+    is_making = is_evaluating = false;
+}
+
 Vector RatioKeyCellData::inq_value(NumericInbetweenCell* cell) const
 {
+    make_sources(cell);
     return collect([&](int i) { return calc_element(i, cell); });
 }
 

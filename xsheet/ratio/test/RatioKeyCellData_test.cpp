@@ -8,6 +8,7 @@
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
 
 #include <cmath>
+#include <pthread.h>
 
 namespace {
 /// A sheet with a column to follow, from 0 on frame 1 to 100 on frame 101, and one that follows.
@@ -63,14 +64,13 @@ TEST(RatioKeyCellData, runs_to_the_next_key_whatever_that_follows)
     Followed f;
     f.follow(11, 1.0, 10.0);
     NumericKeyCell* next = key_at(*f.follower, 21, {40.0});
+    EXPECT_EQ(f.follower->inq_element(0, 16), 15.0) << "it follows on";
     next->set_is_ratioed(false);
-    f.follower->clear_all_inbetweens();
     EXPECT_EQ(f.follower->inq_element(0, 16), 25.0) << "from an offset of 0 to one of 20";
 
     next->set_is_ratioed(true);
     next->inq_ratio_data()->set_source_column(f.source);
     next->inq_ratio_data()->set_ratio_value(Vector(1, 3.0));
-    f.follower->clear_all_inbetweens();
     EXPECT_EQ(f.follower->inq_element(0, 21), 40.0);
     EXPECT_EQ(f.follower->inq_element(0, 16), 15.0 * 2.0 - 10.0);
 }
@@ -151,32 +151,81 @@ TEST(RatioKeyCellData, follows_with_all_elements_of_a_key_from_elsewhere)
     EXPECT_NEAR(follower.inq_element(1, 61), before.elem(1), 1e-9);
 }
 
-TEST(RatioKeyCellData, carries_a_change_down_a_long_chain)
-{
-    constexpr int COLUMNS = 40;
-    XSheet sheet(nullptr);
-    sheet.set_length(200);
-    auto* column = new Column;
-    sheet.add_sub_column(column, nullptr);
-    std::vector<NumericSubColumn*> chain;
-    for (int i = 0; i < COLUMNS; ++i) {
-        chain.push_back(new NumericSubColumn(1));
-        column->add_sub_column(chain.back(), nullptr);
-        for (int frame = 1; frame <= 41; frame += 10) {
-            NumericKeyCell* key = key_at(*chain.back(), frame, {0.0});
-            if (i == 0)
-                continue;
-            key->set_is_ratioed(true);
-            key->inq_ratio_data()->set_source_column(chain[chain.size() - 2]);
-            key->inq_ratio_data()->set_lock_frame(1);
+namespace {
+/// Columns that follow each other, on five frames each, down from the first.
+struct Chain {
+    explicit Chain(int count)
+    {
+        sheet.set_length(200);
+        sheet.add_sub_column(column, nullptr);
+        for (int i = 0; i < count; ++i) {
+            columns.push_back(new NumericSubColumn(1));
+            column->add_sub_column(columns.back(), nullptr);
+            for (int frame = 1; frame <= 41; frame += 10)
+                add_key(i, frame);
         }
     }
-    data_of(chain.front()->inq_last_key())->set_element(0, 5.0);
-    EXPECT_EQ(chain.back()->inq_element(0, 41), 5.0);
-    EXPECT_NEAR(chain.back()->inq_element(0, 36), 2.5, 1e-9);
-    data_of(chain.front()->inq_last_key())->set_element(0, 7.0);
-    EXPECT_EQ(chain.back()->inq_element(0, 41), 7.0);
-    EXPECT_NEAR(chain.back()->inq_element(0, 36), 3.5, 1e-9);
+
+    void add_key(int i, int frame)
+    {
+        NumericKeyCell* key = key_at(*columns.back(), frame, {0.0});
+        if (i == 0)
+            return;
+        key->set_is_ratioed(true);
+        key->inq_ratio_data()->set_source_column(columns[columns.size() - 2]);
+        key->inq_ratio_data()->set_lock_frame(1);
+    }
+
+    /// Changes the head, and compares the end with it there and between two keys.
+    void carry(double value)
+    {
+        data_of(columns.front()->inq_last_key())->set_element(0, value);
+        EXPECT_EQ(columns.back()->inq_element(0, 41), value);
+        EXPECT_NEAR(columns.back()->inq_element(0, 36), value / 2, 1e-9);
+    }
+
+    XSheet sheet{nullptr};
+    Column* column = new Column;
+    std::vector<NumericSubColumn*> columns;
+};
+
+void on_a_small_stack(void (*function)())
+{
+    constexpr std::size_t SMALL = 256 * 1024;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, SMALL);
+    const auto run = [](void* called) -> void* {
+        reinterpret_cast<void (*)()>(called)();
+        return nullptr;
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, reinterpret_cast<void*>(function)), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+} // namespace
+
+TEST(RatioKeyCellData, carries_changes_down_a_long_chain_on_a_small_stack)
+{
+    on_a_small_stack([] {
+        Chain chain(1000);
+        chain.carry(5.0);
+        chain.carry(7.0);
+        EXPECT_TRUE(chain.columns.back()->inq_is_ratio_looped(chain.columns.front()));
+    });
+}
+
+TEST(RatioKeyCellData, stands_a_long_ring_of_columns)
+{
+    on_a_small_stack([] {
+        Chain chain(1000);
+        auto* first = static_cast<NumericKeyCell*>(chain.columns.front()->inq_first_key());
+        first->set_is_ratioed(true);
+        first->inq_ratio_data()->set_source_column(chain.columns.back());
+        EXPECT_TRUE(chain.columns.front()->inq_is_ratio_looped(chain.columns.front()));
+        EXPECT_TRUE(std::isfinite(chain.columns.back()->inq_element(0, 5)));
+    });
 }
 
 TEST(RatioKeyCellData, goes_from_key_to_key_and_serves_the_one_it_came_to)
@@ -349,6 +398,26 @@ TEST(RatioColumnData, finds_the_source_of_an_old_file_by_its_labels)
     data_of(f.source->inq_first_key())->set_element(0, 1.0);
     EXPECT_TRUE(watcher.inq_frame_changed(50));
     f.follower->remove_watcher(&watcher);
+}
+
+TEST(RatioColumnData, finds_what_stands_now_for_the_half_of_a_move)
+{
+    Followed f;
+    auto* node_column = new Column;
+    auto* move = new Column;
+    auto* both = new NumericTSubColumn;
+    both->set_label(3);
+    move->add_sub_column(both, nullptr);
+    node_column->add_sub_column(move, nullptr);
+    move->set_label(9);
+    f.sheet.add_sub_column(node_column, nullptr);
+    OldRecord record("RatioColumnData", 1);
+    record << 0.0 << 1.0 << static_cast<long>(node_column->inq_label()) << 2L;
+    record.insert_with_class_hdr(nullptr);
+    const auto data = record.read<RatioColumnData>();
+    data->set_sub_column(f.follower);
+    data->load_finished();
+    EXPECT_EQ(data->inq_other_sub_column(), both);
 }
 
 TEST(RatioTypes, are_those_of_plain_numbers_and_moves)

@@ -146,7 +146,7 @@ TEST(RasterSeqCellData, follows_an_asset_that_has_changed)
     BaseSceneAsset* asset = film.assets().create_and_add_asset("/art/a.tif", RASTER_ASSET);
     asset->set_has_changed(true);
     const Captured captured;
-    RasterSeqCellData& data = put_old_key(film, 117, 0, "/art/old place.tif");
+    RasterSeqCellData& data = put_old_key(film, 97, 0, "/art/old place.tif");
     data.load_finished_with_abort();
     EXPECT_EQ(*data.inq_file_name(), "/art/a.tif");
     EXPECT_FALSE(asset->inq_has_changed());
