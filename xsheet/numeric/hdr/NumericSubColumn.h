@@ -104,6 +104,7 @@ private:
     template <class Record> void record(Record& r);
     void take_units_of_scene();
     double work_out_element(int element, int frame);
+    NumericKeyCell* find_straight_key(int frame, int* offset);
     void note_read();
 
     std::unique_ptr<KIVDefaultUnitHandler> unit_handler;

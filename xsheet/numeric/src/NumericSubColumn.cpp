@@ -251,28 +251,39 @@ void NumericSubColumn::note_read()
         static_cast<NumericSpans&>(*table).note_read(*this);
 }
 
-/// Between keys that are blended straight it needs no cell, unless somebody has made one.
-double NumericSubColumn::work_out_element(int element, int frame)
+/// The key and the offset behind it where a straight blend stands on the frame, which needs no
+/// cell unless somebody has made one. Null elsewhere.
+NumericKeyCell* NumericSubColumn::find_straight_key(int frame, int* offset)
 {
     note_read();
     auto* key = static_cast<NumericKeyCell*>(inq_key_cell_list()->find_cell_at_or_before(frame));
-    const int offset = key ? frame - key->inq_number() : 0;
-    const bool is_behind = offset > 0 || (key && offset == 0 && Fairing::inq_half_frame());
-    if (is_behind && offset <= key->inq_interp_len() && element >= 0 && element < order &&
-        key->goes_straight())
+    if (!key)
+        return nullptr;
+    *offset = frame - key->inq_number();
+    const bool is_behind = *offset > 0 || Fairing::inq_half_frame();
+    return is_behind && *offset <= key->inq_interp_len() && key->goes_straight() ? key : nullptr;
+}
+
+double NumericSubColumn::work_out_element(int element, int frame)
+{
+    int offset = 0;
+    NumericKeyCell* key = find_straight_key(frame, &offset);
+    if (key && element >= 0 && element < order)
         return key->inq_straight_element(element, offset);
-    const BaseNumericCellData* data = inq_data_of(key ? key->inq_cell(frame) : nullptr);
+    const BaseNumericCellData* data = inq_data_of(inq_cell(frame));
     return data ? data->inq_element(element) : inq_blank_value(element);
 }
 
 Vector NumericSubColumn::inq_value(int frame)
 {
-    if (const BaseNumericCellData* data = inq_data_of(inq_cell(frame)))
+    int offset = 0;
+    const bool is_blend = find_straight_key(frame, &offset) != nullptr;
+    if (const BaseNumericCellData* data = is_blend ? nullptr : inq_data_of(inq_cell(frame)))
         return data->inq_value();
-    Vector blank(order);
+    Vector value(order);
     for (int i = 0; i < order; ++i)
-        blank.elem(i) = inq_blank_value(i);
-    return blank;
+        value.elem(i) = is_blend ? inq_element(i, frame) : inq_blank_value(i);
+    return value;
 }
 
 // The easing is cut in two before the new key comes in, so what stands there is asked before.
