@@ -117,9 +117,13 @@ void check_class_usage(const KIVString& folder, const InterruptedSave& interrupt
     if (!reader.has(DLL_USAGE_PART))
         return;
     Part part = reader.open(DLL_USAGE_PART);
+    if (part.inq_stream().inq_error_state())
+        return; // told with the other parts
     const std::unique_ptr<KIVDLLUsageList> usage = part.read<KIVDLLUsageList>();
-    if (!usage)
+    if (!usage) {
+        reader.tell(part);
         return;
+    }
     for (const ClassDescriptor* descriptor : usage->inq_descriptors())
         if (descriptor->inq_is_from_stream())
             findings.fault(part.inq_path(),

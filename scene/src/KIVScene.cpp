@@ -26,12 +26,6 @@ KIV_STORED_CLASS(KIVScene, -1);
 namespace {
 constexpr int IS_DIRTY = 1;
 constexpr int IDLE = XSheetStoreController::DIRTY_FLAGS_LIVE;
-
-/// The working directory may change before the path is used again.
-KIVString lasting(const KIVString& folder)
-{
-    return folder.is_null() || folder.str().starts_with('/') ? folder : inq_absolute_path(folder);
-}
 } // namespace
 
 gsl::owner<KIVScene*> KIVScene::inq_unsetup_scene()
@@ -63,17 +57,15 @@ KIVScene::~KIVScene()
     tw_scene_was_deleted();
 }
 
-gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& given,
+gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& folder,
                                                gsl::owner<BaseFileFinder*> finder, bool flag)
 {
     XSheetStoreController& store = *inq_xs_store_control();
-    const KIVString folder = lasting(given);
+    set_file_finder(finder);
     store.clear_failed();
     store.set_mode_flags(XSheetStoreController::LOADING | IDLE);
-    store.open_folder(folder, 0);
-    set_file_finder(finder);
     KIVScene* scene = without_exceptions<KIVScene*>(nullptr, [&] { return load(folder, flag); });
-    store.end_load();
+    store.release_lock();
     delete_file_finder();
     store.set_mode_flags(IDLE);
     store.clear_failed();
@@ -83,6 +75,8 @@ gsl::owner<KIVScene*> KIVScene::load_from_file(const KIVString& given,
 gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
 {
     XSheetStoreController& store = *inq_xs_store_control();
+    const KIVString place = store.inq_lasting_path(folder);
+    store.open_folder(place, 0);
     std::unique_ptr<KIVScene> scene;
     if (lock_file(folder)) {
         scene = read_undisturbed();
@@ -92,7 +86,7 @@ gsl::owner<KIVScene*> KIVScene::load(const KIVString& folder, bool flag)
     }
     if (!scene)
         return nullptr;
-    scene->current_file = folder;
+    scene->current_file = folder.str().starts_with('/') ? folder : place;
     if (scene->load_finished_with_abort(flag))
         return nullptr;
     if (inq_file_finder() && inq_file_finder()->files_were_replaced())
@@ -180,17 +174,18 @@ bool KIVScene::load_finished_with_abort(bool flag)
     return abort;
 }
 
-bool KIVScene::save_to_file(const KIVString& given, bool save_all, bool update_flags,
+bool KIVScene::save_to_file(const KIVString& folder, bool save_all, bool update_flags,
                             bool save_as_copy)
 {
     XSheetStoreController& store = *inq_xs_store_control();
-    const KIVString folder = lasting(given);
+    const bool has_changed = xsheet->inq_needs_saving() || cover_sheet->inq_needs_saving();
     store.set_mode_flags((update_flags ? XSheetStoreController::DIRTY_FLAGS_LIVE : 0) |
                          (save_all ? XSheetStoreController::SAVE_ALL : 0));
     store.check_disc_space();
     store.set_tilde_saving_enabled(true);
-    const bool is_saved = without_exceptions(false, [&] { return save(folder, save_as_copy); });
-    if (!is_saved || save_as_copy)
+    const bool is_saved = without_exceptions(false, [&] { return save(folder, save_as_copy); }) ||
+                          store.inq_is_committed();
+    if (!is_saved || (save_as_copy && has_changed))
         stored_parts = {}; // flags may be cleared, though the scene's own folder has nothing new
     store.end_save();
     store.clear_failed();
@@ -201,13 +196,14 @@ bool KIVScene::save_to_file(const KIVString& given, bool save_all, bool update_f
 bool KIVScene::save(const KIVString& folder, bool save_as_copy)
 {
     XSheetStoreController& store = *inq_xs_store_control();
-    const bool is_written = !lock_file(folder) || write_files(folder);
+    const KIVString place = store.inq_lasting_path(folder);
+    const bool is_written = !lock_file(folder) || write_files(place);
     if (store.clear_failed() || !is_written)
         return false;
     if (store.inq_file_exists(DRAWING_WINDOW_TAGS))
         store.delete_file(DRAWING_WINDOW_TAGS);
     if (!save_as_copy) {
-        current_file = folder;
+        current_file = folder.str().starts_with('/') ? folder : place;
         remember_parts();
         set_just_saved();
     }

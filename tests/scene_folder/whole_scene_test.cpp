@@ -72,9 +72,9 @@ TEST(WholeScene, goes_whole_into_a_folder_that_holds_another)
     const FadingCard museum;
     std::filesystem::current_path(folder.path().str());
     ASSERT_TRUE(museum.scene->save_to_file("a", true, true, false));
-    const Scene other = load("../a");
+    const Scene other = load("a");
     other->inq_xsheet()->set_length(7);
-    ASSERT_TRUE(other->save_to_file(other->inq_current_file(), false, true, false));
+    ASSERT_TRUE(other->save_to_file("a", false, true, false));
     EXPECT_FALSE(folder.has("a/a"));
     EXPECT_EQ(load(folder.path("a"))->inq_scene_length(), 7);
 

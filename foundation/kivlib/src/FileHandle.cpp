@@ -67,6 +67,8 @@ bool FileHandle::read_all(char* to, std::size_t size) const
 {
     while (size > 0) {
         const ssize_t n = uninterrupted([&] { return ::read(descriptor, to, size); });
+        if (n == 0)
+            errno = EIO; // the file ends too early
         if (n <= 0)
             return false;
         to += n;
@@ -79,7 +81,9 @@ bool FileHandle::write_all(const char* from, std::size_t size) const
 {
     while (size > 0) {
         const ssize_t n = uninterrupted([&] { return ::write(descriptor, from, size); });
-        if (n < 0)
+        if (n == 0)
+            errno = ENOSPC; // it would never end
+        if (n <= 0)
             return false;
         from += n;
         size -= static_cast<std::size_t>(n);

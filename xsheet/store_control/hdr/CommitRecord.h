@@ -26,6 +26,8 @@ public:
     explicit CommitRecord(std::vector<Part> parts) : parts(std::move(parts)) {}
 
     const std::vector<Part>& inq_parts() const { return parts; }
+    /// Whether a reader would believe it.
+    bool names_only_parts() const { return parse(inq_text()).has_value(); }
     std::string inq_text() const;
 
     /// None if the text is torn, or names what is no part of a scene.

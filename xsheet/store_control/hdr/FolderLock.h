@@ -17,6 +17,9 @@ public:
     /// Waits for others, within bounds. A lock that is held already is given up first.
     Result take(const KIVString& folder, Kind kind);
     void release();
+
+    /// Lets others read too.
+    void share() const;
     bool is_held() const { return file.is_open(); }
 
     /// How long `take` waits at most; 10 s at first.

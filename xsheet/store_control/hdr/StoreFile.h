@@ -6,6 +6,17 @@
 
 #include <memory>
 
+/// For a destructor, from which nothing may be thrown.
+inline void close_safely(XSheetStoreController& store, gsl::owner<KIVStream*> stream) noexcept
+{
+    try {
+        if (stream)
+            store.close_stream(stream);
+    } catch (...) {
+        store.set_failed();
+    }
+}
+
 /// A file of the open folder for as long as it is read. Without a stream if anything has failed.
 class LoadFile {
 public:
@@ -14,11 +25,7 @@ public:
     {}
     LoadFile(const LoadFile&) = delete;
     LoadFile& operator=(const LoadFile&) = delete;
-    ~LoadFile()
-    {
-        if (stream)
-            store.close_stream(stream);
-    }
+    ~LoadFile() { close_safely(store, stream); }
 
     /// Null if anything has failed.
     KIVIStream* inq_stream() const { return stream; }
@@ -54,7 +61,7 @@ public:
     {
         if (stream)
             stream->set_error_state(KIVStream::CANT_WRITE);
-        finish();
+        close_safely(store, stream);
     }
 
     /// Null if anything has failed.

@@ -48,6 +48,10 @@ public:
     /// Makes `path` the root and the working directory. Mode 0: it must be there; mode 1: it is
     /// made if it is not.
     bool open_folder(const KIVString& path, int mode);
+
+    /// `path` from the root of the file system. A relative one counts from the directory in which
+    /// the program was before a folder was opened, unless it has changed it since.
+    KIVString inq_lasting_path(const KIVString& path);
     bool close_folder();
     void reset_current_path();
     bool inq_folder_exists(const KIVString& path);
@@ -76,6 +80,10 @@ public:
     /// False if the folder could not be kept from change and has changed: what was read may be of
     /// two scenes.
     bool end_load();
+    void release_lock() { lock.release(); }
+
+    /// Whether the save that was begun last has happened, whatever failed afterwards.
+    bool inq_is_committed() const { return is_committed; }
 
     /// What is left of the save goes, unless it failed or waits for its last moves.
     void end_save();
@@ -120,7 +128,8 @@ private:
     bool is_read_with_tilde(const KIVString& name) const;
     bool tell_damage(const InterruptedSave& interrupted);
     bool refuse(const KIVString& what);
-    void drop_outdated_parts();
+    template <class Condition> void drop_parts(Condition is_dropped);
+    InterruptedSave judge_undisturbed();
     bool sync_parts();
     bool commit();
     void move_parts();
@@ -134,8 +143,11 @@ private:
     bool tilde_saving = false;
     gsl::owner<KIVLinkedList*> tilde_list = nullptr; // of PendingPart, each gone once it is moved
 
+    KIVString outer_directory; // the program's
+    KIVString own_directory;   // the working directory since a folder was opened
     FolderLock lock;
     bool folder_is_new = false;             // made by open_folder
+    bool is_committed = false;              // the save has happened
     bool is_saved = false;                  // every part has reached its place
     std::vector<KIVString> read_with_tilde; // parts that can't be moved to where they belong
     std::vector<FileFacts> facts_at_load;   // without a lock

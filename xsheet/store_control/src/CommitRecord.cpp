@@ -60,7 +60,7 @@ std::optional<CommitRecord::Part> take_part(std::string_view& text)
     const auto size = take_until(text, ' ');
     const auto sum = take_until(text, '\n');
     FileSum facts;
-    if (!sum || !is_part(*name) || !read_number(*size, facts.size, 10) ||
+    if (!name || !size || !sum || !is_part(*name) || !read_number(*size, facts.size, 10) ||
         !read_number(*sum, facts.sum, HEXADECIMAL))
         return {};
     return CommitRecord::Part{KIVString(*name), facts};

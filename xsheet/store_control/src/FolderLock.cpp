@@ -42,6 +42,12 @@ FolderLock::Result FolderLock::take(const KIVString& folder, Kind kind)
     return result;
 }
 
+void FolderLock::share() const
+{
+    if (file.is_open())
+        ::flock(file.inq_descriptor(), LOCK_SH | LOCK_NB);
+}
+
 void FolderLock::release()
 {
     file.close();

@@ -1,6 +1,7 @@
 #include "xsheet/store_control/hdr/InterruptedSave.h"
 
 #include "kivlib/hdr/FileHandle.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +14,7 @@ KIVString join(const KIVString& folder, const KIVString& name)
     KIVString path = folder;
     return path.append_path(name);
 }
+
 bool is_absent(const KIVString& path)
 {
     struct stat facts {};
@@ -64,6 +66,8 @@ bool InterruptedSave::judge(const CommitRecord::Part& part)
         return true;
     const std::optional<FileSum> tilde_sum = inq_file_sum(path + "~");
     const bool is_pending = tilde_sum == part.sum;
+    if (!is_pending && inq_file_sum(path) == part.sum)
+        return true; // it was moved while we looked
     (is_pending ? pending : bad).push_back(part.name);
     return is_pending || !(is_unread(path, final_sum) || is_unread(path + "~", tilde_sum));
 }
@@ -80,8 +84,11 @@ bool InterruptedSave::finish()
             return false;
         pending.erase(pending.begin());
     }
+    const bool has_happened = state == PENDING || state == MOVED;
     if (!sync_folder(folder) || !remove_record())
         return false;
+    if (has_happened)
+        ::unlink(join(folder, DRAWING_WINDOW_TAGS).c_str());
     state = NONE;
     return true;
 }

@@ -22,9 +22,10 @@ public:
     bool is_written_by(const KIVStream* stream) const { return stream && stream == writer; }
     void was_closed(bool is_good);
 
-    bool is_part_of(const KIVString& path, const KIVString& name) const
+    bool is_in(const KIVString& path) const { return folder == path; }
+    bool is_the_file(const KIVString& name, const KIVString& path) const
     {
-        return folder == path && inq_name() == name;
+        return *this == name && is_in(path);
     }
 
     /// Left by an earlier save.

@@ -6,8 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <ranges>
-#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -51,16 +49,13 @@ bool XSheetStoreController::begin_load()
 {
     read_with_tilde.clear();
     facts_at_load.clear();
-    if (!take_lock(FolderLock::SHARED))
-        return false;
-    if (!lock.is_held()) // before anything is judged by what stands in the folder
-        facts_at_load = inq_scene_facts(HERE);
-    return recover_to_load();
+    return take_lock(FolderLock::SHARED) && recover_to_load();
 }
 
+// A lock may hold off the programs of this machine alone.
 bool XSheetStoreController::end_load()
 {
-    const bool is_same = lock.is_held() || facts_at_load == inq_scene_facts(HERE);
+    const bool is_same = facts_at_load == inq_scene_facts(HERE);
     lock.release();
     return is_same;
 }
@@ -74,20 +69,37 @@ bool XSheetStoreController::tell_damage(const InterruptedSave& interrupted)
     return is_okay();
 }
 
-// Who may not change the folder, or can't keep others from it, reads the parts where they are.
+// Who may not change the folder, or can't keep others from it, reads the parts where they are. The
+// folder's facts come before anything is judged by what stands in it.
 bool XSheetStoreController::recover_to_load()
 {
+    facts_at_load = inq_scene_facts(HERE);
     if (InterruptedSave(HERE).inq_state() == InterruptedSave::NONE)
         return true;
     const bool may_move =
         lock.is_held() && lock.take(HERE, FolderLock::EXCLUSIVE) == FolderLock::HELD;
     if (!may_move && !take_lock(FolderLock::SHARED))
         return false;
-    InterruptedSave interrupted(HERE);
-    if (may_move)
-        interrupted.finish();
+    InterruptedSave interrupted = judge_undisturbed();
+    if (may_move && interrupted.finish())
+        facts_at_load = inq_scene_facts(HERE);
+    lock.share();
     read_with_tilde = interrupted.inq_pending();
     return tell_damage(interrupted);
+}
+
+/// A folder that somebody is just saving into may look damaged.
+InterruptedSave XSheetStoreController::judge_undisturbed()
+{
+    constexpr int MOST_TRIES = 20;
+    for (int tries = 1;; ++tries) {
+        facts_at_load = inq_scene_facts(HERE);
+        InterruptedSave interrupted(HERE);
+        const bool is_sure = interrupted.inq_state() != InterruptedSave::DAMAGED ||
+                             facts_at_load == inq_scene_facts(HERE);
+        if (is_sure || tries == MOST_TRIES)
+            return interrupted;
+    }
 }
 
 /// A folder without a scene may have been made by a save that was interrupted at once.
@@ -100,7 +112,8 @@ bool XSheetStoreController::sync_parent() const
 
 bool XSheetStoreController::begin_save()
 {
-    is_saved = false;
+    is_saved = is_committed = false;
+    drop_parts([&](const PendingPart& part) { return !part.is_in(root_folder); });
     if (!take_lock(FolderLock::EXCLUSIVE))
         return false;
     InterruptedSave interrupted(HERE);
@@ -128,6 +141,20 @@ void XSheetStoreController::set_tilde_saving_enabled(bool enabled)
             part->set_stale();
 }
 
+/// Entries of the tilde list that will never be moved hold files open until they go.
+template <class Condition> void XSheetStoreController::drop_parts(Condition is_dropped)
+{
+    std::vector<PendingPart*> dropped;
+    if (tilde_list)
+        for (auto* part : tilde_list->of<PendingPart>())
+            if (is_dropped(*part))
+                dropped.push_back(part);
+    for (PendingPart* part : dropped) {
+        tilde_list->remove(part);
+        delete part;
+    }
+}
+
 void XSheetStoreController::add_to_tilde_list(gsl::owner<PendingPart*> part)
 {
     if (!tilde_list)
@@ -138,7 +165,9 @@ void XSheetStoreController::add_to_tilde_list(gsl::owner<PendingPart*> part)
 gsl::owner<BinOStream*> XSheetStoreController::open_pending_part(const KIVString& name)
 {
     KIVString path = relative_path;
-    auto* part = new PendingPart(path.append_path(name), root_folder);
+    path.append_path(name);
+    drop_parts([&](const PendingPart& old) { return old.is_the_file(path, root_folder); });
+    auto* part = new PendingPart(path, root_folder);
     add_to_tilde_list(part);
     return part->open();
 }
@@ -155,7 +184,7 @@ bool XSheetStoreController::inq_part_awaits_move(const KIVString& name) const
 {
     if (tilde_list)
         for (auto* part : tilde_list->of<PendingPart>())
-            if (part->is_part_of(root_folder, name))
+            if (part->is_in(root_folder) && part->inq_name() == name)
                 return true;
     return false;
 }
@@ -164,44 +193,40 @@ void XSheetStoreController::save_finished()
 {
     if (!tilde_saving || failed || !tilde_list)
         return;
-    drop_outdated_parts();
+    // What an earlier save has left moves with this one only if nothing has come between.
+    drop_parts([&](const PendingPart& part) { return !part.may_move_to(root_folder); });
     if (!tilde_list->inq_is_empty() && sync_parts() && commit())
         move_parts();
-}
-
-/// Entries that an earlier save has left move with this one only if nothing has come between.
-void XSheetStoreController::drop_outdated_parts()
-{
-    std::set<std::string> newer;
-    std::vector<PendingPart*> parts;
-    for (auto* part : tilde_list->of<PendingPart>())
-        parts.push_back(part);
-    for (PendingPart* part : parts | std::views::reverse)
-        if (!part->may_move_to(root_folder) || !newer.insert(part->str()).second) {
-            tilde_list->remove(part);
-            delete part;
-        }
 }
 
 bool XSheetStoreController::sync_parts()
 {
     for (auto* part : tilde_list->of<PendingPart>())
-        if (!part->is_whole() || !part->sync_and_close() || !can_be_replaced(*part))
+        if (!part->is_whole()) {
+            set_failed("Could not write the file " + part->inq_name() + ", which was changed" +
+                       TAIL);
+            return false;
+        } else if (!part->sync_and_close() || !can_be_replaced(*part)) {
             return refuse("Could not write the file " + part->inq_name());
+        }
     return sync_folder(HERE) || refuse("Could not write the folder " + root_folder);
 }
 
-/// From here on the save has happened.
+/// From here on the save has happened. Files that are no parts of a scene are moved without a
+/// record, which nobody would believe.
 bool XSheetStoreController::commit()
 {
     std::vector<CommitRecord::Part> parts;
     for (auto* part : tilde_list->of<PendingPart>())
         parts.push_back({part->inq_name(), part->inq_sum()});
-    if (CommitRecord(std::move(parts)).write(HERE))
+    const CommitRecord record(std::move(parts));
+    is_committed = !record.names_only_parts() || record.write(HERE);
+    if (is_committed)
         return true;
-    refuse("Could not write the folder " + root_folder);
+    const int error = errno;
     ::unlink(CommitRecord::FILE_NAME);
-    return false;
+    errno = error;
+    return refuse("Could not write the folder " + root_folder);
 }
 
 /// A move that fails is left to whoever opens the folder next, and so are those after it.
@@ -211,7 +236,8 @@ void XSheetStoreController::move_parts()
     for (auto* part : tilde_list->of<PendingPart>())
         is_saved = is_saved && replace_tilde(*part);
     forget_parts();
-    is_saved = is_saved && sync_folder(HERE) && ::unlink(CommitRecord::FILE_NAME) == 0;
+    is_saved = is_saved && sync_folder(HERE) &&
+               (::unlink(CommitRecord::FILE_NAME) == 0 || errno == ENOENT);
 }
 
 // Where there are no locks another program may have moved the file first.

@@ -53,7 +53,7 @@ bool XSheetStoreController::open_folder(const KIVString& given, int mode)
 {
     if (failed)
         return false;
-    const KIVString path = given.is_null() ? given : inq_absolute_path(KIVFile(given));
+    const KIVString path = inq_lasting_path(given);
     folder_is_new = false;
     read_with_tilde.clear();
     if (!inq_folder_exists(path)) {
@@ -74,7 +74,20 @@ bool XSheetStoreController::open_folder(const KIVString& given, int mode)
     set_root_folder(path, 0);
     if (!kiv_chdir(path))
         set_failed("Could not set the folder: " + current_path + TAIL);
+    own_directory = inq_working_directory();
     return is_okay();
+}
+
+// Who saves to the same relative path twice means one scene, though the first save has left the
+// working directory inside it.
+KIVString XSheetStoreController::inq_lasting_path(const KIVString& path)
+{
+    const KIVString here = inq_working_directory();
+    if (!(here == own_directory))
+        outer_directory = here;
+    if (path.is_null())
+        return path;
+    return inq_absolute_path(KIVFile(KIVString(outer_directory).append_path(path)));
 }
 
 void XSheetStoreController::set_root_folder(const KIVString& path, int)

@@ -55,6 +55,14 @@ TEST_F(SaveProtocol, believes_a_record_only_if_it_is_whole_and_names_parts_alone
         EXPECT_FALSE(CommitRecord::parse(CommitRecord({part(name, "")}).inq_text())) << name;
     EXPECT_FALSE(CommitRecord::parse(CommitRecord({part("kvd", ""), part("kvd", "")}).inq_text()));
     EXPECT_FALSE(CommitRecord::parse(CommitRecord({}).inq_text()));
+    for (const char* line : {"", "Graph", "Graph 1", "Graph 1 ", "Graph x 1", "Graph 1 x"}) {
+        Checksum sum;
+        const std::string body = std::string("COMMIT 1\n") + line + '\n';
+        sum.add(body.data(), body.size());
+        char end[32];
+        std::snprintf(end, sizeof end, "END %016lx\n", static_cast<unsigned long>(sum.get()));
+        EXPECT_FALSE(CommitRecord::parse(body + end)) << line;
+    }
 }
 
 TEST_F(SaveProtocol, an_interrupted_save_is_ended_or_undone)
