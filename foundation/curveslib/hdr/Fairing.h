@@ -53,7 +53,8 @@ public:
     FairingCP* inq_control_point(int index);
     int inq_control_point_count() const { return static_cast<int>(points.size()); }
 
-    /// Takes the present points away; the new ones all lie at 0.
+    /// Takes the present points away; the new ones all lie at 0. A key whose fairing is edited in
+    /// place is told by its `fairing_changed`.
     void create_empty_cps(int count);
 
     /// Whether frames are read half a frame late, for the second field of an interlaced frame. One

@@ -11,6 +11,7 @@ constexpr double WEIGHTS[] = {0.3626837833783620, 0.3137066458778873, 0.22238103
 
 constexpr double EXACT = 1e-13; // of the reach of a span, in each of its pieces
 constexpr double SMALLEST_PIECE = 0x1p-40;
+constexpr double LEAST_REACH = 1e-140; // whose squares are still numbers of full precision
 
 constexpr double CLOSE = 1e-12; // of the length of a piece
 constexpr int MOST_STEPS = 60;
@@ -72,7 +73,8 @@ void ArcLengthTable::cut_into_pieces(std::size_t index)
         const double middle = 0.5 * (from + to);
         const double length = span.measure(from, to);
         const double halves = span.measure(from, middle) + span.measure(middle, to);
-        if (std::abs(length - halves) > EXACT * span.reach && width > SMALLEST_PIECE) {
+        const bool is_exact = std::abs(length - halves) <= EXACT * span.reach;
+        if (!is_exact && span.reach > LEAST_REACH && width > SMALLEST_PIECE) {
             width *= 0.5;
             continue;
         }

@@ -122,7 +122,8 @@ bool KIVDefaultUnitHandler::to_internal(const KIVString& text, double* value, KI
     const Scale scale = inq_scale(type, axis);
     const double internal = number * scale.values / scale.units;
     const bool is_whole = number == std::floor(number);
-    if (type == NO_TYPE || !std::isfinite(internal) || (type == KIV_UNIT_FRAMES && !is_whole))
+    const bool is_unknown = !sign.empty() && type == NO_TYPE;
+    if (is_unknown || !std::isfinite(internal) || (type == KIV_UNIT_FRAMES && !is_whole))
         return false;
     *value = internal;
     return true;

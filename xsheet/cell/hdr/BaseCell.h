@@ -1,5 +1,6 @@
 #pragma once
 
+class BaseCellList;
 class BaseDisplayCell;
 class KeyCell;
 
@@ -85,14 +86,19 @@ public:
     /// Lets go of data that is safe in a file of its own. True if it did.
     bool compress_cell();
 
+protected:
+    /// Null for a cell that stands in none.
+    BaseCellList* inq_list() const { return list; }
+
 private:
     friend class BaseCellList;
 
     template <class Record> void record(Record& r);
 
     std::unique_ptr<CellData> data;
-    BaseCell* next = nullptr; // not owned
-    BaseCell* prev = nullptr; // not owned
+    BaseCell* next = nullptr;     // not owned
+    BaseCell* prev = nullptr;     // not owned
+    BaseCellList* list = nullptr; // not owned
     int number = 0;
     unsigned label = 0;
     int flags = 1;                           // dirty

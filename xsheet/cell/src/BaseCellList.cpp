@@ -53,6 +53,7 @@ void BaseCellList::insert(Cells::const_iterator place, BaseCell* cell)
     BaseCell* behind = place == cells.end() ? nullptr : *place;
     BaseCell* before = behind ? behind->prev : inq_last_cell();
     cells.insert(place, cell);
+    cell->list = this;
     cell->prev = before;
     cell->next = behind;
     if (before)
@@ -104,6 +105,7 @@ gsl::owner<BaseCell*> BaseCellList::remove_cell(BaseCell* cell)
     if (cell->next)
         cell->next->prev = cell->prev;
     cell->next = cell->prev = nullptr;
+    cell->list = nullptr;
     cells.erase(place);
     if (cursor == cell)
         cursor = nullptr;

@@ -217,8 +217,8 @@ void KeyCell::tell_reach_changed(int old_len) const
 
 void KeyCell::note_change() const
 {
-    if (sub_column)
-        sub_column->inq_key_cell_list()->note_change();
+    if (BaseCellList* list = inq_list())
+        list->note_change();
 }
 
 void KeyCell::set_interp_len(int frames)
@@ -275,10 +275,10 @@ void KeyCell::set_target_interp_len(int frames)
 void KeyCell::set_mode(InterpMode m)
 {
     if (m != mode) {
-        note_change();
         if (mode == IM_INBETWEEN)
             clear_inbetweens();
         mode = m;
+        note_change();
         if (mode == IM_INBETWEEN && !fairing)
             make_fairing();
         if (inq_number() <= 0)
@@ -291,6 +291,7 @@ void KeyCell::set_mode(InterpMode m)
 
 void KeyCell::make_fairing()
 {
+    note_change();
     fairing = std::make_unique<Fairing>(interp_len);
     if (sample_rate > 0)
         fairing->set_sample_rate(sample_rate);

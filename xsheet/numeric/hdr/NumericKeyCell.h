@@ -66,8 +66,8 @@ public:
     /// Whether they hold, as a plain key's, a straight blend of this key and the next.
     bool goes_straight();
 
-    /// Element `i`, of those that there are, in such a blend.
-    double inq_straight_element(int i, int offset);
+    /// Element `i`, of those that there are, in such a blend, `factor` of the way to the next key.
+    double blend_with_next(int i, double factor);
 
     /// Element `i` of this key itself; 0 without data.
     double inq_own_element(int i);

@@ -104,6 +104,8 @@ private:
     template <class Record> void record(Record& r);
     void take_units_of_scene();
     double work_out_element(int element, int frame);
+    bool read_value(int frame, Vector& value);
+    Vector work_out_value(int frame);
     NumericKeyCell* find_straight_key(int frame, int* offset);
     void note_read();
 

@@ -133,7 +133,7 @@ bool is_ordinary(const NumericKeyCell& key)
 bool NumericKeyCell::has_value()
 {
     const CellData* data = inq_data();
-    return data && static_cast<const BaseNumericCellData*>(data)->inq_order() == inq_order();
+    return data && static_cast<const BaseNumericCellData*>(data)->inq_value().size() == inq_order();
 }
 
 bool NumericKeyCell::is_plain()
@@ -150,9 +150,8 @@ bool NumericKeyCell::goes_straight()
            static_cast<NumericKeyCell*>(inq_next_key())->has_value();
 }
 
-double NumericKeyCell::inq_straight_element(int i, int offset)
+double NumericKeyCell::blend_with_next(int i, double factor)
 {
-    const double factor = inq_ifactor(offset);
     auto* next = static_cast<NumericKeyCell*>(inq_next_key());
     return (1.0 - factor) * inq_own_element(i) + factor * next->inq_own_element(i);
 }

@@ -7,7 +7,9 @@
 #include <limits>
 
 namespace {
-constexpr int KEYS_PER_READ = 4; // that may be taken for each value that was worked out from cells
+constexpr int VALUES_PER_READ = 4; // of keys, taken for each value that was worked out from cells
+constexpr std::size_t MOST_HEIGHTS = 16384; // kept of an easing
+constexpr std::size_t MORE_HEIGHTS = 16;
 constexpr int BEHIND_ALL = std::numeric_limits<int>::max();
 constexpr double NOT_KNOWN = std::numeric_limits<double>::quiet_NaN();
 } // namespace
@@ -27,20 +29,27 @@ bool NumericSpans::search(int frame)
     return true;
 }
 
+// The stretch that is kept grows with what is asked for, and not for ever.
 double NumericSpans::Easing::inq_height(int offset)
 {
-    double& height = heights[static_cast<std::size_t>(offset)];
-    if (std::isnan(height))
-        height = key->inq_ifactor(offset);
-    return height;
+    const auto index = static_cast<std::size_t>(offset);
+    if (index >= MOST_HEIGHTS)
+        return key->inq_ifactor(offset);
+    if (index >= heights.size())
+        heights.resize(std::max(index + MORE_HEIGHTS, 2 * heights.size()), NOT_KNOWN);
+    if (std::isnan(heights[index]))
+        heights[index] = key->inq_ifactor(offset);
+    return heights[index];
 }
 
 void NumericSpans::note_read(NumericSubColumn& column)
 {
-    const unsigned long change = column.inq_key_cell_list()->inq_change_count();
+    const BaseCellList& keys = *column.inq_key_cell_list();
+    const unsigned long change = keys.inq_change_count();
     if (std::exchange(read_at, change) != change)
         reads = 0;
-    if (++reads > column.inq_key_cell_list()->count() / KEYS_PER_READ && take(column))
+    const long limit = static_cast<long>(keys.count()) * column.inq_order() / VALUES_PER_READ;
+    if (reads <= limit && ++reads > limit && take(column))
         made_at = change;
 }
 
@@ -48,14 +57,17 @@ void NumericSpans::note_read(NumericSubColumn& column)
 bool NumericSpans::take(NumericSubColumn& column)
 {
     order = static_cast<unsigned>(column.inq_order());
+    is_half = Fairing::inq_half_frame();
     spans.clear();
     easings.clear();
     at = 0;
-    if (!take_starts(column))
+    if (order == 0 || !take_starts(column))
         return false;
-    for (int i = 0; i < column.inq_order(); ++i)
-        take_element(column, i);
-    return order > 0;
+    spans.reserve(key_count * order);
+    take_first_element(column);
+    for (int i = 1; i < column.inq_order(); ++i)
+        take_further_element(column, i);
+    return true;
 }
 
 // Which of two keys on one frame counts, only their list can tell.
@@ -70,32 +82,49 @@ bool NumericSpans::take_starts(NumericSubColumn& column)
            std::ranges::adjacent_find(starts, std::greater_equal()) == starts.end();
 }
 
-void NumericSpans::take_element(NumericSubColumn& column, int element)
+void NumericSpans::take_first_element(NumericSubColumn& column)
 {
-    spans.reserve(key_count * order);
     for (KeyCell* key = column.inq_first_key(); key; key = key->inq_next_key())
-        spans.push_back(make_span(static_cast<NumericKeyCell&>(*key), element));
+        spans.push_back(make_span(static_cast<NumericKeyCell&>(*key)));
 }
 
-NumericSpans::Span NumericSpans::make_span(NumericKeyCell& key, int element)
+/// As the first one, but for the values.
+void NumericSpans::take_further_element(NumericSubColumn& column, int element)
+{
+    auto* key = static_cast<NumericKeyCell*>(column.inq_first_key());
+    for (std::size_t i = 0; i < key_count; ++i) {
+        auto* next = static_cast<NumericKeyCell*>(key->inq_next_key());
+        Span span = spans[i];
+        if (span.kind != Kind::FROM_CELLS)
+            span.from = key->inq_own_element(element);
+        if (span.kind == Kind::RAMP || span.kind == Kind::EASED)
+            span.to = next->inq_own_element(element);
+        spans.push_back(span);
+        key = next;
+    }
+}
+
+NumericSpans::Span NumericSpans::make_span(NumericKeyCell& key)
 {
     Span span;
     if (!key.is_plain())
         return span;
-    span.from = key.inq_own_element(element);
-    span.reach = key.inq_interp_len();
-    if (key.inq_mode() != IM_INBETWEEN)
+    const InterpMode mode = key.inq_mode();
+    const int length = key.inq_interp_len();
+    span.from = key.inq_own_element(0);
+    span.reach = mode == IM_STOP ? std::min(length, 0) : length; // behind a stop stands nothing
+    if (mode != IM_INBETWEEN)
         span.kind = Kind::HELD;
     else if (key.goes_straight())
-        lead_on(span, key, element);
+        lead_on(span, key);
     return span;
 }
 
 /// Fills in how a key goes on to the next one.
-void NumericSpans::lead_on(Span& span, NumericKeyCell& key, int element)
+void NumericSpans::lead_on(Span& span, NumericKeyCell& key)
 {
     const Fairing* fairing = key.inq_fairing();
-    span.to = static_cast<NumericKeyCell*>(key.inq_next_key())->inq_own_element(element);
+    span.to = static_cast<NumericKeyCell*>(key.inq_next_key())->inq_own_element(0);
     if (fairing && fairing->inq_control_point_count() == 0 && fairing->number_between >= 0) {
         span.kind = Kind::RAMP;
         span.frames = 1 + fairing->number_between;
@@ -104,6 +133,5 @@ void NumericSpans::lead_on(Span& span, NumericKeyCell& key, int element)
     }
     span.kind = Kind::EASED;
     span.rate = static_cast<int>(easings.size());
-    const auto count = static_cast<std::size_t>(std::max(span.reach, 0)) + 1;
-    easings.push_back(std::make_unique<Easing>(Easing{&key, std::vector(count, NOT_KNOWN)}));
+    easings.push_back(std::make_unique<Easing>(Easing{&key, {}}));
 }

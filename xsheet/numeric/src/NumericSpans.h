@@ -18,7 +18,8 @@ public:
     /// Nothing if there is no such element, or the value has to be worked out from cells.
     std::optional<double> read(int element, int frame)
     {
-        if (static_cast<unsigned>(element) >= order || !find(frame))
+        if (static_cast<unsigned>(element) >= order || is_half != Fairing::inq_half_frame() ||
+            !find(frame))
             return {};
         return read(spans[static_cast<unsigned>(element) * key_count + at], frame - starts[at]);
     }
@@ -33,8 +34,8 @@ private:
     struct Easing {
         double inq_height(int offset);
 
-        NumericKeyCell* key; // not owned
-        std::vector<double> heights;
+        NumericKeyCell* key;         // not owned
+        std::vector<double> heights; // NaN where not asked for yet
     };
 
     /// One element of a key and of the frames behind it. Two of them fill a line of the cache.
@@ -51,7 +52,7 @@ private:
     {
         if (offset > span.reach || span.kind == Kind::FROM_CELLS)
             return {};
-        if (span.kind == Kind::HELD || (offset == 0 && !Fairing::inq_half_frame()))
+        if (span.kind == Kind::HELD || (offset == 0 && !is_half))
             return span.from;
         const double factor = span.kind == Kind::RAMP
                                   ? inq_ramp_height(span, offset)
@@ -59,10 +60,10 @@ private:
         return (1.0 - factor) * span.from + factor * span.to;
     }
 
-    static double inq_ramp_height(const Span& span, int offset)
+    double inq_ramp_height(const Span& span, int offset) const
     {
         const int step = span.rate > 1 ? offset - offset % span.rate : offset;
-        const double time = step + (Fairing::inq_half_frame() ? 0.5 : 0.0);
+        const double time = step + (is_half ? 0.5 : 0.0);
         return std::clamp(time / span.frames, 0.0, 1.0);
     }
 
@@ -75,16 +76,18 @@ private:
     bool search(int frame);
     bool take(NumericSubColumn& column);
     bool take_starts(NumericSubColumn& column);
-    void take_element(NumericSubColumn& column, int element);
-    Span make_span(NumericKeyCell& key, int element);
-    void lead_on(Span& span, NumericKeyCell& key, int element);
+    void take_first_element(NumericSubColumn& column);
+    void take_further_element(NumericSubColumn& column, int element);
+    Span make_span(NumericKeyCell& key);
+    void lead_on(Span& span, NumericKeyCell& key);
 
     unsigned order = 0;
     std::size_t key_count = 0;
-    std::size_t at = 0;      // the key read last
-    std::vector<Span> spans; // of the first element, then of the second ...
-    std::vector<int> starts; // frames of the keys, and one behind all
-    std::vector<std::unique_ptr<Easing>> easings;
-    unsigned long read_at = 0; // the change count of the reads counted
+    std::size_t at = 0;                           // the key read last
+    std::vector<Span> spans;                      // of the first element, then of the second ...
+    std::vector<int> starts;                      // frames of the keys, and one behind all
+    std::vector<std::unique_ptr<Easing>> easings; // each of one key
+    bool is_half = false;                         // frames are read half a frame late
+    unsigned long read_at = 0;                    // the change count of the reads counted
     int reads = 0;
 };

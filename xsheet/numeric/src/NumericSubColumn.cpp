@@ -269,20 +269,40 @@ double NumericSubColumn::work_out_element(int element, int frame)
     int offset = 0;
     NumericKeyCell* key = find_straight_key(frame, &offset);
     if (key && element >= 0 && element < order)
-        return key->inq_straight_element(element, offset);
+        return key->blend_with_next(element, key->inq_ifactor(offset));
     const BaseNumericCellData* data = inq_data_of(inq_cell(frame));
     return data ? data->inq_element(element) : inq_blank_value(element);
 }
 
 Vector NumericSubColumn::inq_value(int frame)
 {
+    Vector value(order);
+    return read_value(frame, value) ? value : work_out_value(frame);
+}
+
+/// From the table. False if it does not tell all of the value.
+bool NumericSubColumn::read_value(int frame, Vector& value)
+{
+    auto* spans = static_cast<NumericSpans*>(inq_read_table());
+    for (int i = 0; spans && i < order; ++i) {
+        const std::optional<double> element = spans->read(i, frame);
+        if (!element)
+            return false;
+        value.elem(i) = *element;
+    }
+    return spans;
+}
+
+Vector NumericSubColumn::work_out_value(int frame)
+{
     int offset = 0;
-    const bool is_blend = find_straight_key(frame, &offset) != nullptr;
-    if (const BaseNumericCellData* data = is_blend ? nullptr : inq_data_of(inq_cell(frame)))
+    NumericKeyCell* key = find_straight_key(frame, &offset);
+    if (const BaseNumericCellData* data = key ? nullptr : inq_data_of(inq_cell(frame)))
         return data->inq_value();
+    const double factor = key ? key->inq_ifactor(offset) : 0.0;
     Vector value(order);
     for (int i = 0; i < order; ++i)
-        value.elem(i) = is_blend ? inq_element(i, frame) : inq_blank_value(i);
+        value.elem(i) = key ? key->blend_with_next(i, factor) : inq_blank_value(i);
     return value;
 }
 

@@ -5,6 +5,7 @@
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
 #include "xsheet/ratio/hdr/RatioSubColumnWatcher.h"
+#include "xsheet/ratio/src/Raised.h"
 
 KIV_STORED_CLASS(RatioColumnData, 119);
 
@@ -109,9 +110,8 @@ void RatioColumnData::column_values_changed_in_range(int first, int last)
 {
     if (!sub_column || is_telling)
         return;
-    is_telling = true;
+    const Raised telling(is_telling);
     sub_column->tell_watchers_frame_range_changed(first, last);
-    is_telling = false;
 }
 
 void RatioColumnData::change_all()

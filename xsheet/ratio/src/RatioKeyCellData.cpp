@@ -7,6 +7,7 @@
 #include "xsheet/numeric/hdr/NumericKeyCell.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
 #include "xsheet/ratio/hdr/RatioSubColumnWatcher.h"
+#include "xsheet/ratio/src/Raised.h"
 
 #include <unordered_map>
 #include <unordered_set>
@@ -36,6 +37,11 @@ Vector inq_value_of(NumericKeyCell* key, int order)
 /// often than there are columns.
 class RatioKeyCellData::Change {
 public:
+    Change() { change_in_hand = this; }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+    ~Change() { change_in_hand = nullptr; }
+
     void add(RatioKeyCellData* link, int first, int last)
     {
         Notice& notice = notices[link];
@@ -166,15 +172,18 @@ void RatioKeyCellData::set_lock_frame(int frame)
     const NumericSubColumn* own = inq_own_column();
     const int end = own ? own->inq_scene_length() : frame;
     lock_frame = std::max(std::min(frame, end), 1);
+    if (keycell)
+        keycell->drop_inbetweens_around();
 }
 
 void RatioKeyCellData::reset_lock_frame(int frame)
 {
     const int old_frame = lock_frame;
-    set_lock_frame(frame);
     NumericSubColumn* own = inq_own_column();
+    const Vector value = own ? own->inq_value(frame) : Vector(); // by the lock as it is
+    set_lock_frame(frame);
     if (frame != old_frame && own)
-        set_lock_value(own->inq_value(frame));
+        set_lock_value(value);
 }
 
 void RatioKeyCellData::set_source_column(NumericSubColumn* source)
@@ -207,10 +216,8 @@ void RatioKeyCellData::column_values_changed_in_range(int first, int last)
         return;
     }
     Change change;
-    change_in_hand = &change;
     change.add(this, first, last);
     change.serve();
-    change_in_hand = nullptr;
 }
 
 void RatioKeyCellData::answer_change(int first, int last)
@@ -235,10 +242,8 @@ double RatioKeyCellData::inq_source(int i, int frame) const
 {
     if (is_evaluating)
         return 0.0; // two columns follow each other
-    is_evaluating = true;
-    const double value = source_column->inq_element(i, frame);
-    is_evaluating = false;
-    return value;
+    const Raised evaluating(is_evaluating);
+    return source_column->inq_element(i, frame);
 }
 
 double RatioKeyCellData::inq_key_offset(int i) const
@@ -316,7 +321,12 @@ RatioKeyCellData* inq_link_of(NumericInbetweenCell* cell)
 /// What a column has on a frame, if it follows another column there and has no value yet.
 NumericInbetweenCell* find_unmade(NumericSubColumn* column, int frame)
 {
-    BaseCell* cell = column ? column->inq_cell(frame) : nullptr;
+    auto* key = column ? static_cast<NumericKeyCell*>(
+                             column->inq_key_cell_list()->find_cell_at_or_before(frame))
+                       : nullptr;
+    if (!key || !key->inq_is_ratioed())
+        return nullptr; // a column that follows none is read without cells
+    BaseCell* cell = key->inq_cell(frame);
     if (!cell || !cell->is_an_inbetween() || cell->inq_data_exists())
         return nullptr;
     auto* inbetween = static_cast<NumericInbetweenCell*>(cell);
@@ -349,7 +359,8 @@ void RatioKeyCellData::make_sources(NumericInbetweenCell* cell) const
     static bool is_making = false;
     if (is_making || is_evaluating)
         return;
-    is_making = is_evaluating = true;
+    const Raised making(is_making);
+    const Raised evaluating(is_evaluating);
     Waiting waiting;
     add_unmade_sources(cell, waiting);
     while (!waiting.empty()) {
@@ -363,7 +374,6 @@ void RatioKeyCellData::make_sources(NumericInbetweenCell* cell) const
         last->inq_data();
         waiting.pop_back();
     }
-    is_making = is_evaluating = false;
 }
 
 Vector RatioKeyCellData::inq_value(NumericInbetweenCell* cell) const
