@@ -50,8 +50,8 @@ public:
     /// Somebody knows an asset by this tag, so no new one gets it.
     void reserve_tag(unsigned int kind, unsigned long tag);
 
-    /// An asset that keeps the tag it had.
-    void import_asset(const KIVFile& file, unsigned int kind, unsigned long tag);
+    /// An asset that keeps the tag it had. False for one that another has, or none can have.
+    bool import_asset(const KIVFile& file, unsigned int kind, unsigned long tag);
 
     /// The sweep: all are unused, those in use get their flag back, the others go. Sounds stay.
     void mark_all_unused();

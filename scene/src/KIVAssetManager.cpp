@@ -44,15 +44,17 @@ KIVAssetManager::KIVAssetManager(KIVIStream& stream)
         if (!assets[kind])
             assets[kind] = std::make_unique<NameKeyDictionary>(BUCKET_COUNT);
         refuse_strangers(stream, kind);
-        for (const unsigned long tag : inq_tags(kind))
-            if (tag >= static_cast<unsigned long>(next_tag[kind]))
-                stream.set_error_state(KIVStream::BAD_COUNT);
+        const std::vector<unsigned long> tags = inq_tags(kind);
+        if (!tags.empty() && tags.back() >= static_cast<unsigned long>(next_tag[kind]))
+            stream.set_error_state(KIVStream::BAD_COUNT);
+        if (std::ranges::adjacent_find(tags) != tags.end())
+            stream.set_error_state(KIVStream::BAD_DATA);
         if (next_tag[kind] < 0 || next_tag[kind] > LAST_TAG)
             stream.set_error_state(KIVStream::BAD_COUNT);
     }
 }
 
-/// A dictionary reads objects of any class.
+/// A dictionary reads objects of any class, under any key.
 void KIVAssetManager::refuse_strangers(KIVIStream& stream, unsigned int kind)
 {
     const char* name = CLASS_NAMES[kind];
@@ -61,7 +63,9 @@ void KIVAssetManager::refuse_strangers(KIVIStream& stream, unsigned int kind)
         if (!pairs.get_assoc()->value->is_kind_of(name)) {
             stream.set_error(KIVStream::WRONG_CLASS, KIVString("expected ") + name);
             delete pairs.remove();
-        }
+        } else if (asset_of(pairs)->inq_tag() != pairs.get_assoc()->hash ||
+                   asset_of(pairs)->inq_type() != kind)
+            stream.set_error_state(KIVStream::BAD_DATA);
 }
 
 KIVAssetManager::~KIVAssetManager()
@@ -127,14 +131,16 @@ void KIVAssetManager::add_asset(gsl::owner<BaseSceneAsset*> asset)
     enter(asset, kind);
 }
 
-void KIVAssetManager::import_asset(const KIVFile& file, unsigned int kind, unsigned long tag)
+bool KIVAssetManager::import_asset(const KIVFile& file, unsigned int kind, unsigned long tag)
 {
-    if (kind >= ASSET_KIND_COUNT || tag > static_cast<unsigned long>(LAST_TAG))
-        return;
+    if (kind >= ASSET_KIND_COUNT || tag > static_cast<unsigned long>(LAST_TAG) ||
+        lookup_asset(tag, kind))
+        return false;
     BaseSceneAsset* asset = do_create_asset(kind, file);
     next_tag[kind] = std::max(next_tag[kind], static_cast<int>(tag) + 1);
     asset->set_tag(tag);
     enter(asset, kind);
+    return true;
 }
 
 // A tag near the last one is damage, and would leave no tags to be given.

@@ -6,13 +6,16 @@
 #include "xsheet/store_control/hdr/StoreFile.h"
 
 namespace {
-void import_references(KIVAssetManager& manager, const KIVFile& folder)
+/// False if two assets have one tag, or one has a tag that can't be.
+bool import_references(KIVAssetManager& manager, const KIVFile& folder)
 {
+    bool is_sound = true;
     for (unsigned int kind = 0; kind < ASSET_KIND_COUNT; ++kind)
         for (KIVFileReferenceListIter i(folder.inq_reference_list_value(ASSET_KIND_NAMES[kind]));
              i.ok(); i.advance())
-            if (i.inq_tag() >= 0)
-                manager.import_asset(i.inq_target(), kind, static_cast<unsigned long>(i.inq_tag()));
+            is_sound &= manager.import_asset(i.inq_target(), kind,
+                                             static_cast<unsigned long>(long{i.inq_tag()}));
+    return is_sound;
 }
 
 std::unique_ptr<KIVAssetManager> load_record(XSheetStoreController& store)
@@ -23,7 +26,8 @@ std::unique_ptr<KIVAssetManager> load_record(XSheetStoreController& store)
         return manager;
     KIVFile folder(*store.inq_root_folder());
     folder.extract_kvd(*file.inq_stream());
-    import_references(*manager, folder);
+    if (!import_references(*manager, folder))
+        file.inq_stream()->set_error_state(KIVStream::BAD_DATA);
     return manager;
 }
 

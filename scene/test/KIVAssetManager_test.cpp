@@ -1,5 +1,6 @@
 #include "kivlib/hdr/BaseFileFinder.h"
 #include "kivlib/hdr/KIVDefaults.h"
+#include "kivlib/hdr/KIVFileReference.h"
 #include "scene/hdr/KIVAssetManager.h"
 #include "scene/hdr/LevelAsset.h"
 #include "scene/hdr/ModelAsset.h"
@@ -214,4 +215,49 @@ TEST(LevelAsset, lets_registration_be_edited_where_the_user_wants_it)
     EXPECT_TRUE(LevelAsset(0, LEVEL_ASSET, KIVFile("a")).inq_registration_editable());
     KIVDefaults::clear_default("InkPaintEditRegistration");
     EXPECT_FALSE(LevelAsset(0, LEVEL_ASSET, KIVFile("a")).inq_registration_editable());
+}
+
+TEST_F(AssetFolder, refuses_a_record_with_tags_that_are_taken_or_impossible)
+{
+    for (const int second : {3, -1, 500'000'001}) {
+        KIVFile scene(folder.path());
+        KIVFileReferenceList list;
+        for (const int tag : {3, second})
+            list.add({scene, KIVFile("/far/a.tif"), "Images"}, tag);
+        scene.set_reference_list_value("Images", &list);
+        ASSERT_TRUE(scene.save_kvd());
+        load();
+        EXPECT_FALSE(store.is_okay()) << second;
+        store.clear_failed();
+        store.open_folder(folder.path(), 0);
+    }
+}
+
+TEST_F(AssetFolder, refuses_an_old_file_whose_keys_are_not_the_tags_and_kinds)
+{
+    struct Told {
+        long key;
+        int tag;
+        unsigned int kind;
+    };
+    constexpr Told FIRST{1, 1, RASTER_ASSET};
+    for (const Told& second :
+         {Told{1, 1, RASTER_ASSET}, {2, 0, RASTER_ASSET}, {2, 2, LEVEL_ASSET}}) {
+        OldRecord old("KIVAssetManager", 1);
+        old.nested("NameKeyDictionary", 1, [&](OldRecord& r) {
+            r << 2;
+            for (const Told& told : {FIRST, second}) {
+                r << told.key;
+                tell_asset(r, "RasterAsset", told.tag, told.kind, "a.tif");
+            }
+        });
+        old << 5;
+        for (int kind = 1; kind < 3; ++kind)
+            old.nested("NameKeyDictionary", 1, [](OldRecord& r) { r << 0; }) << 0;
+        folder.write("Assets", old.finish());
+        load();
+        EXPECT_FALSE(store.is_okay()) << second.key << second.tag << second.kind;
+        store.clear_failed();
+        store.open_folder(folder.path(), 0);
+    }
 }

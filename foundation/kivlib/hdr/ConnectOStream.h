@@ -47,6 +47,7 @@ protected:
         int version;
         std::uint16_t length_form = 0; // of its next record, a LengthForm
         bool has_records = false;
+        unsigned open_records = 0; // begun, not ended
     };
 
     /// Valid until more is written.

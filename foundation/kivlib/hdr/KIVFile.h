@@ -3,6 +3,7 @@
 #include "kivlib/hdr/KIVString.h"
 
 #include <memory>
+#include <optional>
 
 class KIVFileReferenceList;
 class KvdRecord;
@@ -19,11 +20,12 @@ public:
     KIVFile& operator=(const KIVFile& other);
     ~KIVFile() override;
 
-    /// Kept as it is given, but for slashes at its end.
+    /// Kept as it is given, but for slashes at its end. A relative one is meant from the working
+    /// directory of this moment.
     void set_local_path(const KIVString& path);
 
     /// The path with slashes between its components. A path of another platform, with
-    /// backslashes, is turned into one; it becomes the local path too.
+    /// backslashes, is turned into one; it becomes the local path too, and stays relative if it is.
     void set_universal_or_legacy_path(const KIVString& path);
     const KIVString& inq_universal_path() const { return universal_path; }
 
@@ -57,11 +59,12 @@ private:
         KIVString path;
     };
 
+    void set_path(std::string_view path);
     KvdRecord& inq_record() const;
     KIVString find_way_to_folder(const KIVString& target) const;
 
     KIVString universal_path;
-    KIVString user_name;
+    std::optional<KIVString> user_name;        // it may be empty
     mutable std::unique_ptr<KvdRecord> record; // null until it is asked for
     mutable std::unique_ptr<Way> last_way;     // files mostly share their folder; null at first
 };

@@ -24,6 +24,7 @@ public:
 
 private:
     template <class Record> void record(Record& r);
+    KIVString inq_place_in(const KIVString& folder) const;
     bool find_target_in(const KIVString& folder, KIVFile& target) const;
 
     KIVString kind;

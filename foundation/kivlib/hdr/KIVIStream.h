@@ -88,6 +88,9 @@ public:
     /// Memory for the object whose header was just read; null if there is none.
     void* storage_for_object(std::size_t size);
 
+    /// Nothing came to be there.
+    void forget_storage(const void* memory);
+
 protected:
     std::size_t inq_bytes_at_hand() const { return static_cast<std::size_t>(record_end - at); }
 

@@ -34,10 +34,17 @@ public:
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
 
+    /// For classes without a record that hold what wants more room between its addresses.
+    static void* operator new(std::size_t size, std::align_val_t alignment);
+
     /// `new (stream) Class(stream)`: where the stream wants the object whose header was just read,
     /// since others may refer to the place already. Null if there is no memory.
     static void* operator new(std::size_t size, KIVIStream& stream) noexcept;
     static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, std::align_val_t alignment) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
+
+    /// After a constructor that threw: the stream forgets the object.
     static void operator delete(void* memory, KIVIStream& stream) noexcept;
 
     /// Whether a second insertion in one stream is a reference to the first.

@@ -33,6 +33,7 @@ template <class Class> bool enter(int version, const char* base_name = Class::in
 {
     static_assert(std::is_same_v<typename Class::Self, Class>, "KIV_STORED names another class");
     static_assert(std::is_base_of_v<typename Class::Base, Class>);
+    static_assert(alignof(Class) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "streams give no more");
     ClassManager* manager = ClassManager::inq_main();
     auto* descriptor = new ClassDescriptor(Class::inq_class_name_s(), base_name,
                                            Class::inq_read_constructor(), version, nullptr);

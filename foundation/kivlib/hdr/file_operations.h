@@ -15,7 +15,8 @@ bool kiv_chdir(const KIVString& path);
 /// The working directory; empty if it can't be read.
 KIVString inq_working_directory();
 
-/// `path` without dots and doubled slashes, from the root of the file system.
+/// `path` without dots and doubled slashes, from the root of the file system. What `..` means
+/// behind a symbolic link is read from the disc; other links stay.
 KIVString inq_absolute_path(const KIVString& path);
 
 /// The same, with symbolic links followed as far as something is there.

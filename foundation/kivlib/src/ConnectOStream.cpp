@@ -134,7 +134,7 @@ void ConnectOStream::put_seen(std::uint32_t number)
 }
 
 /// The length is known when the record is there, so its form is a guess by earlier records of the
-/// class.
+/// class. A chain of records within one another is long, and would be moved link by link.
 void ConnectOStream::put_new(const KIVObject* object)
 {
     table->add(object);
@@ -142,11 +142,15 @@ void ConnectOStream::put_new(const KIVObject* object)
     if (!can_nest())
         return;
     const std::size_t tag_at = inq_size();
-    const auto form = static_cast<LengthForm>(classes[class_index].length_form);
+    StoredClass& stored = classes[class_index];
+    const auto form =
+        stored.open_records > 0 ? LENGTH_32 : static_cast<LengthForm>(stored.length_form);
+    ++stored.open_records;
     extend(sizeof(std::uint16_t) + width_of(form));
     ++nesting;
     insert_without_class_hdr(object);
     --nesting;
+    --classes[class_index].open_records; // the table may have moved
     end_new(tag_at, class_index, form);
 }
 

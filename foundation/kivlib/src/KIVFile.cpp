@@ -1,5 +1,6 @@
 #include "kivlib/hdr/KIVFile.h"
 
+#include "kivlib/hdr/ConsoleOStream.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/KIVFileUtilities.h"
 #include "kivlib/hdr/Record.h"
@@ -77,12 +78,19 @@ KIVFile& KIVFile::operator=(const KIVFile& other)
 
 KIVFile::~KIVFile() = default;
 
+// A save or load changes the working directory, from which a relative path leads.
 void KIVFile::set_local_path(const KIVString& path)
 {
-    std::string_view kept = path;
-    while (kept.size() > 1 && kept.ends_with('/'))
-        kept.remove_suffix(1);
-    KIVString::operator=(kept);
+    set_path(path);
+    if (!is_null())
+        universal_path = inq_absolute_path(*this);
+}
+
+void KIVFile::set_path(std::string_view path)
+{
+    while (path.size() > 1 && path.ends_with('/'))
+        path.remove_suffix(1);
+    KIVString::operator=(path);
     universal_path = *this;
     record.reset();
     last_way.reset();
@@ -92,7 +100,7 @@ void KIVFile::set_universal_or_legacy_path(const KIVString& path)
 {
     std::string with_slashes = path.str();
     std::ranges::replace(with_slashes, '\\', '/');
-    set_local_path(with_slashes);
+    set_path(with_slashes);
 }
 
 KIVString KIVFile::inq_way_to(const KIVString& target) const
@@ -139,8 +147,8 @@ KIVString KIVFile::find_way_to_folder(const KIVString& target) const
 
 KIVString KIVFile::get_user_name() const
 {
-    if (!user_name.is_null())
-        return user_name;
+    if (user_name)
+        return *user_name;
     KIVString name = get_file();
     name.set_extension("");
     return name;
@@ -157,8 +165,10 @@ KvdRecord& KIVFile::inq_record() const
     GeneralIStream stream(path.c_str());
     std::unique_ptr<KvdRecord> stored;
     RecordReader(stream).owned(stored);
-    if (!stream.alert_user_if_error() && stored)
+    if (stream.inq_error_state() == KIVStream::OKAY && stored)
         record = std::move(stored);
+    else
+        *cerrp << path << " can't be read, and is written anew.\n";
     record->set_folder(*this);
     return *record;
 }
@@ -186,7 +196,9 @@ void KIVFile::insert_kvd(KIVOStream& stream)
 void KIVFile::extract_kvd(KIVIStream& stream)
 {
     RecordReader(stream).owned(record);
-    if (!record)
+    if (!record) {
+        stream.set_error_state(KIVStream::BAD_DATA);
         record = std::make_unique<KvdRecord>();
+    }
     record->set_folder(*this);
 }

@@ -3,6 +3,8 @@
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/file_operations.h"
 
+#include <filesystem>
+
 KIV_STORED_CLASS(KIVFileReference, -1);
 KIV_STORED_CLASS(KIVFileReferenceList, -1);
 
@@ -30,15 +32,22 @@ KIVFile KIVFileReference::inq_target(const KIVString& folder, const KIVString& r
     KIVFile target(local_path);
     if (!relative_path.is_null() && !folder.is_null() && !find_target_in(real_folder, target) &&
         !find_target_in(folder, target) && !inq_file_exists(local_path))
-        target.set_universal_path(
-            inq_absolute_path(KIVString(real_folder).append_path(relative_path)));
+        target.set_universal_path(inq_place_in(real_folder));
     target.set_user_name(user_name);
     return target;
 }
 
+// By names alone: the way was told for the folder as it is named, which may be a symbolic link.
+KIVString KIVFileReference::inq_place_in(const KIVString& folder) const
+{
+    KIVString place = inq_absolute_path(folder);
+    place.append_path(relative_path);
+    return std::filesystem::path(place.str()).lexically_normal().string();
+}
+
 bool KIVFileReference::find_target_in(const KIVString& folder, KIVFile& target) const
 {
-    const KIVString place = inq_absolute_path(KIVString(folder).append_path(relative_path));
+    const KIVString place = inq_place_in(folder);
     const bool is_there = inq_file_exists(place);
     if (is_there)
         target.set_local_path(place);

@@ -57,6 +57,11 @@ int KIVIStream::read_count(std::size_t least)
     return 0;
 }
 
+void KIVIStream::forget_storage(const void* memory)
+{
+    table->forget_storage(memory);
+}
+
 void* KIVIStream::storage_for_object(std::size_t size)
 {
     return table->storage(size);

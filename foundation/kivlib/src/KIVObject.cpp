@@ -33,6 +33,11 @@ void* KIVObject::operator new(std::size_t size, const std::nothrow_t&) noexcept
     return ::operator new(size, std::nothrow);
 }
 
+void* KIVObject::operator new(std::size_t size, std::align_val_t alignment)
+{
+    return ::operator new(size, alignment);
+}
+
 void* KIVObject::operator new(std::size_t size, KIVIStream& stream) noexcept
 {
     return stream.storage_for_object(size);
@@ -43,8 +48,19 @@ void KIVObject::operator delete(void* memory) noexcept
     ObjectBlocks::release(memory);
 }
 
-void KIVObject::operator delete(void* memory, KIVIStream&) noexcept
+void KIVObject::operator delete(void* memory, std::align_val_t alignment) noexcept
 {
+    ::operator delete(memory, alignment);
+}
+
+void KIVObject::operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    ::operator delete(memory);
+}
+
+void KIVObject::operator delete(void* memory, KIVIStream& stream) noexcept
+{
+    stream.forget_storage(memory);
     ObjectBlocks::release(memory);
 }
 

@@ -39,3 +39,11 @@ void* LoadTable::take_awaited()
     awaited.erase(entry.object);
     return entry.object;
 }
+
+// Rare enough for a search: the object may have been left before it got its number.
+void LoadTable::forget_storage(const void* memory)
+{
+    for (std::uint32_t i = size(); i-- > kept;)
+        if (at(i).object == memory)
+            at(i).object = nullptr;
+}

@@ -77,6 +77,9 @@ public:
         return pending != NONE && at(pending).is_awaited ? take_awaited() : blocks.allocate(size);
     }
 
+    /// Nothing came to be in memory that `storage` gave.
+    void forget_storage(const void* memory);
+
     /// What was read up to now is in the caller's hands.
     void keep() { kept = size(); }
 

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 // All blocks of the process lie in one range of addresses, so an address tells whether it is in a
 // block, and which.
@@ -27,11 +28,20 @@ static_assert(sizeof(BlockHead) <= HEAD);
 
 std::atomic<char*> range{nullptr};
 std::atomic<bool> is_taken[MOST_BLOCKS];
-std::atomic<std::size_t> first_free{0}; // or one behind it, where two threads meet
+std::atomic<std::size_t> search_from{0}; // mostly the first free; a guess where threads meet
+
+/// The range would take what is meant for memory.
+bool has_limited_addresses()
+{
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+}
 
 /// Addresses without memory; null if the system has none to give.
 char* reserve_range()
 {
+    if (has_limited_addresses())
+        return nullptr;
     constexpr int FLAGS = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
     void* const wide = ::mmap(nullptr, RANGE + BLOCK, PROT_NONE, FLAGS, -1, 0);
     if (wide == MAP_FAILED)
@@ -56,10 +66,12 @@ char* take_block()
     char* const start = inq_range();
     if (!start)
         return nullptr;
-    for (std::size_t index = first_free; index < MOST_BLOCKS; ++index) {
+    const std::size_t from = search_from;
+    for (std::size_t n = 0; n < MOST_BLOCKS; ++n) {
+        const std::size_t index = (from + n) % MOST_BLOCKS;
         if (is_taken[index] || is_taken[index].exchange(true))
             continue;
-        first_free = index + 1;
+        search_from = (index + 1) % MOST_BLOCKS;
         char* const block = start + index * BLOCK;
         if (::mprotect(block, BLOCK, PROT_READ | PROT_WRITE) == 0)
             return block;
@@ -72,11 +84,12 @@ char* take_block()
 /// The memory stays at hand for the next file until the system wants it.
 void give_back(char* block)
 {
-    ::madvise(block, BLOCK, MADV_FREE);
+    if (::madvise(block, BLOCK, MADV_FREE) != 0) // for an old kernel
+        ::madvise(block, BLOCK, MADV_DONTNEED);
     const std::size_t index = static_cast<std::size_t>(block - range) / BLOCK;
     is_taken[index] = false;
-    if (index < first_free)
-        first_free = index;
+    if (index < search_from)
+        search_from = index;
 }
 
 /// Takes `n` off the block's count, and the block itself with the last of it.
@@ -100,7 +113,7 @@ char* find_block(void* memory)
 void* ObjectBlocks::allocate_elsewhere(std::size_t size)
 {
     const bool is_early = !block && bytes_outside + size <= BYTES_BEFORE_BLOCKS;
-    if (!is_early && size <= LARGE_OBJECT && open_block())
+    if (!is_early && size <= LARGE_OBJECT && !has_no_room && open_block())
         return allocate(size);
     bytes_outside += size;
     return ::operator new(size, std::nothrow);
@@ -109,7 +122,8 @@ void* ObjectBlocks::allocate_elsewhere(std::size_t size)
 bool ObjectBlocks::open_block()
 {
     char* const fresh = HAS_BLOCKS ? take_block() : nullptr;
-    if (!fresh)
+    has_no_room = !fresh;
+    if (has_no_room)
         return false;
     close_block();
     new (fresh) BlockHead{OPEN};

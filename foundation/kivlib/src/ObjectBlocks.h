@@ -39,5 +39,6 @@ private:
     char* free_place = nullptr;
     char* block_end = nullptr;
     std::uint32_t objects_in_block = 0;
+    bool has_no_room = false;      // the system gave no block; it is not asked for each object
     std::size_t bytes_outside = 0; // given out before the first block
 };

@@ -47,10 +47,10 @@ KIVString FileSearch::find(const KIVString& path)
 {
     if (inq_file_exists(path))
         return path;
-    const auto [known, is_new] = places.try_emplace(path.str());
-    if (is_new)
-        known->second = look_for(path);
-    return known->second.is_null() ? path : known->second;
+    KIVString& known = places[path.str()];
+    if (known.is_null() || !inq_file_exists(known)) // the disc changes between two loads
+        known = look_for(path);
+    return known.is_null() ? path : known;
 }
 
 KIVString FileSearch::look_for(const KIVString& path) const

@@ -54,11 +54,28 @@ KIVString inq_working_directory()
     return fs::current_path(error).string();
 }
 
+namespace {
+/// The folder that `..` means in `place`, which may be a symbolic link.
+fs::path folder_above(const fs::path& place)
+{
+    std::error_code error;
+    const fs::path real = fs::is_symlink(place, error) ? fs::canonical(place, error) : place;
+    return (error ? place : real).parent_path();
+}
+} // namespace
+
 KIVString inq_absolute_path(const KIVString& path)
 {
-    KIVString absolute = inq_working_directory();
-    absolute = fs::path(absolute.append_path(path).str()).lexically_normal().string();
-    return without_slashes_at_end(absolute);
+    const fs::path given = path.str();
+    fs::path absolute;
+    if (!given.is_absolute())
+        absolute = inq_working_directory().str();
+    for (const fs::path& part : given)
+        if (part == "..")
+            absolute = folder_above(absolute);
+        else if (part != "." && !part.empty())
+            absolute /= part;
+    return without_slashes_at_end(absolute.string());
 }
 
 KIVString inq_real_path(const KIVString& path)

@@ -41,3 +41,15 @@ TEST(FileSearch, follows_the_longest_beginning_and_then_names_in_folders)
                                    "found /proj/shot/bg/1.png at " + art + "new/deep/bg/1.png\n" +
                                    "lost  /project/shot/1.png\n4 found elsewhere, 2 lost\n");
 }
+
+TEST(FileSearch, looks_again_for_what_came_or_went_between_two_loads)
+{
+    const TempFolder folder;
+    FileSearch search;
+    search.add_search_folder(folder.path());
+    EXPECT_EQ(search.find("/old/1.png"), "/old/1.png");
+    folder.write("1.png", "");
+    EXPECT_EQ(search.find("/old/1.png"), folder.path("1.png"));
+    std::filesystem::remove(folder.path("1.png").str());
+    EXPECT_EQ(search.find("/old/1.png"), "/old/1.png");
+}

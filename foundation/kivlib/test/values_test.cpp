@@ -345,6 +345,42 @@ TEST_F(Project, takes_a_path_without_folder_as_its_own)
     EXPECT_FALSE(KIVFileReferenceListIter(none.inq_reference_list_value("Images")).ok());
 }
 
+TEST_F(Project, keeps_a_file_that_was_named_from_the_working_directory_and_an_empty_name)
+{
+    std::filesystem::current_path(folder.path("before/art").str());
+    KIVFile target("bg.png");
+    target.set_user_name("");
+    std::filesystem::current_path(folder.path("before/scene").str()); // as a save does
+    refer("before/scene", target);
+    EXPECT_EQ(target, "bg.png");
+    EXPECT_EQ(target_in("before/scene"), folder.path("before/art/bg.png"));
+    EXPECT_EQ(target_in("before/scene").get_user_name(), "");
+}
+
+TEST_F(Project, is_found_behind_links_as_the_system_does)
+{
+    EXPECT_EQ(inq_absolute_path(folder.path("before/sky/../x")), folder.path("x"));
+    EXPECT_EQ(inq_absolute_path(folder.path("before/sky/./y/../x")), folder.path("before/sky/x"));
+    link("nowhere", "dangling");
+    EXPECT_EQ(inq_absolute_path(folder.path("dangling/../x")), folder.path("x"));
+}
+
+TEST_F(Project, is_saved_over_a_damaged_record_and_refuses_an_empty_one_in_a_stream)
+{
+    const Captured captured;
+    folder.write("before/scene/kvd", "no record");
+    refer("before/scene", "before/art/bg.png");
+    EXPECT_TRUE(captured.inq_alerts().empty());
+    EXPECT_EQ(captured.inq_errors(),
+              folder.path("before/scene/kvd").str() + " can't be read, and is written anew.\n");
+    EXPECT_EQ(target_in("before/scene"), folder.path("before/art/bg.png"));
+    CharOStream out;
+    out.insert_with_class_hdr(nullptr);
+    CharIStream in(out.inq_container());
+    KIVFile().extract_kvd(in);
+    EXPECT_EQ(in.inq_error_state(), KIVStream::BAD_DATA);
+}
+
 TEST(Files, tell_the_user_that_a_record_could_not_take_its_place)
 {
     const TempFolder folder;
