@@ -4,7 +4,6 @@
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVDateAndTime.h"
 #include "kivlib/hdr/KIVDefaultUnitHandler.h"
-#include "kivlib/hdr/KIVDefaults.h"
 #include "kivlib/hdr/KIVFileReference.h"
 #include "kivlib/hdr/Matrix.h"
 #include "kivlib/hdr/file_operations.h"
@@ -179,15 +178,6 @@ TEST(UnitHandler, shows_and_reads_its_units)
     for (const char* text : {"", "abc", "5 cm", "1.2.3", "nan", "5 %%"})
         EXPECT_FALSE(handler.x_to_internal(text, &value, false)) << text;
     EXPECT_DOUBLE_EQ(value, 0.25);
-}
-
-TEST(KIVDefaults, fall_back)
-{
-    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 2);
-    KIVDefaults::set_default("NumericPrecision", 4);
-    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 4);
-    KIVDefaults::clear_default("NumericPrecision");
-    EXPECT_TRUE(KIVDefaults::inq_default("InkPaintEditRegistration", true));
 }
 
 TEST(Files, make_folders_and_second_names)
