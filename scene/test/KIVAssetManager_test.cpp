@@ -121,20 +121,6 @@ TEST_F(AssetFolder, refuses_an_old_file_with_anything_but_assets_of_the_kind)
     EXPECT_FALSE(store.is_okay());
 }
 
-TEST_F(AssetFolder, fails_with_neither_record_nor_old_file)
-{
-    EXPECT_NE(load(), nullptr);
-    ASSERT_EQ(captured.inq_alerts().size(), 1U);
-    EXPECT_TRUE(captured.inq_alerts()[0].starts_with("Could not open the file Assets"));
-}
-
-TEST_F(AssetFolder, does_not_outlive_a_damaged_record)
-{
-    folder.write("kvd", "no record");
-    EXPECT_EQ(load()->inq_total_asset_count(), 0);
-    EXPECT_FALSE(store.is_okay());
-}
-
 TEST(KIVAssetManager, is_not_stored_itself)
 {
     const Captured captured;

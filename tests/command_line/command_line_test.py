@@ -37,15 +37,8 @@ class ResultCodes(InFolder):
 
     def test_arguments_that_are_refused(self):
         self.expect(201, "", "movie", "scene")
-        ambiguous = {"-a": "-alias or -academy or -academy_cineon Output aborted.\n",
-                     "-t": "-tiff or -tiffuncompressed or -tga or -transparent or -tv "
-                           "- Output aborted.\n",
-                     "-p": "-pal or -par - Output aborted.\n",
-                     "-pa": "-pal or -par - Output aborted.\n",
-                     "-s": "-silent or -slide - Output aborted.\n",
-                     "-sl": "-slate or -slide - Output aborted.\n"}
-        for option, words in ambiguous.items():
-            self.expect(204, f"Ambiguous argument {option}: {words}", "image", option, "scene")
+        self.expect(204, "Ambiguous argument -p: -pal or -par - Output aborted.\n", "image", "-p",
+                    "scene")
         self.expect(204, "", "image", "-slate", "scene")
         self.expect(204, "", "image", "-clapper", "scene")
         self.assertEqual(run("CMontaray", "image").returncode, 204)

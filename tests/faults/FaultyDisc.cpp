@@ -268,11 +268,6 @@ int open_in(int folder, const char* name, int flags, mode_t mode)
     });
 }
 
-mode_t take_mode(int flags, va_list arguments)
-{
-    return (flags & O_CREAT) ? va_arg(arguments, mode_t) : 0;
-}
-
 void note_writing(int descriptor, std::int64_t at, const void* from, ssize_t size)
 {
     if (size > 0)
@@ -320,39 +315,34 @@ template <class Call> int close_by(int descriptor, Call call)
 } // namespace
 
 extern "C" {
+// The mode is there only where a file may be made.
+#define TAKE_MODE(mode)                                                                            \
+    va_list arguments;                                                                             \
+    va_start(arguments, flags);                                                                    \
+    const mode_t mode = (flags & O_CREAT) ? va_arg(arguments, mode_t) : 0;                         \
+    va_end(arguments)
+
 int open(const char* path, int flags, ...)
 {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = take_mode(flags, arguments);
-    va_end(arguments);
+    TAKE_MODE(mode);
     return open_in(AT_FDCWD, path, flags, mode);
 }
 
 int open64(const char* path, int flags, ...)
 {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = take_mode(flags, arguments);
-    va_end(arguments);
+    TAKE_MODE(mode);
     return open_in(AT_FDCWD, path, flags, mode);
 }
 
 int openat(int folder, const char* path, int flags, ...)
 {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = take_mode(flags, arguments);
-    va_end(arguments);
+    TAKE_MODE(mode);
     return open_in(folder, path, flags, mode);
 }
 
 int openat64(int folder, const char* path, int flags, ...)
 {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = take_mode(flags, arguments);
-    va_end(arguments);
+    TAKE_MODE(mode);
     return open_in(folder, path, flags, mode);
 }
 

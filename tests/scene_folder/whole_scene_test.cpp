@@ -102,27 +102,6 @@ TEST(WholeScene, a_key_changes_just_the_frames_that_it_reaches)
     EXPECT_TRUE(museum.scene->inq_needs_saving());
 }
 
-TEST(WholeScene, a_damaged_file_of_any_part_is_refused)
-{
-    const TempFolder folder;
-    const Captured captured;
-    ASSERT_TRUE(FadingCard().scene->save_to_file(folder.path(), true, true, false));
-    std::size_t alerts = 0;
-    for (const std::string file : {"Scene.contents", "XSheet", "CoverSheet", "Graph", "kvd"}) {
-        const std::string whole = folder.read(file);
-        std::string flipped = whole;
-        flipped[whole.size() / 2] = static_cast<char>(flipped[whole.size() / 2] ^ 4);
-        for (const std::string& damaged : {flipped, whole.substr(0, whole.size() / 2)}) {
-            folder.write(file, damaged);
-            EXPECT_FALSE(load(folder.path())) << file;
-            EXPECT_EQ(captured.inq_alerts().size(), ++alerts) << file;
-            EXPECT_EQ(folder.read(file), damaged);
-        }
-        folder.write(file, whole);
-    }
-    EXPECT_TRUE(load(folder.path()));
-}
-
 TEST(WholeScene, a_chain_of_thousands_of_nodes_is_stored_and_rendered)
 {
     constexpr int LONG = 5000;

@@ -472,23 +472,3 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
         ++groups;
     EXPECT_EQ(groups, ALL - 1);
 }
-
-TEST(CNodeGraph, reads_a_mesh_of_many_inputs_and_outputs)
-{
-    constexpr int SIDE = 40;
-    CNodeGraph graph(nullptr);
-    std::vector<CNode*> sources;
-    std::vector<CNode*> mixers;
-    for (int i = 0; i < SIDE; ++i) {
-        sources.push_back(add<SampleSource>(graph));
-        mixers.push_back(add<SampleMix>(graph));
-    }
-    for (CNode* mix : mixers)
-        for (CNode* source : sources)
-            join(source, mix, 1);
-    const auto back = stored_and_read(graph);
-    ASSERT_TRUE(back);
-    const std::unique_ptr<KIVLinkedList> connections(
-        CNodeGraph::find_connections(*back->inq_nodes_list()));
-    EXPECT_EQ(connections->count(), SIDE * SIDE);
-}

@@ -234,17 +234,6 @@ TEST_F(GraphExecTest, makes_an_op_for_each_path_and_unites_several_connections)
     EXPECT_EQ(run(exec), "out(sky@8+tint(ball@8),ball@8)");
 }
 
-TEST_F(GraphExecTest, passes_data_on_where_an_op_does_nothing_itself)
-{
-    SketchNode* a = add("a", 0);
-    new_op = ::new_op<CNodeOp>;
-    SketchNode* wire = add("wire", 1);
-    SketchNode* loose = add("loose", 1);
-    connect(a, wire);
-    EXPECT_EQ(run(wire), "a");
-    EXPECT_EQ(run(loose), "");
-}
-
 TEST_F(GraphExecTest, takes_a_disabled_node_for_a_wire_on_its_first_input)
 {
     SketchNode* mix = add("mix", 3);

@@ -110,18 +110,6 @@ TEST(Approval, of_the_oldest_files_has_no_contents)
     EXPECT_EQ(read->inq_date(), KIVDate());
 }
 
-TEST(CoverSheet, joins_a_stored_trim_to_the_sheet_of_its_scene)
-{
-    OwnSettings settings;
-    const auto scene = new_scene();
-    scene->inq_cover_sheet()->set_start_trim_frames(8);
-    const auto read = stored_and_read(*scene->inq_cover_sheet());
-    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_xsheet(), nullptr);
-    read->just_loaded_into(scene.get());
-    EXPECT_EQ(read->inq_trimmed_xsht_converter()->inq_xsheet(), scene->inq_xsheet());
-    EXPECT_EQ(read->inq_start_trim_frames(), 8);
-}
-
 TEST(CoverSheet, keeps_type_and_ratio_of_camera_and_chart_together)
 {
     OwnSettings settings;

@@ -133,11 +133,6 @@ std::string make_targa(int type, int depth, int descriptor, const std::string& p
 }
 } // namespace
 
-TEST(PixmapReader, lists_what_it_reads)
-{
-    EXPECT_GE(inq_pixmap_readable_file_exts().size(), 8);
-}
-
 TEST(Alpha, is_straight_in_png)
 {
     const TempFolder folder;

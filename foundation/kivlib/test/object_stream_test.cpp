@@ -264,14 +264,6 @@ TEST(ObjectStream, names_classes_that_a_newer_release_wrote)
                                        folder.path("shot").str()});
 }
 
-TEST(ObjectStream, refuses_an_object_of_another_class)
-{
-    OldRecord old("Ring", 70);
-    old << 0;
-    old.nested("KIVColour", 1, [](auto& r) { r << 0.0 << 0.0 << 0.0 << 1.0; });
-    EXPECT_EQ(read_error(old.finish()), KIVStream::WRONG_CLASS);
-}
-
 TEST(ObjectStream, reads_a_class_that_is_known_by_the_names_of_its_record)
 {
     const std::string container = OldRecord("Plain", 3).finish();
@@ -606,14 +598,4 @@ TEST(FileStream, tells_the_user_once)
     EXPECT_TRUE(out.alert_user_if_error());
     const BinOStream full("/dev/full", 1, -1);
     EXPECT_FALSE(full.alert_user_if_error()); // nothing to write yet
-}
-
-TEST(FileStream, sees_a_full_disc_before_it_is_closed)
-{
-    const Captured captured;
-    const KIVColour colour;
-    BinOStream out("/dev/full", 1, -1);
-    out.insert_with_class_hdr(&colour);
-    EXPECT_TRUE(out.alert_user_if_error());
-    EXPECT_EQ(out.inq_error_state(), KIVStream::CANT_WRITE);
 }

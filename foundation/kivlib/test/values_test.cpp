@@ -4,7 +4,6 @@
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVDateAndTime.h"
 #include "kivlib/hdr/KIVDefaultUnitHandler.h"
-#include "kivlib/hdr/KIVDefaults.h"
 #include "kivlib/hdr/KIVFileReference.h"
 #include "kivlib/hdr/Matrix.h"
 #include "kivlib/hdr/file_operations.h"
@@ -210,15 +209,6 @@ TEST(UnitHandler, reads_back_what_it_shows)
     handler.set_default_unit(KIV_UNIT_PERCENT);
     EXPECT_TRUE(handler.x_to_internal("57", &value, false));
     EXPECT_EQ(value, 0.57) << "and not the number next to it";
-}
-
-TEST(KIVDefaults, fall_back)
-{
-    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 2);
-    KIVDefaults::set_default("NumericPrecision", 4);
-    EXPECT_EQ(KIVDefaults::inq_default("NumericPrecision", 2), 4);
-    KIVDefaults::clear_default("NumericPrecision");
-    EXPECT_TRUE(KIVDefaults::inq_default("InkPaintEditRegistration", true));
 }
 
 TEST(Files, make_folders_and_second_names)

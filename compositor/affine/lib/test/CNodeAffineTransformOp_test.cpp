@@ -52,18 +52,3 @@ TEST_F(CNodeAffineTransformOpChain, keeps_its_place_where_nothing_is_wanted)
     source->inq_outputs()->inq_channel(0)->set_is_selected(true);
     EXPECT_EQ(inq_view_x(1.0), 2.0 * (MOVE + SCALE * 1.0));
 }
-
-TEST(CNodeAffineTransformOp, hands_a_request_down_a_long_chain)
-{
-    constexpr int LENGTH = 5000;
-    PlateGraph graph;
-    CNode* consumer = nullptr;
-    for (int i = 0; i < LENGTH; ++i) {
-        auto* move = new CNodeEWTranslate;
-        set_first_key(move->inq_translate_subcolumn(), 1.0);
-        consumer = graph.add<CNodeEWTranslate>(move, consumer);
-    }
-    PlateNode* source = graph.add(new PlateNode(box(0, 0, 4, 4), true), consumer);
-    EXPECT_EQ(graph.evaluate().inq_image_ibbox_v(), box(0, 0, 4, 4));
-    EXPECT_EQ(source->asked_transform * Vector2(0.0, 0.0), Vector2(LENGTH, 0.0));
-}
