@@ -17,15 +17,15 @@ constexpr double NOT_KNOWN = std::numeric_limits<double>::quiet_NaN();
 // Without jumps: which half is next, nobody could guess.
 bool NumericSpans::search(int frame)
 {
-    if (frame < starts.front())
+    if (frame < starts[0])
         return false;
-    const int* first = starts.data();
-    for (std::size_t left = key_count; left > 1;) {
-        const std::size_t half = left / 2;
+    const int* first = starts.get();
+    for (unsigned left = key_count; left > 1;) {
+        const unsigned half = left / 2;
         first += first[half] <= frame ? half : 0;
         left -= half;
     }
-    at = static_cast<std::size_t>(first - starts.data());
+    at = static_cast<std::size_t>(first - starts.get());
     return true;
 }
 
@@ -58,12 +58,12 @@ bool NumericSpans::take(NumericSubColumn& column)
 {
     order = static_cast<unsigned>(column.inq_order());
     is_half = Fairing::inq_half_frame();
-    spans.clear();
-    easings.clear();
+    key_count = static_cast<unsigned>(column.inq_key_cell_list()->count());
     at = 0;
-    if (order == 0 || !take_starts(column))
+    easings.clear();
+    if (order == 0 || key_count == 0 || !take_starts(column))
         return false;
-    spans.reserve(key_count * order);
+    spans = std::make_unique<Span[]>(std::size_t(key_count) * order);
     take_first_element(column);
     for (int i = 1; i < column.inq_order(); ++i)
         take_further_element(column, i);
@@ -73,34 +73,32 @@ bool NumericSpans::take(NumericSubColumn& column)
 // Which of two keys on one frame counts, only their list can tell.
 bool NumericSpans::take_starts(NumericSubColumn& column)
 {
-    starts.clear();
+    starts = std::make_unique_for_overwrite<int[]>(key_count + 1);
+    int* start = starts.get();
     for (KeyCell* key = column.inq_first_key(); key; key = key->inq_next_key())
-        starts.push_back(key->inq_number());
-    key_count = starts.size();
-    starts.push_back(BEHIND_ALL);
-    return key_count > 0 &&
-           std::ranges::adjacent_find(starts, std::greater_equal()) == starts.end();
+        *start++ = key->inq_number();
+    *start = BEHIND_ALL;
+    return std::adjacent_find(starts.get(), start + 1, std::greater_equal()) == start + 1;
 }
 
 void NumericSpans::take_first_element(NumericSubColumn& column)
 {
+    Span* span = spans.get();
     for (KeyCell* key = column.inq_first_key(); key; key = key->inq_next_key())
-        spans.push_back(make_span(static_cast<NumericKeyCell&>(*key)));
+        *span++ = make_span(static_cast<NumericKeyCell&>(*key));
 }
 
 /// As the first one, but for the values.
 void NumericSpans::take_further_element(NumericSubColumn& column, int element)
 {
+    Span* span = spans.get() + static_cast<std::size_t>(element) * key_count;
+    std::copy_n(spans.get(), key_count, span);
     auto* key = static_cast<NumericKeyCell*>(column.inq_first_key());
-    for (std::size_t i = 0; i < key_count; ++i) {
-        auto* next = static_cast<NumericKeyCell*>(key->inq_next_key());
-        Span span = spans[i];
-        if (span.kind != Kind::FROM_CELLS)
-            span.from = key->inq_own_element(element);
-        if (span.kind == Kind::RAMP || span.kind == Kind::EASED)
-            span.to = next->inq_own_element(element);
-        spans.push_back(span);
-        key = next;
+    for (; key; key = static_cast<NumericKeyCell*>(key->inq_next_key()), ++span) {
+        if (span->kind != Kind::FROM_CELLS)
+            span->from = key->inq_own_element(element);
+        if (span->kind == Kind::RAMP || span->kind == Kind::EASED)
+            span->to = static_cast<NumericKeyCell*>(key->inq_next_key())->inq_own_element(element);
     }
 }
 

@@ -16,7 +16,7 @@ class NumericSubColumn;
 class NumericSpans : public ReadTable {
 public:
     /// Nothing if there is no such element, or the value has to be worked out from cells.
-    std::optional<double> read(int element, int frame)
+    [[gnu::always_inline]] std::optional<double> read(int element, int frame)
     {
         if (static_cast<unsigned>(element) >= order || is_half != Fairing::inq_half_frame() ||
             !find(frame))
@@ -48,7 +48,7 @@ private:
         Kind kind = Kind::FROM_CELLS;
     };
 
-    std::optional<double> read(const Span& span, int offset) const
+    [[gnu::always_inline]] std::optional<double> read(const Span& span, int offset) const
     {
         if (offset > span.reach || span.kind == Kind::FROM_CELLS)
             return {};
@@ -81,13 +81,14 @@ private:
     Span make_span(NumericKeyCell& key);
     void lead_on(Span& span, NumericKeyCell& key);
 
+    // What a read looks at stands in one line of the cache.
     unsigned order = 0;
-    std::size_t key_count = 0;
+    unsigned key_count = 0;
     std::size_t at = 0;                           // the key read last
-    std::vector<Span> spans;                      // of the first element, then of the second ...
-    std::vector<int> starts;                      // frames of the keys, and one behind all
-    std::vector<std::unique_ptr<Easing>> easings; // each of one key
+    std::unique_ptr<Span[]> spans;                // of the first element, then of the second ...
+    std::unique_ptr<int[]> starts;                // frames of the keys, and one behind all
     bool is_half = false;                         // frames are read half a frame late
+    std::vector<std::unique_ptr<Easing>> easings; // each of one key
     unsigned long read_at = 0;                    // the change count of the reads counted
     int reads = 0;
 };
