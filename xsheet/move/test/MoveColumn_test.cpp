@@ -5,6 +5,7 @@
 #include "xsheet/move/hdr/PathKeyCell.h"
 #include "xsheet/move/hdr/PathNumericColumnPolicy.h"
 #include "xsheet/move/hdr/PathSubColumn.h"
+#include "xsheet/node/hdr/MoveSubColPrefs.h"
 #include "xsheet/numeric/hdr/NumericTSubColumn.h"
 #include "xsheet/numeric/hdr/NumericXYSubColumn.h"
 #include "xsheet/numeric/test/numeric_keys.h"
@@ -118,4 +119,17 @@ TEST(MoveColumn, comes_back_in_each_mode)
         EXPECT_EQ(back->inq_translation(1), move->inq_translation(1));
         EXPECT_EQ(back->inq_path_column() != nullptr, mode == MoveColumn::PATH_MODE);
     }
+}
+
+TEST(MoveColumn, gives_its_mode_and_units_to_another_by_preferences)
+{
+    PrimedMove source;
+    source.prime_column(MoveColumn::TCOL_MODE);
+    source.member(0)->set_precision(5);
+    const std::unique_ptr<SubColPrefs> prefs(source.create_preferences_object());
+    const auto read = stored_and_read(static_cast<MoveSubColPrefs&>(*prefs));
+    PrimedMove move;
+    move.apply_preferences_object(read.get());
+    EXPECT_EQ(move.inq_mode(), MoveColumn::TCOL_MODE);
+    EXPECT_EQ(move.member(0)->inq_precision(), 5);
 }

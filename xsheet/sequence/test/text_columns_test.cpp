@@ -3,6 +3,7 @@
 #include "tests/support/OldRecord.h"
 #include "tests/support/OwnSettings.h"
 #include "xsheet/column/hdr/XSheet.h"
+#include "xsheet/node/hdr/FrameNumSubColPrefs.h"
 #include "xsheet/sequence/hdr/FrameNumberColumn.h"
 #include "xsheet/sequence/hdr/FrameNumberSubColumn.h"
 #include "xsheet/sequence/hdr/NotesSubColumn.h"
@@ -87,6 +88,18 @@ TEST(FrameNumberSubColumn, comes_back_with_its_format)
     EXPECT_EQ(*numbers->inq_cell(17)->inq_data()->inq_string(), "1");
     const std::unique_ptr<SubColumn> copy(numbers->duplicate());
     EXPECT_EQ(static_cast<FrameNumberSubColumn&>(*copy).inq_format(), FRAME_NUMBER_FOOT);
+}
+
+TEST(FrameNumberSubColumn, gives_its_format_to_another_by_preferences)
+{
+    NumberedScene film, other;
+    film.numbers->set_format(FRAME_NUMBER_DASH);
+    const std::unique_ptr<SubColPrefs> prefs(film.numbers->create_preferences_object());
+    const auto read = stored_and_read(static_cast<FrameNumSubColPrefs&>(*prefs));
+    other.numbers->apply_preferences_object(nullptr);
+    EXPECT_EQ(other.text(3), "3");
+    other.numbers->apply_preferences_object(read.get());
+    EXPECT_EQ(other.text(3), "- 3");
 }
 
 TEST(NotesSubColumn, starts_each_note_as_an_empty_text_on_one_frame)
