@@ -84,20 +84,6 @@ TEST(RenderScene, gives_no_frame_without_a_root_or_when_it_is_stopped)
               nullptr);
 }
 
-TEST(RenderScene, a_fixed_view_has_the_camera_in_its_middle)
-{
-    const FadingCard museum;
-    RenderScene renderer(museum.scene.get(), 360, 200, 0.5, 0, 0, 8, 0);
-    renderer.set_camera_view();
-    const Matrix44& view = renderer.inq_camera_to_pixmap_transform();
-    EXPECT_EQ(view * Vector2(0.0, 0.0), Vector2(180.0, 100.0));
-    EXPECT_EQ(view * Vector2(100.0, 100.0), Vector2(230.0, 125.0));
-    Matrix44 moved;
-    moved.set_translation(Vector3(10.0, 20.0, 0.0));
-    renderer.set_view_transform(moved);
-    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(5.0, 10.0));
-}
-
 TEST(RenderScene, a_dynamic_view_follows_the_camera)
 {
     const FadingCard museum;

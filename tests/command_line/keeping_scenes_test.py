@@ -7,15 +7,11 @@
 import ctypes
 import ctypes.util
 import os
-import resource
 import shutil
-import signal
-import struct
-import subprocess
 import unittest
 from pathlib import Path
 
-from programs import BIN, LONG_ENOUGH, InFolder, card, images, output, run
+from programs import InFolder, card, images, output, run
 
 PARTS = ("Scene.contents", "XSheet", "CoverSheet", "Graph", "kvd", "DLLUsage")
 XXHASH = ctypes.CDLL(ctypes.util.find_library("xxhash"))
@@ -47,25 +43,6 @@ def write_record(folder, contents_by_name):
                                   for name, contents in contents_by_name.items())
     text += f"END {checksum(text.encode()):016x}\n"
     (folder / "Scene.commit~").write_text(text)
-
-
-def old_asset_file(path):
-    """The older form of the asset record, with one image."""
-    def text(words):
-        return struct.pack("<I", len(words)) + words.encode()
-
-    def record(class_index, contents):
-        return struct.pack("<HI", 4 + class_index, len(contents)) + contents
-
-    image = record(2, struct.pack("<qi", 0, 0) + record(3, text("shown")) + record(3, text(path)))
-    images_of_scene = record(1, struct.pack("<iq", 1, 0) + image)
-    none = record(1, struct.pack("<i", 0)) + struct.pack("<i", 0)
-    objects = record(0, images_of_scene + struct.pack("<i", 1) + none + none)
-    names = ("KIVAssetManager", "NameKeyDictionary", "RasterAsset", "KIVString")
-    classes = b"".join(struct.pack("<i", 1) + text(name) for name in names)
-    contents = b"KIVOBJS\n" + struct.pack("<IIQQ", 1, len(names), len(classes), len(objects))
-    contents += classes + objects
-    return contents + struct.pack("<Q", checksum(contents))
 
 
 class Scenes(InFolder):
@@ -119,41 +96,11 @@ class Check(Scenes):
                               lambda path: shutil.copy(self.scene / "DLLUsage", path))
         self.expect_fault("Graph", "This is no file of objects", lambda path: path.write_text("x"))
 
-    def test_all_faults_are_told_with_names_in_one_line(self):
-        scene = self.scene.rename(self.folder / "ein Bild\n„Ü“")
-        for part in ("XSheet", "Graph"):
-            (scene / part).unlink()
-        (self.art / "bg.png").unlink()
-        shown = f"{self.folder}/ein Bild\\n„Ü“"
-        lost = "The file can't be opened: No such file or directory"
-        self.expect_check(1, f"{shown}/XSheet: {lost}", f"{shown}/Graph: {lost}",
-                          f"{shown}/kvd: Images 1 (bg): {self.art}/bg.png is missing",
-                          scene=scene)
-
-    def test_classes_must_be_installed(self):
-        for part, class_is in (("Graph", "The file needs classes that are not installed: "
-                                         "CNodeRostruX of version 146"),
-                               ("DLLUsage", "the class CNodeRostruX is not installed")):
-            def rename_class(path):
-                contents = path.read_bytes().replace(b"CNodeRostrum", b"CNodeRostruX")[:-8]
-                path.write_bytes(contents + checksum(contents).to_bytes(8, "little"))
-            self.expect_fault(part, class_is, rename_class)
-
     def test_parts_must_belong_together(self):
         other = self.make_scene([output("card"), card("card", 1, 0, 0)], name="other")
         shutil.copy(other / "kvd", self.scene / "kvd")
         self.expect_check(1, f"{self.scene}: The asset record has no image 1 "
                           f"({self.art}/bg.png) of the column - bg - BG/OL")
-
-    def test_the_older_asset_file_is_read(self):
-        old = self.scene / "Assets"
-        old.write_bytes(old_asset_file("..\\art\\sky.png"))
-        (self.scene / "kvd").unlink()
-        self.expect_check(1, f"{self.scene}: The asset record has no image 1 "
-                          f"({self.art}/bg.png) of the column - bg - BG/OL",
-                          f"{old}: Images 0 (shown): {self.scene}/../art/sky.png is missing")
-        self.expect_fault("Assets", "The file is damaged: its checksum does not fit",
-                          lambda path: path.write_bytes(path.read_bytes()[:-1]))
 
     def test_what_means_nothing_is_only_noted(self):
         for name in ("XSheet~", "Graph.CKP", "letter~"):
@@ -262,10 +209,6 @@ class Interrupted(Scenes):
                     "interrupted, and DLLUsage is lost")
         self.assertEqual(state_of(self.scene), before)
 
-    def test_a_record_of_another_time_goes(self):
-        self.interrupt(PARTS[:5], ())
-        self.expect("recover", 0, f"{self.scene}: removed the record of a save of another time")
-        self.assertFalse(self.record.exists())
 
 
 class Backup(Scenes):
@@ -313,17 +256,7 @@ class Backup(Scenes):
         self.assertEqual(os.readlink(self.copy(1) / "nowhere"), "../none")
         self.expect_check(0, scene=self.copy(1))
 
-    def test_an_interrupted_copy_is_not_there(self):
-        (self.scene / "film").write_bytes(bytes(1 << 20))
-        for ending in (signal.SIG_DFL, signal.SIG_IGN):  # killed, and refused like a full disc
-            def limit():
-                signal.signal(signal.SIGXFSZ, ending)
-                resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 16, 1 << 16))
-            subprocess.run([BIN / "montaray-scene", "backup", self.scene], preexec_fn=limit,
-                           restore_signals=False, capture_output=True, timeout=LONG_ENOUGH,
-                           check=False)
-            left = ["shot.backup~"] if ending == signal.SIG_DFL else []
-            self.assertEqual([file.name for file in self.folder.glob("shot.b*")], left)
+    def test_what_an_interrupted_copy_left_is_replaced(self):
         (self.folder / "shot.backup~").mkdir()
         (self.folder / "shot.backup~" / "Scene.backup").write_text("BACKUP 1\nshot.backup-0001\n")
         (self.folder / "shot.backup~" / "XSheet").write_text("half")

@@ -39,12 +39,6 @@ void DiscModel::follow(const DiscStep& step)
         return change_bytes(step);
     case DiscStep::SYNCED:
         return sync(step.path, step.descriptor);
-    case DiscStep::SYNCED_ALL:
-        for (const auto& [path, file] : Names(live_names))
-            sync_names(folder_of(path));
-        for (File& file : files)
-            settle(file);
-        return;
     case DiscStep::RENAMED:
         return change_names(
             {folder_of(step.path), step.path, step.new_path, live_names[step.path]});

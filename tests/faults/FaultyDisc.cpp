@@ -328,27 +328,10 @@ int open(const char* path, int flags, ...)
     return open_in(AT_FDCWD, path, flags, mode);
 }
 
-int open64(const char* path, int flags, ...)
-{
-    TAKE_MODE(mode);
-    return open_in(AT_FDCWD, path, flags, mode);
-}
-
 int openat(int folder, const char* path, int flags, ...)
 {
     TAKE_MODE(mode);
     return open_in(folder, path, flags, mode);
-}
-
-int openat64(int folder, const char* path, int flags, ...)
-{
-    TAKE_MODE(mode);
-    return open_in(folder, path, flags, mode);
-}
-
-int creat(const char* path, mode_t mode)
-{
-    return open_in(AT_FDCWD, path, O_WRONLY | O_CREAT | O_TRUNC, mode);
 }
 
 ssize_t read(int descriptor, void* to, size_t size)
@@ -358,13 +341,6 @@ ssize_t read(int descriptor, void* to, size_t size)
                 [&] { return next_read(descriptor, to, size); });
 }
 
-ssize_t pread(int descriptor, void* to, size_t size, off_t at)
-{
-    NEXT(pread);
-    return pass(is_watched(descriptor), DiscCall::READ,
-                [&] { return next_pread(descriptor, to, size, at); });
-}
-
 ssize_t write(int descriptor, const void* from, size_t size)
 {
     NEXT(write);
@@ -372,15 +348,6 @@ ssize_t write(int descriptor, const void* from, size_t size)
         return next_write(descriptor, from, size);
     return write_by(descriptor, ::lseek(descriptor, 0, SEEK_CUR), from, size,
                     [&](std::size_t n) { return next_write(descriptor, from, n); });
-}
-
-ssize_t pwrite(int descriptor, const void* from, size_t size, off_t at)
-{
-    NEXT(pwrite);
-    if (!is_watched(descriptor))
-        return next_pwrite(descriptor, from, size, at);
-    return write_by(descriptor, at, from, size,
-                    [&](std::size_t n) { return next_pwrite(descriptor, from, n, at); });
 }
 
 ssize_t writev(int descriptor, const struct iovec* pieces, int count)
@@ -399,25 +366,6 @@ int fsync(int descriptor)
     return is_watched(descriptor) ? sync_by(descriptor) : 0;
 }
 
-int fdatasync(int descriptor)
-{
-    return ::fsync(descriptor);
-}
-
-// It promises nothing, so it leaves nothing in the trace.
-int sync_file_range(int descriptor, off64_t at, off64_t size, unsigned int flags)
-{
-    NEXT(sync_file_range);
-    return pass(is_watched(descriptor), DiscCall::SYNC,
-                [&] { return next_sync_file_range(descriptor, at, size, flags); });
-}
-
-int syncfs(int descriptor) noexcept
-{
-    return change(is_watched(descriptor), DiscCall::SYNC, [] { return 0; },
-                  {.kind = DiscStep::SYNCED_ALL, .path = "."});
-}
-
 int close(int descriptor)
 {
     NEXT(close);
@@ -425,25 +373,14 @@ int close(int descriptor)
     return is_watched(descriptor) ? close_by(descriptor, call) : call();
 }
 
-int renameat2(int from_folder, const char* from, int to_folder, const char* to,
-              unsigned int flags) noexcept
-{
-    NEXT(renameat2);
-    const Path source(from, from_folder);
-    const Path target(to, to_folder);
-    return change(source.counts || target.counts, DiscCall::RENAME,
-                  [&] { return next_renameat2(from_folder, from, to_folder, to, flags); },
-                  {.kind = DiscStep::RENAMED, .path = source.inside, .new_path = target.inside});
-}
-
-int renameat(int from_folder, const char* from, int to_folder, const char* to) noexcept
-{
-    return renameat2(from_folder, from, to_folder, to, 0);
-}
-
 int rename(const char* from, const char* to) noexcept
 {
-    return renameat2(AT_FDCWD, from, AT_FDCWD, to, 0);
+    NEXT(rename);
+    const Path source(from);
+    const Path target(to);
+    return change(source.counts || target.counts, DiscCall::RENAME,
+                  [&] { return next_rename(from, to); },
+                  {.kind = DiscStep::RENAMED, .path = source.inside, .new_path = target.inside});
 }
 
 int link(const char* from, const char* to) noexcept

@@ -49,17 +49,7 @@ struct Fault {
 
 /// One change of the disc as it was made, with all that is needed to make it again.
 struct DiscStep {
-    enum Kind {
-        MADE_FOLDER,
-        OPENED,
-        WROTE,
-        TRUNCATED,
-        SYNCED,
-        SYNCED_ALL,
-        RENAMED,
-        LINKED,
-        UNLINKED
-    };
+    enum Kind { MADE_FOLDER, OPENED, WROTE, TRUNCATED, SYNCED, RENAMED, LINKED, UNLINKED };
 
     Kind kind;
     std::string path; // within the folder that is watched

@@ -51,27 +51,19 @@ std::vector<FolderContents> choose(const std::vector<FolderContents>& states)
 
 struct LoadNotes {
     bool has_fired = false;
-    bool is_loaded = false;
-    Generations scene;
-    bool is_loaded_again = false;
-    Generations scene_again;
+    Loaded scene;
+    Loaded scene_again;
 };
-
-void note(const Loaded& loaded, bool& is_loaded, Generations& scene)
-{
-    is_loaded = loaded.has_value();
-    scene = loaded.value_or(Generations());
-}
 
 /// Loads under a fault, and again when the disc is well.
 void load_under(const Stage& stage, const Fault& fault, LoadNotes& notes)
 {
     FaultyDisc::watch(stage.disc());
     FaultyDisc::arm(fault);
-    note(SceneOnTrial::load_generations(stage.scene()), notes.is_loaded, notes.scene);
+    notes.scene = SceneOnTrial::load_generations(stage.scene());
     notes.has_fired = FaultyDisc::has_fired();
     FaultyDisc::leave_alone();
-    note(SceneOnTrial::load_generations(stage.scene()), notes.is_loaded_again, notes.scene_again);
+    notes.scene_again = SceneOnTrial::load_generations(stage.scene());
 }
 
 /// `scene` is what a load without faults gives.
@@ -80,11 +72,10 @@ std::string find_loss(const Stage& stage, const ChildEnd<LoadNotes>& end, const 
     const LoadNotes& notes = end.notes;
     if (!end.was_killed && !end.was_well)
         return "the process crashed";
-    if (notes.is_loaded && notes.scene != scene)
+    if (notes.scene && notes.scene != scene)
         return "the load gave " + words_of(notes.scene);
-    if (end.was_well && !(notes.is_loaded_again && notes.scene_again == scene))
-        return "the second load gave " +
-               words_of(notes.is_loaded_again ? Loaded(notes.scene_again) : std::nullopt);
+    if (end.was_well && notes.scene_again != scene)
+        return "the second load gave " + words_of(notes.scene_again);
     const Loaded later = SceneOnTrial::load_generations(stage.scene());
     return later == scene ? "" : "a later process loads " + words_of(later);
 }
@@ -106,7 +97,7 @@ void try_loads(const Stage& stage, const FolderContents& state, Tally& tally)
         if (end.was_well && !end.notes.has_fired)
             return false;
         std::string words = find_loss(stage, end, *scene);
-        if (is_readable_without_changes(fault) && !end.notes.is_loaded)
+        if (is_readable_without_changes(fault) && !end.notes.scene)
             words += " the load was refused";
         tally.add(inq_name(fault.call), fault.inq_words(), words);
         return true;
@@ -126,19 +117,6 @@ TEST(InterruptedSave, at_any_step_leaves_what_a_load_gives_whole)
         last = seen; // there is no way back
     }
     EXPECT_EQ(last, Generations::whole(NEW));
-}
-
-TEST(InterruptedSave, leaves_nothing_behind_the_next_save)
-{
-    const Stage stage;
-    for (const FolderContents& state : record_save(stage)) {
-        stage.set(state);
-        const Scene scene = SceneOnTrial::load(stage.scene());
-        ASSERT_TRUE(scene);
-        SceneOnTrial::change_graph_and_assets(*scene, NEXT);
-        EXPECT_TRUE(SceneOnTrial::save(*scene, stage.scene()));
-        EXPECT_EQ(inq_left_over(read_folder(stage.disc())), "");
-    }
 }
 
 TEST(InterruptedSave, by_a_torn_record_never_moves_a_part_of_the_scene)

@@ -147,33 +147,40 @@ private:
     Scene scene;
     Tally tally;
 };
+
+constexpr char SOURCE[] = "source";
+
+/// Over the old scene.
+void try_overwriting(const std::string& title, bool changes_sheets, SweepSize size)
+{
+    const Stage stage;
+    stage.set_whole(OLD);
+    Scene scene = SceneOnTrial::load(stage.scene());
+    SaveUnderFaults(stage,
+                    {.title = title,
+                     .disc = read_folder(stage.disc()),
+                     .old_scene = Generations::whole(OLD),
+                     .changes_sheets = changes_sheets},
+                    std::move(scene))
+        .try_all(size);
+}
+
+void try_copying(const Stage& stage, const std::string& title, const FolderContents& disc,
+                 const Loaded& old_scene)
+{
+    Scene scene = SceneOnTrial::load(stage.disc() + "/" + SOURCE);
+    SaveUnderFaults(
+        stage,
+        {.title = title, .disc = disc, .old_scene = old_scene, .saves_all = true, .is_copy = true},
+        std::move(scene))
+        .try_all(few_or_all_errors());
+}
 } // namespace
 
 TEST(SaveUnderFaults, over_a_scene_leaves_the_old_or_the_new_one)
 {
-    const Stage stage;
-    stage.set_whole(OLD);
-    Scene scene = SceneOnTrial::load(stage.scene());
-    SaveUnderFaults(stage,
-                    {.title = "overwrite",
-                     .disc = read_folder(stage.disc()),
-                     .old_scene = Generations::whole(OLD)},
-                    std::move(scene))
-        .try_all(SweepSize::ALL_ERRORS);
-}
-
-TEST(SaveUnderFaults, of_what_has_changed_joins_what_has_not)
-{
-    const Stage stage;
-    stage.set_whole(OLD);
-    Scene scene = SceneOnTrial::load(stage.scene());
-    SaveUnderFaults(stage,
-                    {.title = "overwrite but the sheets",
-                     .disc = read_folder(stage.disc()),
-                     .old_scene = Generations::whole(OLD),
-                     .changes_sheets = false},
-                    std::move(scene))
-        .try_all(few_or_all_errors());
+    try_overwriting("overwrite", true, SweepSize::ALL_ERRORS);
+    try_overwriting("overwrite but the sheets", false, few_or_all_errors());
 }
 
 TEST(SaveUnderFaults, to_a_new_folder_leaves_no_scene_or_the_new_one)
@@ -184,34 +191,13 @@ TEST(SaveUnderFaults, to_a_new_folder_leaves_no_scene_or_the_new_one)
         .try_all(few_or_all_errors());
 }
 
-TEST(SaveUnderFaults, as_a_copy_to_a_new_folder_leaves_no_scene_or_the_new_one)
-{
-    const Stage stage;
-    stage.set_whole(OLD, "source");
-    Scene scene = SceneOnTrial::load(stage.disc() + "/source");
-    SaveUnderFaults(stage,
-                    {.title = "copy to a new folder",
-                     .disc = read_folder(stage.disc()),
-                     .old_scene = {},
-                     .saves_all = true,
-                     .is_copy = true},
-                    std::move(scene))
-        .try_all(few_or_all_errors());
-}
-
-TEST(SaveUnderFaults, as_a_copy_over_another_scene_leaves_that_or_the_new_one)
+TEST(SaveUnderFaults, as_a_copy_leaves_what_was_there_or_the_new_one)
 {
     const Stage stage;
     stage.set_whole(OF_ANOTHER);
     const FolderContents disc = read_folder(stage.disc());
-    stage.set_whole(OLD, "source");
-    Scene scene = SceneOnTrial::load(stage.disc() + "/source");
-    SaveUnderFaults(stage,
-                    {.title = "copy over another",
-                     .disc = disc,
-                     .old_scene = Generations::whole(OF_ANOTHER),
-                     .saves_all = true,
-                     .is_copy = true},
-                    std::move(scene))
-        .try_all(few_or_all_errors());
+    stage.set_whole(OLD, SOURCE);
+    try_copying(stage, "copy over another", disc, Generations::whole(OF_ANOTHER));
+    stage.set_whole(OLD, SOURCE);
+    try_copying(stage, "copy to a new folder", read_folder(stage.disc()), {});
 }

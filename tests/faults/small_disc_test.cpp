@@ -33,7 +33,7 @@ struct Notes {
     int saved = 0;
     int refused = 0;
     int lost = 0;
-    Generations found;
+    Loaded found;
 };
 
 /// Runs `work(stage, notes)` on a small disc.
@@ -57,7 +57,7 @@ void count(const Stage& stage, bool is_saved, const Generations& expected, Notes
     if (loaded == expected)
         return;
     ++notes.lost;
-    notes.found = loaded.value_or(Generations());
+    notes.found = loaded;
 }
 
 void fill(const Stage& stage, std::size_t bytes)

@@ -1,4 +1,3 @@
-#include "curveslib/hdr/Fairing.h"
 #include "tests/museum/OneOfEach.h"
 #include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
@@ -10,32 +9,12 @@ namespace {
 constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-template <class Node> Node* find_node(KIVScene& scene)
+CNodeScreen* find_card(KIVScene& scene)
 {
     for (CNode* node : scene.inq_graph()->inq_nodes_list()->of<CNode>())
-        if (node->is_kind_of(Node::inq_class_name_s()))
-            return static_cast<Node*>(node);
+        if (node->is_kind_of(CNodeScreen::inq_class_name_s()))
+            return static_cast<CNodeScreen*>(node);
     return nullptr;
-}
-
-template <class Member> Member* find_column(KIVScene& scene)
-{
-    const std::unique_ptr<KIVLinkedList> all(scene.inq_xsheet()->inq_deep_sub_column_list());
-    for (SubColumn* member : all->of<SubColumn>())
-        if (member->is_kind_of(Member::inq_class_name_s()))
-            return static_cast<Member*>(member);
-    return nullptr;
-}
-
-KeyCell* find_key(KIVScene& scene)
-{
-    return find_node<CNodeScreen>(scene)->inq_subcolumn()->inq_first_key();
-}
-
-ScribbleLine* find_line(KIVScene& scene)
-{
-    return static_cast<ScribbleLine*>(
-        find_column<NotesSubColumn>(scene)->inq_scribbles()->at_index(0));
 }
 
 /// A place in a scene where a number can stand that is none.
@@ -47,31 +26,13 @@ struct Place {
 constexpr Place PLACES[] = {
     {"XSheet",
      [](KIVScene& scene) {
-         static_cast<BaseNumericCellData*>(find_key(scene)->inq_data())->set_element(0, NONE);
+         KeyCell* key = find_card(scene)->inq_subcolumn()->inq_first_key();
+         static_cast<BaseNumericCellData*>(key->inq_data())->set_element(0, NONE);
      }},
-    {"XSheet",
-     [](KIVScene& scene) {
-         auto* curve = new Fairing(1);
-         curve->create_empty_cps(2);
-         curve->inq_control_point(1)->after.time = -INFINITE;
-         find_key(scene)->set_fairing(curve);
-     }},
-    {"XSheet",
-     [](KIVScene& scene) {
-         find_line(scene)->add_point({0.0, NONE});
-     }},
-    {"XSheet", [](KIVScene& scene) { find_line(scene)->set_colour(KIVColour(NONE, 0.0, 0.0)); }},
-    {"XSheet",
-     [](KIVScene& scene) {
-         const SquidgeSet* set =
-             find_column<PathSubColumn>(scene)->inq_path_policy()->inq_squidges();
-         set->inq_squidges()[0]->add_knot({NONE, 0.0}, {}, {});
-     }},
-    {"CoverSheet", [](KIVScene& scene) { scene.inq_cover_sheet()->set_aspect_ratio(NONE); }},
     {"CoverSheet", [](KIVScene& scene) { scene.inq_cover_sheet()->set_unit_offset(INFINITE); }},
     {"Graph",
      [](KIVScene& scene) {
-         find_node<CNodeScreen>(scene)->set_position({NONE, 0.0});
+         find_card(scene)->set_position({NONE, 0.0});
      }},
 };
 } // namespace

@@ -35,7 +35,7 @@ protected:
             ->set_asset(static_cast<RasterAsset*>(assets.lookup_asset(2, RASTER_ASSET)));
         EXPECT_TRUE(film.scene->save_to_file(folder.path(), true, true, false));
         std::filesystem::remove(folder.path("kvd").str());
-        folder.write("Assets", tell_old_assets("LevelAsset"));
+        folder.write("Assets", tell_old_assets());
     }
 
     TempFolder folder;
@@ -64,7 +64,7 @@ TEST_F(OldScene, is_read_with_its_tags_and_says_what_it_reads)
 TEST_F(OldScene, is_saved_in_the_new_form_beside_the_old_file)
 {
     ASSERT_TRUE(load(folder.path())->save_to_file(folder.path(), false, true, false));
-    EXPECT_EQ(folder.read("Assets"), tell_old_assets("LevelAsset"));
+    EXPECT_EQ(folder.read("Assets"), tell_old_assets());
     folder.write("Assets", "read no more");
     const Scene scene = load(folder.path());
     ASSERT_TRUE(scene);
@@ -74,12 +74,4 @@ TEST_F(OldScene, is_saved_in_the_new_form_beside_the_old_file)
     EXPECT_EQ(assets.inq_tags(SOUND_ASSET), std::vector<unsigned long>{2});
     EXPECT_EQ(find_picture(*scene)->inq_asset()->inq_user_name(), "shown");
     EXPECT_TRUE(captured.inq_alerts().empty());
-}
-
-TEST_F(OldScene, with_neither_record_nor_old_file_is_no_scene)
-{
-    std::filesystem::remove(folder.path("Assets").str());
-    EXPECT_FALSE(load(folder.path()));
-    ASSERT_EQ(captured.inq_alerts().size(), 1U);
-    EXPECT_TRUE(captured.inq_alerts()[0].starts_with("Could not open the file Assets"));
 }

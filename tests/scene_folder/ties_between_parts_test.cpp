@@ -5,7 +5,6 @@
 #include "tests/support/TempFolder.h"
 #include "xsheet/sequence/hdr/RasterSeqCellData.h"
 #include "xsheet/sequence/hdr/RasterSeqSubColumn.h"
-#include "xsheet/store_control/hdr/LoadFindings.h"
 
 #include <gtest/gtest.h>
 
@@ -59,27 +58,6 @@ TEST_F(ExchangedParts, nodes_without_their_columns_are_named_once)
                                        "The sheet has no column 4 of the node BG/OL."});
     scene->mark_used_assets();
     save(*scene, "again");
-}
-
-TEST_F(ExchangedParts, a_picture_that_the_record_lacks_is_named_and_entered_anew)
-{
-    const Scene scene = load_with("kvd");
-    ASSERT_TRUE(scene);
-    ASSERT_EQ(captured.inq_alerts().size(), 1U);
-    EXPECT_TRUE(captured.inq_alerts()[0].ends_with(
-        ":\nThe asset record has no image 1 (/art/walk.tif) of the column - walk - BG/OL."));
-    EXPECT_TRUE(scene->inq_needs_saving());
-    save(*scene, "again");
-    EXPECT_TRUE(Scene(KIVScene::load_from_file(folder.path("again"), nullptr, false)));
-    EXPECT_EQ(captured.inq_alerts().size(), 1U);
-}
-
-TEST_F(ExchangedParts, somebody_who_checks_the_scene_gets_the_findings_one_by_one)
-{
-    const LoadFindings findings;
-    ASSERT_TRUE(load_with("XSheet"));
-    EXPECT_EQ(findings.inq_all().size(), 4U);
-    EXPECT_TRUE(captured.inq_alerts().empty());
 }
 
 TEST_F(ExchangedParts, no_key_shows_the_picture_of_another_whose_tag_is_lost)

@@ -1,10 +1,7 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "render/hdr/RenderScene.h"
 #include "tests/museum/Museum.h"
-#include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
-#include "xsheet/column/hdr/SubColumnWatcher.h"
-#include "xsheet/store_control/hdr/XSheetStoreController.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -83,46 +80,4 @@ TEST(WholeScene, goes_whole_into_a_folder_that_holds_another)
     EXPECT_EQ(load(folder.path("a"))->inq_scene_length(), 40);
     ASSERT_TRUE(museum.scene->save_to_file(folder.path("b"), false, true, true));
     EXPECT_EQ(load(folder.path("b"))->inq_scene_length(), 40);
-}
-
-TEST(WholeScene, a_key_changes_just_the_frames_that_it_reaches)
-{
-    const FadingCard museum;
-    const std::vector<int> before = render_all(*museum.scene);
-    SubColumnWatcher watcher(museum.inq_colour(), allocate_unique_watcher_label(), nullptr);
-    museum.inq_colour()->add_watcher(&watcher);
-    static_cast<BaseNumericCellData*>(museum.middle->inq_data())->set_element(0, 0.25);
-    const std::vector<int> after = render_all(*museum.scene);
-    for (int frame = 1; frame <= 40; ++frame) {
-        const bool is_reached = 1 < frame && frame < 40;
-        const auto i = static_cast<std::size_t>(frame);
-        EXPECT_EQ(before[i] != after[i], is_reached) << "frame " << frame;
-        EXPECT_EQ(watcher.inq_frame_changed(frame), is_reached) << "frame " << frame;
-    }
-    EXPECT_TRUE(museum.scene->inq_needs_saving());
-}
-
-TEST(WholeScene, a_chain_of_thousands_of_nodes_is_stored_and_rendered)
-{
-    constexpr int LONG = 5000;
-    const TempFolder folder;
-    {
-        const FadingCard museum;
-        CNodeGraph& graph = *museum.scene->inq_graph();
-        graph.set_type_checker_disabled();
-        CNode* last = museum.card;
-        for (int i = 0; i < LONG; ++i) {
-            CNode* next = add_node<CNodeTranslate>(*museum.scene);
-            connect(*museum.scene, last, next);
-            last = next;
-        }
-        connect(*museum.scene, last, museum.camera);
-        EXPECT_TRUE(graph.set_type_checker_enabled());
-        ASSERT_TRUE(museum.scene->save_to_file(folder.path(), true, true, false));
-    }
-    const Scene scene = load(folder.path());
-    ASSERT_TRUE(scene);
-    EXPECT_EQ(scene->inq_graph()->inq_nodes_list()->count(), LONG + 3);
-    scene->inq_xsheet()->set_length(1);
-    EXPECT_EQ(render_all(*scene).size(), 2U);
 }

@@ -18,10 +18,10 @@ inline void tell_asset(OldRecord& out, const char* class_name, int tag, unsigned
 }
 
 /// The old asset file with one asset of each of its kinds, tagged 2.
-inline std::string tell_old_assets(const char* class_of_levels)
+inline std::string tell_old_assets()
 {
     OldRecord old("KIVAssetManager", 1);
-    const char* const classes[] = {"RasterAsset", class_of_levels, "SoundAsset"};
+    const char* const classes[] = {"RasterAsset", "LevelAsset", "SoundAsset"};
     for (unsigned int kind = 0; kind < 3; ++kind) {
         old.nested("NameKeyDictionary", 1, [&](OldRecord& r) {
             r << 1 << 2L;

@@ -1,7 +1,6 @@
 #include "compositor/lib/hdr/CNodeCatagory.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
-#include "compositor/lib/hdr/CNodeInstance.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
 #include "compositor/lib/hdr/StandInCNode.h"
 #include "compositor/lib/test/SampleNodes.h"
@@ -159,28 +158,4 @@ TEST(StandInCNode, answers_for_its_class_and_is_never_evaluated)
     const MacroStandInCNode macro(line, "/scenes/macros/blur.two.mac");
     EXPECT_EQ(macro.inq_name(), "blur.two");
     EXPECT_EQ(macro.inq_displayed_type_name(), "Macro");
-}
-
-TEST(CNodeInstance, is_valid_as_long_as_all_its_nodes_are_in_the_graph)
-{
-    CNodeGraph graph(nullptr);
-    auto* root = add<SampleLine>(graph);
-    auto* inner = add<SampleLine>(graph);
-    CNodeInstance path;
-    CNodeInstance other;
-    EXPECT_FALSE(path.inq_is_valid());
-    for (CNodeInstance* instance : {&path, &other}) {
-        instance->push_root_node(root);
-        instance->push_node(inner, 1);
-    }
-    EXPECT_TRUE(path.inq_is_valid());
-    EXPECT_TRUE(path.is_same_as(&other));
-    EXPECT_FALSE(path.is_same_as(nullptr));
-    other.push_node(inner, 0);
-    EXPECT_FALSE(path.is_same_as(&other));
-    path.push_node(inner, 2);
-    EXPECT_FALSE(path.is_same_as(&other));
-
-    const std::unique_ptr<CNode> removed(graph.remove_node(inner));
-    EXPECT_FALSE(path.inq_is_valid());
 }

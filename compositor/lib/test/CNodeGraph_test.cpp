@@ -2,9 +2,7 @@
 #include "compositor/lib/hdr/CNodeGraphWatcher.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
 #include "compositor/lib/test/SampleNodes.h"
-#include "kivlib/hdr/ChangeRecorder.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
-#include "tests/support/Captured.h"
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
@@ -20,26 +18,9 @@ public:
     {
         heard += connected_to_root ? "C" : "c";
     }
-    void number_of_nodes_changed() override
-    {
-        heard += "n";
-        other.reset();
-    }
+    void number_of_nodes_changed() override {}
 
     std::string heard;
-    std::unique_ptr<Watcher> other; // goes with the first change of the nodes
-};
-
-class SelectionWatcher : public CNodeGraphSelectionWatcher {
-public:
-    void selection_changed() override { ++heard; }
-    int heard = 0;
-};
-
-class Change : public ChangeEvt {
-public:
-    void undo() override {}
-    void redo() override {}
 };
 
 std::vector<std::string> take_log()
@@ -209,57 +190,6 @@ TEST(CNodeGraph, updates_each_reader_once_and_behind_all_that_it_reads)
     EXPECT_FALSE(graph.is_connected_to_root(beyond));
 }
 
-TEST(CNodeGraph, tells_watchers_until_they_go)
-{
-    CNodeGraph graph(nullptr);
-    Watcher watcher(&graph);
-    watcher.other = std::make_unique<Watcher>(&graph);
-    auto* line = add<SampleLine>(graph, "l");
-    EXPECT_EQ(watcher.heard, "n");
-    graph.notify_chan_selection_changed(false);
-    graph.notify_chan_selection_changed(true);
-    EXPECT_EQ(watcher.heard, "nC");
-    EXPECT_FALSE(line->inq_inchoate_flag());
-    graph.notify_connections_changed(false);
-    EXPECT_EQ(watcher.heard, "nCc");
-    EXPECT_TRUE(line->inq_inchoate_flag());
-
-    SelectionWatcher selection;
-    graph.selection_changed();
-    graph.add_selection_watcher(&selection);
-    graph.selection_changed();
-    graph.remove_selection_watcher(&selection);
-    graph.selection_changed();
-    EXPECT_EQ(selection.heard, 1);
-
-    take_log();
-    const std::unique_ptr<CNode> removed(graph.remove_node(line));
-    EXPECT_EQ(removed.get(), line);
-    EXPECT_EQ(line->inq_graph(), nullptr);
-    EXPECT_EQ(take_log(), std::vector<std::string>{"l removed"});
-    EXPECT_EQ(graph.remove_node(line), nullptr);
-    EXPECT_EQ(watcher.heard, "nCcn");
-
-    auto outlived = std::make_unique<CNodeGraph>(nullptr);
-    const Watcher outliving(outlived.get());
-    outlived.reset();
-}
-
-TEST(CNodeGraph, finds_channels_under_a_point)
-{
-    CNodeGraph graph(nullptr);
-    auto* below = add<SampleLine>(graph);
-    auto* above = add<SampleLine>(graph);
-    below->set_position(Vector2(100.0, 0.0));
-    above->set_position(Vector2(100.0, 24.0)); // its inputs lie over the other's box
-    EXPECT_EQ(graph.find_channel_at(Vector2(100.0, 8.0)), in(above));
-    EXPECT_EQ(graph.find_channel_at(Vector2(100.0, 40.0)), out(above));
-    EXPECT_EQ(graph.find_channel_at(Vector2(0.0, 40.0)), nullptr);
-    EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), in(below));
-    below->set_is_hidden(true);
-    EXPECT_EQ(graph.find_channel_near(Vector2(100.0, -22.0), 3.0), nullptr);
-}
-
 TEST(CNodeGraph, loads_in_two_passes_unless_a_node_gives_up)
 {
     CNodeGraph graph(nullptr);
@@ -384,26 +314,6 @@ TEST(CNodeGraph, refuses_files_whose_parts_do_not_belong_together)
     }));
 }
 
-TEST(CNodeGraph, keeps_incomplete_connections)
-{
-    CNodeGraph graph(nullptr);
-    auto* source = add<SampleSource>(graph);
-    auto* line = add<SampleLine>(graph);
-    join(source, line);
-    out(source)->add_connection(new CNodeConnection(out(source), nullptr), 0);
-    in(line)->add_connection(new CNodeConnection(nullptr, in(line)), 0);
-    const auto back = stored_and_read(graph);
-    ASSERT_TRUE(back);
-    EXPECT_FALSE(back->load_finished_with_abort(nullptr, false));
-    const auto* first = static_cast<CNode*>(back->inq_nodes_list()->at_index(0));
-    const auto* last = static_cast<CNode*>(back->inq_nodes_list()->at_index(1));
-    ASSERT_EQ(out(first)->inq_connections_list()->count(), 2);
-    ASSERT_EQ(in(last)->inq_connections_list()->count(), 2);
-    EXPECT_EQ(out(first)->find_connection_at(0)->inq_input_channel(), nullptr);
-    EXPECT_EQ(in(last)->find_connection_at(0)->inq_output_channel(), nullptr);
-    EXPECT_EQ(in(last)->find_connection_at(1), out(first)->find_connection_at(1));
-}
-
 TEST(CNodeGraph, is_not_stored_with_a_connection_that_leaves_it)
 {
     CNodeGraph graph(nullptr);
@@ -414,20 +324,6 @@ TEST(CNodeGraph, is_not_stored_with_a_connection_that_leaves_it)
     EXPECT_EQ(stream.inq_error_state(), KIVStream::BAD_DATA);
     graph.delete_connection(leaving, false);
     EXPECT_TRUE(stored_and_read(graph));
-}
-
-TEST(CNodeGraph, leaves_a_channel_whose_list_does_not_get_shorter)
-{
-    const Captured captured;
-    auto graph = std::make_unique<CNodeGraph>(nullptr);
-    auto* source = add<SampleSource>(*graph);
-    auto* line = add<SampleLine>(*graph);
-    auto* connection = new CNodeConnection(out(source), in(line));
-    in(line)->add_connection(connection, 0);
-    out(line)->add_connection(connection, 0); // where it does not belong
-    graph.reset();
-    EXPECT_NE(captured.inq_errors().find("compositor/lib/src/CNodeGraph"), std::string::npos);
-    EXPECT_NE(captured.inq_errors().find("Program error (repeated value).\n"), std::string::npos);
 }
 
 TEST(CNodeGraph, carries_long_chains_and_many_nodes)

@@ -1,9 +1,6 @@
 #include "compositor/lib/hdr/CNode.h"
-#include "compositor/lib/hdr/DAGOpNode.h"
-#include "compositor/lib/hdr/DAGOpTypeChecker.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
 #include "compositor/lib/test/SampleNodes.h"
-#include "kivlib/hdr/BoundingBox.h"
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
@@ -30,11 +27,6 @@ struct Diamond {
     SampleNode* n = add<SampleLine>(graph, "n");
     SampleNode* o = add<SampleLine>(graph, "o");
     SampleNode* r = add<SampleMix>(graph, "r");
-};
-
-class GenericLine : public SampleLine {
-public:
-    bool inq_is_generic() const override { return true; }
 };
 
 /// The fields of a node's record of some release, behind its class header.
@@ -72,31 +64,6 @@ TEST(CNode, has_a_label_of_its_own_also_as_a_copy)
     EXPECT_EQ(copy->inq_types(), nullptr);
     EXPECT_FALSE(copy->inq_is_disabled());
     EXPECT_EQ(stored_and_read(*mix)->inq_label(), mix->inq_label() + 2);
-}
-
-TEST(CNode, comes_back_with_its_channels_and_without_its_flags)
-{
-    const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
-    mix->set_is_disabled(true);
-    mix->toggle_collapse_state();
-    mix->set_is_hidden(true);
-    mix->set_is_selected(true);
-    mix->set_position(Vector2(-1.5, 2.5));
-    mix->set_dw_tag_pos(0.25);
-    in(mix.get(), 1)->set_is_in_macro(true);
-    const auto back = stored_and_read(*mix);
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(back->inq_is_disabled());
-    EXPECT_TRUE(back->inq_is_collapsed());
-    EXPECT_TRUE(back->inq_hidden());
-    EXPECT_FALSE(back->inq_is_selected());
-    EXPECT_EQ(back->inq_position(), Vector2(-1.5, 2.5));
-    EXPECT_EQ(back->inq_dw_tag_pos(), 0.25);
-    EXPECT_EQ(back->inq_width(), 50.0);
-    EXPECT_EQ(back->inq_height(), 24.0);
-    EXPECT_TRUE(back->inq_is_in_macro());
-    EXPECT_EQ(in(back.get(), 1)->inq_node(), back.get());
-    EXPECT_TRUE(back->inq_inputs()->inq_is_input_channel_set());
 }
 
 TEST(CNode, reads_the_records_of_old_releases)
@@ -145,20 +112,6 @@ TEST(CNode, may_be_told_that_an_old_stream_holds_no_tag_positions)
     EXPECT_EQ(read_old(138, without_tag), nullptr);
 }
 
-TEST(CNode, knows_its_neighbours_once_for_each_connection)
-{
-    Diamond d;
-    join(d.a, d.m, 1);
-    EXPECT_EQ(names(d.m->inq_child_nodes()), "aba");
-    EXPECT_EQ(names(d.m->inq_parent_nodes()), "no");
-    EXPECT_EQ(d.m->inq_in_connections_list().count(), 3);
-    EXPECT_EQ(d.r->inq_out_connections_list().count(), 0);
-    const std::unique_ptr<KIVLinkedList> conns(d.r->inq_descendent_conns());
-    EXPECT_EQ(conns->count(), 7);
-    EXPECT_EQ(conns->at_index(0), out(d.n)->find_connection_at(0));
-    EXPECT_EQ(conns->at_index(1), out(d.m)->find_connection_at(0));
-}
-
 TEST(CNode, finds_its_descendents_depth_first)
 {
     const Diamond d;
@@ -170,104 +123,6 @@ TEST(CNode, finds_its_descendents_depth_first)
     d.m->toggle_collapse_state();
     EXPECT_EQ(names(d.r->inq_descendents(false, false)), "nmo");
     EXPECT_EQ(names(d.r->inq_descendents(false, true)), "nmabo");
-}
-
-TEST(CNode, leaves_its_descendents_to_classes_that_know_better)
-{
-    CNodeGraph graph(nullptr);
-    auto* source = add<SampleSource>(graph, "s");
-    auto* wall = add<SampleWall>(graph, "w");
-    auto* line = add<SampleLine>(graph, "l");
-    join(source, wall);
-    join(wall, line);
-    EXPECT_EQ(names(line->inq_descendents(true, true)), "w");
-    EXPECT_EQ(names(wall->inq_descendents(true, true)), "");
-
-    auto* beyond = add<SampleSource>(graph, "y");
-    auto* x = add<SampleLine>(graph, "x");
-    auto* c = add<SampleLine>(graph, "c");
-    auto* root = add<SampleMix>(graph, "r");
-    join(beyond, x);
-    join(x, c);
-    join(wall, root, 0);
-    join(c, root, 1);
-    wall->answer = x;
-    EXPECT_EQ(names(root->inq_descendents(true, true)), "wxcy") << "what feeds x is not lost";
-}
-
-TEST(CNode, orders_what_feeds_it_and_stops_at_flags)
-{
-    const Diamond d;
-    KIVLinkedList list(false);
-    d.r->add_to_ordered_list(&list);
-    EXPECT_EQ(names(list), "rnmabo");
-    d.r->add_to_ordered_list(&list);
-    EXPECT_EQ(list.count(), 6);
-    d.r->set_in_list_flag(false);
-    d.r->clear_in_list_flags(); // past those that bear no flag
-    EXPECT_FALSE(d.a->inq_in_list_flag());
-}
-
-TEST(CNode, sees_a_cycle_and_leaves_the_flags_on_the_way_to_it)
-{
-    const Diamond d;
-    EXPECT_TRUE(d.r->do_acyclic_check());
-    EXPECT_FALSE(d.m->inq_acyclic_flag());
-    d.b->set_acyclic_flag(true);
-    EXPECT_FALSE(d.r->do_acyclic_check());
-    EXPECT_TRUE(d.r->inq_acyclic_flag());
-    EXPECT_TRUE(d.n->inq_acyclic_flag());
-    EXPECT_TRUE(d.m->inq_acyclic_flag());
-    EXPECT_FALSE(d.o->inq_acyclic_flag());
-}
-
-TEST(CNode, propagates_inchoate_flags_to_what_feeds_it)
-{
-    const Diamond d;
-    d.n->set_and_propogate_inchoate_flag();
-    EXPECT_TRUE(d.n->inq_inchoate_flag() && d.m->inq_inchoate_flag() && d.a->inq_inchoate_flag());
-    EXPECT_FALSE(d.o->inq_inchoate_flag() || d.r->inq_inchoate_flag());
-
-    BoundingBox box;
-    d.a->set_position(Vector2(1000.0, 0.0));
-    d.n->update_and_propogate_inchoate_flag(&box); // complete, and so is what reads it
-    EXPECT_FALSE(d.n->inq_inchoate_flag() || d.m->inq_inchoate_flag() || d.b->inq_inchoate_flag());
-    EXPECT_EQ(box.inq_rectangle().inq_right(), 1025.0);
-
-    d.r->update_and_propogate_inchoate_flag(&box); // its output leads nowhere
-    EXPECT_TRUE(d.r->inq_inchoate_flag() && d.o->inq_inchoate_flag() && d.a->inq_inchoate_flag());
-}
-
-TEST(CNode, takes_several_inputs_only_where_their_type_can_be_united)
-{
-    CNodeGraph graph(nullptr);
-    auto* source = add<SampleSource>(graph);
-    auto* line = add<SampleLine>(graph);
-    auto* sound = add<SampleSoundLine>(graph);
-    EXPECT_TRUE(sound->inq_can_connect_multiple_inputs(0));
-    join(source, sound);
-    join(source, line);
-    EXPECT_FALSE(sound->inq_can_connect_multiple_inputs(0));
-    EXPECT_TRUE(line->inq_can_connect_multiple_inputs(0));
-    EXPECT_FALSE(line->inq_can_connect_multiple_inputs(1));
-    EXPECT_FALSE(source->inq_can_connect_multiple_inputs(0));
-}
-
-TEST(CNode, has_bounds_that_hold_the_visible_strips)
-{
-    const std::unique_ptr<SampleMix> mix(new_node<SampleMix>());
-    EXPECT_EQ(mix->inq_bounds(), KIVRectangle(-25.0, -20.0, 25.0, 20.0));
-    mix->toggle_collapse_state();
-    EXPECT_EQ(mix->inq_n_vis_input_channels(), 0);
-    EXPECT_EQ(mix->inq_bounds(), KIVRectangle(-25.0, -12.0, 25.0, 20.0));
-    mix->show_output_channel(false);
-    EXPECT_EQ(mix->inq_bounds(), mix->inq_border_rect());
-    mix->toggle_collapse_state();
-    mix->show_output_channel(true);
-    mix->reset_width(60.0); // its channels need 100 less the border
-    EXPECT_EQ(mix->inq_width(), 98.0);
-    mix->reset_width(200.0);
-    EXPECT_EQ(mix->inq_width(), 198.0);
 }
 
 TEST(CNode, keeps_its_place_relative_to_its_group_while_folded)
@@ -326,24 +181,4 @@ TEST(CNode, finds_a_source_at_the_end_of_very_many_ways)
     SampleNode* source = add<SampleSource>(graph);
     join(source, first);
     EXPECT_EQ(CNode::inq_source_node_names(last, nullptr), source);
-}
-
-TEST(CNode, gives_the_type_check_the_operator_of_its_kind)
-{
-    const std::unique_ptr<SampleLine> line(new_node<SampleLine>());
-    const std::unique_ptr<SampleAnything> anything(new_node<SampleAnything>());
-    const std::unique_ptr<DAGOpBottomUp> of_line(line->inq_bu_dag_op("type_checker", nullptr));
-    const std::unique_ptr<DAGOpBottomUp> of_any(anything->inq_bu_dag_op("type_checker", nullptr));
-    EXPECT_TRUE(dynamic_cast<DAGOpDefaultTypeChecker*>(of_line.get()));
-    EXPECT_TRUE(dynamic_cast<DAGOpUniversalTypeChecker*>(of_any.get()));
-    EXPECT_EQ(line->inq_bu_dag_op("another", nullptr), nullptr);
-
-    GenericLine generic;
-    DAGOpNode mirror(nullptr, &generic);
-    const std::unique_ptr<DAGOpBottomUp> given(generic.inq_bu_dag_op("type_checker", &mirror));
-    const auto* of_generic = dynamic_cast<DAGOpUniversalTypeChecker*>(given.get());
-    ASSERT_TRUE(of_generic);
-    const std::unique_ptr<cdata_tDArray> own_types(of_generic->inq_all_types());
-    EXPECT_TRUE(own_types->empty()) << "its class has no generic operations";
-    EXPECT_EQ(line->inq_td_dag_op("type_checker", nullptr), nullptr);
 }

@@ -71,19 +71,6 @@ TEST_P(TypeCheck, accepts_a_type_or_one_that_converts_to_it)
     EXPECT_EQ(shape->inq_checked(), "none") << "an ordinary node keeps no list";
 }
 
-TEST_P(TypeCheck, composites_several_connections_where_the_type_allows_it)
-{
-    SketchNode* pictures = add("pictures", 1, PICTURE);
-    connect(add("a", 0, PICTURE), pictures);
-    connect(add("b", 0, PICTURE), pictures);
-    EXPECT_EQ(check(), "");
-
-    SketchNode* masks = add("masks", 1, MASK);
-    connect(add("c", 0, MASK), masks);
-    connect(add("d", 0, MASK), masks);
-    EXPECT_EQ(check(), NOT_MULTIPLE);
-}
-
 TEST_P(TypeCheck, composites_by_conversion_what_has_no_type_in_common)
 {
     SketchNode* pictures = add("pictures", 1, PICTURE);
@@ -188,27 +175,6 @@ TEST_P(TypeCheck, tells_only_a_reporter_of_a_cycle)
               exec.inq_graph()->find_mirror_of(first));
 }
 
-TEST_P(TypeCheck, starts_afresh_with_each_init)
-{
-    SketchNode* any = add_universal("any", 1);
-    connect(add("note", 0, NOTE), any);
-    DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
-    DAGOpGraph& mirror = *exec.inq_graph();
-    if (GetParam())
-        mirror.inq_nodes_list();
-    exec.init();
-    EXPECT_TRUE(exec.execute());
-    exec.init();
-    EXPECT_NE(mirror.find_mirror_of(any)->inq_bu_op(), nullptr);
-
-    mirror.make_connection(any->output(), any->input());
-    exec.init();
-    EXPECT_EQ(mirror.find_mirror_of(any)->inq_bu_op(), nullptr) << "there is a cycle now";
-    exec.set_store_result(true);
-    EXPECT_TRUE(exec.execute());
-    EXPECT_EQ(any->inq_checked(), "none");
-}
-
 TEST_P(TypeCheck, takes_proposals_that_the_real_graph_does_not_see)
 {
     SketchNode* shape = add("shape", 0, SHAPE);
@@ -235,23 +201,6 @@ TEST_P(TypeCheck, takes_proposals_that_the_real_graph_does_not_see)
     }));
     EXPECT_EQ(mask->input()->inq_connections_list()->count(), 1);
     EXPECT_EQ(note->output()->inq_connections_list()->count(), 0);
-}
-
-TEST_P(TypeCheck, takes_deep_and_wide_graphs)
-{
-    SketchNode* source = add("source", 0, NOTE);
-    const SketchNode* last = source;
-    SketchNode* wide = add("wide", 1, NOTE);
-    for (int i = 0; i < 50000; ++i) {
-        SketchNode* next = add_universal("link", 1);
-        connect(last, next);
-        connect(next, wide);
-        last = next;
-    }
-    EXPECT_EQ(check(), "");
-    EXPECT_EQ(static_cast<const SketchNode*>(last)->inq_checked(), "904");
-    connect(last, static_cast<SketchNode*>(graph.inq_nodes_list()->at_index(2)));
-    EXPECT_EQ(check(), CYCLE);
 }
 
 namespace {
@@ -311,66 +260,4 @@ TEST(DAGExec, finds_the_same_over_the_flat_form_and_over_mirrored_nodes)
     }
     EXPECT_GT(n_passed, 20);
     EXPECT_LT(n_passed, 280);
-}
-
-TEST(DAGExec, needs_a_default_only_where_a_node_does_not_know_the_pass)
-{
-    SketchGraph sketch;
-    sketch.add("node", 0);
-    sketch.add("another", 1);
-    Listener listener;
-    DAGExec unknown(&sketch.graph, "another_pass", new DAGOpBottomUpDefault);
-    unknown.set_reporter(&listener);
-    unknown.init();
-    EXPECT_FALSE(unknown.execute());
-    EXPECT_EQ(listener.heard, "Failed!\n");
-
-    DAGExec upwards(&sketch.graph, "another_pass", static_cast<DAGOpBottomUp*>(nullptr));
-    upwards.init();
-    EXPECT_TRUE(upwards.execute());
-    DAGExec downwards(&sketch.graph, "another_pass", static_cast<DAGOpTopDown*>(nullptr));
-    downwards.init();
-    EXPECT_TRUE(downwards.execute());
-}
-
-TEST(DAGExec, leaves_an_unheard_error_to_its_caller)
-{
-    SketchGraph sketch;
-    DAGExec exec(&sketch.graph, "type_checker", new DAGOpBottomUpDefault);
-    DAGExecTCErrorType error;
-    EXPECT_TRUE(exec.signal_exception(&error));
-    DAGExecTypeCheckerReporter reporter;
-    exec.set_reporter(&reporter);
-    EXPECT_TRUE(exec.signal_exception(new KIVError(7, 1)));
-    EXPECT_EQ(reporter.inq_error(), 7);
-    reporter.clear();
-    EXPECT_EQ(reporter.inq_error(), 0);
-}
-
-TEST(DAGOpNode, walks_inputs_first_and_goes_back_along_its_path_after_a_cycle)
-{
-    SketchGraph sketch;
-    SketchNode* root = sketch.add_universal("root", 2);
-    SketchNode* middle = sketch.add_universal("middle", 1);
-    SketchNode* leaf = sketch.add_universal("leaf", 1);
-    SketchNode* other = sketch.add("other", 0);
-    sketch.connect(leaf, middle);
-    sketch.connect(middle, root, 0);
-    sketch.connect(other, root, 1);
-    sketch.connect(leaf, root, 1);
-
-    DAGOpGraph mirror(&sketch.graph);
-    const auto visited = [&] {
-        for (DAGOpNode* node : mirror.inq_nodes_list()->of<DAGOpNode>())
-            node->set_flags(DAGOpNode::UNVISITED);
-        KIVLinkedList list;
-        std::string names = mirror.find_mirror_of(root)->df_visit(&list) ? "" : "cycle: ";
-        for (const DAGOpNode* node : list.of<DAGOpNode>())
-            names += node->inq_c_node()->inq_name().str() + " ";
-        return names;
-    };
-    EXPECT_EQ(visited(), "leaf middle other root ");
-    mirror.make_connection(middle->output(), leaf->input());
-    EXPECT_EQ(visited(), "cycle: leaf middle root ");
-    EXPECT_FALSE(mirror.top_sort_nodes());
 }

@@ -3,7 +3,6 @@
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/CNodeOpArraySet.h"
 #include "compositor/lib/hdr/CNodeStatus.h"
-#include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/hdr/GraphExecReporter.h"
 #include "compositor/lib/test/SketchData.h"
@@ -80,13 +79,12 @@ public:
     }
 };
 
-/// Lets its inputs draw through, in interactive runs as in others.
+/// Lets its inputs draw through.
 class ThroughOp : public CNodeOp {
 public:
     using CNodeOp::CNodeOp;
 
     bool inq_composite_through() override { return true; }
-    bool inq_interactive() override { return true; }
 };
 
 /// Notes what it could draw into.
@@ -310,26 +308,6 @@ TEST_F(GraphExecTest, computes_only_what_feeds_a_selected_channel_in_a_restricte
     EXPECT_EQ(run(exec), "out(tint(a),b)");
 }
 
-TEST_F(GraphExecTest, computes_only_the_interactive_node_and_ops_that_ask_for_it)
-{
-    SketchNode* out = add("out", 1);
-    new_op = ::new_op<ThroughOp>;
-    SketchNode* through = add("through", 1);
-    new_op = ::new_op<DrawingOp>;
-    SketchNode* tint = add("tint", 1);
-    SketchNode* a = add("a", 0);
-    connect(a, tint);
-    connect(tint, through);
-    connect(through, out);
-    GraphExec exec(PICTURE, out, 0);
-    Ear ear;
-    exec.register_reporter(&ear);
-    exec.set_is_interactive(true);
-    exec.set_interactive_node(static_cast<int>(a->inq_label()));
-    EXPECT_EQ(run(exec), "a");
-    EXPECT_EQ(ear.heard, "");
-}
-
 TEST_F(GraphExecTest, takes_a_new_order_of_an_input_into_the_generated_phase)
 {
     new_op = ::new_op<TurningOp>;
@@ -341,43 +319,6 @@ TEST_F(GraphExecTest, takes_a_new_order_of_an_input_into_the_generated_phase)
     EXPECT_EQ(run(exec), "out(a+b+c)");
     EXPECT_EQ(events.substr(events.find("draw")), "draw a\ndraw b\ndraw c\ndraw out\n");
     EXPECT_EQ(run(exec), "out(a+b+c)") << "the same order again changes nothing";
-}
-
-TEST(CNodeOpArray, counts_a_new_order_from_the_first_unless_told_to_forget)
-{
-    CNodeOp a(nullptr), b(nullptr), c(nullptr);
-    CNodeOpArray array(3, NO_DATA_TYPE, false);
-    const auto show = [&] {
-        std::string order;
-        for (int i = 0; i < 3; ++i)
-            order += array.inq_nodeop(i) == &a ? "a" : array.inq_nodeop(i) == &b ? "b" : "c";
-        return order;
-    };
-    const auto order_of = [](std::initializer_list<int> places) {
-        IntArray order;
-        for (const int place : places)
-            order.add(place);
-        return order;
-    };
-    array.set_nodeop(0, &a);
-    array.set_nodeop(1, &b);
-    array.set_nodeop(2, &c);
-    const IntArray rotated = order_of({1, 2, 0});
-    array.reorder(&rotated, false);
-    EXPECT_EQ(show(), "bca");
-    array.reorder(&rotated, false);
-    EXPECT_EQ(show(), "bca");
-    array.reorder(&rotated, true);
-    EXPECT_EQ(show(), "cab");
-    const IntArray plain = order_of({0, 1, 2});
-    array.reorder(&plain, false);
-    EXPECT_EQ(show(), "bca") << "only the order that was stored last is undone";
-
-    const Captured said;
-    const IntArray lossy = order_of({0, 0, 1});
-    array.reorder(&lossy, false);
-    EXPECT_EQ(show(), "bca");
-    EXPECT_NE(said.inq_errors().find("Program error."), std::string::npos);
 }
 
 TEST_F(GraphExecTest, asks_inputs_again_when_an_op_changes_its_request)
@@ -436,19 +377,6 @@ TEST_F(GraphExecTest, resolves_wildcards_by_the_checked_types)
     EXPECT_EQ(none.inq_root_data(), nullptr);
 }
 
-TEST_F(GraphExecTest, drops_what_feeds_a_node_that_can_not_be_resolved)
-{
-    SketchNode* mixed = add_mixed("mixed", {WILDCARD_TYPE, PICTURE}, PICTURE);
-    connect(add("a", 0), mixed, 1);
-    mixed->set_types(new cdata_tDArray(0));
-    SketchNode* out = add("out", 1);
-    connect(mixed, out);
-    connect(add("b", 0), out);
-    GraphExec exec(PICTURE, out, 0);
-    exec.setup_data();
-    EXPECT_EQ(events, "info out\ninfo b\n");
-}
-
 TEST_F(GraphExecTest, ends_a_cycle_where_its_path_is_longer_than_the_graph)
 {
     SketchNode* out = add("out", 1);
@@ -501,16 +429,6 @@ TEST_F(GraphExecTest, asks_each_layer_once_in_a_run_what_can_be_drawn_through)
     EXPECT_EQ(CompositingOp::n_asked, 2 * n_layers);
 }
 
-TEST_F(GraphExecTest, leaves_a_place_empty_for_a_connection_without_source)
-{
-    SketchNode* out = add("out", 1);
-    connect(add("a", 0), out);
-    out->input()->add_connection(new CNodeConnection(nullptr, out->input()), 0);
-    GraphExec exec(PICTURE, out, 0);
-    exec.setup_data();
-    EXPECT_EQ(events, "info out\ninfo a\n");
-}
-
 TEST_F(GraphExecTest, gives_each_reporter_its_own_copy_of_status_and_errors)
 {
     SketchNode* out = add("out", 1);
@@ -537,29 +455,4 @@ TEST_F(GraphExecTest, gives_each_reporter_its_own_copy_of_status_and_errors)
     exec.register_reporter(&console);
     exec.report_status(new CNodeStatus("y"));
     EXPECT_EQ(said.inq_errors(), "Rendering y\n");
-}
-
-TEST_F(GraphExecTest, takes_deep_and_wide_graphs)
-{
-    constexpr int n = 50000;
-    new_op = ::new_op<CNodeOp>;
-    SketchNode* wide = add("wide", 1);
-    const SketchNode* last = add("first", 1);
-    for (int i = 0; i < n; ++i) {
-        connect(add("leaf", 0), wide);
-        SketchNode* next = add("link", 1);
-        connect(last, next);
-        last = next;
-    }
-    new_op = ::new_op<TurningOp>;
-    SketchNode* turning = add("turning", 1);
-    connect(last, turning);
-    new_op = ::new_op<AskingOp>;
-    SketchNode* out = add("out", 2);
-    connect(turning, out, 0);
-    connect(wide, out, 1);
-    GraphExec exec(PICTURE, out, 0);
-    EXPECT_EQ(run(exec), "out(turning(),)") << "the first has no input";
-    connect(last, wide);
-    EXPECT_EQ(run(exec), "out(turning(),)") << "an edit needs another GraphExec";
 }

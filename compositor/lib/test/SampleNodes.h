@@ -80,17 +80,6 @@ SAMPLE_NODE(SampleSoundLine)
 SAMPLE_NODE(SampleAnything)
     bool inq_is_universal() const override { return true; }
 };
-SAMPLE_NODE(SampleWall)
-    gsl::owner<KIVLinkedList*> inq_descendents(bool, bool) const override
-    {
-        auto found = std::make_unique<KIVLinkedList>(false);
-        if (answer)
-            found->add(answer);
-        return found.release();
-    }
-
-    CNode* answer = nullptr;
-};
 #undef SAMPLE_NODE
 // clang-format on
 
@@ -102,8 +91,8 @@ public:
     {
         add_nodes({30, 0, 1, PAINT}, std::vector{node_row<SampleSource>("Source", -1)});
         add_nodes({10, 2, 1, PAINT}, std::vector{node_row<SampleMix>("Mix", 95)});
-        add_nodes({10, 1, 1, PAINT}, std::vector{node_row<SampleLine>("Line", -1, Palette::HIDDEN),
-                                                 node_row<SampleWall>("Wall", -1)});
+        add_nodes({10, 1, 1, PAINT},
+                  std::vector{node_row<SampleLine>("Line", -1, Palette::HIDDEN)});
         add_nodes({10, 1, 1, SOUND}, std::vector{node_row<SampleSoundLine>("Sound line", -1)});
         add_nodes({0, 1, 1, 1}, std::vector{node_row<SampleAnything>("Anything", -1)});
         static_link_setup();

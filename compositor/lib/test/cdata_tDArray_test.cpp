@@ -1,5 +1,4 @@
 #include "compositor/lib/hdr/cdata_tDArray.h"
-#include "tests/support/Captured.h"
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
@@ -33,34 +32,6 @@ TEST(cdata_tDArray, inserts_and_removes_anywhere)
     far.insert_at(7, 5);
     EXPECT_EQ(far.size(), 8);
     EXPECT_EQ(far[7], 5);
-}
-
-TEST(cdata_tDArray, iterators_search_from_where_they_stand)
-{
-    const cdata_tDArray array = array_of({1, 3, 3, 5});
-    cdata_tDArrayROIt i(array);
-    EXPECT_TRUE(i.forward_to_successor(3));
-    EXPECT_EQ(i.inq_position(), 3);
-    EXPECT_FALSE(i.forward_to_equal(3));
-    EXPECT_FALSE(i.ok());
-    EXPECT_TRUE(i.set_position(1));
-    EXPECT_TRUE(i.forward_to_equal(3));
-    EXPECT_EQ(i.inq_position(), 1);
-    EXPECT_FALSE(i.set_position(-1));
-}
-
-TEST(cdata_tDArray, iterators_stay_on_their_element_while_others_come)
-{
-    cdata_tDArray array = array_of({1, 2});
-    cdata_tDArrayRWIt i(array);
-    i.advance();
-    i.insert_before(8);
-    EXPECT_EQ(i.val(), 2);
-    i.insert_after(9);
-    EXPECT_EQ(i.val(), 2);
-    i.delete_node();
-    EXPECT_EQ(i.val(), 9);
-    EXPECT_TRUE(array.is_equal_to(array_of({1, 8, 9})));
 }
 
 TEST(cdata_tDArray, comes_back_with_its_room)

@@ -8,7 +8,6 @@
 #include "tests/support/OwnSettings.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/sequence/hdr/FrameNumberColumn.h"
-#include "xsheet/store_control/hdr/XSheetStoreController.h"
 
 namespace {
 std::unique_ptr<KIVScene> new_scene()
@@ -34,39 +33,6 @@ void tell_common_fields(CharOStream& out, const KIVString& credit)
     out << CAMERA_CUSTOM << 25 << 14 << 2.0 << 3 << CAMERA_HDTV << 1.5 << FIELD_CHART_GRID;
 }
 } // namespace
-
-TEST(CoverSheet, comes_back_as_it_was_stored_and_counts_as_saved)
-{
-    OwnSettings settings;
-    CoverSheet sheet(nullptr);
-    sheet.set_string("Late Show", 1);
-    sheet.set_string("Reel 4", 17);
-    sheet.set_approval(true, 8);
-    sheet.set_aspect_ratio(1.9);
-    sheet.set_frame_rate(30);
-    sheet.set_field_chart_style(FIELD_CHART_GRID);
-    sheet.set_field_size(15);
-    sheet.set_unit_offset(4000.0);
-    sheet.set_length_units(4);
-    EXPECT_TRUE(sheet.inq_needs_saving());
-
-    const auto read = stored_and_read(sheet);
-    EXPECT_FALSE(sheet.inq_needs_saving());
-    EXPECT_EQ(read->inq_dirty_flags(), 0);
-    EXPECT_EQ(read->inq_string(1), "Late Show");
-    EXPECT_EQ(read->inq_string(17), "Reel 4");
-    EXPECT_TRUE(read->inq_approval(8)->inq_approved());
-    EXPECT_FALSE(read->inq_approval(7)->inq_approved());
-    EXPECT_EQ(read->inq_camera_type(), CAMERA_CUSTOM);
-    EXPECT_EQ(read->inq_aspect_ratio(), 1.9);
-    EXPECT_EQ(read->inq_frame_rate(), 30);
-    EXPECT_EQ(read->inq_field_chart_style(), FIELD_CHART_GRID);
-    EXPECT_EQ(read->inq_field_chart_type(), CAMERA_FIELD_CHART);
-    EXPECT_EQ(read->inq_field_size(), 15);
-    EXPECT_EQ(read->inq_unit_offset(), 4000.0);
-    EXPECT_EQ(read->inq_length_units(), 4);
-    EXPECT_EQ(read->inq_coversheet_stamp_user(), get_user_login_name());
-}
 
 TEST(CoverSheet, reads_the_fields_of_each_version)
 {
@@ -140,22 +106,6 @@ TEST(CoverSheet, converts_the_field_size_to_and_from_millimetres)
     EXPECT_EQ(sheet.inq_field_size(), 12);
 }
 
-TEST(CoverSheet, ignores_what_is_out_of_range)
-{
-    OwnSettings settings;
-    CoverSheet sheet(nullptr);
-    for (const int size : {1, 1000})
-        sheet.set_field_size(size);
-    EXPECT_EQ(sheet.inq_field_size(), 12);
-    for (const int index : {-1, CoverSheet::STRING_COUNT}) {
-        sheet.set_string("lost", index);
-        sheet.set_approval(true, index);
-    }
-    for (int i = 0; i < CoverSheet::STRING_COUNT; ++i)
-        EXPECT_EQ(sheet.inq_string(i), "") << i;
-    EXPECT_EQ(sheet.inq_scene_length(), 100);
-}
-
 TEST(CoverSheet, keeps_the_approver_of_an_approval_that_is_taken_back)
 {
     OwnSettings settings;
@@ -166,22 +116,6 @@ TEST(CoverSheet, keeps_the_approver_of_an_approval_that_is_taken_back)
     EXPECT_FALSE(sheet.inq_approval(2)->inq_approved());
     EXPECT_EQ(sheet.inq_approval(2)->inq_approver(), get_user_login_name());
     EXPECT_EQ(sheet.inq_approval(2)->inq_date(), KIVDate());
-}
-
-TEST(CoverSheet, marks_the_sheet_with_itself)
-{
-    OwnSettings settings;
-    const auto scene = new_scene();
-    scene->set_just_saved();
-    EXPECT_FALSE(scene->inq_xsheet()->inq_needs_saving());
-    scene->inq_cover_sheet()->set_needs_saving();
-    EXPECT_TRUE(scene->inq_xsheet()->inq_needs_saving());
-    EXPECT_TRUE(scene->inq_cover_sheet()->inq_needs_saving());
-
-    inq_xs_store_control()->set_mode_flags(0);
-    scene->inq_cover_sheet()->set_just_saved();
-    EXPECT_TRUE(scene->inq_cover_sheet()->inq_needs_saving());
-    inq_xs_store_control()->set_mode_flags(XSheetStoreController::DIRTY_FLAGS_LIVE);
 }
 
 TEST(CoverSheet, gives_its_credits_and_settings_to_new_scenes)
@@ -278,13 +212,6 @@ public:
     void aspect_ratio_changed() override { ++count; }
     int count = 0;
 };
-
-class CountingChartWatcher : public FieldChartWatcher {
-public:
-    using FieldChartWatcher::FieldChartWatcher;
-    void field_chart_changed() override { ++count; }
-    int count = 0;
-};
 } // namespace
 
 TEST(KIVCamera, sees_the_cover_sheet_and_tells_those_who_watch)
@@ -305,19 +232,4 @@ TEST(KIVCamera, sees_the_cover_sheet_and_tells_those_who_watch)
     camera->aspect_ratio_changed();
     EXPECT_EQ(stays.count, 2);
     camera.reset(); // the watcher outlives it
-}
-
-TEST(KIVFieldChart, sees_the_cover_sheet_and_tells_those_who_watch)
-{
-    OwnSettings settings;
-    const auto scene = new_scene();
-    scene->inq_cover_sheet()->set_field_chart_style(FIELD_CHART_MILLIMETRES);
-    auto chart = std::make_unique<KIVFieldChart>(scene.get());
-    EXPECT_EQ(chart->inq_style(), FIELD_CHART_MILLIMETRES);
-    EXPECT_EQ(chart->inq_size(), 140);
-    EXPECT_EQ(chart->inq_aspect_ratio(), 1.3714285714285714);
-    CountingChartWatcher watcher(chart.get());
-    chart->field_chart_changed();
-    EXPECT_EQ(watcher.count, 1);
-    chart.reset();
 }

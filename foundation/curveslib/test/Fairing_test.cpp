@@ -1,5 +1,4 @@
 #include "curveslib/hdr/Fairing.h"
-#include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -41,42 +40,12 @@ public:
 };
 } // namespace
 
-TEST(Fairing, is_a_straight_ramp_at_first)
-{
-    Fairing fairing(3);
-    for (int i = 0; i <= 4; ++i)
-        EXPECT_DOUBLE_EQ(fairing.get_height(i), i / 4.0);
-    fairing.set_number_between(1);
-    EXPECT_DOUBLE_EQ(fairing.get_height(1), 0.5);
-}
-
-TEST(Fairing, gives_the_frames_of_a_step_one_height)
-{
-    Fairing fairing(5);
-    fairing.set_sample_rate(2);
-    EXPECT_EQ(fairing.get_height(1), 0.0);
-    EXPECT_EQ(fairing.get_height(3), fairing.get_height(2));
-    fairing.set_sample_rate(0); // means every frame
-    EXPECT_DOUBLE_EQ(fairing.get_height(3), 0.5);
-}
-
 TEST(Fairing, reads_half_a_frame_late_for_a_second_field)
 {
     const Fairing fairing(3);
     const HalfFrame on;
     EXPECT_DOUBLE_EQ(fairing.get_height(0), 0.125);
     EXPECT_DOUBLE_EQ(fairing.get_height(3), 0.875);
-}
-
-TEST(Fairing, stays_in_range_without_frames_to_ease)
-{
-    for (const int frames : {0, -1, std::numeric_limits<int>::min()}) {
-        const Fairing fairing(frames);
-        for (const int offset : {-1, 0, 1, 5}) {
-            EXPECT_GE(fairing.get_height(offset), 0.0);
-            EXPECT_LE(fairing.get_height(offset), 1.0);
-        }
-    }
 }
 
 TEST(Fairing, follows_its_control_points)
@@ -134,39 +103,4 @@ TEST(Fairing, draws_the_same_curve_when_it_is_split)
         }
         expect_same_curve_after_split(rising, 1 + i % 19);
     }
-}
-
-TEST(Fairing, copies_and_compares_its_shape_but_not_its_length)
-{
-    Fairing from(5);
-    ease_in(from);
-    from.set_sample_rate(3);
-    Fairing to(8);
-    EXPECT_FALSE(from.is_same_shape(&to));
-    from.copy_into(&to);
-    EXPECT_TRUE(from.is_same_shape(&to));
-    Fairing ramp(2);
-    ramp.create_empty_cps(2);
-    EXPECT_FALSE(ramp.is_same_shape(&to));
-    ramp.inq_control_point(0)->after = {0.5, 0.5};
-    ramp.inq_control_point(1)->point = {1.0, 1.0};
-    EXPECT_TRUE(Fairing(9).is_same_shape(&ramp)) << "a ramp with points and one without";
-    EXPECT_EQ(to.number_between, 8);
-    EXPECT_EQ(to.inq_sample_rate(), 3);
-}
-
-TEST(Fairing, comes_back_from_a_stream)
-{
-    Fairing fairing(5);
-    ease_in(fairing);
-    fairing.set_sample_rate(2);
-    const auto back = stored_and_read(fairing);
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(back->is_same_shape(&fairing));
-    EXPECT_EQ(back->number_between, 5);
-    EXPECT_EQ(back->inq_sample_rate(), 2);
-
-    OldRecord damaged("Fairing", 1);
-    damaged << 5 << 1 << 1000000;
-    EXPECT_EQ(damaged.read<Fairing>(), nullptr);
 }

@@ -1,6 +1,6 @@
 #include "curveslib/hdr/SquidgeSet.h"
-#include "tests/support/OldRecord.h"
 
+#include <gtest/gtest.h>
 #include <random>
 
 namespace {
@@ -84,27 +84,6 @@ void expect_to_stand_at(Squidge& curve, const Vector2& place)
 }
 } // namespace
 
-TEST(Squidge, measures_its_ways_both_ways_round)
-{
-    const auto closed = make_square(true);
-    const Knot* a = closed->inq_knots()[0].get();
-    const Knot* d = closed->inq_knots()[3].get();
-    EXPECT_NEAR(closed->calc_length(), 400.0, 1e-6);
-    EXPECT_NEAR(closed->distance_along_curve(a, d, 1), 300.0, 1e-6);
-    EXPECT_NEAR(closed->distance_along_curve(a, d, -1), 100.0, 1e-6);
-    EXPECT_NEAR(closed->distance_along_curve(d, a, 1), 100.0, 1e-6);
-
-    const auto open = make_square(false);
-    const Knot* first = open->inq_first_knot();
-    const Knot* third = open->inq_knots()[2].get();
-    EXPECT_NEAR(open->calc_length(), 300.0, 1e-6);
-    EXPECT_EQ(open->direction_to_go(first, third), 1);
-    EXPECT_EQ(open->direction_to_go(third, first), -1);
-    EXPECT_NEAR(open->distance_along_curve(third, first, -1), 200.0, 1e-6);
-    open->add_knot({0.0, 150.0}, NO_HANDLE, NO_HANDLE);
-    EXPECT_NEAR(open->calc_length(), 350.0, 1e-6) << "a knot more";
-}
-
 TEST(Squidge, goes_a_distance_round_or_to_its_end)
 {
     const auto closed = make_square(true);
@@ -154,32 +133,4 @@ TEST(Squidge, stands_where_it_has_no_length)
     Squidge point(false);
     knot = point.add_knot({5.0, 6.0}, {1.0, 1.0}, {9.0, 9.0});
     expect_to_stand_at(point, {5.0, 6.0});
-}
-
-TEST(Squidge, comes_back_with_its_beads_and_is_found_in_a_table)
-{
-    SquidgeSet set;
-    Squidge* square = set.add_squidge(make_square(true).release());
-    Bead* bead = square->add_bead({square->inq_knots()[3].get(), 0.25}, 17);
-    Bead* beyond = square->add_bead({square->inq_knots()[1].get(), 7.0}, 18);
-    EXPECT_EQ(beyond->calc_position(), Vector2(100.0, 100.0));
-    EXPECT_EQ(bead->inq_squidge(), square);
-    const auto read = stored_and_read(set);
-    const std::unique_ptr<SquidgeSet> copy(read->duplicate_make_base());
-    for (const SquidgeSet* each : {&set, read.get(), copy.get()}) {
-        SquidgeTable table;
-        each->add_to_table(table);
-        const BaseBeadKnot* found = table.lookup_bead_knot(each->inq_label(), 17);
-        ASSERT_TRUE(found);
-        expect_near(found->calc_position(), 0.0, 100.0 - 100.0 * (3 * 0.0625 - 2 * 0.015625));
-        EXPECT_EQ(found->inq_squidge(), each->inq_squidges()[0].get());
-        EXPECT_EQ(table.lookup_bead_knot(each->inq_label(), 19), nullptr);
-    }
-}
-
-TEST(Squidge, refuses_a_bead_on_no_knot)
-{
-    OldRecord record("Squidge", 1);
-    record << 0 << 0 << 1 << 5L << 0 << 0.5;
-    EXPECT_FALSE(record.read<Squidge>());
 }

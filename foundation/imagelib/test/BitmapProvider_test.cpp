@@ -53,20 +53,6 @@ TEST(MipMap, gives_the_smallest_copy_that_is_large_enough)
     EXPECT_EQ(TiledMipMap::inq_tiled_extensions().count(), 0);
 }
 
-TEST(MipMap, keeps_the_mean_in_its_copies)
-{
-    for (const PixType type : {PT_RGBA_8, PT_RGBA_16}) {
-        KIVPixmap* picture = make_soft_patch(37, 23, type).release();
-        double mean = 0.0;
-        for (const auto& row : inq_plane(*picture, 3))
-            for (const unsigned alpha : row)
-                mean += alpha / (37.0 * 23.0);
-        MipMap mip(picture);
-        const unsigned last = inq_sample(*mip.inq_pixmap(1, 1), 0, 0, 3);
-        EXPECT_NEAR(last, mean, mean / 100);
-    }
-}
-
 TEST(MipMap, weighs_the_pixels_of_odd_sides_by_their_area)
 {
     for (const int bits : {8, 16}) {
@@ -214,20 +200,6 @@ TEST(BitmapProvider, reads_a_damaged_file_once_until_it_changes)
     write_grey(folder, "a.pgm", 20, 10, 77);
     EXPECT_TRUE(provider.lock(id)->usable);
     EXPECT_EQ(inq_grey(mip), 77U);
-    provider.unlock(id);
-}
-
-TEST(BitmapProvider, gives_nothing_for_an_unlocked_picture_that_the_cache_has_no_room_for)
-{
-    const TempFolder folder;
-    const CacheLimit limit(0);
-    BitmapProvider_8 provider;
-    write_grey(folder, "a.pgm", 20, 10, 77);
-    const int id = provider.new_image_id(folder.path("a.pgm"));
-    MipMap* mip = provider.lock(id);
-    provider.unlock(id);
-    EXPECT_EQ(mip->inq_pixmap(5, 5), nullptr);
-    EXPECT_EQ(inq_grey(provider.lock(id)), 77U);
     provider.unlock(id);
 }
 

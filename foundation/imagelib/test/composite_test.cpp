@@ -3,7 +3,6 @@
 #include "imagelib/src/kernels.h"
 #include "imagelib/test/PixmapGrid.h"
 #include "kivlib/hdr/KIVColour.h"
-#include "kivlib/hdr/KIVRectangle.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -109,22 +108,6 @@ TEST(KIVPixmap, keeps_colours_premultiplied_at_every_depth)
     EXPECT_EQ(inq_plane(pixmap, 1), Rows(2, {64, 64, 64}));
     EXPECT_EQ(inq_plane(pixmap, 3), Rows(2, {255, 255, 255}));
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pixmap.inq_row(1)) % 64, 0U);
-}
-
-TEST(KIVPixmap, takes_rows_without_gaps)
-{
-    unsigned char rows[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-    const KIVPixmap pixmap(2, 2, 3, 8, rows, false);
-    EXPECT_EQ(inq_plane(pixmap, 1), (Rows{{2, 5}, {8, 11}}));
-}
-
-TEST(KIVPixmap, lies_in_units_of_its_resolution)
-{
-    KIVPixmap pixmap(120, 60, PT_RGB_8, nullptr, false);
-    pixmap.set_origin(Vector2(-10.0, 5.0));
-    EXPECT_TRUE(pixmap.get_frame() == KIVRectangle(-10.0, 5.0, 110.0, 65.0));
-    pixmap.set_dpi(120.0, 0.5);
-    EXPECT_TRUE(pixmap.get_frame() == KIVRectangle(-10.0, 5.0, 50.0, 65.0));
 }
 
 TEST(KIVPixmap, copies_alpha_and_composites_over_and_cuts_both)

@@ -54,8 +54,6 @@ public:
     explicit Thrower(KIVIStream& stream) : KIVObject(stream) { throw std::bad_alloc(); }
 };
 KIV_STORED_CLASS(Thrower, -1);
-
-class alignas(64) Wide : public KIVObject {};
 } // namespace
 
 TEST(ObjectMemory, lies_side_by_side_in_a_large_file)
@@ -90,11 +88,4 @@ TEST(ObjectMemory, of_a_reader_that_threw_is_forgotten)
     EXPECT_THROW(in.read_object(nullptr), std::bad_alloc);
     EXPECT_EQ(in.read_object(nullptr), nullptr);
     EXPECT_EQ(in.inq_error_state(), KIVStream::BAD_HEADER);
-}
-
-TEST(ObjectMemory, is_aligned_for_classes_that_are_not_stored)
-{
-    const std::unique_ptr<Wide> objects[] = {std::make_unique<Wide>(), std::make_unique<Wide>()};
-    for (const auto& object : objects)
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object.get()) % alignof(Wide), 0U);
 }

@@ -1,9 +1,9 @@
 #include "kivlib/hdr/BinOStream.h"
+#include "kivlib/hdr/Dictionary.h"
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
 #include "kivlib/hdr/KIVLinkedList.h"
-#include "kivlib/hdr/NameKeyDictionary.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/Vector.h"
 #include "tests/support/Captured.h"
@@ -190,28 +190,6 @@ TEST(ObjectStream, gives_back_nulls_references_and_cycles)
     EXPECT_EQ(back->late, 5);
 }
 
-TEST(ObjectStream, keeps_numbers_and_texts)
-{
-    CharOStream out;
-    out << -3 << 4000000000L << 0.1 << 0.5F << "text" << KIVString("Überblendung");
-    CharIStream in(out.inq_container());
-    int i = 0;
-    long l = 0;
-    double d = 0;
-    float f = 0;
-    char text[4];
-    KIVString string;
-    in.width(sizeof text);
-    in >> i >> l >> d >> f >> text >> string;
-    EXPECT_EQ(i, -3);
-    EXPECT_EQ(l, 4000000000L);
-    EXPECT_EQ(d, 0.1);
-    EXPECT_EQ(f, 0.5F);
-    EXPECT_STREQ(text, "tex");
-    EXPECT_TRUE(string == "Überblendung");
-    EXPECT_EQ(in.num_chars_in_buffer(), 0);
-}
-
 TEST(ObjectStream, writes_a_header_with_the_newest_version_of_class_and_bases)
 {
     EXPECT_EQ(OlderHeir::inq_class_descriptor_s()->inq_version(), 97);
@@ -279,30 +257,6 @@ TEST(ObjectStream, reads_a_class_that_is_known_by_the_names_of_its_record)
     EXPECT_EQ(in.inq_error_state(), KIVStream::WRONG_CLASS);
     EXPECT_FALSE(plain->is_subclass_of(""));
     EXPECT_FALSE(KIVColour().is_kind_of("Plain"));
-}
-
-TEST(ObjectStream, leaves_the_caller_what_was_read_before_an_error)
-{
-    const KIVColour colour(0.5);
-    CharOStream out;
-    out.insert_with_class_hdr(&colour);
-    std::unique_ptr<KIVColour> back;
-    {
-        CharIStream in(out.inq_container());
-        back.reset(KIVColour::read_from(in));
-        EXPECT_EQ(KIVColour::read_from(in), nullptr);
-        EXPECT_EQ(in.inq_error_state(), KIVStream::ENDED);
-    }
-    EXPECT_TRUE(*back == colour);
-}
-
-TEST(ObjectStream, does_not_write_an_object_whose_class_nobody_knows)
-{
-    class Unregistered : public KIVObject {};
-    const Unregistered object;
-    CharOStream out;
-    out.insert_with_class_hdr(&object);
-    EXPECT_EQ(out.inq_error_state(), KIVStream::CANT_WRITE);
 }
 
 TEST(ObjectStream, refuses_a_second_owner)
@@ -484,37 +438,6 @@ TEST(ObjectStream, lets_an_owner_be_met_first_through_what_it_owns)
     EXPECT_EQ(two->spare_lamp->room, two.get());
 }
 
-TEST(ObjectStream, keeps_objects_apart_that_two_open_streams_write)
-{
-    const KIVColour colour(0.25);
-    CharOStream one;
-    CharOStream two;
-    for (CharOStream* out : {&one, &two, &one, &two})
-        out->insert_with_class_hdr(&colour);
-    EXPECT_EQ(one.inq_container(), two.inq_container());
-    CharIStream in(two.inq_container());
-    const std::unique_ptr<KIVColour> first(KIVColour::read_from(in));
-    EXPECT_EQ(KIVColour::read_from(in), first.get());
-}
-
-TEST(ObjectStream, keeps_a_dictionary_by_number)
-{
-    NameKeyDictionary dictionary(4);
-    std::vector<KIVString> texts(50);
-    for (unsigned long i = 0; i < 50; ++i) {
-        texts[i] = KIVString(static_cast<int>(i), 0);
-        dictionary.add(i * 7, texts[i]);
-    }
-    EXPECT_TRUE(dictionary.remove(14));
-    EXPECT_FALSE(dictionary.remove(14));
-    const auto back = stored_and_read(dictionary);
-    KIVObject* found = nullptr;
-    EXPECT_EQ(back->count(), 49);
-    EXPECT_FALSE(back->lookup_assoc(14, &found));
-    ASSERT_TRUE(back->lookup_assoc(21, &found));
-    EXPECT_TRUE(*static_cast<KIVString*>(found) == "3");
-}
-
 TEST(ObjectStream, keeps_a_dictionary_by_object)
 {
     KIVString keys[] = {"one", "two"};
@@ -533,31 +456,6 @@ TEST(ObjectStream, keeps_a_dictionary_by_object)
     bad.insert_back_link(&announced);
     bad.insert_with_class_hdr(&keys[0]);
     EXPECT_EQ(bad.read<Dictionary>(), nullptr);
-}
-
-TEST(ObjectStream, completes_a_descriptor_from_a_stream_when_its_module_registers)
-{
-    ClassManager* manager = ClassManager::inq_main();
-    const ClassDescriptor in_file("LateClass", "OldBase", nullptr, 12, nullptr);
-    ClassDescriptor* from_stream = stored_and_read(in_file).release();
-    from_stream->did_load();
-    ASSERT_EQ(manager->find_cd_for("LateClass"), from_stream);
-    EXPECT_EQ(from_stream->inq_version(), 12);
-    EXPECT_TRUE(from_stream->inq_is_from_stream());
-
-    const ClassDescriptor module("LateClass", "KIVObject", nullptr, 15, manager);
-    const ClassDescriptor too_late("LateClass", "KIVString", nullptr, 16, manager);
-    EXPECT_EQ(manager->find_cd_for("LateClass"), from_stream);
-    EXPECT_FALSE(from_stream->inq_is_from_stream());
-    EXPECT_EQ(from_stream->inq_version(), 15);
-    EXPECT_TRUE(from_stream->is_subclass_of("KIVObject"));
-    EXPECT_FALSE(from_stream->is_subclass_of("OldBase"));
-    EXPECT_EQ(manager->find_cd_for("NoSuchClass"), nullptr);
-
-    const ClassDescriptor nameless("", "KIVObject", nullptr, 1, nullptr);
-    CharIStream in(container_of(nameless));
-    EXPECT_EQ(ClassDescriptor::read_from(in), nullptr);
-    EXPECT_EQ(in.inq_error_state(), KIVStream::BAD_DATA);
 }
 
 TEST(FileStream, is_whole_on_the_disc_once_it_was_asked_for_errors)

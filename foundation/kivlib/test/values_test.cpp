@@ -1,6 +1,3 @@
-#include "kivlib/hdr/BoundingBox.h"
-#include "kivlib/hdr/CoverSheetDefaults.h"
-#include "kivlib/hdr/IntBBox.h"
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVDateAndTime.h"
 #include "kivlib/hdr/KIVDefaultUnitHandler.h"
@@ -39,18 +36,6 @@ TEST(Vector, reports_a_bad_index_and_uses_the_first)
     EXPECT_EQ(Vector().elem(0), 0.0);
 }
 
-TEST(Vector, of_another_size_keeps_what_fits)
-{
-    const Vector3 v(Vector2(1.0, 2.0));
-    EXPECT_EQ(v.elem(1), 2.0);
-    EXPECT_EQ(v.elem(2), 0.0);
-    const Vector sum = 2.0 * Vector2(1.0, 2.0) + Vector(v);
-    EXPECT_EQ(sum.size(), 3);
-    EXPECT_EQ(sum.elem(1), 6.0);
-    const auto back = stored_and_read(sum);
-    EXPECT_EQ(back->elem(1), 6.0);
-}
-
 TEST(Matrix, composes_with_column_vectors)
 {
     Matrix33 move;
@@ -79,45 +64,6 @@ TEST(Matrix, inverts_and_says_if_it_can_not)
     const Matrix44 before = m;
     EXPECT_FALSE(m.invert());
     EXPECT_TRUE(m == before);
-}
-
-TEST(Matrix, maps_corners_to_the_unit_square_and_back)
-{
-    const Vector2 origin(1.0, 1.0);
-    const Vector2 x(3.0, 2.0);
-    const Vector2 y(0.0, 5.0);
-    const Matrix33 to = points_to_unit_square(origin, x, y);
-    expect_near(to * x, Vector2(1.0, 0.0));
-    expect_near(to * y, Vector2(0.0, 1.0));
-    expect_near(unit_square_to_points(origin, x, y) * (to * Vector2(9.0, -4.0)),
-                Vector2(9.0, -4.0));
-    expect_near(points_to_unit_square(origin, x, x) * y, Vector2(0.0, 0.0));
-}
-
-TEST(Boxes, intersect_unite_and_know_when_they_are_empty)
-{
-    const IntBBox none;
-    EXPECT_TRUE(none.inq_is_empty());
-    EXPECT_TRUE(IntBBox(none).inq_is_empty());
-    IntBBox box(IntRect(10, 0, 0, 10));
-    EXPECT_TRUE(bb_union(none, box) == box);
-    IntBBox cut = box;
-    cut.set_intersection(IntBBox(IntRect(20, 5, 5, 20)));
-    EXPECT_TRUE(cut == IntBBox(IntRect(10, 5, 5, 10)));
-    cut.set_intersection(IntBBox(IntRect(5, 5, 0, 10)));
-    EXPECT_TRUE(cut.inq_is_empty());
-    EXPECT_TRUE(cut == none);
-    box.add_border(IntVector2(1, 2));
-    EXPECT_TRUE(box == IntBBox(IntRect(12, -1, -2, 11)));
-
-    const KIVRectangle r(-0.5, 0.25, 3.0, 4.75);
-    EXPECT_TRUE(IntRect::roundout(r) == IntRect(5, -1, 0, 3));
-    EXPECT_TRUE(IntVector2::roundup(Vector2(0.1, 1e300)) == IntVector2(1, 1000000000));
-    BoundingBox around(IntRect(4, 1, 0, 2));
-    around.set_union(Vector2(-1.0, 2.0));
-    EXPECT_TRUE(around.inq_rectangle() == KIVRectangle(-1.0, 0.0, 2.0, 4.0));
-    EXPECT_TRUE(r.is_inside(Vector2(3.0, 4.75)));
-    EXPECT_FALSE(r.is_inside(Vector2(3.1, 1.0)));
 }
 
 TEST(KIVColour, changes_spaces_and_comes_back)
@@ -327,14 +273,6 @@ TEST_F(Project, keeps_the_place_of_artwork_that_follows_later)
     EXPECT_EQ(target_in("after/scene"), folder.path("after/art/bg.png"));
 }
 
-TEST_F(Project, takes_a_path_without_folder_as_its_own)
-{
-    refer("before/scene", KIVFile("relative.png"));
-    EXPECT_EQ(target_in("before/scene"), "relative.png");
-    const KIVFile none;
-    EXPECT_FALSE(KIVFileReferenceListIter(none.inq_reference_list_value("Images")).ok());
-}
-
 TEST_F(Project, keeps_a_file_that_was_named_from_the_working_directory_and_an_empty_name)
 {
     std::filesystem::current_path(folder.path("before/art").str());
@@ -383,25 +321,6 @@ TEST(Files, tell_the_user_that_a_record_could_not_take_its_place)
     EXPECT_FALSE(scene.save_kvd());
     EXPECT_EQ(captured.inq_alerts().size(), 1U);
     EXPECT_FALSE(inq_file_exists(folder.path("scene/kvd~")));
-}
-
-TEST(CoverSheetDefaults, are_kept_in_the_users_directory)
-{
-    const TempFolder folder;
-    ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-    EXPECT_EQ(inq_cover_sheet_defaults(), nullptr);
-    CoverSheetDefaults defaults;
-    defaults.set_credit(CoverSheetDefaults::PAINTER_NAME, "A. Painter");
-    defaults.frame_rate = 25;
-    EXPECT_TRUE(defaults.store_in_central_file());
-    ASSERT_TRUE(inq_cover_sheet_defaults());
-    EXPECT_TRUE(inq_cover_sheet_defaults()->inq_painter_name() == "A. Painter");
-    const CoverSheetDefaults* held = inq_cover_sheet_defaults();
-    EXPECT_EQ(held->frame_rate, 25);
-    defaults.frame_rate = 30;
-    EXPECT_TRUE(defaults.store_in_central_file());
-    EXPECT_EQ(inq_cover_sheet_defaults(), held);
-    EXPECT_EQ(held->frame_rate, 30);
 }
 
 TEST(DatesAndTimes, compare_and_name_files)

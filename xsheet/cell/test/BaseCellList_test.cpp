@@ -1,10 +1,8 @@
 #include "tests/support/OldRecord.h"
-#include "xsheet/cell/hdr/BaseCellIterator.h"
 #include "xsheet/cell/hdr/BaseCellList.h"
 #include "xsheet/cell/hdr/ColumnHeaderCell.h"
 
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 void fill(BaseCellList& list, const std::vector<int>& numbers)
@@ -51,29 +49,6 @@ TEST(BaseCellList, keeps_its_cells_in_order_and_a_late_equal_behind)
         EXPECT_EQ(cell->inq_prev()->inq_next(), cell);
 }
 
-TEST(BaseCellList, finds_the_cell_at_or_before_from_wherever_it_searched_last)
-{
-    BaseCellList list;
-    EXPECT_EQ(list.find_cell_at_or_before(1), nullptr);
-    std::vector<int> numbers;
-    for (int i = 10; i <= 1000; i += 10)
-        numbers.push_back(i);
-    fill(list, numbers);
-
-    std::mt19937 random(7);
-    std::uniform_int_distribution<int> any(-20, 1040);
-    for (int i = 0; i < 3000; ++i) {
-        const int n = any(random);
-        const int expected = n < 10 ? -1 : std::min(n / 10 * 10, 1000);
-        ASSERT_EQ(number_of(list.find_cell_at_or_before(n)), expected) << n;
-        const int m = any(random);
-        const int before = m <= 10 ? -1 : std::min((m - 1) / 10 * 10, 1000);
-        ASSERT_EQ(number_of(list.find_cell_before(m)), before) << m;
-    }
-    EXPECT_EQ(list.find_cell(15), nullptr);
-    EXPECT_EQ(number_of(list.find_cell(20)), 20);
-}
-
 TEST(BaseCellList, stays_whole_when_its_cells_are_renumbered_out_of_order)
 {
     BaseCellList list;
@@ -84,25 +59,6 @@ TEST(BaseCellList, stays_whole_when_its_cells_are_renumbered_out_of_order)
     const std::unique_ptr<BaseCell> removed(list.remove_cell(fifth));
     EXPECT_EQ(list.count(), 8);
     EXPECT_EQ(number_of(list.find_cell(4)->inq_next()), 6);
-}
-
-TEST(BaseCellIterator, walks_between_two_cells_both_ways_and_again)
-{
-    BaseCellList list;
-    fill(list, {1, 2, 3, 4});
-    BaseCellIterator all(list);
-    for (const int expected : {1, 2, 3, 4, -1, -1})
-        EXPECT_EQ(number_of(all++), expected);
-    all.reset();
-    EXPECT_EQ(number_of(++all), 1);
-    BaseCellIterator middle(list.find_cell(2), list.find_cell(3));
-    for (const int expected : {3, 2, -1})
-        EXPECT_EQ(number_of(middle--), expected);
-    BaseCellIterator rest(list.find_cell(3), list);
-    for (const int expected : {3, 4, -1})
-        EXPECT_EQ(number_of(rest++), expected);
-    const BaseCellList empty;
-    EXPECT_EQ(BaseCellIterator(empty)++, nullptr);
 }
 
 TEST(BaseCellList, comes_back_with_the_classes_of_its_cells)

@@ -2,7 +2,6 @@
 #include "xsheet/cell/hdr/ColumnHeaderCell.h"
 #include "xsheet/cell/hdr/KeyCell.h"
 #include "xsheet/column/hdr/XSheetFinderFlags.h"
-#include "xsheet/store_control/hdr/XSheetStoreController.h"
 
 #include <gtest/gtest.h>
 
@@ -16,20 +15,6 @@ std::unique_ptr<BaseCell> cell_with(int number, const char* text)
 }
 } // namespace
 
-TEST(BaseCell, copies_its_data_with_text_and_ring)
-{
-    const auto cell = cell_with(3, "walk");
-    cell->ring_unring();
-    const std::unique_ptr<BaseCell> copy(cell->duplicate());
-    EXPECT_NE(copy->inq_data(), cell->inq_data());
-    EXPECT_EQ(copy->inq_data()->inq_cell(), copy.get());
-    EXPECT_TRUE(*copy->inq_data()->inq_string() == "walk");
-    EXPECT_TRUE(copy->inq_data()->inq_cell_ringed());
-    EXPECT_EQ(copy->inq_label(), 7U);
-    const std::unique_ptr<CellData> data(cell->inq_data()->duplicate());
-    EXPECT_EQ(data->inq_cell(), nullptr);
-}
-
 TEST(BaseCell, finds_text_by_case_and_extent)
 {
     using Flags = XSheetFinderFlags;
@@ -42,24 +27,6 @@ TEST(BaseCell, finds_text_by_case_and_extent)
     EXPECT_EQ(cell->find("walk left", 1, Flags::FlagExactMatch | Flags::FlagCaseSensitive), 0);
     EXPECT_EQ(cell_with(0, "Walk")->find("walk", 1, 0), -1);
     EXPECT_EQ(BaseCell(4, 0).find("", 1, 0), 0);
-}
-
-TEST(BaseCell, is_dirty_from_the_start_and_clean_once_stored)
-{
-    BaseCell cell(1, 0);
-    EXPECT_TRUE(cell.inq_needs_saving());
-    cell.set_just_saved();
-    EXPECT_FALSE(cell.inq_needs_saving());
-    inq_xs_store_control()->set_mode_flags(0);
-    cell.set_needs_saving(); // flags are not live
-    inq_xs_store_control()->set_mode_flags(XSheetStoreController::DIRTY_FLAGS_LIVE);
-    EXPECT_FALSE(cell.inq_needs_saving());
-    cell.set_needs_saving();
-    EXPECT_TRUE(cell.inq_needs_saving());
-    EXPECT_TRUE(stored_and_read(cell)->inq_needs_saving());
-    EXPECT_FALSE(cell.inq_needs_saving());
-    EXPECT_FALSE(cell.compress_cell());
-    EXPECT_TRUE(cell.inq_full_path_data_file() == "/Key_0.celldata");
 }
 
 TEST(BaseCell, comes_back_with_data_that_knows_it)

@@ -85,24 +85,6 @@ TEST(ColourSubColumn, blends_in_the_colour_space_of_its_mode)
     }
 }
 
-TEST(ColourSubColumn, makes_its_inbetweens_anew_in_another_mode)
-{
-    RedToBlue colours(ColourSubColumn::RGB_INTERP);
-    expect_colour(colours.column.inq_colour(2), 0.5, 0.0, 0.5);
-    colours.column.set_colour_interp_mode(ColourSubColumn::HSV_INTERP);
-    expect_colour(colours.column.inq_colour(2), 1.0, 0.0, 1.0);
-}
-
-TEST(ColourSubColumn, is_grey_without_keys_and_keeps_its_limits)
-{
-    ColourSubColumn column;
-    EXPECT_EQ(column.inq_colour(1), KIVColour(0.5));
-    auto* data = static_cast<ColourCellData*>(column.make_key(1)->inq_data());
-    EXPECT_EQ(data->inq_colour(), KIVColour(0.5));
-    data->set_colour(KIVColour(300.0, -1.0, 2.0));
-    EXPECT_EQ(data->inq_colour(), KIVColour(255.0, 0.0, 2.0));
-}
-
 TEST(ColourSubColumn, takes_its_mode_from_the_settings)
 {
     EXPECT_EQ(ColourSubColumn().inq_colour_interp_mode(), 2);

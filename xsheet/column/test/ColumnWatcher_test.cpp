@@ -1,4 +1,3 @@
-#include "kivlib/hdr/ChangeRecorder.h"
 #include "xsheet/column/hdr/ColumnWatcher.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/column/hdr/XSheetWatcher.h"
@@ -19,15 +18,6 @@ protected:
     XSheet sheet{nullptr};
     Column* column = new Column;
     SubColumn* sub_column = new SubColumn;
-};
-
-class Deaf : public SubColumnWatcher {
-public:
-    using SubColumnWatcher::SubColumnWatcher;
-    bool inq_tell_notifier() override { return false; }
-    void range_changed_notifier(int, int) override { was_told = true; }
-
-    bool was_told = false;
 };
 } // namespace
 
@@ -77,33 +67,6 @@ TEST_F(ColumnWatchers, follow_what_is_added_and_removed)
     EXPECT_EQ(later->inq_watcher(LABEL), nullptr);
 }
 
-TEST_F(ColumnWatchers, watch_members_only_when_asked_to)
-{
-    ColumnWatcher watcher(column, LABEL, nullptr);
-    column->add_watcher(&watcher);
-    EXPECT_EQ(watcher.sub_column_added(sub_column), nullptr);
-    watcher.setup_watch_sub_columns();
-    SubColumnWatcher* of_member = sub_column->inq_watcher(LABEL);
-    ASSERT_TRUE(of_member);
-    EXPECT_EQ(watcher.sub_column_added(sub_column), of_member);
-    watcher.clear_watch_sub_columns();
-    EXPECT_EQ(sub_column->inq_watcher(LABEL), nullptr);
-}
-
-TEST_F(ColumnWatchers, find_their_parent_by_label)
-{
-    ColumnWatcher parent(column, LABEL, nullptr);
-    column->add_watcher(&parent);
-    Deaf deaf(sub_column, LABEL, nullptr);
-    EXPECT_EQ(deaf.inq_column_watcher(), &parent);
-    deaf.frame_changed(9); // is not told itself, and passes it on
-    EXPECT_FALSE(deaf.was_told);
-    EXPECT_TRUE(deaf.inq_frame_changed(9));
-    EXPECT_TRUE(parent.inq_frame_changed(9));
-    const SubColumnWatcher child(nullptr, 0, &parent);
-    EXPECT_EQ(child.inq_label(), LABEL);
-}
-
 TEST_F(ColumnWatchers, may_go_before_or_after_the_sheet)
 {
     auto watcher = std::make_unique<XSheetWatcher>(&sheet, LABEL);
@@ -120,20 +83,4 @@ TEST_F(ColumnWatchers, may_go_before_or_after_the_sheet)
     other.reset();
     EXPECT_EQ(late.inq_sub_column(), nullptr);
     late.clear_watch_sub_columns();
-}
-
-TEST_F(ColumnWatchers, leave_changes_to_the_recorder_of_the_sheet)
-{
-    struct Change : ChangeEvt {
-        void undo() override {}
-        void redo() override {}
-    };
-    Change unrecorded;
-    sheet.add_change_event(&unrecorded); // nobody takes it
-    sheet.end_change("nothing");
-    ChangeRecorder recorder;
-    sheet.set_change_recorder(&recorder);
-    sheet.add_change_event(new Change);
-    sheet.end_change("move");
-    EXPECT_TRUE(recorder.inq_undo_label() == "move");
 }

@@ -79,36 +79,6 @@ TEST_F(Columns, move_their_members)
     EXPECT_EQ(headers_of(sheet.inq_deep_sub_column_list()), "floor colour body x y limbs arm ");
 }
 
-TEST_F(Columns, list_what_is_in_them)
-{
-    EXPECT_EQ(headers_of(sheet.inq_columns()), "body limbs floor ");
-    EXPECT_EQ(headers_of(sheet.inq_shallow_sub_column_list()), "body limbs floor ");
-    EXPECT_EQ(headers_of(body->inq_containers_or_data(true)), "limbs ");
-    EXPECT_EQ(headers_of(body->inq_containers_or_data(false)), "x y ");
-    EXPECT_EQ(headers_of(body->inq_deep_sub_column_list(1)), "x limbs arm y ");
-    EXPECT_EQ(headers_of(body->inq_deep_sub_column_list(3)), "");
-    make_key(x, 5, "");
-    make_key(y, 4, "");
-    make_key(arm, 3, "");
-    const std::unique_ptr<KIVLinkedList> keys(body->key_cells());
-    ASSERT_EQ(keys->count(), 3);
-    EXPECT_EQ(keys->at_index(1), arm->inq_first_key());
-    EXPECT_TRUE(arm->inq_header_path() == " - body - limbs - arm");
-}
-
-TEST_F(Columns, find_the_one_member_of_a_name)
-{
-    SubColumn* found = nullptr;
-    EXPECT_EQ(sheet.search_for_sub_column_name("arm", &found, false), 0);
-    EXPECT_EQ(sheet.search_for_sub_column_name("arm", &found, true), 1);
-    EXPECT_EQ(found, arm);
-    colour->set_header_text("arm");
-    found = nullptr;
-    EXPECT_EQ(sheet.search_for_sub_column_name("arm", &found, true), -1);
-    EXPECT_EQ(found, nullptr);
-    EXPECT_EQ(floor->search_for_sub_column_name("arm", &found, true), 1);
-}
-
 TEST_F(Columns, let_the_nearest_hit_win)
 {
     using Flags = XSheetFinderFlags;
@@ -124,45 +94,13 @@ TEST_F(Columns, let_the_nearest_hit_win)
     EXPECT_EQ(sheet.find("floor", 1, Flags::FlagHeaderMode), -1);
 }
 
-TEST_F(Columns, are_empty_and_alike_without_members)
+TEST_F(Columns, cut_a_new_member_to_the_length_of_the_sheet)
 {
-    Column empty;
-    EXPECT_TRUE(empty.is_empty());
-    EXPECT_TRUE(empty.is_frame_the_same(1, 2));
-    EXPECT_FALSE(empty.can_make_key(1));
-    EXPECT_TRUE(body->is_empty());
-    make_key(arm, 5, "");
-    EXPECT_FALSE(body->is_empty());
-    EXPECT_FALSE(body->is_frame_the_same(4, 5));
-    EXPECT_TRUE(floor->is_frame_the_same(4, 5));
-}
-
-TEST_F(Columns, have_a_header_on_the_top_row_and_the_sheet_none)
-{
-    EXPECT_EQ(body->inq_header_cell()->inq_number(), -6);
-    EXPECT_EQ(body->inq_misc_cell_list()->inq_last_cell()->inq_number(), -1);
-    EXPECT_EQ(x->inq_header_cell()->inq_number(), 0);
-    sheet.init_after_construction();
-    EXPECT_EQ(sheet.inq_header_cell(), nullptr);
-    EXPECT_EQ(sheet.inq_header_text(), nullptr);
-}
-
-TEST_F(Columns, are_as_long_as_the_sheet)
-{
-    make_key(arm, 60, "");
-    EXPECT_FALSE(sheet.can_set_length(59));
-    EXPECT_TRUE(sheet.can_set_length(60));
-    EXPECT_EQ(arm->inq_first_key()->inq_interp_len(), 40);
-    sheet.set_length(200);
-    EXPECT_EQ(arm->inq_first_key()->inq_interp_len(), 140);
     sheet.set_length(10);
-    EXPECT_EQ(arm->inq_first_key(), nullptr);
-    EXPECT_FALSE(sheet.can_set_length(0));
     auto* late = new SubColumn;
     make_key(late, 11, "");
-    body->add_sub_column(late, nullptr); // which cuts it
+    body->add_sub_column(late, nullptr);
     EXPECT_TRUE(late->is_empty());
-    EXPECT_EQ(x->inq_total_lines(), 22);
 }
 
 TEST_F(Columns, give_the_range_of_their_keys)
@@ -194,27 +132,6 @@ TEST_F(Columns, copy_all_members_and_leave_label_and_node)
     EXPECT_EQ(copy->find("reach", 1, XSheetFinderFlags::FlagForwards), 30);
     EXPECT_EQ(copy->inq_sub_column_list()->count(), 3);
     EXPECT_EQ(copy->find_sub_column(1)->inq_column(), copy);
-}
-
-TEST_F(Columns, trade_places_with_what_a_block_of_keys_jumps_over)
-{
-    sheet.change_insert_edit_mode(true);
-    for (const int frame : {10, 11, 12, 13, 40})
-        make_key(x, frame, std::to_string(frame).c_str());
-    SlotList block;
-    block.add_range(10, 12);
-    EXPECT_TRUE(x->can_move_key_cells_by(block, 1));
-    x->move_key_cells_by(block, 1);
-    const std::unique_ptr<SlotList> frames(x->inq_keys_slot_postions());
-    EXPECT_EQ(frames->inq_ranges(), (std::vector<SlotList::Range>{{10, 13}, {40, 40}}));
-    EXPECT_EQ(x->find("13", 1, XSheetFinderFlags::FlagForwards), 10);
-    EXPECT_EQ(x->find("12", 1, XSheetFinderFlags::FlagForwards), 13);
-    SlotList apart;
-    apart.add_slot(10);
-    apart.add_slot(40);
-    EXPECT_FALSE(x->can_move_key_cells_by(apart, 1));
-    x->move_key_cells_by(apart, 1);
-    EXPECT_EQ(x->inq_last_key_position(), 40);
 }
 
 TEST_F(Columns, mark_everything_above_a_change_for_saving)

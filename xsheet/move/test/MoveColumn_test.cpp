@@ -61,16 +61,6 @@ TEST(MoveColumn, changes_its_members_with_its_mode)
     EXPECT_EQ(move.inq_sub_column_list()->count(), 0);
 }
 
-TEST(MoveColumn, is_nowhere_without_the_member_of_its_mode)
-{
-    PrimedMove move;
-    key_at(*move.member(0), 1, {10.0});
-    for (const int mode : {0, 1, 7}) {
-        move.really_set_mode(mode);
-        EXPECT_EQ(move.inq_translation(1), Vector2()) << mode;
-    }
-}
-
 TEST(MoveColumn, takes_over_the_columns_of_an_old_node)
 {
     PrimedMove two;

@@ -1,6 +1,5 @@
 #include "curveslib/hdr/Fairing.h"
 #include "curveslib/hdr/SquidgeSet.h"
-#include "tests/support/OldRecord.h"
 #include "xsheet/move/hdr/PathKeyCell.h"
 #include "xsheet/move/hdr/PathNumericColumnPolicy.h"
 #include "xsheet/move/hdr/PathSubColumn.h"
@@ -111,18 +110,6 @@ TEST(PathSubColumn, moves_a_bead_with_its_key)
     EXPECT_NEAR(max, 300.0, 1e-6);
 }
 
-TEST(PathSubColumn, leaves_its_keys_to_its_curve)
-{
-    Path path(false);
-    PathKeyCell* key = path.key_on_bead(1, 1);
-    EXPECT_FALSE(path.column.can_make_key(2));
-    EXPECT_FALSE(path.column.can_remove_key(key));
-    EXPECT_FALSE(path.column.can_insert_key_type(key));
-    EXPECT_TRUE(path.column.is_path_column(0));
-    path.column.inq_path_policy()->removed_key(key);
-    EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(1), nullptr);
-}
-
 TEST(PathSubColumn, forgets_keys_beyond_a_new_end)
 {
     Path path(false);
@@ -131,20 +118,4 @@ TEST(PathSubColumn, forgets_keys_beyond_a_new_end)
     path.column.set_length(10);
     EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(1), kept);
     EXPECT_EQ(path.column.inq_path_policy()->get_key_with_label(2), nullptr);
-}
-
-TEST(PathSubColumn, copies_and_comes_back_with_its_curves)
-{
-    Path path(true);
-    path.key_on_bead(1, 1);
-    path.key_on_bead(3, 4);
-    const auto read = stored_and_read(path.column);
-    ASSERT_TRUE(read);
-    EXPECT_FALSE(read->load_finished_with_abort());
-    const std::unique_ptr<SubColumn> copy(read->duplicate());
-    for (PathSubColumn* column : {read.get(), static_cast<PathSubColumn*>(copy.get())}) {
-        expect_at(*column, 2, 0.0, 50.0);
-        EXPECT_EQ(column->inq_path_policy()->get_key_with_label(4), column->inq_last_key());
-        EXPECT_EQ(column->inq_path_policy()->inq_sub_column(), column);
-    }
 }

@@ -122,44 +122,6 @@ TEST(XSNode, is_copied_with_its_own_column)
     EXPECT_EQ(*copy->inq_subcolumn()->inq_header_text(), "Glow");
 }
 
-TEST(XSNode, finds_its_column_again_by_label)
-{
-    XSheet sheet(nullptr);
-    CNodeGraph graph(&sheet);
-    auto* node = new GlowNode;
-    node->set_column_has_changed(true);
-    node->add_to_graph(&graph);
-    node->init();
-
-    Reloaded loaded(sheet, graph);
-    EXPECT_EQ(loaded.node(0)->inq_column(), nullptr);
-    EXPECT_FALSE(loaded.graph->load_finished_with_abort(loaded.sheet.get(), false));
-    EXPECT_EQ(loaded.node(0)->inq_column(),
-              loaded.sheet->find_sub_column(node->inq_column_label()));
-    EXPECT_EQ(loaded.node(0)->inq_column()->inq_node(), loaded.node(0));
-    EXPECT_EQ(loaded.node(0)->inq_name(), node->inq_name());
-    EXPECT_TRUE(loaded.node(0)->inq_column_has_changed());
-}
-
-TEST(XSNode, lives_without_a_column_that_its_sheet_lacks)
-{
-    XSheet sheet(nullptr);
-    CNodeGraph graph(&sheet);
-    (new GlowNode)->add_to_graph(&graph);
-    Reloaded loaded(XSheet(nullptr), graph);
-    EXPECT_FALSE(loaded.graph->load_finished_with_abort(loaded.sheet.get(), false));
-
-    GlowNode* node = loaded.node(0);
-    EXPECT_EQ(node->inq_column(), nullptr);
-    EXPECT_TRUE(node->inq_name().is_null());
-    EXPECT_TRUE(node->inq_summary().is_null());
-    EXPECT_EQ(node->inq_subcolumn(), nullptr);
-    const std::unique_ptr<KIVObject> copy(node->clone());
-    node->init();
-    node->remove_from_graph();
-    delete node;
-}
-
 TEST(XSNode, shares_no_column_with_a_second_node_of_a_damaged_file)
 {
     XSheet sheet(nullptr);

@@ -1,7 +1,6 @@
 #include "tests/support/OldRecord.h"
 #include "xsheet/column/hdr/SubColumnWatcher.h"
 #include "xsheet/column/hdr/XSheet.h"
-#include "xsheet/numeric/hdr/AngleSubColumn.h"
 #include "xsheet/numeric/hdr/NumericTSubColumn.h"
 #include "xsheet/numeric/test/numeric_keys.h"
 #include "xsheet/ratio/hdr/RatioColumnData.h"
@@ -106,18 +105,6 @@ TEST(RatioKeyCellData, locks_within_the_scene)
     data->reset_lock_frame(31);
     EXPECT_EQ(data->inq_lock_value().elem(0), 30.0);
     EXPECT_EQ(f.follower->inq_element(0, 31), 30.0);
-}
-
-TEST(RatioKeyCellData, lets_a_key_dropped_between_follow_on)
-{
-    Followed f;
-    f.follow(11, 0.5, 20.0);
-    auto* dropped = static_cast<NumericKeyCell*>(f.follower->make_key(51));
-    ASSERT_TRUE(dropped->inq_is_ratioed());
-    EXPECT_EQ(dropped->inq_ratio_data()->inq_lock_frame(), 51);
-    EXPECT_EQ(dropped->inq_ratio_data()->inq_lock_value().elem(0), 40.0);
-    EXPECT_EQ(f.follower->inq_element(0, 51), 40.0);
-    EXPECT_EQ(f.follower->inq_element(0, 91), 60.0);
 }
 
 TEST(RatioKeyCellData, lets_a_new_key_stand_on_the_way_to_the_next_one)
@@ -228,22 +215,6 @@ TEST(RatioKeyCellData, stands_a_long_ring_of_columns)
     });
 }
 
-TEST(RatioKeyCellData, goes_from_key_to_key_and_serves_the_one_it_came_to)
-{
-    Followed f;
-    NumericKeyCell* first = f.follow(11, 1.0, 10.0);
-    NumericKeyCell* second = key_at(*f.follower, 151, {7.0});
-    second->set_is_ratioed(false);
-    const gsl::owner<RatioKeyCellData*> data = first->remove_ratio_data();
-    EXPECT_EQ(data->inq_keycell(), nullptr);
-    delete f.follower->remove_key(first);
-    data_of(f.source->inq_last_key())->set_element(0, 200.0);
-    second->add_ratio_data(data);
-    EXPECT_EQ(data->inq_keycell(), second);
-    data_of(f.source->inq_last_key())->set_element(0, 300.0);
-    EXPECT_EQ(f.follower->inq_element(0, 151), 300.0 - 30.0 + 10.0);
-}
-
 TEST(RatioKeyCellData, rests_while_its_key_is_out_and_makes_up_for_it)
 {
     Followed f;
@@ -271,60 +242,6 @@ TEST(RatioKeyCellData, hears_that_its_source_goes_while_its_key_is_out)
     }
     follower.insert_key(key, 1);
     EXPECT_EQ(key->inq_ratio_data()->inq_source_column(), nullptr);
-}
-
-TEST(RatioKeyCellData, values_a_key_of_no_column)
-{
-    Followed f;
-    f.follow(51, 2.0, 7.0);
-    const std::unique_ptr<BaseCell> copy(f.follower->inq_first_key()->duplicate());
-    static_cast<NumericKeyCell&>(*copy).inq_ratio_data()->set_lock_value(Vector(1, 9.0));
-    EXPECT_EQ(data_of(copy.get())->inq_element(0), 9.0);
-}
-
-TEST(RatioKeyCellData, knows_who_follows_whom)
-{
-    Followed f;
-    auto* third = new AngleSubColumn;
-    f.column->add_sub_column(third, nullptr);
-    NumericKeyCell* key = f.follow(1, 1.0, 0.0);
-    NumericKeyCell* on_third = key_at(*third, 1, {0.0});
-    on_third->set_is_ratioed(true);
-    on_third->inq_ratio_data()->set_source_column(f.follower);
-    EXPECT_TRUE(third->inq_is_ratio_looped(f.source));
-    EXPECT_FALSE(f.source->inq_is_ratio_looped(third));
-    EXPECT_FALSE(third->inq_is_ratio_looped(nullptr));
-    const std::unique_ptr<KIVLinkedList> keys(f.source->inq_keys_ratioed_to_this());
-    EXPECT_EQ(keys->count(), 1);
-    EXPECT_TRUE(keys->find(key));
-    const std::unique_ptr<KIVLinkedList> sources(key->inq_ratio_data()->inq_sub_column_list());
-    EXPECT_EQ(sources->count(), 3);
-    EXPECT_EQ(sources->at_index(2), third) << "types in their order";
-}
-
-TEST(RatioKeyCellData, stands_two_columns_that_follow_each_other)
-{
-    Followed f;
-    f.follow(1, 1.0, 0.0);
-    auto* back = static_cast<NumericKeyCell*>(f.source->inq_first_key());
-    back->set_is_ratioed(true);
-    back->inq_ratio_data()->set_source_column(f.follower);
-    data_of(back)->set_element(0, 5.0);
-    EXPECT_EQ(f.follower->inq_element(0, 1), 0.0) << "locked there";
-    EXPECT_TRUE(std::isfinite(f.follower->inq_element(0, 50)));
-}
-
-TEST(RatioKeyCellData, outlives_its_source)
-{
-    NumericSubColumn follower(1);
-    NumericKeyCell* key = key_at(follower, 1, {3.0});
-    {
-        NumericSubColumn source(1);
-        key->set_is_ratioed(true);
-        key->inq_ratio_data()->set_source_column(&source);
-    }
-    EXPECT_EQ(key->inq_ratio_data()->inq_source_column(), nullptr);
-    EXPECT_EQ(follower.inq_element(0, 2), 0.0) << "blank";
 }
 
 TEST(RatioKeyCellData, copies_and_comes_back_with_its_link)
@@ -363,18 +280,6 @@ TEST(RatioKeyCellData, reads_old_forms)
         EXPECT_EQ(data->inq_order(), 2);
         EXPECT_EQ(data->inq_lock_frame(), 8);
         EXPECT_EQ(data->inq_unit_type(), version == 128 ? KIV_UNIT_PIXELS : KIV_UNIT_FIELDS);
-    }
-}
-
-TEST(RatioKeyCellData, refuses_a_lock_beyond_all_frames)
-{
-    for (const int frame : {100'000'000, 100'000'001, std::numeric_limits<int>::min()}) {
-        OldRecord record("RatioKeyCellData", 127);
-        record << 0 << 0;
-        record.insert_with_class_hdr(nullptr);
-        record << frame;
-        record.insert_with_class_hdr(nullptr);
-        EXPECT_EQ(record.read<RatioKeyCellData>() != nullptr, frame == 100'000'000) << frame;
     }
 }
 
@@ -418,12 +323,4 @@ TEST(RatioColumnData, finds_what_stands_now_for_the_half_of_a_move)
     data->set_sub_column(f.follower);
     data->load_finished();
     EXPECT_EQ(data->inq_other_sub_column(), both);
-}
-
-TEST(RatioTypes, are_those_of_plain_numbers_and_moves)
-{
-    for (const unsigned long type : {3UL, 11UL, 12UL, 13UL, 20UL, 21UL, 22UL})
-        EXPECT_TRUE(inq_valid_for_ratioing(type)) << type;
-    for (const unsigned long type : {1UL, 4UL, 6UL, 7UL, 8UL, 9UL})
-        EXPECT_FALSE(inq_valid_for_ratioing(type)) << type;
 }

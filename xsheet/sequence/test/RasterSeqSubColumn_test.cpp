@@ -45,8 +45,6 @@ RasterSeqCellData& put_old_key(ImageScene& in, int version, int asset_id, const 
     OldRecord old("RasterSeqCellData", version);
     old.insert_with_class_hdr(nullptr);
     old.insert_with_class_hdr(nullptr);
-    if (version >= 118)
-        old << 0;
     old << asset_id;
     KIVString name(path);
     if (version >= 97)
@@ -82,15 +80,6 @@ TEST(RasterSeqSubColumn, makes_an_asset_for_each_new_file_and_shows_its_name)
     film.scene->inq_xsheet()->mark_used_assets();
     EXPECT_EQ(film.assets().remove_unused_assets(), 1);
     EXPECT_EQ(film.assets().inq_tags(RASTER_ASSET), (std::vector<unsigned long>{0, 1}));
-}
-
-TEST(RasterSeqSubColumn, does_not_blend_images)
-{
-    ImageScene film;
-    const KeyCell* key = film.show("a.tif", 1);
-    EXPECT_FALSE(key->can_set_mode(IM_INBETWEEN));
-    EXPECT_TRUE(key->can_set_mode(IM_HOLD));
-    EXPECT_TRUE(key->can_set_mode(IM_STOP));
 }
 
 TEST(RasterSeqSubColumn, binds_a_key_from_another_scene_to_its_own_assets)
@@ -150,47 +139,4 @@ TEST(RasterSeqCellData, follows_an_asset_that_has_changed)
     data.load_finished_with_abort();
     EXPECT_EQ(*data.inq_file_name(), "/art/a.tif");
     EXPECT_FALSE(asset->inq_has_changed());
-}
-
-TEST(RasterSeqCellData, makes_an_asset_where_the_file_is_all_it_has)
-{
-    const Captured captured;
-    ImageScene film;
-    for (const int lost_id : {-1, 7}) {
-        RasterSeqCellData& data = put_old_key(film, 118, lost_id, "/art/b.tif");
-        data.load_finished_with_abort();
-        ASSERT_NE(data.inq_asset(), nullptr);
-        EXPECT_EQ(data.inq_asset()->inq_local_path(), "/art/b.tif");
-    }
-    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
-}
-
-TEST(RasterSeqCellData, stays_without_an_asset_where_nothing_is_known)
-{
-    const Captured captured;
-    ImageScene film;
-    for (const int lost_id : {-1, 7}) {
-        RasterSeqCellData& data = put_old_key(film, 118, lost_id, nullptr);
-        EXPECT_FALSE(data.load_finished_with_abort());
-        EXPECT_EQ(data.inq_asset(), nullptr);
-    }
-    film.images->mark_used_assets();
-    EXPECT_EQ(captured.inq_output() + captured.inq_errors(), "");
-}
-
-TEST(RasterSeqSubColumn, comes_back_with_the_assets_of_its_scene)
-{
-    const Captured captured;
-    ImageScene film;
-    film.show("/art/a.tif", 1);
-    film.show("/art/b.tif", 3);
-    const auto sheet = stored_and_read(*film.scene->inq_xsheet());
-    EXPECT_FALSE(sheet->load_finished_with_abort(film.scene.get()));
-    const std::unique_ptr<KIVLinkedList> columns(
-        sheet->inq_deep_sub_column_list(RasterSeqSubColumn::TYPE));
-    ASSERT_EQ(columns->count(), 1);
-    const auto* images = static_cast<SubColumn*>(columns->at_index(0));
-    EXPECT_EQ(data_of(images->inq_last_key()).inq_asset(),
-              film.assets().lookup_asset(1, RASTER_ASSET));
-    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
 }

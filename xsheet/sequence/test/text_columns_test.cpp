@@ -3,7 +3,6 @@
 #include "tests/support/OldRecord.h"
 #include "tests/support/OwnSettings.h"
 #include "xsheet/column/hdr/XSheet.h"
-#include "xsheet/column/hdr/XSheetFinderFlags.h"
 #include "xsheet/node/hdr/FrameNumSubColPrefs.h"
 #include "xsheet/sequence/hdr/FrameNumberColumn.h"
 #include "xsheet/sequence/hdr/FrameNumberSubColumn.h"
@@ -77,17 +76,6 @@ TEST(FrameNumberSubColumn, prints_new_frames_as_the_trim_has_them)
     EXPECT_EQ(film.text(102), "92");
 }
 
-TEST(FrameNumberSubColumn, counts_for_nothing_in_ranges_and_searches)
-{
-    NumberedScene film;
-    int low = 50, high = 40;
-    film.numbers->inq_key_range(&low, &high);
-    EXPECT_EQ(low, 50);
-    EXPECT_EQ(high, 40);
-    EXPECT_TRUE(film.numbers->is_frame_the_same(1, 2));
-    EXPECT_EQ(film.numbers->find("7", 1, XSheetFinderFlags::FlagForwards), 0);
-}
-
 TEST(FrameNumberSubColumn, comes_back_with_its_format)
 {
     NumberedScene film;
@@ -112,16 +100,6 @@ TEST(FrameNumberSubColumn, gives_its_format_to_another_by_preferences)
     EXPECT_EQ(other.text(3), "3");
     other.numbers->apply_preferences_object(read.get());
     EXPECT_EQ(other.text(3), "- 3");
-}
-
-TEST(TextCellSubColumn, holds_its_texts)
-{
-    TextCellSubColumn texts;
-    texts.make_key(3)->inq_data()->set_string("hello");
-    EXPECT_TRUE(texts.can_insert_key_type(texts.inq_first_key()));
-    const auto read = stored_and_read(texts);
-    EXPECT_STREQ(read->inq_first_key()->class_name(), "TextKeyCell");
-    EXPECT_EQ(*read->inq_cell(4)->inq_data()->inq_string(), "hello");
 }
 
 TEST(NotesSubColumn, starts_each_note_as_an_empty_text_on_one_frame)

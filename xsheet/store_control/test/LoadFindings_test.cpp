@@ -31,19 +31,3 @@ TEST(LoadFindings, are_counted_where_they_are_more_than_a_panel_shows)
     ASSERT_EQ(captured.inq_alerts().size(), 1U);
     EXPECT_TRUE(captured.inq_alerts()[0].ends_with("\n39.\nand 960 more."));
 }
-
-TEST(LoadFindings, go_to_whoever_collects_around_them)
-{
-    const Captured captured;
-    const LoadFindings outer;
-    LoadFindings::add("One");
-    {
-        const LoadFindings inner;
-        LoadFindings::add("One");
-        LoadFindings::add("Two");
-        inner.tell("/shots/a");
-    }
-    LoadFindings::add("Three");
-    EXPECT_EQ(outer.inq_all(), (std::vector<KIVString>{"One", "Two", "Three"}));
-    EXPECT_TRUE(captured.inq_alerts().empty());
-}

@@ -19,27 +19,6 @@ Plate united(Plate below, Plate above)
 }
 } // namespace
 
-TEST(CDataRender, takes_a_request_over_what_it_promised_before)
-{
-    Plate p = plate(box(0, 0, 5, 5), true);
-    Matrix44 view;
-    view.set_scale(Vector3(2.0, 2.0, 1.0));
-    p.set_request_data(12, true, true, 0x30007, view, box(1, 2, 3, 4));
-    EXPECT_EQ(p.inq_frameno(), 12);
-    EXPECT_EQ(p.inq_bits_per_sample(), 16);
-    EXPECT_EQ(p.inq_render_quality(), 7);
-    EXPECT_EQ(p.inq_image_ibbox_v(), box(1, 2, 3, 4));
-    EXPECT_FALSE(p.inq_image_is_opaque());
-
-    p.set_inkpaint_quality(0x30007);
-    Plate input = plate(IntBBox(), true);
-    input.copy_request_data_from(&p);
-    EXPECT_EQ(input.inq_frameno(), 12);
-    EXPECT_EQ(input.inq_inkpaint_quality(), 0x30007);
-    EXPECT_EQ(input.inq_node_to_view_transform(), view);
-    EXPECT_TRUE(input.inq_image_is_opaque()) << "a request says nothing of that";
-}
-
 TEST(CDataRender, is_opaque_where_one_of_two_covers_all)
 {
     const IntBBox small = box(2, 2, 4, 4);

@@ -3,9 +3,8 @@
 #include "compositor/lib/hdr/CNodeOp.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/StandInCNode.h"
-#include "imagelib/hdr/TiledMipMap.h"
+#include "imagelib/hdr/MipMap.h"
 #include "kivlib/hdr/AbortPanel.h"
-#include "kivlib/hdr/KIVColour.h"
 
 #include <gtest/gtest.h>
 
@@ -67,72 +66,7 @@ protected:
     std::unique_ptr<KIVPixmap> result;
 };
 
-/// A tiled image that is red in the parts that it delivers.
-class TiledCard : public TiledMipMap {
-public:
-    TiledCard(int width, int height) { set_size(width, height, 0.0, 0.0); }
-
-    gsl::owner<KIVPixmap*> new_region_pixmap(Vector2* corners, int width, int height) override
-    {
-        asked.assign(corners, corners + 4);
-        asked_size = {width, height};
-        std::copy(fetched.begin(), fetched.end(), corners);
-        return fetched.empty() ? nullptr : make_pixmap({"RR", "RR"}).release();
-    }
-
-    std::vector<Vector2> fetched;
-    std::vector<Vector2> asked;
-    std::pair<int, int> asked_size;
-
-private:
-    gsl::owner<KIVPixmap*> load_picture(KIVString&) override
-    {
-        return make_pixmap({"BB", "BB"}).release();
-    }
-};
-
 } // namespace
-
-TEST(CDataImage, makes_one_target_for_all_that_draw)
-{
-    CDataImage data;
-    EXPECT_EQ(data.extract_pixmap(), nullptr);
-    ask(data, make_box(-3, 5, 4, 2));
-    KIVPixmap* target = data.create_pixmap(PT_RGBA_16);
-    EXPECT_EQ(target->inq_type(), PT_RGBA_16);
-    EXPECT_EQ(target->inq_width(), 4);
-    EXPECT_EQ(target->inq_height(), 2);
-    EXPECT_EQ(target->inq_origin(), Vector2(3.0, -5.0));
-    EXPECT_EQ(data.create_pixmap(PT_RGBA_8), target);
-
-    const std::unique_ptr<KIVPixmap> taken(data.extract_pixmap());
-    EXPECT_EQ(taken.get(), target);
-    EXPECT_EQ(taken->inq_origin(), Vector2());
-    const KIVPixmap* card = data.create_pixmap(KIVColour(1.0, 0.0, 0.0), PT_RGBA_8);
-    EXPECT_EQ(find_picture(card), Picture(2, "RRRR"));
-    EXPECT_EQ(card->inq_origin(), Vector2(3.0, -5.0));
-}
-
-TEST(CDataImage, keeps_the_mark_of_a_shared_target_until_it_is_reset)
-{
-    CDataImage data;
-    ask(data, make_box(0, 0, 1, 1));
-    data.set_generated_data(make_pixmap({"R"}).release());
-    data.set_did_composite();
-    delete data.extract_pixmap();
-    EXPECT_FALSE(is_marked(data)) << "it had pixels of its own";
-
-    data.set_did_composite();
-    EXPECT_TRUE(is_marked(data));
-    data.clear_generated_data();
-    EXPECT_TRUE(is_marked(data));
-    data.set_generated_data(nullptr);
-    EXPECT_FALSE(is_marked(data));
-    data.set_did_composite();
-    data.reset_data();
-    EXPECT_FALSE(is_marked(data));
-    EXPECT_TRUE(data.inq_image_ibbox_v().inq_is_empty());
-}
 
 TEST_F(Layers, of_equal_boxes_go_over_the_lowest_which_is_taken_as_it_is)
 {
@@ -227,36 +161,4 @@ TEST(CDataImage, keeps_pixel_centres_under_any_affine_map)
         }
     ASSERT_GT(n_samples, SIZE * SIZE);
     EXPECT_GT(10.0 * std::log10(255.0 * 255.0 * n_samples / square_error), 50.0);
-}
-
-TEST(CDataImage, fetches_a_part_of_a_tiled_image_that_is_hardly_seen)
-{
-    TiledCard image(8, 8);
-    image.fetched = {{0.25, 0.75}, {0.75, 0.75}, {0.75, 0.25}, {0.25, 0.25}};
-    CDataImage data;
-    ask(data, make_box(100, 100, 4, 4));
-    KIVPixmap* target = data.create_pixmap(PT_RGBA_8);
-    const Vector2 corners[] = {{-2.0, 6.0}, {6.0, 6.0}, {6.0, -2.0}, {-2.0, -2.0}};
-    data.composite_generated_data(&image, corners, target);
-    EXPECT_EQ(image.asked_size, std::make_pair(8, 8));
-    ASSERT_EQ(image.asked.size(), 4U);
-    EXPECT_EQ(image.asked[0], Vector2(0.25, 0.75));
-    EXPECT_EQ(image.asked[2], Vector2(0.75, 0.25));
-    EXPECT_EQ(find_picture(target), Picture(4, "RRRR"));
-}
-
-TEST(CDataImage, takes_the_whole_of_a_tiled_image_that_is_mostly_seen_or_gives_no_part)
-{
-    const Vector2 inside[] = {{0.0, 4.0}, {4.0, 4.0}, {4.0, 0.0}, {0.0, 0.0}};
-    const Vector2 around[] = {{-4.0, 8.0}, {8.0, 8.0}, {8.0, -4.0}, {-4.0, -4.0}};
-    TiledCard image(2, 2);
-    CDataImage data;
-    ask(data, make_box(0, 0, 4, 4));
-    KIVPixmap* target = data.create_pixmap(PT_RGBA_8);
-    data.composite_generated_data(&image, inside, target);
-    EXPECT_TRUE(image.asked.empty());
-    EXPECT_EQ(find_picture(target)[1].substr(1, 2), "BB");
-    data.composite_generated_data(&image, around, target);
-    EXPECT_EQ(image.asked.size(), 4U);
-    EXPECT_EQ(find_picture(target), Picture(4, "BBBB"));
 }

@@ -8,7 +8,6 @@
 #include "compositor/imagelib/lib/test/Pixels.h"
 #include "imagelib/hdr/BitmapProvider.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
-#include "kivlib/hdr/BoundingBox.h"
 #include "kivlib/hdr/KIVStringList.h"
 #include "scene/hdr/RasterAsset.h"
 #include "tests/support/Captured.h"
@@ -170,19 +169,6 @@ TEST(CNodeRasterImage, shows_the_image_of_the_key_at_or_before_a_frame)
     const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
     EXPECT_NE(copy->inq_raster_column(), image->inq_raster_column());
     EXPECT_EQ(tell_keys(*copy), tell_keys(*image));
-}
-
-TEST(CNodeRasterImage, answers_for_its_pixels)
-{
-    Artwork artwork;
-    const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", {"RGB", "RGB"}, 2));
-    EXPECT_TRUE(image->inq_bounding_box(1).inq_is_empty());
-    EXPECT_EQ(image->inq_node_transform(1), Matrix44());
-    const KIVRectangle box = image->inq_bounding_box(2).inq_rectangle();
-    EXPECT_EQ(box, BoundingBox(IntRect(3, 0, 0, 2)).inq_rectangle());
-    const Matrix44 to_node = image->inq_node_transform(2);
-    EXPECT_EQ(to_node * Vector2(0.0, 0.0), Vector2(-1.5, -1.0));
-    EXPECT_EQ(to_node * Vector2(3.0, 2.0), Vector2(1.5, 1.0));
 }
 
 TEST(CNodeRasterImageOp, covers_what_the_request_sees_of_the_placed_image)

@@ -72,14 +72,3 @@ TEST(CNodeScreen, hides_what_lies_below_even_if_it_is_translucent)
     EXPECT_NEAR(frame->inq_row(1)[4], 128, 1);
     EXPECT_NEAR(frame->inq_row(1)[7], 128, 1);
 }
-
-TEST(CNodeScreen, keeps_its_colours_in_the_sheet_and_stores_nothing_itself)
-{
-    const std::unique_ptr<CNodeScreen> card(make_card(KIVColour(0.25, 0.5, 0.75)));
-    EXPECT_EQ(card->inq_colour(7), KIVColour(0.25, 0.5, 0.75));
-    EXPECT_TRUE(card->inq_is_lb_source_image_node());
-    EXPECT_FALSE(card->inq_is_source_image_node());
-    const std::unique_ptr<CNodeScreen> without_sheet = stored_and_read(*card);
-    ASSERT_TRUE(without_sheet);
-    EXPECT_EQ(without_sheet->inq_colour(1), KIVColour(0.0));
-}
