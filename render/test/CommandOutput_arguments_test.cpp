@@ -35,6 +35,21 @@ Parsed image(const std::string& options)
 }
 } // namespace
 
+TEST(Arguments, defaults_render_the_whole_scene_as_compressed_tiff)
+{
+    const Parsed r = image("");
+    EXPECT_EQ(r.result, 0);
+    EXPECT_EQ(r.said, "");
+    EXPECT_TRUE(r.settings.scene_file == "scene");
+    EXPECT_EQ(r.settings.first_frame, -1);
+    EXPECT_EQ(r.settings.width, 400);
+    EXPECT_EQ(r.settings.height, 300);
+    EXPECT_TRUE(r.settings.colour_profile == "none");
+    EXPECT_FALSE(r.settings.width_given || r.settings.height_given);
+    EXPECT_EQ(r.settings.file_type, 0);
+    EXPECT_TRUE(r.settings.anti_alias);
+}
+
 TEST(Arguments, too_few_give_the_usage)
 {
     const Parsed r = run("image");
@@ -94,6 +109,38 @@ TEST(Arguments, short_forms_mean_the_first_option_they_begin)
     EXPECT_EQ(image("-academy_").settings.width, 400);
     EXPECT_TRUE(image("-academy_").settings.cineon_format == "academy");
     EXPECT_EQ(image("-").said, "");
+}
+
+TEST(Arguments, presets_fix_size_and_aspect)
+{
+    struct Preset {
+        const char* option;
+        int width, height;
+        double aspect;
+    };
+    const Preset presets[] = {{"-pal", 720, 576, 1.0666667},
+                              {"-ntsc", 720, 486, 0.9},
+                              {"-film", 1814, 1318, 1.0},
+                              {"-replay", 400, 300, 1.0},
+                              {"-slide", 2048, 1366, 1.0}};
+    for (const Preset& p : presets) {
+        const OutputSettings s = image(p.option).settings;
+        EXPECT_EQ(s.width, p.width);
+        EXPECT_EQ(s.height, p.height);
+        EXPECT_EQ(s.pixel_aspect, p.aspect);
+        EXPECT_TRUE(s.width_given && s.height_given);
+    }
+    EXPECT_EQ(image("-pal -width 100").settings.width, 100);
+}
+
+TEST(Arguments, file_types_have_their_numbers)
+{
+    const std::pair<const char*, int> types[] = {
+        {"-tiff", 0},    {"-tiffuncompressed", 1}, {"-tga", 3},          {"-yuv625", 4},
+        {"-yuv525", 5},  {"-yiq625", 7},           {"-yiq525", 8},       {"-pict", 9},
+        {"-tiff16", 10}, {"-cineon_full", 11},     {"-cineon_half", 12}, {"-no_output", -1}};
+    for (const auto& [option, number] : types)
+        EXPECT_EQ(image(option).settings.file_type, number) << option;
 }
 
 TEST(Arguments, values_are_checked_and_consumed)

@@ -58,6 +58,11 @@ class ResultCodes(InFolder):
         self.expect(1, "", "image", "-silent", "-no_output", "-o", "frames", scene)
         self.assertEqual(list((self.folder / "frames").iterdir()), [])
 
+    def test_a_writer_that_is_not_there(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        name = self.folder / "frames" / "0001"
+        self.expect(213, f"Can not write file '{name}', since failed to find image writer class "
+                         "'YUVWriter'\n", "image", "-silent", "-yuv625", "-o", "frames", scene)
 
 
 class Frames(InFolder):
@@ -94,6 +99,28 @@ Rendering frame 3
             red, green, blue = pixel(frames / frame, 36, 27)[:3]
             self.assertTrue(126 <= red <= 128 and 127 <= green <= 129 and blue == 0)
             self.assertEqual(pixel(frames / frame, 2, 27)[:3], [255, 0, 0])
+
+    def test_a_transparent_frame_keeps_its_alpha(self):
+        spot = self.folder / "spot.png"
+        convert("-size", "360x270", "xc:#ff000080", spot)
+        scene = self.make_scene([output("spot"), images("spot", spot)], length=1)
+        result, frames = self.render(scene, "-silent", "-transparent", "-tga", "-width", 72)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(pixel(frames / "0001.tga", 36, 27), [255, 0, 0, 128])
+        self.assertEqual(pixel(frames / "0001.tga", 2, 2)[3], 0)
+
+    def test_fields_are_woven_and_a_missing_half_is_no_frame(self):
+        keys = [{"frame": 1, "value": [0, 0, 0]}, {"frame": 2, "value": [1, 1, 1]}]
+        scene = self.make_scene([output("card"), {"name": "card", "type": "Color Card",
+                                                  "columns": {"Color": keys}}], length=2)
+        result, frames = self.render(scene, "-interlace", "-tga", "-width", 8, "1")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("TV interlace enabled (for smooth movement).\n", result.stdout)
+        self.assertIn("Rendering frame 1\nRendering interlace frame 1.5\n", result.stdout)
+        greys = [pixel(frames / "0001.tga", 3, y)[0] for y in range(4)]
+        self.assertEqual(greys, [0, 128, 0, 128])
+        result, _ = self.render(scene, "-tv", "-yuv625", "-width", 8, "1")
+        self.assertIn("-tv ignored - automatic for YUV or YIQ.\n", result.stdout)
 
     def test_imagemagick_composes_the_same_frame(self):
         back, cel = self.folder / "back.png", self.folder / "cel.png"
@@ -147,6 +174,50 @@ class Descriptions(InFolder):
                             [output(), {**good, "columns": {"Colour": []}}])
         self.expect_mistake("/cover_sheet/frame_rat", [output()], cover_sheet={"frame_rat": 25})
         self.expect_mistake("/nodes/1/columns/BG~1OL/0/file", [output(), images("a", "none.png")])
+
+    def test_a_key_is_told_with_its_place(self):
+        def size(*keys):
+            return [output(), {"name": "c", "type": "Camera", "columns": {"Size": list(keys)}}]
+        place = "/nodes/1/columns/Size"
+        self.expect_mistake(f"{place}/0/value", size({"frame": 1, "value": "wide"}))
+        self.expect_mistake(f"{place}/1/frame", size({"frame": 3, "value": 1},
+                                                     {"frame": 3, "value": 2}))
+        self.expect_mistake(f"{place}/0/mode", size({"frame": 1, "value": 1, "mode": "held"}))
+        self.expect_mistake(f"{place}/0/ease", size({"frame": 1, "value": 1, "ease": "in"}))
+        self.expect_mistake(f"{place}/0/colour", size({"frame": 1, "value": 1, "colour": 1}))
+
+    def test_a_circle_is_refused(self):
+        def move(name, source):
+            return {"name": name, "type": "Move", "inputs": [source]}
+        self.expect_mistake("/nodes/1/inputs/0", [output("a"), move("a", "b"), move("b", "a")])
+
+    def test_paths_and_columns_to_follow_are_told_with_their_place(self):
+        def moves(path, **x):
+            keys = [{"frame": 1, "value": 0, **x}]
+            return [output("a", "b"), card("card", 1, 0, 0),
+                    {"name": "a", "type": "Move", "inputs": ["card"],
+                     "columns": {"Move": {"path": path}}},
+                    {"name": "b", "type": "Move", "inputs": ["card"],
+                     "columns": {"Move": {"x": keys, "y": [{"frame": 1, "value": 0, "follows": {
+                         "column": ["b", "Move", "x"]}}]}}}]
+        line = [{"at": [0, 0]}, {"at": [30, 40]}]
+        place = "/nodes/2/columns/Move/path"
+        for keys, wrong in (([{"frame": 1, "knot": 3}], "/keys/0/knot"),
+                            ([{"frame": 1, "knot": 1, "distance": 1}], "/keys/0/knot"),
+                            ([{"frame": 1, "distance": 50.1}], "/keys/0/distance"),
+                            ([{"frame": 1}], "/keys/0")):
+            self.expect_mistake(place + wrong, moves({"knots": line, "keys": keys}))
+        self.expect_mistake(place + "/knots", moves({"knots": [], "keys": []}))
+        path = {"knots": line, "keys": [{"frame": 1, "knot": 2}]}
+        place = "/nodes/3/columns/Move/x/0/follows/column"
+        for column in (["b", "Move", "x"], ["card", "Color"], ["c", "Move"], ["a"]):
+            self.expect_mistake(place, moves(path, follows={"column": column}))
+        self.expect_mistake(place.replace("x", "y", 1),
+                            moves(path, follows={"column": ["b", "Move", "y"]}))
+        scene = self.make_scene(moves(path, follows={"column": ["a", "Move", "path"],
+                                                     "ratio": 0.5}))
+        self.assertIn("frame 1: 0  hold, follows a - Move - PATH times 0.5\n",
+                      run("montaray-scene", "show", scene).stdout)
 
     def test_a_text_that_makes_no_sense_is_refused(self):
         description = self.folder / "broken.json"

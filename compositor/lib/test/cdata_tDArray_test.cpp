@@ -1,4 +1,5 @@
 #include "compositor/lib/hdr/cdata_tDArray.h"
+#include "kivlib/hdr/ConsoleOStream.h"
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
