@@ -21,6 +21,7 @@ public:
             return made;
         }();
         diary->events.clear();
+        diary->is_dirty = false;
         return *diary;
     }
 
@@ -33,8 +34,10 @@ public:
     void scene_fully_loaded(KIVScene*, XSheetStoreController*) override { events += "fully "; }
     void scene_will_save(KIVScene*, XSheetStoreController*) override { events += "will_save "; }
     void scene_was_saved(KIVScene*, XSheetStoreController*) override { events += "was_saved "; }
+    bool inq_scene_needs_saved(KIVScene*) override { return is_dirty; }
 
     std::string events;
+    bool is_dirty = false;
 };
 
 using Scene = std::unique_ptr<KIVScene>;
@@ -97,6 +100,45 @@ TEST_F(SceneOnDisc, a_copy_leaves_the_scene_unsaved_and_where_it_was)
     EXPECT_TRUE(load(folder.path("copy")));
 }
 
+TEST_F(SceneOnDisc, a_watcher_may_say_that_it_needs_saving)
+{
+    const Scene scene = new_scene();
+    EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
+    Diary& diary = Diary::inq();
+    EXPECT_FALSE(scene->inq_needs_saving());
+    diary.is_dirty = true;
+    EXPECT_TRUE(scene->inq_needs_saving());
+}
+
+TEST_F(SceneOnDisc, a_failed_save_leaves_the_old_scene)
+{
+    const Scene scene = new_scene();
+    EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
+    const std::string before = folder.read("shot/XSheet");
+    scene->inq_xsheet()->set_length(7);
+    std::filesystem::create_directory(folder.path("shot/DLLUsage~").str());
+    EXPECT_FALSE(scene->save_to_file(folder.path("shot"), true, true, false));
+    EXPECT_EQ(captured.inq_alerts().size(), 1U);
+    EXPECT_TRUE(store.is_okay());
+    EXPECT_EQ(folder.read("shot/XSheet"), before);
+    EXPECT_NE(folder.read("shot/XSheet~"), before);
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 100);
+
+    std::filesystem::remove(folder.path("shot/DLLUsage~").str());
+    EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
+    EXPECT_FALSE(folder.has("shot/XSheet~"));
+    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 7);
+}
+
+TEST_F(SceneOnDisc, is_not_in_a_folder_without_a_name)
+{
+    const Scene scene = new_scene();
+    std::filesystem::current_path(folder.path().str());
+    EXPECT_FALSE(scene->save_to_file("", true, true, false));
+    EXPECT_FALSE(folder.has("Scene.contents"));
+    EXPECT_FALSE(load(""));
+}
+
 TEST_F(SceneOnDisc, a_save_takes_away_the_mark_of_old_tag_positions)
 {
     const Scene scene = new_scene();
@@ -105,4 +147,16 @@ TEST_F(SceneOnDisc, a_save_takes_away_the_mark_of_old_tag_positions)
     std::filesystem::current_path(folder.path().str());
     EXPECT_TRUE(scene->save_to_file("shot", true, true, false));
     EXPECT_FALSE(folder.has("shot/drawing_window_tags"));
+}
+
+TEST_F(SceneOnDisc, a_scratch_file_is_named_after_the_scene)
+{
+    const Scene scene = new_scene();
+    EXPECT_NE(scene->inq_scratch_file().str().find("+unnamed.scene"), std::string::npos);
+    EXPECT_TRUE(scene->save_to_file(folder.path("the shot"), true, true, false));
+    const std::string path = scene->inq_scratch_file().str();
+    EXPECT_EQ(path.substr(path.rfind('+')), "+the_shot");
+    EXPECT_TRUE(scene->save_to_file(folder.path("the shot/"), true, true, false));
+    const std::string with_slash = scene->inq_scratch_file().str();
+    EXPECT_EQ(with_slash.substr(with_slash.rfind('+')), "+the_shot");
 }
