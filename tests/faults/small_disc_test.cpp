@@ -3,6 +3,7 @@
 #include "tests/faults/Tally.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <sched.h>
 #include <sys/mount.h>
 
@@ -25,7 +26,8 @@ bool mount_small_disc(const Stage& stage)
     stage.set({});
     return has_own_name_space() &&
            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           ::mount("small", stage.disc().c_str(), "tmpfs", 0, OPTIONS) == 0;
+           ::mount("small", stage.disc().c_str(), "tmpfs", 0, OPTIONS) == 0 &&
+           std::ofstream(stage.disc() + "/ballast").is_open(); // the user may be nobody on it
 }
 
 struct Notes {
