@@ -47,10 +47,15 @@ bool is_class_name(const KIVString& name)
     });
 }
 
-bool has_code(const KIVString& class_name)
+/// What a module that was loaded lacks of a class; empty if nothing.
+KIVString find_gap(const KIVString& class_name)
 {
     const ClassDescriptor* record = ClassManager::inq_main()->find_cd_for(class_name);
-    return record && !record->inq_is_from_stream();
+    if (!record || record->inq_is_from_stream())
+        return "does not bring the class " + class_name;
+    if (record->inq_reader() && !record->inq_stored_type())
+        return "registers the class " + class_name + " without its type"; // links would not load
+    return {};
 }
 
 struct Release {
@@ -177,9 +182,12 @@ bool ModuleFolder::load_class(const KIVString& class_name, KIVString& fault)
     if (!inq_file_exists(KIVString(inq_path()).append_path(name)))
         return false;
     fault = load_name(name);
-    if (fault.is_null() && !has_code(class_name))
-        fault = name + ": does not bring the class " + class_name;
-    return fault.is_null();
+    if (!fault.is_null())
+        return false;
+    const KIVString gap = find_gap(class_name);
+    if (!gap.is_null())
+        fault = name + ": " + gap;
+    return gap.is_null();
 }
 
 void ModuleFolder::load_all()
