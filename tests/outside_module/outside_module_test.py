@@ -116,6 +116,7 @@ class FaultyModules(InFolder):
     def test_are_refused_with_their_reason(self):
         for name, reason, may_run in (
                 ("CNodeStray", "is no module", False),
+                ("CNodeMarred", "is no module", False),
                 ("CNodeNewer", "was built for release 9.0, and this is", False),
                 ("CNodeNextMinor", "was built for release 0.99, and this is", False),
                 ("CNodeLost", "undefined symbol", False),
