@@ -9,6 +9,8 @@
 #include "compositor/affine/lib/hdr/CNodeXScale.h"
 #include "compositor/affine/lib/hdr/CNodeXYScale.h"
 #include "compositor/affine/lib/hdr/CNodeYScale.h"
+#include "compositor/imagelib/lib/hdr/CNodeNullOp.h"
+#include "compositor/lib/hdr/CNodeOpArray.h"
 #include "tests/layer_stacks/Stack.h"
 
 #include <cstdlib>
@@ -178,6 +180,26 @@ public:
 private:
     int queue = ::inotify_init1(IN_NONBLOCK);
 };
+
+/// Turns its two inputs round: the lower one comes to lie on top.
+class Turned : public CNodeRostrum {
+public:
+    gsl::owner<CNodeOp*> new_nodeop(int) override { return new Op(this); }
+
+private:
+    class Op : public CNodeNullOp {
+    public:
+        using CNodeNullOp::CNodeNullOp;
+        void copy_request_data_to_inputs() override
+        {
+            IntArray order;
+            order.add(1);
+            order.add(0);
+            inq_inputs(0)->reorder(&order, false);
+            CNodeNullOp::copy_request_data_to_inputs();
+        }
+    };
+};
 } // namespace
 
 // Each merge rounds to whole codes. Where translucent layers of a group lie over others that are
@@ -237,4 +259,23 @@ TEST(LayerStacks, leave_the_files_of_hidden_layers_closed)
     card->set_is_disabled(true);
     stack.render(WIDTH, HEIGHT);
     EXPECT_EQ(opened.count_new(), N_LAYERS);
+}
+
+TEST(LayerStacks, show_a_layer_that_comes_out_above_the_card_that_was_to_hide_it)
+{
+    const KIVColour green(0.0, 1.0, 0.0);
+    const TempFolder cels;
+    write_cel(cels.path("cel.tif"), 300, 200, 1);
+    Stack turned;
+    auto* layers = turned.put(new Turned, turned.output);
+    turned.put_card(layers, green);
+    turned.put_picture(layers, cels.path("cel.tif"));
+    Stack plain;
+    plain.put_picture(plain.output, cels.path("cel.tif"));
+    plain.put_card(plain.output, green);
+    const auto expected = plain.render(WIDTH, HEIGHT);
+    EXPECT_EQ(find_largest_difference(*turned.render(WIDTH, HEIGHT), *expected), 0);
+    Stack alone;
+    alone.put_card(alone.output, green);
+    EXPECT_GT(find_largest_difference(*alone.render(WIDTH, HEIGHT), *expected), 0);
 }
