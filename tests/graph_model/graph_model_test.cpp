@@ -142,9 +142,9 @@ private:
 
     void run_any_edit()
     {
-        if (model.order.size() < 3 || is_lucky(8))
+        if (model.order.size() < 5 || is_lucky(8))
             return add();
-        switch (below(14)) {
+        switch (below(16)) {
         case 0:
             return cut();
         case 1:
@@ -154,9 +154,7 @@ private:
         case 3:
             return toggle_channel();
         case 4:
-            return undo();
-        case 5:
-            return redo();
+            return is_lucky(2) ? undo() : redo();
         case 6:
         case 7:
         case 8:
@@ -268,8 +266,11 @@ private:
 
     void connect()
     {
-        const auto from = any_end(false);
-        const auto to = any_end(true);
+        std::optional<End> from, to;
+        for (int tries = 0; tries < 5 && !(from && to && fits({*from, *to})); ++tries) {
+            from = any_end(false);
+            to = any_end(true);
+        }
         if (!from || !to || model.connections.size() >= MOST_CONNECTIONS)
             return;
         compare_answers({*from, *to});
@@ -299,6 +300,12 @@ private:
             done.pop_back();
             undone = undone_before;
         }
+    }
+
+    bool fits(const Model::Connection& proposed)
+    {
+        return !model.feeds(proposed.to.node, proposed.from.node) &&
+               model.check(all_types, false, &proposed);
     }
 
     /// What an editor asks before it connects.
@@ -369,7 +376,7 @@ private:
 
     void evaluate()
     {
-        const auto root = any_end(false);
+        const auto root = any_root();
         if (!root)
             return;
         graph.set_root_node(editor.nodes[root->node]);
@@ -386,6 +393,18 @@ private:
             wrong << "The ops are made in another order. ";
         for (int frame = 0; frame < 3 && wrong.str().empty(); ++frame)
             run(exec, expected);
+    }
+
+    /// Rather one that much leads to.
+    std::optional<End> any_root()
+    {
+        std::optional<End> root = any_end(false);
+        for (int i = 0; i < 3; ++i)
+            if (const auto other = any_end(false))
+                if (!root || model.descendents(other->node, true, true).size() >
+                                 model.descendents(root->node, true, true).size())
+                    root = other;
+        return root;
     }
 
     void run(GraphExec& exec, ExecModel& expected)
