@@ -15,8 +15,7 @@ using Model = GraphModel;
 using Manner = Model::Manner;
 using End = Model::End;
 
-const bool is_long = std::getenv("MONTARAY_LONG") != nullptr;
-const unsigned RUNS = is_long ? 20'000 : 300;
+const unsigned RUNS = std::getenv("MONTARAY_LONG") ? 20'000 : 200;
 constexpr int STEPS = 60; // of a run
 constexpr int MOST_NODES = 9;
 constexpr int MOST_CONNECTIONS = 14;
