@@ -173,8 +173,8 @@ private:
     bool is_disabled(const Op& op) const
     {
         const auto& off = settings.disabled;
-        return op.node.flags & GraphModel::DISABLED ||
-               (op.node.flags & GraphModel::TEMP_DISABLED && !settings.ignores_temp_disable) ||
+        return op.node.is_disabled ||
+               (op.node.is_temp_disabled && !settings.ignores_temp_disable) ||
                std::ranges::find(off, op.id) != off.end() ||
                (settings.is_interactive && !op.node.manner.is_interactive &&
                 op.id != settings.interactive_node);
@@ -226,14 +226,14 @@ private:
         const std::vector<Op*> of_immediate = ops;
         for (Op* op : of_immediate)
             if (!gives_up())
-                bring_immediate(*op);
+                bring(*op, IMMEDIATE);
         rebuild();
         for (Op* op : ops) {
             if (gives_up())
                 return;
             if (!settings.is_interactive)
                 trace.say("Rendering " + std::to_string(op->id));
-            bring_generated(*op);
+            bring(*op, GENERATED);
         }
     }
 
@@ -254,101 +254,85 @@ private:
         ops.push_back(op);
     }
 
-    void unite(const Op& op, std::uint64_t Facts::*member)
-    {
-        for (const Array& array : op.inputs) {
-            if (!array.united)
-                continue;
-            (*array.united).*member = 0;
-            for (std::size_t k = array.ops.size(); k-- > 0;)
-                if (array.ops[k])
-                    (*array.united).*member =
-                        mix((*array.united).*member, output(*array.ops[k])->*member);
-        }
-    }
+    /// What is told of a phase, what it brings, and the convertors' mark on that.
+    struct Phase {
+        const char* compute;
+        const char* wire;
+        std::uint64_t Facts::*member;
+        std::uint64_t mark;
+    };
+    static constexpr Phase IMMEDIATE{"init", "wire", &Facts::immediate, 78};
+    static constexpr Phase GENERATED{"draw", "wire drawn", &Facts::generated, 79};
 
-    void bring_immediate(Op& op)
+    void bring(Op& op, const Phase& phase)
     {
-        say("unite", op);
-        unite(op, &Facts::immediate);
-        op.state == ACTIVE ? init(op) : init_disabled(op);
+        for (const Array& array : op.inputs)
+            if (array.united)
+                unite(array, phase.member);
+        if (op.state == ACTIVE)
+            compute(op, phase);
+        else
+            pass(op, phase);
         if (op.has_convertor)
-            op.converted->immediate = mix(op.own->immediate, 78);
+            (*op.converted).*phase.member = mix((*op.own).*phase.member, phase.mark);
     }
 
-    void bring_generated(Op& op)
+    static void unite(const Array& array, std::uint64_t Facts::*member)
     {
-        say("unite drawn", op);
-        unite(op, &Facts::generated);
-        if (op.state == ACTIVE) {
-            draw(op);
-        } else {
-            say("wire drawn", op);
-            if (!op.inputs.empty())
-                has_own_types(op) ? pass(op, &Facts::generated) : draw(op);
-        }
-        if (op.has_convertor)
-            op.converted->generated = mix(op.own->generated, 79);
+        std::uint64_t& sum = (*array.united).*member = 0;
+        for (std::size_t k = array.ops.size(); k-- > 0;)
+            if (array.ops[k])
+                sum = mix(sum, output(*array.ops[k])->*member);
     }
 
-    void init_disabled(Op& op)
+    void pass(Op& op, const Phase& phase)
     {
-        say("wire", op);
-        op.own->immediate = 0;
-        if (!op.inputs.empty())
-            has_own_types(op) ? pass(op, &Facts::immediate) : init(op);
-    }
-
-    static bool has_own_types(const Op& op)
-    {
-        return std::ranges::all_of(op.inputs, [&](const Array& array) {
+        say(phase.wire, op);
+        if (phase.member == &Facts::immediate)
+            op.own->immediate = 0;
+        if (op.inputs.empty())
+            return;
+        const bool has_own_types = std::ranges::all_of(op.inputs, [&](const Array& array) {
             const Data* input = received(array);
             return !input || input->type == op.own->type;
         });
-    }
-
-    static void pass(Op& op, std::uint64_t Facts::*member)
-    {
+        if (!has_own_types)
+            return compute(op, phase);
         const std::size_t n = op.state == IS_DISABLED ? 1 : op.inputs.size();
+        std::uint64_t& to = (*op.own).*phase.member;
         for (std::size_t i = 0; i < n; ++i)
             if (const Data* input = received(op.inputs[i]))
-                (*op.own).*member =
-                    n == 1 ? input->*member : mix((*op.own).*member, input->*member);
+                to = n == 1 ? input->*phase.member : mix(to, input->*phase.member);
     }
 
-    void init(Op& op)
+    void compute(Op& op, const Phase& phase)
     {
-        say("init", op);
+        say(phase.compute, op);
+        if (phase.member == &Facts::immediate) {
+            ask_again(op);
+            turn(op);
+        }
+        std::uint64_t& to = (*op.own).*phase.member;
+        if (op.node.manner.mixes) {
+            to = mix(op.own->request, std::uint64_t(op.id));
+            for (const Array& array : op.inputs)
+                if (const Data* input = received(array))
+                    to = mix(to, input->*phase.member);
+        } else if (!op.inputs.empty()) {
+            if (const Data* first = received(op.inputs[0]))
+                to = first->*phase.member;
+            else if (phase.member == &Facts::immediate)
+                to = 0;
+        }
+    }
+
+    void turn(Op& op)
+    {
         const GraphModel::Manner& manner = op.node.manner;
-        ask_again(op);
-        if (const auto i = std::size_t(manner.turns); i < op.inputs.size())
-            if (op.inputs[i].ops.size() > 1 && !(manner.forgets && trace.n_asking > 0))
-                reorder(op.inputs[i], turned(op.own->request, op.inputs[i].ops.size()),
-                        manner.forgets);
-        compute(op, &Facts::immediate);
-        const Data* first = op.inputs.empty() ? nullptr : received(op.inputs[0]);
-        if (!manner.mixes && !op.inputs.empty())
-            op.own->immediate = first ? first->immediate : 0;
-    }
-
-    void draw(Op& op)
-    {
-        say("draw", op);
-        compute(op, &Facts::generated);
-        const Data* first = op.inputs.empty() ? nullptr : received(op.inputs[0]);
-        if (!op.node.manner.mixes && first)
-            op.own->generated = first->generated;
-    }
-
-    static void compute(Op& op, std::uint64_t Facts::*member)
-    {
-        if (!op.node.manner.mixes)
-            return;
-        std::uint64_t sum = mix(op.own->request, std::uint64_t(op.id));
-        for (const Array& array : op.inputs)
-            if (const Data* input = received(array))
-                sum = mix(sum, input->*member);
-        (*op.own).*member = sum;
+        const auto i = std::size_t(manner.turns);
+        if (i < op.inputs.size() && op.inputs[i].ops.size() > 1 &&
+            !(manner.forgets && trace.n_asking > 0))
+            reorder(op.inputs[i], turned(op.own->request, op.inputs[i].ops.size()), manner.forgets);
     }
 
     void ask_again(Op& op)
@@ -398,7 +382,7 @@ private:
             for (Op* input : array.ops)
                 if (input)
                     immediate_again(*input);
-        bring_immediate(op);
+        bring(op, IMMEDIATE);
     }
 
     void reorder(Array& array, const std::vector<int>& new_order, bool forgets)

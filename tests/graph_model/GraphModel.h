@@ -1,9 +1,10 @@
 #pragma once
 
+#include "kivlib/hdr/Vector.h"
+
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -52,7 +53,6 @@ public:
         bool is_interactive = false;
     };
 
-    enum Flag { DISABLED = 1, TEMP_DISABLED = 2, HIDDEN = 4, COLLAPSED = 8 };
     struct Channel {
         std::vector<int> connections;
         bool is_selected = false;
@@ -61,8 +61,8 @@ public:
         const Species* species = nullptr;
         Manner manner = {};
         std::vector<Channel> inputs, outputs;
-        int flags = 0;
-        int x = 0;
+        bool is_disabled = false, is_temp_disabled = false;
+        Vector2 position = {};
         std::optional<Types> types = {};
     };
     struct End {
@@ -73,12 +73,11 @@ public:
         End from, to;
     };
 
-    void add(int id, const Species& species, const Manner& manner, int x)
+    void add(int id, const Species& species, const Manner& manner)
     {
         order.push_back(id);
         nodes[id] = {&species, manner, std::vector<Channel>(species.inputs.size()),
                      std::vector<Channel>(species.outputs.size())};
-        nodes[id].x = x;
     }
 
     void remove(int id)
@@ -141,82 +140,31 @@ public:
         return found;
     }
 
-    std::vector<int> descendents(int id, bool with_hidden, bool through_collapsed) const
+    /// How many ways lead to the node.
+    int count_ways(int id) const
     {
-        std::vector<int> found;
-        const auto add_missing = [&](int each) {
-            if (std::ranges::find(found, each) == found.end())
-                found.push_back(each);
-        };
-        for (const int child : children(id)) {
-            const bool is_known = std::ranges::find(found, child) != found.end();
-            if (is_known || (nodes.at(child).flags & HIDDEN && !with_hidden))
-                continue;
-            add_missing(child);
-            if (through_collapsed || !(nodes.at(child).flags & COLLAPSED))
-                std::ranges::for_each(descendents(child, with_hidden, through_collapsed),
-                                      add_missing);
-        }
-        return found;
-    }
-
-    /// Those that lack a connection, and all that feeds them.
-    std::set<int> inchoate() const
-    {
-        std::set<int> found;
-        for (const auto& [id, node] : nodes) {
-            bool is_full = true;
-            for (const auto* side : {&node.inputs, &node.outputs})
-                for (const Channel& channel : *side)
-                    is_full = is_full && !channel.connections.empty();
-            const std::vector<int> below = descendents(id, true, true);
-            if (!is_full)
-                found.insert(below.begin(), below.end());
-            if (!is_full)
-                found.insert(id);
-        }
-        return found;
-    }
-
-    /// The names of the sources, the last input's first.
-    std::string sources(int id) const
-    {
-        if (nodes.at(id).inputs.empty())
-            return std::to_string(id);
-        std::vector<int> below = children(id);
-        std::string names;
-        for (; !below.empty(); below.pop_back())
-            if (const std::string more = sources(below.back()); !more.empty())
-                names += (names.empty() ? "" : ", ") + more;
-        return names;
+        int n = 1;
+        for (const int child : children(id))
+            n += count_ways(child);
+        return n;
     }
 
     /// Everything, as the test tells it of the real graph.
     std::string tell() const
     {
         std::ostringstream text;
-        const std::set<int> marked = inchoate();
         for (const int id : order) {
             const Node& node = nodes.at(id);
-            text << id << " at " << node.x << " flags " << node.flags << " types ";
+            text << id << " at " << node.position.x() << " " << node.position.y()
+                 << (node.is_disabled ? " off" : "")
+                 << (node.is_temp_disabled ? " off for now" : "") << " types ";
             for (const int type : node.types.value_or(Types{-1}))
                 text << type << " ";
-            for (const Channel& channel : node.inputs) {
-                text << "in" << (channel.is_selected ? "! " : " ");
-                for (const int each : channel.connections)
-                    text << connections.at(each).from.node << "."
-                         << connections.at(each).from.channel << " ";
-            }
-            for (const Channel& channel : node.outputs) {
-                text << "out" << (channel.is_selected ? "! " : " ");
-                for (const int each : channel.connections)
-                    text << connections.at(each).to.node << "." << connections.at(each).to.channel
-                         << " ";
-            }
-            text << "below ";
-            for (const int each : descendents(id, false, false))
-                text << each << " ";
-            text << "from " << sources(id) << (marked.contains(id) ? " inchoate\n" : "\n");
+            for (const Channel& channel : node.inputs)
+                tell(text << "in", channel, &Connection::from);
+            for (const Channel& channel : node.outputs)
+                tell(text << "out", channel, &Connection::to);
+            text << "\n";
         }
         return text.str();
     }
@@ -360,6 +308,14 @@ private:
         std::vector<int> sorted;
         std::map<End, Types> offered, received; // by outputs, by inputs
     };
+
+    void tell(std::ostream& text, const Channel& channel, End Connection::*other) const
+    {
+        text << (channel.is_selected ? "! " : " ");
+        for (const int each : channel.connections)
+            text << (connections.at(each).*other).node << "."
+                 << (connections.at(each).*other).channel << " ";
+    }
 
     static void insert(std::vector<int>& list, int index, int id)
     {

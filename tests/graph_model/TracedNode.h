@@ -155,16 +155,6 @@ public:
         say("wire drawn");
         CNodeOp::disabled_generate_data(abort);
     }
-    void auto_union_immediate_data(AbortPanel* abort) override
-    {
-        say("unite");
-        CNodeOp::auto_union_immediate_data(abort);
-    }
-    void auto_union_generated_data(AbortPanel* abort) override
-    {
-        say("unite drawn");
-        CNodeOp::auto_union_generated_data(abort);
-    }
     bool inq_interactive() override { return manner.is_interactive; }
 
 private:

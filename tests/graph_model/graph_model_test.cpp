@@ -118,6 +118,7 @@ public:
     {
         wrong.str("");
         run_any_edit();
+        editor.end_step();
         compare();
         return wrong.str();
     }
@@ -147,11 +148,16 @@ private:
         case 0:
             return cut();
         case 1:
-            return is_lucky(3) ? remove() : move();
+            return is_lucky(3) ? remove()
+                               : change("move ", &Model::Node::position,
+                                        Vector2(below(100), below(100)), &CNode::set_position);
         case 2:
-            return toggle_flag();
+            return is_lucky(2) ? change("(dis)able ", &Model::Node::is_disabled, is_lucky(2),
+                                        &CNode::set_is_disabled)
+                               : change("(dis)able for now ", &Model::Node::is_temp_disabled,
+                                        is_lucky(2), &CNode::set_is_temp_disabled);
         case 3:
-            return toggle_channel();
+            return select_channel();
         case 4:
             return is_lucky(2) ? undo() : redo();
         case 6:
@@ -170,6 +176,11 @@ private:
         undone.clear();
     }
 
+    static std::string text(End end)
+    {
+        return std::to_string(end.node) + "." + std::to_string(end.channel);
+    }
+
     void add()
     {
         if (model.order.size() >= MOST_NODES)
@@ -180,9 +191,8 @@ private:
         const int id = ++last_id;
         start_edit("add " + std::to_string(id) + " of species " +
                    std::to_string(&species - ALL_SPECIES.data()));
-        model.add(id, species, manner, 0);
+        model.add(id, species, manner);
         editor.add(id, new TracedNode(id, species, descriptor_of(species), manner));
-        editor.end_step();
     }
 
     void remove()
@@ -201,50 +211,26 @@ private:
         types[id] = model.nodes[id].types;
         model.remove(id);
         editor.remove(id);
-        editor.end_step();
     }
 
-    void move()
+    /// Sets a value of the model, and by `set` that of the graph.
+    template <class Value, class Set>
+    void change(const std::string& line, Value Model::Node::*member, Value value, Set set)
     {
         const int id = any_node();
-        const int old = model.nodes[id].x;
-        start_edit("move " + std::to_string(id));
-        model.nodes[id].x = below(100);
-        const auto place = [this, id](int x) {
-            return [=, this] { editor.nodes[id]->set_position(Vector2(x, 0.0)); };
-        };
-        editor.change(place(model.nodes[id].x), place(old));
-        editor.end_step();
+        start_edit(line + std::to_string(id));
+        const Value old = std::exchange(model.nodes[id].*member, value);
+        editor.change([=, this] { (editor.nodes[id]->*set)(value); },
+                      [=, this] { (editor.nodes[id]->*set)(old); });
     }
 
-    void toggle_flag()
-    {
-        const int id = any_node();
-        const int flag = 1 << below(4);
-        start_edit("flag " + std::to_string(flag) + " of " + std::to_string(id));
-        model.nodes[id].flags ^= flag;
-        const auto toggle = [=, this] {
-            CNode& node = *editor.nodes[id];
-            if (flag == Model::DISABLED)
-                node.set_is_disabled(!node.inq_is_disabled());
-            else if (flag == Model::TEMP_DISABLED)
-                node.set_is_temp_disabled(!node.inq_is_temp_disabled());
-            else if (flag == Model::HIDDEN)
-                node.set_is_hidden(!node.inq_hidden());
-            else
-                node.toggle_collapse_state();
-        };
-        editor.change(toggle, toggle);
-        editor.end_step();
-    }
-
-    void toggle_channel()
+    void select_channel()
     {
         const bool is_input = is_lucky(2);
         const std::optional<End> end = any_end(is_input);
         if (!end)
             return;
-        start_edit("select channel of " + std::to_string(end->node));
+        start_edit((is_input ? "select input " : "select output ") + text(*end));
         Model::Channel& channel = is_input ? model.input(*end) : model.output(*end);
         channel.is_selected = !channel.is_selected;
         const auto toggle = [=, this] {
@@ -252,7 +238,6 @@ private:
             real->set_is_selected(!real->inq_is_selected());
         };
         editor.change(toggle, toggle);
-        editor.end_step();
     }
 
     std::optional<End> any_end(bool is_input)
@@ -273,16 +258,15 @@ private:
         if (!from || !to || model.connections.size() >= MOST_CONNECTIONS)
             return;
         compare_answers({*from, *to});
-        if (model.feeds(to->node, from->node))
+        if (model.feeds(to->node, from->node) || is_lucky(4))
             return;
         const int id = ++last_id;
         const std::vector<Model> undone_before = undone;
         const bool is_checked = !is_lucky(60);
         const int output_index = below(5) - 1;
         const int input_index = is_lucky(3) ? -1 : below(5) - 1;
-        start_edit((is_checked ? "connect " : "connect unchecked ") + std::to_string(from->node) +
-                   "." + std::to_string(from->channel) + " to " + std::to_string(to->node) + "." +
-                   std::to_string(to->channel) + " at " + std::to_string(output_index) + " and " +
+        start_edit((is_checked ? "connect " : "connect unchecked ") + text(*from) + " to " +
+                   text(*to) + " at " + std::to_string(output_index) + " and " +
                    std::to_string(input_index));
         if (!is_checked)
             graph.set_type_checker_disabled();
@@ -294,7 +278,6 @@ private:
             wrong << "The connection was " << (fits ? "refused. " : "made. ");
         if (!is_checked)
             enable_checker();
-        editor.end_step();
         if (!fits) {
             done.pop_back();
             undone = undone_before;
@@ -332,7 +315,6 @@ private:
         model.cut(id);
         model.check(all_types, true);
         editor.cut(id);
-        editor.end_step();
     }
 
     void undo()
@@ -381,7 +363,7 @@ private:
         graph.set_root_node(editor.nodes[root->node]);
         enable_checker();
         const int requested = Model::rows()[std::size_t(below(4))].type;
-        script << "evaluate " << root->node << "." << root->channel << " for " << requested << "\n";
+        script << "evaluate " << text(*root) << " for " << requested << "\n";
         ExecModel expected(model, requested, *root);
         if (!expected.can_run() || expected.inq_n_ops() > MOST_OPS)
             return;
@@ -400,8 +382,7 @@ private:
         std::optional<End> root = any_end(false);
         for (int i = 0; i < 3; ++i)
             if (const auto other = any_end(false))
-                if (!root || model.descendents(other->node, true, true).size() >
-                                 model.descendents(root->node, true, true).size())
+                if (!root || model.count_ways(other->node) > model.count_ways(root->node))
                     root = other;
         return root;
     }
@@ -451,7 +432,6 @@ private:
 
     void compare()
     {
-        graph.update_inchoate_flags();
         const std::string told = tell();
         if (told != model.tell())
             wrong << "The graph is\n" << told << "and not\n" << model.tell();
@@ -467,12 +447,10 @@ private:
     {
         std::ostringstream text;
         for (const auto* node : graph.inq_nodes_list()->of<CNode>()) {
-            text << node->inq_name().str() << " at " << node->inq_position().x() << " flags "
-                 << (node->inq_is_disabled() ? Model::DISABLED : 0) +
-                        (node->inq_is_temp_disabled() ? Model::TEMP_DISABLED : 0) +
-                        (node->inq_hidden() ? Model::HIDDEN : 0) +
-                        (node->inq_is_collapsed() ? Model::COLLAPSED : 0)
-                 << " types ";
+            const Vector2& place = node->inq_position();
+            text << node->inq_name().str() << " at " << place.x() << " " << place.y()
+                 << (node->inq_is_disabled() ? " off" : "")
+                 << (node->inq_is_temp_disabled() ? " off for now" : "") << " types ";
             const cdata_tDArray* of_node = node->inq_types();
             for (int i = 0; of_node && i < of_node->size(); ++i)
                 text << (*of_node)[i] << " ";
@@ -483,12 +461,7 @@ private:
             for (int i = 0; i < node->inq_n_output_channels(); ++i)
                 tell(text, "out", *node->inq_outputs()->inq_channel(i),
                      &CNodeConnection::inq_input_channel);
-            text << "below ";
-            const std::unique_ptr<KIVLinkedList> below(node->inq_descendents(false, false));
-            for (const CNode* each : below->of<CNode>())
-                text << each->inq_name().str() << " ";
-            text << "from " << node->inq_source_node_names().str()
-                 << (node->inq_inchoate_flag() ? " inchoate\n" : "\n");
+            text << "\n";
         }
         return text.str();
     }

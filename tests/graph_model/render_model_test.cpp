@@ -12,7 +12,7 @@
 
 namespace {
 const unsigned RUNS = std::getenv("MONTARAY_LONG") ? 500 : 8;
-constexpr int STEPS = 30; // of a run
+constexpr int STEPS = 50; // of a run
 
 /// Cards, pictures and transforms of a scene, wired at random.
 class EditedScene {
@@ -98,7 +98,7 @@ private:
     {
         CNodeGraph& graph = *scene->inq_graph();
         const int from = below(editor.nodes.size());
-        const int to = below(3) == 0 ? 0 : below(editor.nodes.size());
+        const int to = below(2) == 0 ? 0 : below(editor.nodes.size());
         if (!editor.nodes[from]->inq_graph() || !editor.nodes[to]->inq_graph() ||
             !editor.nodes[to]->inq_inputs() ||
             !graph.inq_can_connect_acyclic(editor.output({from, 0}), editor.input({to, 0})))
