@@ -8,6 +8,7 @@
 #include "tests/graph_model/TracedNode.h"
 
 #include <gtest/gtest.h>
+#include <list>
 #include <random>
 
 namespace {
@@ -53,13 +54,14 @@ CNodeDescriptor* descriptor_of(const Model::Species& species)
     CNodeDescriptor*& descriptor = made[&species];
     if (descriptor)
         return descriptor;
-    const auto* name = new std::string("TracedNode" + std::to_string(made.size()));
-    descriptor = new CNodeDescriptor(name->c_str(), "CNode", nullptr, -1, nullptr, "Traced", 0,
-                                     true, int(species.inputs.size()), int(species.outputs.size()),
+    static std::list<std::string> names;
+    const std::string& name = names.emplace_back("TracedNode" + std::to_string(made.size()));
+    descriptor = new CNodeDescriptor(name.c_str(), "CNode", nullptr, -1, nullptr, "Traced", 0, true,
+                                     int(species.inputs.size()), int(species.outputs.size()),
                                      species.inputs.data(), species.outputs.data(), nullptr);
     for (const int type : species.generics)
-        new CNodeGenericOpDescriptor((new std::string(*name + std::to_string(type)))->c_str(),
-                                     "CNodeGenericOp", nullptr, -1, nullptr, *name, type, nullptr);
+        new CNodeGenericOpDescriptor(names.emplace_back(name + std::to_string(type)).c_str(),
+                                     "CNodeGenericOp", nullptr, -1, nullptr, name, type, nullptr);
     return descriptor;
 }
 
