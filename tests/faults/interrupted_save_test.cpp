@@ -130,10 +130,14 @@ TEST(InterruptedSave, by_a_torn_record_never_moves_a_part_of_the_scene)
             continue; // what is moved by then has been moved by a whole record
         longest = record.size();
         for (std::size_t size = 0; size < record.size(); ++size) {
-            state[RECORD] = record.substr(0, size);
-            const Loaded seen = stage.load_aside(state);
-            tally.add("record", "cut at " + std::to_string(size),
-                      seen == Generations::whole(OLD) ? "" : words_of(seen));
+            std::string damaged = record;
+            damaged[size] = char(damaged[size] ^ (1 << size % 8));
+            for (const std::string& each : {record.substr(0, size), damaged}) {
+                state[RECORD] = each;
+                const Loaded seen = stage.load_aside(state);
+                tally.add("record", "damaged at " + std::to_string(size),
+                          seen == Generations::whole(OLD) ? "" : words_of(seen));
+            }
         }
         state[RECORD] = record;
         for (const auto& [name, bytes] : FolderContents(state)) {

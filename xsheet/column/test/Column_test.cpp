@@ -69,16 +69,6 @@ TEST_F(Columns, label_their_members_and_never_give_a_label_twice)
     EXPECT_EQ(headers_of(body->inq_shallow_sub_column_list()), "x y z ");
 }
 
-TEST_F(Columns, move_their_members)
-{
-    EXPECT_TRUE(body->move_sub_column(y, nullptr));
-    EXPECT_EQ(headers_of(body->inq_deep_sub_column_list()), "y x limbs arm ");
-    EXPECT_TRUE(body->move_sub_column(y, x));
-    EXPECT_FALSE(body->move_sub_column(colour, x));
-    EXPECT_TRUE(sheet.move_column(floor, nullptr));
-    EXPECT_EQ(headers_of(sheet.inq_deep_sub_column_list()), "floor colour body x y limbs arm ");
-}
-
 TEST_F(Columns, let_the_nearest_hit_win)
 {
     using Flags = XSheetFinderFlags;
