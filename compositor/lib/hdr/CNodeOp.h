@@ -122,7 +122,7 @@ private:
     bool inq_is_disabled();
     bool inq_input_types_same_as_output() const;
     int inq_n_passed_inputs() const;
-    CData* inq_first_input_data() const;
+    CData* inq_input_data(int i) const;
     void hand_request_on();
     void note_request();
     bool take_earlier_answer();

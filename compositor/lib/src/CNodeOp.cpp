@@ -45,7 +45,7 @@ void CNodeOp::init_data(AbortPanel*)
 {
     if (inq_n_inputs() == 0 || !node_data)
         return;
-    if (CData* input = inq_first_input_data())
+    if (CData* input = inq_input_data(0))
         input->copy_immediate_data_to(node_data.get());
     else
         node_data->clear_immediate_data();
@@ -53,7 +53,7 @@ void CNodeOp::init_data(AbortPanel*)
 
 void CNodeOp::generate_data(AbortPanel* abort)
 {
-    CData* input = inq_first_input_data();
+    CData* input = inq_input_data(0);
     if (input && node_data)
         input->copy_generated_data_to(node_data.get(), abort);
 }
@@ -71,7 +71,7 @@ void CNodeOp::disabled_init_data(AbortPanel* abort)
         return;
     }
     for (int i = 0; i < n; ++i) {
-        CData* input = inq_inputs(i)->inq_data();
+        CData* input = inq_input_data(i);
         if (input && n == 1)
             input->copy_immediate_data_to(node_data.get());
         else if (input)
@@ -89,7 +89,7 @@ void CNodeOp::disabled_generate_data(AbortPanel* abort)
         return;
     }
     for (int i = 0; i < n; ++i) {
-        CData* input = inq_inputs(i)->inq_data();
+        CData* input = inq_input_data(i);
         if (input && n == 1)
             input->copy_generated_data_to(node_data.get(), abort);
         else if (input)
@@ -145,10 +145,10 @@ CNodeOpArray* CNodeOp::inq_inputs(int i) const
     return inputs ? inputs->inq_nodeop_array(i) : nullptr;
 }
 
-CData* CNodeOp::inq_first_input_data() const
+CData* CNodeOp::inq_input_data(int i) const
 {
-    const CNodeOpArray* first = inq_inputs(0);
-    return first ? first->inq_data() : nullptr;
+    const CNodeOpArray* array = inq_inputs(i);
+    return array ? array->inq_data() : nullptr;
 }
 
 bool CNodeOp::inq_is_input_channel_selected(int i) const
@@ -265,7 +265,7 @@ void CNodeOp::note_request()
 
 void CNodeOp::note_answer()
 {
-    if (asked)
+    if (asked && asked->run == graph->inq_run())
         inq_output_data()->copy_immediate_data_to(asked->answer.get());
 }
 
@@ -281,12 +281,13 @@ bool CNodeOp::take_earlier_answer()
     return true;
 }
 
-/// What feeds the op was asked for something else than follows from the op's own request. When it
-/// asks so while it answers, it does the same each time.
+/// What feeds the op is asked for something else than follows from its own request, nor from those
+/// of its consumers. An op that asks so while it answers does the same each time.
 void CNodeOp::forget_request()
 {
-    if (asked && !is_answering)
-        asked->run = 0;
+    for (CNodeOp* op = this; op && !op->is_answering; op = op->inq_consumer())
+        if (op->asked)
+            op->asked->run = 0;
 }
 
 void CNodeOp::generate_node_data(AbortPanel* abort)
@@ -343,7 +344,7 @@ bool CNodeOp::inq_input_types_same_as_output() const
 {
     const int type = node_data->inq_type();
     for (int i = 0; i < inq_n_inputs(); ++i) {
-        const CData* input = inq_inputs(i)->inq_data();
+        const CData* input = inq_input_data(i);
         if (input && input->inq_type() != type)
             return false;
     }
