@@ -3,6 +3,7 @@
 #include "compositor/lib/hdr/CNodeOp.h"
 
 #include <limits>
+#include <optional>
 #include <vector>
 
 class CNodeOpArray;
@@ -25,6 +26,7 @@ private:
         std::unique_ptr<CNodeOpArraySet> inputs;
         CNode* node;
         int output_channel;
+        std::optional<int> output_type; // read while the node is at hand
         int requested_type;
         CNodeOpArray* parent;
         int place;            // in `parent`

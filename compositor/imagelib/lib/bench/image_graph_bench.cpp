@@ -1,6 +1,6 @@
 #include "compositor/affine/lib/hdr/CNodeTransform.h"
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
-#include "compositor/imagelib/lib/hdr/CNodeFixedScreens.h"
+#include "compositor/imagelib/lib/hdr/CNodeScreen.h"
 #include "compositor/imagelib/lib/hdr/CNodeRostrum.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
@@ -12,7 +12,7 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-/// Layers of a clear card under two transforms each.
+/// Layers of a card under two transforms each.
 class LayeredGraph {
 public:
     explicit LayeredGraph(int n_ops)
@@ -22,7 +22,7 @@ public:
             CNode* inner = add(new CNodeTransform);
             connect(outer, output);
             connect(inner, outer);
-            connect(add(new CNodeClearScreen), inner);
+            connect(add(new CNodeScreen), inner);
         }
     }
 
