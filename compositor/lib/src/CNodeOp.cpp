@@ -303,7 +303,6 @@ void CNodeOp::generate_node_data(AbortPanel* abort)
 
 void CNodeOp::changed_request(int i, AbortPanel* abort)
 {
-    forget_request();
     if (CNodeOpArray* array = inq_inputs(i))
         array->update_request_data();
     if (graph)
@@ -312,7 +311,6 @@ void CNodeOp::changed_request(int i, AbortPanel* abort)
 
 void CNodeOp::changed_request(AbortPanel* abort)
 {
-    forget_request();
     copy_request_data_to_inputs();
     for (int i = 0; graph && i < inq_n_inputs(); ++i)
         graph->changed_request(i, this, abort);

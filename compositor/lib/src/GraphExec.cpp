@@ -124,6 +124,7 @@ void GraphExec::changed_request(int i, CNodeOp* op, AbortPanel* panel)
 {
     const CNodeOpArray* array = op->inq_inputs(i);
     const int n = array ? array->inq_n_nodes() : 0;
+    op->forget_request();
     for (int k = 0; k < n; ++k)
         if (CNodeOp* input = array->inq_node_op(k); input && !input->take_earlier_answer())
             rec_do_request(input, panel);

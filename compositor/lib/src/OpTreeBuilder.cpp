@@ -55,16 +55,20 @@ CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
     if (graph)
         longest_path = static_cast<std::size_t>(graph->inq_nodes_list()->count());
     start(nullptr, 0, requested_type, root, channel);
-    while (!path.empty())
-        step();
+    while (!path.empty()) {
+        if (is_endless)
+            drop();
+        else
+            step();
+    }
     return ops.empty() ? nullptr : ops.back();
 }
 
 void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, CNode* node,
                           int channel)
 {
-    if (!node || path.size() >= longest_path)
-        return; // a path that meets a node twice would never end
+    if (!node || inq_is_endless(*node))
+        return;
     std::unique_ptr<CNodeOp> op(node->new_nodeop(requested_type));
     if (!op)
         return;
@@ -86,6 +90,14 @@ void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, C
          .array_type = NO_DATA_TYPE,
          .link = nullptr,
          .next_place = 0});
+}
+
+/// Whether a path has met a node twice. Then there is no tree: its ops would be without number.
+bool OpTreeBuilder::inq_is_endless(const CNode& next)
+{
+    if (!is_endless && path.size() >= longest_path)
+        is_endless = std::ranges::count(path, &next, &Unfinished::node) > 0;
+    return is_endless;
 }
 
 void OpTreeBuilder::step()

@@ -9,7 +9,8 @@
 #include <random>
 
 namespace {
-constexpr int DRAFT = 931; // becomes a picture, and a picture a draft
+constexpr int FINE = 930; // these two become each other
+constexpr int DRAFT = 931;
 
 class DraftAndPicture : public CDataConvertor {
 public:
@@ -46,12 +47,12 @@ public:
     }
     void generate_data(AbortPanel*) override
     {
-        const CData* offered = inq_converted_composite_output(PICTURE);
+        const CData* offered = inq_converted_composite_output(FINE);
         if (!is_checked)
             return;
-        for (const int type : {static_cast<int>(PICTURE), DRAFT})
+        for (const int type : {FINE, DRAFT})
             n_wrong += inq_composite_output(type) != find_output(*this, type);
-        CData* further = find_is_through(*this) ? find_output(*inq_consumer(), PICTURE) : nullptr;
+        CData* further = find_is_through(*this) ? find_output(*inq_consumer(), FINE) : nullptr;
         n_wrong += offered != (further ? further : inq_output_data());
     }
 
@@ -95,10 +96,12 @@ protected:
     DirectCompositing()
     {
         if (!CDataDescriptor::find_desc_for(DRAFT)) {
+            new CDataDescriptor("Fine", "Fine", FINE, SketchData::new_data<FINE>, true, nullptr,
+                                true);
             new CDataDescriptor("Draft", "Draft", DRAFT, SketchData::new_data<DRAFT>, true, nullptr,
                                 true);
-            new DraftAndPictureDescriptor(DRAFT, PICTURE);
-            new DraftAndPictureDescriptor(PICTURE, DRAFT);
+            new DraftAndPictureDescriptor(DRAFT, FINE);
+            new DraftAndPictureDescriptor(FINE, DRAFT);
         }
         new_op = [](CNode* node) -> CNodeOp* { return new PlainOp(node); };
         PlainOp::n_asked = 0;
@@ -107,7 +110,7 @@ protected:
 
     static void run(CNode* root)
     {
-        GraphExec exec(PICTURE, root, 0);
+        GraphExec exec(FINE, root, 0);
         exec.setup_data();
         exec.generate_data(nullptr);
     }
@@ -119,12 +122,12 @@ TEST_F(DirectCompositing, finds_the_target_that_the_plain_search_finds)
     PlainOp::is_checked = true;
     for (unsigned seed = 1; seed <= 60; ++seed) {
         std::mt19937 random(seed);
-        std::vector<SketchNode*> open{add("t", 1)};
+        std::vector<SketchNode*> open{add("t", 1, FINE)};
         for (int i = 0; i < 14; ++i) {
             const char* const names[] = {"t", "t", "t", "ct", "c", "-"};
             const auto size = static_cast<unsigned>(open.size());
             SketchNode* consumer = open[random() % size];
-            const int type = random() % 3 ? PICTURE : DRAFT;
+            const int type = random() % 3 ? FINE : DRAFT;
             SketchNode* node = add(names[random() % (i < 11 ? 5 : 6)], 1, type);
             connect(node, consumer);
             open.push_back(node);
@@ -138,12 +141,12 @@ TEST_F(DirectCompositing, asks_each_op_a_few_times_however_long_the_chain_is)
 {
     constexpr int n = 5000;
     PlainOp::is_checked = false; // the plain search takes too long
-    SketchNode* const root = add("t", 1);
+    SketchNode* const root = add("t", 1, FINE);
     SketchNode* consumer = root;
     for (int i = 1; i < n; ++i) {
-        SketchNode* node = add("t", 1);
+        SketchNode* node = add("t", 1, FINE);
         connect(node, consumer);
-        connect(add("c", 1), consumer);
+        connect(add("c", 1, FINE), consumer);
         consumer = node;
     }
     run(root);

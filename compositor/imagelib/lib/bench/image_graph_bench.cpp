@@ -1,7 +1,7 @@
 #include "compositor/affine/lib/hdr/CNodeTransform.h"
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
-#include "compositor/imagelib/lib/hdr/CNodeScreen.h"
 #include "compositor/imagelib/lib/hdr/CNodeRostrum.h"
+#include "compositor/imagelib/lib/hdr/CNodeScreen.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"
