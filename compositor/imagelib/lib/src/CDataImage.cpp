@@ -132,6 +132,11 @@ int CDataImage::inq_type() const
     return inq_type_s();
 }
 
+bool CDataImage::inq_request_equals(const CData* other) const
+{
+    return inq_is_asked_like(*static_cast<const CDataImage*>(other));
+}
+
 gsl::owner<KIVPixmap*> CDataImage::extract_pixmap()
 {
     if (pixmap)
