@@ -9,6 +9,7 @@ class CNodeGraphSelectionWatcher;
 class CNodeGraphWatcher;
 class ChangeEvt;
 class ChangeRecorder;
+class GraphUpkeep;
 class KIVDLLUsageList;
 class Vector2;
 class XSheet;
@@ -116,13 +117,9 @@ public:
     bool load_finished_with_abort(XSheet* sheet, bool check);
 
 private:
-    enum class TypeLists { STORED, DROPPED };
-
     template <class Record> void record(Record& r);
-
-    /// Whether the data types fit, with one more connection if two channels are given.
-    bool run_type_checker(TypeLists lists, CNodeChannel* output = nullptr,
-                          CNodeChannel* input = nullptr);
+    bool update_readers(CNode* node);
+    void tell_connections_changed(bool connected_to_root);
     void delete_all_connections();
     void delete_connection_from_destructor(gsl::owner<CNodeConnection*> connection);
     void empty_channel(CNodeChannel& channel);
@@ -136,4 +133,5 @@ private:
     std::unique_ptr<KIVLinkedList> selection_watchers;
     bool type_checker_enabled = true;
     std::unique_ptr<KIVString> end_change_name;
+    std::unique_ptr<GraphUpkeep> upkeep;
 };

@@ -2,6 +2,7 @@
 
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 
 KIV_STORED_CLASS(CNodeChannelSet, -1);
@@ -31,7 +32,10 @@ CNodeChannelSet::CNodeChannelSet(CNode* node, int n_channels) : node(node)
     set_n_channels(n_channels);
 }
 
-CNodeChannelSet::~CNodeChannelSet() = default;
+CNodeChannelSet::~CNodeChannelSet()
+{
+    ++GraphChanges::our_count;
+}
 
 CNodeChannelSet::CNodeChannelSet(KIVIStream& stream) : KIVObject(stream)
 {
@@ -135,4 +139,5 @@ void CNodeChannelSet::set_n_channels(int n)
     for (auto& channel : channels)
         if (!channel)
             channel = std::make_unique<CNodeChannel>(this);
+    ++GraphChanges::our_count;
 }

@@ -1,9 +1,9 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 
 #include "compositor/lib/hdr/CNodeGraphWatcher.h"
-#include "compositor/lib/hdr/DAGExec.h"
-#include "compositor/lib/hdr/DAGOpBase.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "compositor/lib/src/GraphClaims.h"
+#include "compositor/lib/src/GraphUpkeep.h"
 #include "compositor/lib/src/NodeWalk.h"
 #include "kivlib/hdr/ChangeRecorder.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
@@ -16,6 +16,7 @@ KIV_STORED_CLASS(CNodeGraph, 92);
 
 namespace {
 constexpr FormatVersions IS_A_NODE = before(92);
+using TypeLists = FlatTypeChecker::Lists;
 constexpr int MOST_ROUNDS = 1'000'000; // connections that a channel of a sound graph may have
 
 std::unique_ptr<KIVLinkedList> new_list()
@@ -72,28 +73,28 @@ std::vector<CNode*> nodes_down_to(const CNode* root, CNode* from)
 {
     struct Step {
         CNode* node;
-        std::vector<CNode*> parents; // those still to be entered, the last one first
+        std::size_t first_parent; // of those still to be entered, the last one first
     };
     std::vector<CNode*> found;
+    std::vector<CNode*> parents;
     std::vector<Step> way;
     const NodeWalk walk;
     const auto enter = [&](CNode* node) {
         if (!walk.enter(node))
             return;
-        way.push_back({node, {}});
-        Neighbours parents = Neighbours::parents_of(node);
-        while (CNode* parent = node == root ? nullptr : parents.next())
-            way.back().parents.push_back(parent);
+        way.push_back({node, parents.size()});
+        Neighbours readers = Neighbours::parents_of(node);
+        while (CNode* reader = node == root ? nullptr : readers.next())
+            parents.push_back(reader);
     };
     enter(from);
     while (!way.empty()) {
-        Step& step = way.back();
-        if (step.parents.empty()) {
-            found.push_back(step.node);
+        if (parents.size() == way.back().first_parent) {
+            found.push_back(way.back().node);
             way.pop_back();
         } else {
-            CNode* parent = step.parents.back();
-            step.parents.pop_back();
+            CNode* parent = parents.back();
+            parents.pop_back();
             enter(parent);
         }
     }
@@ -114,8 +115,11 @@ bool is_connected_within(const CNodeGraph* graph, const CNode& node)
 } // namespace
 
 CNodeGraph::CNodeGraph(XSheet* xsheet)
-    : xsheet(xsheet), nodes(std::make_unique<KIVLinkedList>(true)), watchers(new_list())
-{}
+    : xsheet(xsheet), nodes(std::make_unique<KIVLinkedList>(true)), watchers(new_list()),
+      upkeep(std::make_unique<GraphUpkeep>(*this))
+{
+    nodes->count_changes_in(&GraphChanges::our_count);
+}
 
 /// When a graph was a node itself it had a node's fields.
 template <class Record> void CNodeGraph::record(Record& r)
@@ -130,7 +134,8 @@ template <class Record> void CNodeGraph::record(Record& r)
     r.link(root_node);
 }
 
-CNodeGraph::CNodeGraph(KIVIStream& stream) : KIVObject(stream), watchers(new_list())
+CNodeGraph::CNodeGraph(KIVIStream& stream)
+    : KIVObject(stream), watchers(new_list()), upkeep(std::make_unique<GraphUpkeep>(*this))
 {
     RecordReader r(stream);
     record(r);
@@ -140,6 +145,7 @@ CNodeGraph::CNodeGraph(KIVIStream& stream) : KIVObject(stream), watchers(new_lis
         nodes->remove_all();
         root_node = nullptr;
     }
+    nodes->count_changes_in(&GraphChanges::our_count);
     for (CNode* node : nodes->of<CNode>())
         node->set_graph(this);
 }
@@ -277,19 +283,9 @@ void CNodeGraph::record_dll_usage(KIVDLLUsageList* usage) const
         usage->record_object_usage(node);
 }
 
-bool CNodeGraph::run_type_checker(TypeLists lists, CNodeChannel* output, CNodeChannel* input)
-{
-    DAGExec check(this, "type_checker", new DAGOpBottomUpDefault);
-    if (output && input)
-        check.inq_graph()->make_connection(output, input);
-    check.init();
-    check.set_store_result(lists == TypeLists::STORED);
-    return check.execute();
-}
-
 bool CNodeGraph::inq_can_connect_data_types(CNodeChannel* output, CNodeChannel* input)
 {
-    return run_type_checker(TypeLists::DROPPED, output, input);
+    return upkeep->check_types(TypeLists::DROPPED, output, input);
 }
 
 bool CNodeGraph::inq_can_connect_acyclic(CNodeChannel* output, CNodeChannel* input)
@@ -327,18 +323,18 @@ CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, CNodeChannel*
 CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, int output_index,
                                              CNodeChannel* input, int input_index, bool notify)
 {
-    if (type_checker_enabled && !run_type_checker(TypeLists::STORED, output, input))
+    if (type_checker_enabled && !upkeep->check_types(TypeLists::STORED, output, input))
         return nullptr;
     auto* connection = new CNodeConnection(output, input);
-    output->add_connection(connection, output_index);
-    input->add_connection(connection, input_index);
+    upkeep->connect(*connection, output_index, input_index);
     CNode* reader = input->inq_node();
     if (notify) {
         reader->input_connections_changed();
         output->inq_node()->output_connections_changed();
     }
-    update_input_connections(reader);
-    notify_connections_changed(is_connected_to_root(reader));
+    const bool is_connected = update_readers(reader);
+    upkeep->update_inchoate_flags();
+    tell_connections_changed(is_connected);
     return connection;
 }
 
@@ -350,17 +346,17 @@ void CNodeGraph::delete_connection(gsl::owner<CNodeConnection*> connection, bool
     CNodeChannel* output = taken->inq_output_channel();
     CNodeChannel* input = taken->inq_input_channel();
     if (output) {
-        output->remove_connection(connection);
+        upkeep->leave_output(*connection);
         if (notify)
             output->inq_node()->output_connections_changed();
     }
     if (input) {
-        input->remove_connection(connection);
+        upkeep->leave_input(*connection);
         if (notify)
             input->inq_node()->input_connections_changed();
     }
     if (type_checker_enabled)
-        run_type_checker(TypeLists::STORED);
+        upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
     if (input)
         update_input_connections(input->inq_node());
 }
@@ -368,13 +364,13 @@ void CNodeGraph::delete_connection(gsl::owner<CNodeConnection*> connection, bool
 bool CNodeGraph::set_type_checker_enabled()
 {
     type_checker_enabled = true;
-    return run_type_checker(TypeLists::STORED);
+    return upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
 }
 
 void CNodeGraph::add_node(gsl::owner<CNode*> node)
 {
-    nodes->add(node);
     node->set_graph(this);
+    upkeep->add_node(node);
     node->node_just_added_to_graph();
     notify_number_of_nodes_changed();
 }
@@ -391,17 +387,25 @@ gsl::owner<CNode*> CNodeGraph::remove_node(CNode* node)
 
 void CNodeGraph::update_input_connections(CNode* node)
 {
-    for (CNode* reader : nodes_down_to(root_node, node))
+    update_readers(node);
+}
+
+/// Whether the root can be reached from the node afterwards.
+bool CNodeGraph::update_readers(CNode* node)
+{
+    const CNode* const root = root_node;
+    const unsigned long seen_changes = GraphChanges::our_count;
+    const std::vector<CNode*> readers = nodes_down_to(root, node);
+    for (CNode* reader : readers)
         reader->input_connections_updated();
+    if (root_node != root || GraphChanges::our_count != seen_changes)
+        return is_connected_to_root(node); // a node has changed the graph
+    return std::ranges::find(readers, root) != readers.end();
 }
 
 void CNodeGraph::update_inchoate_flags()
 {
-    for (CNode* node : nodes->of<CNode>())
-        node->set_inchoate_flag(false);
-    for (CNode* node : nodes->of<CNode>())
-        if (!node->inq_is_fully_connected())
-            node->set_and_propogate_inchoate_flag();
+    upkeep->update_all_inchoate_flags();
 }
 
 void CNodeGraph::attach_watcher(CNodeGraphWatcher* watcher)
@@ -430,6 +434,11 @@ void CNodeGraph::remove_selection_watcher(CNodeGraphSelectionWatcher* watcher)
 void CNodeGraph::notify_connections_changed(bool connected_to_root)
 {
     update_inchoate_flags();
+    tell_connections_changed(connected_to_root);
+}
+
+void CNodeGraph::tell_connections_changed(bool connected_to_root)
+{
     tell_all<CNodeGraphWatcher>(*watchers,
                                 [=](auto& w) { w.connections_changed(connected_to_root); });
 }
@@ -488,7 +497,8 @@ bool CNodeGraph::load_finished_with_abort(XSheet* sheet, bool)
     for (int pass = 0; pass < PASSES; ++pass)
         for (CNode* node : nodes->of<CNode>())
             node->after_load_finished();
-    run_type_checker(TypeLists::STORED); // types that do not fit are no reason to refuse a scene
+    // types that do not fit are no reason to refuse a scene
+    upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
     return false;
 }
 

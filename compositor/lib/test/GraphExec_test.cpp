@@ -354,9 +354,10 @@ TEST_F(GraphExecTest, resolves_wildcards_by_the_checked_types)
     SketchNode* note = add("note", 0, NOTE);
     connect(note, any);
     const auto check = [&](std::initializer_list<int> types) {
-        any->set_types(new cdata_tDArray(0));
+        auto* list = new cdata_tDArray(0);
         for (const int type : types)
-            any->inq_types()->insert_tail(type);
+            list->insert_tail(type);
+        any->set_types(list);
     };
     check({NOTE});
     GraphExec one(NOTE, any, 0);
