@@ -19,6 +19,41 @@ constexpr FormatVersions IS_A_NODE = before(92);
 using TypeLists = FlatTypeChecker::Lists;
 constexpr int MOST_ROUNDS = 1'000'000; // connections that a channel of a sound graph may have
 
+/// The nodes of a list. Others can reach the list, and a null in it stands for no node.
+class NodesOf {
+    using Objects = KIVLinkedList::Objects<CNode>;
+
+public:
+    explicit NodesOf(const KIVLinkedList& list) : nodes(list.of<CNode>()) {}
+
+    class Iterator {
+    public:
+        Iterator(Objects::Iterator at, Objects::Iterator end) : at(at), end(end) { pass_nulls(); }
+        CNode* operator*() const { return *at; }
+        Iterator& operator++()
+        {
+            ++at;
+            pass_nulls();
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return at == other.at; }
+
+    private:
+        void pass_nulls()
+        {
+            while (!(at == end) && !*at)
+                ++at;
+        }
+        Objects::Iterator at;
+        Objects::Iterator end;
+    };
+    Iterator begin() const { return {nodes.begin(), nodes.end()}; }
+    Iterator end() const { return {nodes.end(), nodes.end()}; }
+
+private:
+    Objects nodes;
+};
+
 std::unique_ptr<KIVLinkedList> new_list()
 {
     return std::make_unique<KIVLinkedList>(false);
@@ -27,7 +62,7 @@ std::unique_ptr<KIVLinkedList> new_list()
 template <class Fits> gsl::owner<KIVLinkedList*> find_nodes(const KIVLinkedList& nodes, Fits fits)
 {
     std::unique_ptr<KIVLinkedList> found = new_list();
-    for (CNode* node : nodes.of<CNode>())
+    for (CNode* node : NodesOf(nodes))
         if (fits(*node))
             found->add(node);
     return found.release();
@@ -35,7 +70,7 @@ template <class Fits> gsl::owner<KIVLinkedList*> find_nodes(const KIVLinkedList&
 
 template <class Find> CNodeChannel* find_first_channel(const KIVLinkedList& nodes, Find find)
 {
-    for (const CNode* node : nodes.of<CNode>())
+    for (const CNode* node : NodesOf(nodes))
         if (CNodeChannel* channel = find(*node))
             return channel;
     return nullptr;
@@ -56,6 +91,11 @@ bool shows_no_use(const CNode& node)
         if (!node.inq_outputs()->inq_channel(i)->inq_connections_list()->inq_is_empty())
             return false;
     return true;
+}
+
+bool stands_on_node(const CNodeChannel* channel)
+{
+    return channel && channel->inq_node();
 }
 
 /// Tells the watchers of now, of which some may go meanwhile.
@@ -146,14 +186,14 @@ CNodeGraph::CNodeGraph(KIVIStream& stream)
         root_node = nullptr;
     }
     nodes->count_changes_in(&GraphChanges::our_count);
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         node->set_graph(this);
 }
 
 void CNodeGraph::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         if (!is_connected_within(this, *node))
             stream.set_error_state(KIVStream::BAD_DATA); // no reader would take it
     const bool has_root = root_node && root_node->inq_graph() == this;
@@ -195,7 +235,7 @@ gsl::owner<KIVLinkedList*> CNodeGraph::find_connections(const KIVLinkedList& nod
 {
     std::unique_ptr<KIVLinkedList> found = new_list();
     std::unordered_set<const KIVObject*> met;
-    for (const CNode* node : nodes.of<CNode>())
+    for (const CNode* node : NodesOf(nodes))
         for (const KIVLinkedList& list :
              {node->inq_in_connections_list(), node->inq_out_connections_list()})
             for (KIVObject* connection : list.of<KIVObject>())
@@ -207,7 +247,7 @@ gsl::owner<KIVLinkedList*> CNodeGraph::find_connections(const KIVLinkedList& nod
 CNode* CNodeGraph::find_single_selected_node() const
 {
     CNode* selected = nullptr;
-    for (CNode* node : nodes->of<CNode>()) {
+    for (CNode* node : NodesOf(*nodes)) {
         if (!node->inq_is_selected())
             continue;
         if (selected)
@@ -219,7 +259,7 @@ CNode* CNodeGraph::find_single_selected_node() const
 
 bool CNodeGraph::inq_channels_selected() const
 {
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         if (any_selected(node->inq_inputs()) || any_selected(node->inq_outputs()))
             return true;
     return false;
@@ -227,7 +267,7 @@ bool CNodeGraph::inq_channels_selected() const
 
 CNode* CNodeGraph::find_node(unsigned int label) const
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         if (node->inq_label() == label)
             return node;
     return nullptr;
@@ -235,8 +275,8 @@ CNode* CNodeGraph::find_node(unsigned int label) const
 
 bool CNodeGraph::is_connected_to_root(const CNode* node) const
 {
-    if (node == root_node)
-        return true;
+    if (!node || node == root_node)
+        return node;
     bool is_connected = false;
     const NodeWalk walk;
     walk_beyond(node, Neighbours::parents_of, [&](const CNode* reader) {
@@ -290,7 +330,9 @@ bool CNodeGraph::inq_can_connect_data_types(CNodeChannel* output, CNodeChannel* 
 
 bool CNodeGraph::inq_can_connect_acyclic(CNodeChannel* output, CNodeChannel* input)
 {
-    for (CNode* node : nodes->of<CNode>())
+    if (!stands_on_node(output) || !stands_on_node(input))
+        return false;
+    for (CNode* node : NodesOf(*nodes))
         node->set_acyclic_flag(false);
     input->inq_node()->set_acyclic_flag(true);
     return output->inq_node()->do_acyclic_check();
@@ -323,6 +365,8 @@ CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, CNodeChannel*
 CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, int output_index,
                                              CNodeChannel* input, int input_index, bool notify)
 {
+    if (!stands_on_node(output) || !stands_on_node(input))
+        return nullptr;
     if (type_checker_enabled && !upkeep->check_types(TypeLists::STORED, output, input))
         return nullptr;
     auto* connection = new CNodeConnection(output, input);
@@ -347,17 +391,17 @@ void CNodeGraph::delete_connection(gsl::owner<CNodeConnection*> connection, bool
     CNodeChannel* input = taken->inq_input_channel();
     if (output) {
         upkeep->leave_output(*connection);
-        if (notify)
+        if (notify && output->inq_node())
             output->inq_node()->output_connections_changed();
     }
     if (input) {
         upkeep->leave_input(*connection);
-        if (notify)
+        if (notify && input->inq_node())
             input->inq_node()->input_connections_changed();
     }
     if (type_checker_enabled)
         upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
-    if (input)
+    if (stands_on_node(input))
         update_input_connections(input->inq_node());
 }
 
@@ -369,6 +413,8 @@ bool CNodeGraph::set_type_checker_enabled()
 
 void CNodeGraph::add_node(gsl::owner<CNode*> node)
 {
+    if (!node)
+        return;
     node->set_graph(this);
     upkeep->add_node(node);
     node->node_just_added_to_graph();
@@ -377,7 +423,7 @@ void CNodeGraph::add_node(gsl::owner<CNode*> node)
 
 gsl::owner<CNode*> CNodeGraph::remove_node(CNode* node)
 {
-    if (!nodes->remove(node))
+    if (!node || !nodes->remove(node))
         return nullptr;
     node->set_graph(nullptr);
     node->node_just_removed_from_graph();
@@ -482,20 +528,20 @@ void CNodeGraph::set_end_change_name(const char* text)
 
 void CNodeGraph::mark_used_assets()
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         node->mark_used_assets();
 }
 
 bool CNodeGraph::load_finished_with_abort(XSheet* sheet, bool)
 {
     xsheet = sheet;
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         node->lay_out_after_load();
     if (abort_of_load_finished())
         return true;
     constexpr int PASSES = 2; // in its second call a node may rely on all others' first
     for (int pass = 0; pass < PASSES; ++pass)
-        for (CNode* node : nodes->of<CNode>())
+        for (CNode* node : NodesOf(*nodes))
             node->after_load_finished();
     // types that do not fit are no reason to refuse a scene
     upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
@@ -504,7 +550,7 @@ bool CNodeGraph::load_finished_with_abort(XSheet* sheet, bool)
 
 bool CNodeGraph::abort_of_load_finished()
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         if (node->load_finished_with_abort())
             return true;
     return false;
@@ -512,7 +558,7 @@ bool CNodeGraph::abort_of_load_finished()
 
 void CNodeGraph::delete_all_connections()
 {
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         for (const CNodeChannelSet* set : {node->inq_outputs(), node->inq_inputs()})
             for (int i = 0; set && i < set->inq_n_channels(); ++i)
                 empty_channel(*set->inq_channel(i));

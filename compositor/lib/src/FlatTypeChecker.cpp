@@ -54,7 +54,8 @@ void FlatTypeChecker::remove_connection(const CNodeChannel* real_output,
     const int input = graph.find_input(real_input);
     if (output == NONE || input == NONE)
         return;
-    graph.disconnect(graph.find_connection(output, input));
+    if (const int gone = graph.find_connection(output, input); gone != NONE)
+        graph.disconnect(gone);
     wait_for_check(graph.inq_node_of_input(input));
 }
 

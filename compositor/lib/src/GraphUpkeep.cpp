@@ -14,6 +14,15 @@ bool is_unconnected(const CNode& node)
                 return false;
     return true;
 }
+
+/// From an output to an input, as a checker finds connections.
+bool is_regular(const CNodeConnection& connection)
+{
+    const CNodeChannel* output = connection.inq_output_channel();
+    const CNodeChannel* input = connection.inq_input_channel();
+    return output && output->inq_node() && output->inq_channel_set()->inq_is_output_channel_set() &&
+           (!input || (input->inq_node() && input->inq_channel_set()->inq_is_input_channel_set()));
+}
 } // namespace
 
 void GraphUpkeep::catch_up()
@@ -46,6 +55,8 @@ void GraphUpkeep::connect(CNodeConnection& connection, int output_index, int inp
     CNodeChannel* input = connection.inq_input_channel();
     output->add_connection(&connection, output_index);
     input->add_connection(&connection, input_index);
+    if (!is_regular(connection))
+        return;
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->add_connection(output, input);
@@ -58,8 +69,8 @@ void GraphUpkeep::leave_output(CNodeConnection& connection)
 {
     catch_up();
     connection.inq_output_channel()->remove_connection(&connection);
-    if (seen_changes == GraphChanges::our_count)
-        return; // it was not on the list
+    if (seen_changes == GraphChanges::our_count || !is_regular(connection))
+        return; // it was not on the list, or is no checker's
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->remove_connection(connection.inq_output_channel(), connection.inq_input_channel());
@@ -70,6 +81,8 @@ void GraphUpkeep::leave_input(CNodeConnection& connection)
 {
     catch_up();
     connection.inq_input_channel()->remove_connection(&connection);
+    if (connection.inq_output_channel() && !is_regular(connection))
+        return;
     seen_changes = GraphChanges::our_count;
     note_edit(connection.inq_input_channel()->inq_node());
 }
