@@ -140,6 +140,8 @@ void CNode::init()
     inputs = new_channels(this, descriptor->inq_n_inputs());
     outputs = new_channels(this, descriptor->inq_n_outputs());
     lay_out_channels();
+    if (graph)
+        ++GraphChanges::our_count;
 }
 
 void CNode::lay_out_channels()

@@ -29,7 +29,7 @@ template <class Sides> double sum_of(const auto& channels, Sides width)
 
 CNodeChannelSet::CNodeChannelSet(CNode* node, int n_channels) : node(node)
 {
-    set_n_channels(n_channels);
+    resize(n_channels);
 }
 
 CNodeChannelSet::~CNodeChannelSet()
@@ -135,9 +135,14 @@ void CNodeChannelSet::reset_position()
 
 void CNodeChannelSet::set_n_channels(int n)
 {
+    resize(n);
+    ++GraphChanges::our_count;
+}
+
+void CNodeChannelSet::resize(int n)
+{
     channels.resize(static_cast<std::size_t>(std::max(n, 0)));
     for (auto& channel : channels)
         if (!channel)
             channel = std::make_unique<CNodeChannel>(this);
-    ++GraphChanges::our_count;
 }

@@ -2,7 +2,6 @@
 
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/src/GraphChanges.h"
-#include "compositor/lib/src/InchoateWalk.h"
 #include "compositor/lib/src/NodeWalk.h"
 
 namespace {
@@ -13,6 +12,11 @@ bool is_unconnected(const CNode& node)
             if (!set->inq_channel(i)->inq_connections_list()->inq_is_empty())
                 return false;
     return true;
+}
+
+bool has_one_connection(const CNodeChannel& channel)
+{
+    return channel.inq_connections_list()->count() == 1;
 }
 
 /// From an output to an input, as a checker finds connections.
@@ -30,7 +34,7 @@ void GraphUpkeep::catch_up()
     if (seen_changes == GraphChanges::our_count)
         return;
     checker.reset();
-    edited.clear();
+    edits.clear();
     are_flags_known = false;
     seen_changes = GraphChanges::our_count;
 }
@@ -44,7 +48,7 @@ void GraphUpkeep::add_node(CNode* node)
         return;
     if (checker)
         checker->add_node(node);
-    note_edit(node);
+    note_edit({node});
     seen_changes = GraphChanges::our_count;
 }
 
@@ -60,8 +64,8 @@ void GraphUpkeep::connect(CNodeConnection& connection, int output_index, int inp
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->add_connection(output, input);
-    note_edit(output->inq_node());
-    note_edit(input->inq_node());
+    note_edit({output->inq_node(), input->inq_node(), has_one_connection(*output)});
+    note_edit({input->inq_node(), nullptr, has_one_connection(*input)});
 }
 
 /// A checker knows connections by the lists of outputs.
@@ -74,7 +78,7 @@ void GraphUpkeep::leave_output(CNodeConnection& connection)
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->remove_connection(connection.inq_output_channel(), connection.inq_input_channel());
-    note_edit(connection.inq_output_channel()->inq_node());
+    note_edit({connection.inq_output_channel()->inq_node()});
 }
 
 void GraphUpkeep::leave_input(CNodeConnection& connection)
@@ -84,7 +88,7 @@ void GraphUpkeep::leave_input(CNodeConnection& connection)
     if (connection.inq_output_channel() && !is_regular(connection))
         return;
     seen_changes = GraphChanges::our_count;
-    note_edit(connection.inq_input_channel()->inq_node());
+    note_edit({connection.inq_input_channel()->inq_node()});
 }
 
 bool GraphUpkeep::check_types(FlatTypeChecker::Lists lists, const CNodeChannel* output,
@@ -97,20 +101,20 @@ bool GraphUpkeep::check_types(FlatTypeChecker::Lists lists, const CNodeChannel* 
 }
 
 /// The flags of other graphs' nodes are not known. With too many edits all may as well be set anew.
-void GraphUpkeep::note_edit(CNode* node)
+void GraphUpkeep::note_edit(const InchoateWalk::Edit& edit)
 {
     const auto most = static_cast<std::size_t>(graph.inq_nodes_list()->count());
     are_flags_known =
-        are_flags_known && node && node->inq_graph() == &graph && edited.size() < 2 * most;
+        are_flags_known && edit.node && edit.node->inq_graph() == &graph && edits.size() < 2 * most;
     if (are_flags_known)
-        edited.push_back(node);
+        edits.push_back(edit);
 }
 
 void GraphUpkeep::update_all_inchoate_flags()
 {
     catch_up();
     InchoateWalk::flag_anew(*graph.inq_nodes_list());
-    edited.clear();
+    edits.clear();
     are_flags_known = true;
 }
 
@@ -121,6 +125,6 @@ void GraphUpkeep::update_inchoate_flags()
         update_all_inchoate_flags();
         return;
     }
-    InchoateWalk::flag_after_edit(edited);
-    edited.clear();
+    InchoateWalk::flag_after(edits);
+    edits.clear();
 }

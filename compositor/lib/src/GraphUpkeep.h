@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compositor/lib/src/FlatTypeChecker.h"
+#include "compositor/lib/src/InchoateWalk.h"
 
 #include <memory>
 #include <vector>
@@ -36,11 +37,11 @@ public:
 
 private:
     void catch_up();
-    void note_edit(CNode* node);
+    void note_edit(const InchoateWalk::Edit& edit);
 
     CNodeGraph& graph;
     std::unique_ptr<FlatTypeChecker> checker; // made when there is none to keep
     unsigned long seen_changes = 0;
     bool are_flags_known = false;
-    std::vector<CNode*> edited; // since the flags were known
+    std::vector<InchoateWalk::Edit> edits; // since the flags were known
 };

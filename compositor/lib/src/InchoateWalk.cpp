@@ -29,12 +29,17 @@ void InchoateWalk::flag_anew(const KIVLinkedList& nodes)
 
 /// First all flags are set that are due, so that from every node that bears its flag rightly flags
 /// lead to an incomplete one.
-void InchoateWalk::flag_after_edit(const std::vector<CNode*>& edited)
+void InchoateWalk::flag_after(const std::vector<Edit>& edits)
 {
-    for (CNode* node : edited)
-        if (!node->inq_inchoate_flag() && node->should_be_inchoate())
-            flag(node);
-    unflag(edited);
+    for (const Edit& edit : edits)
+        if (!edit.node->inq_is_fully_connected() ||
+            (edit.new_reader && edit.new_reader->inq_inchoate_flag()))
+            flag(edit.node);
+    std::vector<CNode*> doubtful;
+    for (const Edit& edit : edits)
+        if (edit.may_lose_flag)
+            doubtful.push_back(edit.node);
+    unflag(std::move(doubtful));
 }
 
 /// These, and what feeds them, where no incomplete node is left that they lead to.
@@ -60,14 +65,18 @@ void InchoateWalk::unflag(std::vector<CNode*> nodes)
 /// If it does not, neither do those that the walk has passed.
 bool InchoateWalk::leads_to_incomplete(CNode* node, std::vector<CNode*>& passed)
 {
-    bool is_found = false;
+    std::vector<Neighbours> way;
     const NodeWalk walk;
-    walk_from(node, Neighbours::parents_of, [&](CNode* met) {
-        if (is_found || !met->inq_inchoate_flag() || !walk.enter(met))
+    for (CNode* met = node;; met = way.back().next()) {
+        if (!met) {
+            way.pop_back();
+        } else if (met->inq_inchoate_flag() && walk.enter(met)) {
+            if (!met->inq_is_fully_connected())
+                return true;
+            passed.push_back(met);
+            way.push_back(Neighbours::parents_of(met));
+        }
+        if (way.empty())
             return false;
-        passed.push_back(met);
-        is_found = !met->inq_is_fully_connected();
-        return !is_found;
-    });
-    return is_found;
+    }
 }
