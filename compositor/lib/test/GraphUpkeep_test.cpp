@@ -164,7 +164,7 @@ TEST(CNodeGraph, keeps_types_and_flags_as_checks_of_the_whole_graph_find_them)
 {
     std::size_t n_edits = 0;
     std::size_t n_refused = 0;
-    for (unsigned seed = 0; seed < 80; ++seed) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
         const std::vector<std::string> kept = results(seed, Way::KEPT);
         const std::vector<std::string> whole = results(seed, Way::WHOLE);
         for (std::size_t i = 0; i < kept.size(); ++i)
