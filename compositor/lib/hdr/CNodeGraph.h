@@ -69,8 +69,9 @@ public:
     CNodeConnection* find_connection_between(const CNodeChannel* output,
                                              const CNodeChannel* input) const;
 
-    /// Null, and nothing changed, if the data types do not fit. Without indices the connection
-    /// goes to the head of both lists. With `notify`, the two nodes are told.
+    /// Null, and nothing changed but the stored lists of types, if the data types do not fit or a
+    /// channel stands on no node. Without indices the connection goes to the head of both lists.
+    /// With `notify`, the two nodes are told.
     CNodeConnection* make_connection(CNodeChannel* output, CNodeChannel* input, bool notify);
     CNodeConnection* make_connection(CNodeChannel* output, int output_index, CNodeChannel* input,
                                      int input_index, bool notify);
