@@ -184,8 +184,10 @@ TEST_F(Requests, find_no_op_of_an_input_whose_type_is_open)
     SketchNode* root = add("a", 1, Area::TYPE);
     for (int i = 0; i < 1000; ++i) {
         SketchNode* open = add_universal("open", 1);
-        open->set_types(new cdata_tDArray(2)); // neither is wanted
-        (*open->inq_types())[0] = (*open->inq_types())[1] = Area::TYPE + 1;
+        auto* types = new cdata_tDArray(0); // neither is wanted
+        types->insert_tail(Area::TYPE + 1);
+        types->insert_tail(Area::TYPE + 1);
+        open->set_types(types);
         connect(open, root);
     }
     const GraphExec exec(Area::TYPE, root, 0);
