@@ -6,8 +6,8 @@
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
-#include "compositor/lib/hdr/CNodeRepository.h"
 #include "coversheet/lib/hdr/CoverSheet.h"
+#include "frontend/montaray_scene/find_node_class.h"
 #include "frontend/montaray_scene/words.h"
 #include "kivlib/hdr/KIVStringList.h"
 #include "scene/hdr/KIVScene.h"
@@ -41,28 +41,6 @@ public:
 private:
     std::string file;
 };
-
-bool is_called(const CNodeDescriptor& descriptor, const char* member, const std::string& name)
-{
-    if (std::string_view(member) == "class")
-        return descriptor.inq_name() == name.c_str();
-    return descriptor.inq_user_type_name() == name.c_str();
-}
-
-CNodeDescriptor& find_descriptor(const Place& place)
-{
-    const char* member = place.find("class") ? "class" : "type";
-    if (place.find("class") && place.find("type"))
-        place.at("type").refuse("a class or a type and not both");
-    const std::string name = place.at(member).text();
-    for (auto* descriptor :
-         CNodeRepository::inq_repository()->inq_descriptors().of<CNodeDescriptor>())
-        if (is_called(*descriptor, member, name))
-            return *descriptor;
-    place.at(member).refuse(member == std::string("class")
-                                ? "the name of a node class, such as \"CNodeCamera\""
-                                : "the name of a kind of node, such as \"Camera\"");
-}
 
 bool is_fed_by(const CNode* node, const CNode* source,
                const std::multimap<const CNode*, const CNode*>& sources)
@@ -137,7 +115,7 @@ void SceneBuilder::make_node(const Place& place)
     const std::string name = place.at("name").text();
     if (name.empty() || nodes.contains(name))
         place.at("name").refuse("a name that no other node has");
-    CNode* node = make_new_node(place, find_descriptor(place));
+    CNode* node = make_new_node(place, find_node_class(place));
     node->add_to_graph(&graph);
     nodes[name] = node;
     if (const auto disabled = place.find("disabled"))
