@@ -42,8 +42,9 @@ using ModuleSetup = void (*)(ClassManager*);
 // clang-format off
 #define KIV_MODULE(Initialiser)                                                                    \
     extern "C" {                                                                                   \
-    __attribute__((used, visibility("default"))) extern const char montaray_module_mark[];         \
-    const char montaray_module_mark[] = MONTARAY_MODULE_MARK MONTARAY_VERSION;                     \
+    __attribute__((visibility("default"))) extern const char montaray_module_mark[];               \
+    __attribute__((used)) const char montaray_module_mark[] =                                      \
+        MONTARAY_MODULE_MARK MONTARAY_VERSION;                                                     \
     __attribute__((visibility("default"))) void montaray_module_setup(ClassManager* manager)       \
     {                                                                                              \
         const Initialiser module(manager);                                                         \
