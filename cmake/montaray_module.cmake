@@ -3,7 +3,7 @@
 # library if the prefix is the library's.
 function(montaray_module name)
     cmake_parse_arguments(PARSE_ARGV 1 MODULE "" "" "CLASSES;SOURCES")
-    set(folder ${PROJECT_BINARY_DIR}/lib/montaray/modules)
+    set(folder ${CMAKE_BINARY_DIR}/lib/montaray/modules)
     add_library(${name} MODULE ${MODULE_SOURCES})
     target_link_libraries(${name} PRIVATE montaraystore::montaraystore)
     set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX .so CXX_EXTENSIONS OFF
