@@ -13,6 +13,7 @@ constexpr int SAMPLES = 4;
 
 using Floats = float __attribute__((vector_size(LANES * sizeof(float))));
 using Ints = std::int32_t __attribute__((vector_size(LANES * sizeof(std::int32_t))));
+using Shorts = std::uint16_t __attribute__((vector_size(LANES * sizeof(std::uint16_t))));
 using Pixel = float __attribute__((vector_size(SAMPLES * sizeof(float))));
 
 template <class Sample> struct Packed;
@@ -20,7 +21,7 @@ template <> struct Packed<std::uint8_t> {
     using Type = std::uint8_t __attribute__((vector_size(LANES)));
 };
 template <> struct Packed<std::uint16_t> {
-    using Type = std::uint16_t __attribute__((vector_size(LANES * sizeof(std::uint16_t))));
+    using Type = Shorts;
 };
 
 template <class Vector, class Element> LOOP void load(Vector& v, const Element* from)
@@ -41,7 +42,8 @@ template <class Sample> LOOP void add_loop(float* sums, const Sample* samples, s
         Floats sum;
         load(packed, samples + i);
         load(sum, sums + i);
-        sum += __builtin_convertvector(__builtin_convertvector(packed, Ints), Floats);
+        const Shorts shorts = __builtin_convertvector(packed, Shorts); // one step is slower
+        sum += __builtin_convertvector(__builtin_convertvector(shorts, Ints), Floats);
         store(sums + i, sum);
     }
     for (; i < count; ++i)
@@ -63,29 +65,46 @@ LOOP void gather_loop(float* out, const float* in, int factor, std::size_t out_p
     }
 }
 
+LOOP void add_weighed(Floats& sum, const float* before, const float* behind, float weight)
+{
+    Floats a;
+    Floats b;
+    load(a, before);
+    load(b, behind);
+    sum += (a + b) * weight;
+}
+
+// Four vectors at a time, by their names, so that they stay in registers.
 LOOP void weigh_loop(float* out, const float* const* rows, const float* weights, int pairs,
                      std::size_t count)
 {
-    constexpr std::size_t N = BLUR_STEP / LANES;
+    static_assert(BLUR_STEP == 4 * LANES);
     for (std::size_t i = 0; i < count; i += BLUR_STEP) {
-        Floats sums[N];
-        for (std::size_t k = 0; k < N; ++k) {
-            load(sums[k], rows[0] + i + k * LANES);
-            sums[k] *= weights[0];
-        }
+        const float* row = rows[0] + i;
+        Floats a;
+        Floats b;
+        Floats c;
+        Floats d;
+        load(a, row);
+        load(b, row + LANES);
+        load(c, row + 2 * LANES);
+        load(d, row + 3 * LANES);
+        a *= weights[0];
+        b *= weights[0];
+        c *= weights[0];
+        d *= weights[0];
         for (int pair = 1; pair <= pairs; ++pair) {
             const float* const before = rows[2 * pair - 1] + i;
             const float* const behind = rows[2 * pair] + i;
-            for (std::size_t k = 0; k < N; ++k) {
-                Floats a;
-                Floats b;
-                load(a, before + k * LANES);
-                load(b, behind + k * LANES);
-                sums[k] += (a + b) * weights[pair];
-            }
+            add_weighed(a, before, behind, weights[pair]);
+            add_weighed(b, before + LANES, behind + LANES, weights[pair]);
+            add_weighed(c, before + 2 * LANES, behind + 2 * LANES, weights[pair]);
+            add_weighed(d, before + 3 * LANES, behind + 3 * LANES, weights[pair]);
         }
-        for (std::size_t k = 0; k < N; ++k)
-            store(out + i + k * LANES, sums[k]);
+        store(out + i, a);
+        store(out + i + LANES, b);
+        store(out + i + 2 * LANES, c);
+        store(out + i + 3 * LANES, d);
     }
 }
 
@@ -117,6 +136,23 @@ LOOP void spread_loop(float* out, const float* in, int factor, int step, std::si
     }
 }
 
+/// The low parts of the whole numbers.
+LOOP void pack(std::uint8_t* out, const Ints& values)
+{
+    using Bytes = std::uint8_t __attribute__((vector_size(LANES * sizeof(std::int32_t))));
+    Bytes bytes;
+    load(bytes, &values);
+    store(out, __builtin_shufflevector(bytes, bytes, 0, 4, 8, 12, 16, 20, 24, 28));
+}
+
+LOOP void pack(std::uint16_t* out, const Ints& values)
+{
+    using Words = std::uint16_t __attribute__((vector_size(LANES * sizeof(std::int32_t))));
+    Words words;
+    load(words, &values);
+    store(out, __builtin_shufflevector(words, words, 0, 2, 4, 6, 8, 10, 12, 14));
+}
+
 template <class Sample> LOOP void round_loop(Sample* out, const float* in, std::size_t count)
 {
     constexpr float MOST = std::numeric_limits<Sample>::max();
@@ -126,8 +162,8 @@ template <class Sample> LOOP void round_loop(Sample* out, const float* in, std::
         load(value, in + i);
         value += 0.5F;
         value = value < MOST ? value : Floats{} + MOST;
-        store(out + i, __builtin_convertvector(__builtin_convertvector(value, Ints),
-                                               typename Packed<Sample>::Type));
+        const Ints whole = __builtin_convertvector(value, Ints);
+        pack(out + i, whole);
     }
     for (; i < count; ++i)
         out[i] = static_cast<Sample>(in[i] + 0.5F < MOST ? in[i] + 0.5F : MOST);
