@@ -19,6 +19,10 @@ public:
     void init_data(AbortPanel* abort) override;
     void generate_data(AbortPanel* abort) override;
 
+    /// Only an effect that is left out in interactive mode lets its inputs draw through.
+    bool inq_can_composite() override;
+    bool inq_composite_through() override;
+
     /// Called once a frame, while requests go down and the output's is known: says by `set_border`,
     /// `set_pixel_border` and `set_transform` what the effect needs of its inputs.
     virtual void set_effect_request();

@@ -31,6 +31,16 @@ gsl::owner<KIVPixmap*> new_padded(const KIVPixmap& picture, const IntRect& area,
 
 CNodeEffectOp::~CNodeEffectOp() = default;
 
+bool CNodeEffectOp::inq_can_composite()
+{
+    return inq_state() != NODEOP_ACTIVE && CNodeOp::inq_can_composite();
+}
+
+bool CNodeEffectOp::inq_composite_through()
+{
+    return inq_state() != NODEOP_ACTIVE && CNodeOp::inq_composite_through();
+}
+
 void CNodeEffectOp::set_effect_request() {}
 
 void CNodeEffectOp::generate_effect(AbortPanel*) {}

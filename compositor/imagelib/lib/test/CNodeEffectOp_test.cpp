@@ -44,9 +44,12 @@ public:
     void generate_data(AbortPanel*) override
     {
         drawn = nullptr;
-        if (!own()->inq_image_ibbox_v().inq_is_empty())
+        if (inq_composite_output(own()->inq_type()) == own() &&
+            !own()->inq_image_ibbox_v().inq_is_empty())
             drawn = own()->create_pixmap(KIVColour(1.0), PT_RGBA_8);
     }
+    bool inq_can_composite() override { return true; }
+    bool inq_interactive() override { return true; }
 
     inline static IntBBox asked;
     inline static Matrix44 asked_transform;
@@ -81,7 +84,7 @@ public:
         ++n_made;
         process_rect = inq_process_rect();
         input.reset(inq_input_image()->extract_pixmap());
-        is_as_drawn = input.get() == PatchOp::drawn;
+        is_as_drawn = input && input.get() == PatchOp::drawn;
     }
 
     inline static std::function<void(TrialOp&)> request;
@@ -120,6 +123,8 @@ protected:
         Matrix44 to_view;
         to_view.set_scale(Vector3(zoom, zoom, 1.0));
         GraphExec exec(CDataImage::inq_type_s(), effect, 0);
+        exec.set_is_interactive(is_interactive);
+        exec.set_interactive_node(static_cast<int>(effect->inq_label()));
         auto* root = static_cast<CDataImage*>(exec.inq_root_data());
         root->set_request_data(1, true, false, 0, to_view, wanted);
         exec.setup_data();
@@ -131,6 +136,7 @@ protected:
     SketchGraph sketch;
     SketchNode* effect;
     bool is_opaque = false;
+    bool is_interactive = false;
 };
 
 const IntBBox FRAME(area(0, 0, 40, 30));
@@ -202,6 +208,7 @@ TEST_F(Effect, takes_a_pixmap_that_needs_no_border_as_it_is)
 {
     add_patch<-100, -100, 100, 100>();
     for (const IntVector2& border : {IntVector2(0, 0), IntVector2(2, 3)}) {
+        is_interactive = !is_interactive; // draws nothing past the node that the user moves
         TrialOp::request = [&](TrialOp& op) { op.set_pixel_border(border); };
         EXPECT_EQ(run(FRAME), "0 0 40 30");
         EXPECT_TRUE(TrialOp::is_as_drawn);
