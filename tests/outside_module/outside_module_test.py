@@ -73,6 +73,7 @@ class OutsideModule(InFolder):
             self.assertIn(words, shown.stdout)
         checked = run("montaray-scene", "check", scene)
         self.assertEqual((checked.returncode, checked.stdout), (0, ""))
+        self.assertEqual(run("CMontaray", "list_refs", scene).returncode, 0)
         usage = (scene / "DLLUsage").read_bytes()
         for name in (b"CNodeTone", b"CNodeToneInvert", b"CNodeTransform"):
             self.assertIn(name, usage)
@@ -115,11 +116,13 @@ class FaultyModules(InFolder):
     def test_are_refused_with_their_reason(self):
         for name, reason, may_run in (
                 ("CNodeStray", "is no module", False),
+                ("CNodeMarred", "is no module", False),
                 ("CNodeNewer", "was built for release 9.0, and this is", False),
                 ("CNodeNextMinor", "was built for release 0.99, and this is", False),
                 ("CNodeLost", "undefined symbol", False),
                 ("CNodeMute", "has no initialiser", True),
                 ("CNodeThrows", "its initialiser failed: no tape", True),
+                ("CNodeUntyped", "registers the class CNodeUntyped without its type", True),
                 ("CNodeOther", "does not bring the class CNodeOther", True)):
             words = self.fault_of(name)
             self.assertIn(reason, words)
@@ -156,6 +159,17 @@ class FaultyModules(InFolder):
             self.assertNotIn(RUNS, self.fault_of(name), name)
         self.assertIn("CNodeLink.so: leads out of the module folder", self.fault_of("CNodeLink"))
         self.assertNotIn(RUNS, self.fault_of("CNodeLink"))
+
+
+class Document(unittest.TestCase):
+    def test_shows_the_example_as_it_is(self):
+        example = {"cpp": (HERE / "tone.cpp").read_text(),
+                   "cmake": (HERE / "CMakeLists.txt").read_text()}
+        shown = re.findall(r"```(cpp|cmake)\n(.*?)```", (HERE.parents[1] / "docs" / "modules.md")
+                           .read_text(), re.DOTALL)
+        self.assertEqual(len(shown), 5)
+        for language, code in shown:
+            self.assertIn(code, example[language])
 
 
 if __name__ == "__main__":

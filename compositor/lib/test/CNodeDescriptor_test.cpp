@@ -96,6 +96,46 @@ TEST(CNodeDescriptor, makes_nodes_once_the_module_of_a_class_is_there)
     }
 }
 
+/// A module's node classes: one of its own, and one that goes by a name that is taken.
+class NodeModule : public NodeInitialiser {
+public:
+    explicit NodeModule(ClassManager* manager)
+    {
+        constexpr NodeFamily FAMILY = {.catagory = 21, .n_inputs = 1, .n_outputs = 1, .type = 100};
+        NodeRow rows[] = {node_row<SampleMix>("Module's own", -1), node_row<SampleLine>("Line", 7)};
+        rows[0].class_name = "DescriptorTestModule";
+        rows[0].set_descriptor = [](ClassDescriptor*) {};
+        add_nodes(FAMILY, rows);
+        if (!manager)
+            throw std::bad_alloc();
+        setup(manager);
+    }
+};
+
+TEST(NodeInitialiser, leaves_nothing_of_a_module_that_fails_and_no_second_class_of_a_name)
+{
+    const KIVLinkedList& all = CNodeRepository::inq_repository()->inq_descriptors();
+    const ClassManager* manager = ClassManager::inq_main();
+    const ClassDescriptor* line = manager->find_cd_for("SampleLine");
+    const int count = all.count();
+    auto* generic = new_generic("DescriptorTestModuleOp", "DescriptorTestModule");
+    const Captured captured;
+    EXPECT_THROW(NodeModule(nullptr), std::bad_alloc);
+    EXPECT_EQ(all.count(), count);
+    EXPECT_EQ(manager->find_cd_for("DescriptorTestModule"), nullptr);
+    EXPECT_TRUE(CNodeRepository::inq_repository()->inq_pending_generics().find(generic));
+
+    const NodeModule module(ClassManager::inq_main());
+    EXPECT_EQ(all.count(), count + 1);
+    auto* own = descriptor_of(manager->find_cd_for("DescriptorTestModule"));
+    ASSERT_TRUE(own);
+    EXPECT_TRUE(own->inq_generic_descriptors()->find(generic));
+    EXPECT_EQ(manager->find_cd_for("SampleLine"), line);
+    EXPECT_EQ(SampleLine::inq_class_descriptor_s(), line);
+    EXPECT_NE(captured.inq_errors().find("The node class SampleLine is there already.\n"),
+              std::string::npos);
+}
+
 TEST(CNodeRepository, joins_generics_to_their_node_class_in_either_order)
 {
     const KIVLinkedList& pending = CNodeRepository::inq_repository()->inq_pending_generics();

@@ -1,5 +1,6 @@
 #include "kivlib/hdr/ModuleFolder.h"
 
+#include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/ClassDescriptor.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "kivlib/hdr/DLLInitialiser.h"
@@ -47,10 +48,15 @@ bool is_class_name(const KIVString& name)
     });
 }
 
-bool has_code(const KIVString& class_name)
+/// What a module that was loaded lacks of a class; empty if nothing.
+KIVString find_gap(const KIVString& class_name)
 {
     const ClassDescriptor* record = ClassManager::inq_main()->find_cd_for(class_name);
-    return record && !record->inq_is_from_stream();
+    if (!record || record->inq_is_from_stream())
+        return "does not bring the class " + class_name;
+    if (record->inq_reader() && !record->inq_stored_type())
+        return "registers the class " + class_name + " without its type"; // links would not load
+    return {};
 }
 
 struct Release {
@@ -59,13 +65,14 @@ struct Release {
 };
 
 /// From a text such as "1.2.0".
-Release read_release(std::string_view text)
+std::optional<Release> read_release(std::string_view text)
 {
     Release release;
     const char* end = text.data() + text.size();
     const auto [point, error] = std::from_chars(text.data(), end, release.major);
-    if (error == std::errc() && point != end)
-        std::from_chars(point + 1, end, release.minor);
+    if (error != std::errc() || point == end || *point != '.' ||
+        std::from_chars(point + 1, end, release.minor).ec != std::errc())
+        return {};
     return release;
 }
 
@@ -74,28 +81,32 @@ KIVString name_of(const Release& release)
     return std::to_string(release.major) + "." + std::to_string(release.minor);
 }
 
-/// The content of a regular file; empty if it can't be read.
-std::string content_of(const KIVString& path)
+/// False if it is no regular file or can't be read.
+bool read_file(const KIVString& path, ByteBuffer& content)
 {
     const FileHandle file = FileHandle::open_to_read(path.c_str());
     struct stat facts {};
     if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0 || !S_ISREG(facts.st_mode))
-        return {};
-    std::string content(static_cast<std::size_t>(facts.st_size), '\0');
-    return file.read_all(content.data(), content.size()) ? content : std::string();
+        return false;
+    const auto size = static_cast<std::size_t>(facts.st_size);
+    char* to = content.reset(size);
+    return to && file.read_all(to, size);
 }
 
 /// The release that a module was built with, by the mark in its file: no code of a module that
 /// does not fit the library runs. None if it is no module.
 std::optional<Release> inq_release_of(const KIVString& path)
 {
-    const std::string content = content_of(path);
+    ByteBuffer content;
+    if (!read_file(path, content))
+        return {};
+    const std::string_view bytes(content.data(), content.size());
     const std::string_view mark(MONTARAY_MODULE_MARK);
-    const std::size_t at = content.find(mark);
-    if (at == std::string::npos)
+    const std::size_t at = bytes.find(mark);
+    if (at == std::string_view::npos)
         return {};
     constexpr std::size_t LONGEST = 16;
-    return read_release(std::string_view(content).substr(at + mark.size(), LONGEST));
+    return read_release(bytes.substr(at + mark.size(), LONGEST));
 }
 
 /// What keeps a file from being loaded; empty if nothing does.
@@ -104,7 +115,7 @@ KIVString find_fault(const KIVString& path)
     const std::optional<Release> theirs = inq_release_of(path);
     if (!theirs)
         return path + ": is no module";
-    const Release ours = read_release(MONTARAY_VERSION);
+    const Release ours = read_release(MONTARAY_VERSION).value_or(Release());
     if (theirs->major != ours.major || theirs->minor > ours.minor)
         return path + ": was built for release " + name_of(*theirs) + ", and this is " +
                name_of(ours);
@@ -134,7 +145,7 @@ KIVString load_file(const KIVString& path)
     const auto known = faults_of_loaded->find(path.str());
     if (known != faults_of_loaded->end())
         return known->second;
-    KIVString fault = find_fault(path);
+    const KIVString fault = find_fault(path);
     if (!fault.is_null())
         return fault;
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -142,9 +153,8 @@ KIVString load_file(const KIVString& path)
         const char* words = dlerror();
         return words ? words : path + ": can't be loaded";
     }
-    fault = run_initialiser(module, path);
-    faults_of_loaded->emplace(path.str(), fault);
-    return fault;
+    KIVString& outcome = (*faults_of_loaded)[path.str()]; // which an initialiser may ask for
+    return outcome = run_initialiser(module, path);
 }
 
 /// Whether the file under a name is one of the folder: a link must not lead out.
@@ -177,18 +187,22 @@ bool ModuleFolder::load_class(const KIVString& class_name, KIVString& fault)
     if (!inq_file_exists(KIVString(inq_path()).append_path(name)))
         return false;
     fault = load_name(name);
-    if (fault.is_null() && !has_code(class_name))
-        fault = name + ": does not bring the class " + class_name;
-    return fault.is_null();
+    if (!fault.is_null())
+        return false;
+    const KIVString gap = find_gap(class_name);
+    if (!gap.is_null())
+        fault = name + ": " + gap;
+    return gap.is_null();
 }
 
 void ModuleFolder::load_all()
 {
     std::set<std::string> faults; // a module has several names
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(inq_path().str(), error))
-        if (entry.path().extension() == EXTENSION)
-            faults.insert(load_name(entry.path().filename().string()).str());
+    std::filesystem::directory_iterator entry(inq_path().str(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        if (entry->path().extension() == EXTENSION)
+            faults.insert(load_name(entry->path().filename().string()).str());
     faults.erase("");
     for (const std::string& fault : faults)
         report_here() << KIVString(fault) << "\n";
