@@ -40,6 +40,8 @@ public:
         for (int i = 0; i < pixels; ++i, colour += 4) {
             const std::int64_t left = outside * FULL + gain * (matte ? matte[4 * i + 3] : 0);
             const auto share = static_cast<std::uint32_t>((left + HALF) >> BITS);
+            if (share == FULL)
+                continue;
             for (int c = 0; c < 4; ++c)
                 colour[c] = multiply(colour[c], share);
         }

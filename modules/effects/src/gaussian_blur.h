@@ -7,9 +7,10 @@
 class AbortPanel;
 class KIVPixmap;
 
-/// A Gaussian along one side. A wide one works on a coarser grid, of which each place is the mean
-/// of a power of two of pixels, and goes straight from place to place: what the mean and the way
-/// soften is left out of the Gaussian between them. So the work does not grow with the width.
+/// A Gaussian along one side. A wide one works on a coarser grid, of which each place stands for a
+/// power of two of pixels: pixels are shared out between the places at both sides of them, and a
+/// smooth curve leads from place to place. What both soften is left out of the Gaussian between
+/// them. So the work does not grow with the width.
 class BlurAxis {
 public:
     /// Changes nothing.
@@ -33,17 +34,26 @@ public:
     int inq_reach() const { return static_cast<int>(weights.size()) - 1; }
     const std::vector<float>& inq_weights() const { return weights; }
 
-    /// The last place whose middle does not lie behind that of the pixel, and how many halves of a
-    /// step the pixel lies behind it, in steps of `inq_factor()` to the next place.
-    int find_place(int pixel) const { return inq_halves(pixel) >> (shift + 1); }
-    int find_step(int pixel) const { return (inq_halves(pixel) >> 1) & (inq_factor() - 1); }
+    /// The place that stands for the pixel, and which of its pixels that is.
+    int find_place(int pixel) const { return pixel >> shift; }
+    int find_step(int pixel) const { return pixel & (inq_factor() - 1); }
+
+    /// Of the first of `inq_factor()` pixels between the middles of the place and of the next one.
+    int find_first_behind(int place) const { return place * inq_factor() + inq_factor() / 2; }
+
+    /// How far pixel `step` of those lies on the way, from 0 to 1.
+    float inq_share_behind(int step) const
+    {
+        return (static_cast<float>(step) + 0.5F) / static_cast<float>(inq_factor());
+    }
+
+    /// Of each pixel of a place the shares of the place before, itself and the next one.
+    const std::vector<float>& inq_curve() const { return curve; }
 
 private:
-    /// From the middle of place 0, in halves of a pixel.
-    int inq_halves(int pixel) const { return 2 * pixel + 1 - inq_factor(); }
-
     int shift = 0;
     std::vector<float> weights = {1.0F};
+    std::vector<float> curve; // empty where places are pixels
 };
 
 /// Both pixmaps are of one type, with alpha. `place` is where the top left pixel of `target` lies

@@ -50,18 +50,44 @@ template <class Sample> LOOP void add_loop(float* sums, const Sample* samples, s
         sums[i] += static_cast<float>(samples[i]);
 }
 
-LOOP void gather_loop(float* out, const float* in, int factor, std::size_t out_pixels)
+LOOP void gather_loop(float* out, const float* in, int factor, std::size_t out_places)
 {
-    for (std::size_t i = 0; i < out_pixels; ++i, out += SAMPLES) {
-        Pixel sum;
-        load(sum, in);
-        in += SAMPLES;
-        for (int k = 1; k < factor; ++k, in += SAMPLES) {
-            Pixel next;
-            load(next, in);
-            sum += next;
+    const float part = 1.0F / static_cast<float>(factor);
+    Pixel from_before = {};
+    for (std::size_t i = 0; i <= out_places; ++i) {
+        Pixel all = {};
+        Pixel behind = {};
+        float share = 0.5F * part;
+        for (int k = 0; k < factor; ++k, in += SAMPLES, share += part) {
+            Pixel pixel;
+            load(pixel, in);
+            all += pixel;
+            behind += pixel * share;
         }
-        store(out, sum);
+        const Pixel place = from_before + (all - behind);
+        from_before = behind;
+        if (i == 0)
+            continue; // they lie before the first place, which has only their other part
+        store(out, place);
+        out += SAMPLES;
+    }
+}
+
+LOOP void divide_loop(float* before, float* behind, const float* row, float share,
+                      std::size_t count)
+{
+    for (std::size_t i = 0; i < count; i += LANES) {
+        Floats value;
+        Floats a;
+        Floats b;
+        load(value, row + i);
+        load(a, before + i);
+        load(b, behind + i);
+        const Floats part = value * share;
+        a += value - part;
+        b += part;
+        store(before + i, a);
+        store(behind + i, b);
     }
 }
 
@@ -108,29 +134,33 @@ LOOP void weigh_loop(float* out, const float* const* rows, const float* weights,
     }
 }
 
-LOOP void mix_loop(float* out, const float* a, const float* b, float share, std::size_t count)
+LOOP void mix_loop(float* out, const float* const rows[3], const float shares[3], std::size_t count)
 {
     for (std::size_t i = 0; i < count; i += LANES) {
-        Floats from;
-        Floats to;
-        load(from, a + i);
-        load(to, b + i);
-        from += (to - from) * share;
-        store(out + i, from);
+        Floats a;
+        Floats b;
+        Floats c;
+        load(a, rows[0] + i);
+        load(b, rows[1] + i);
+        load(c, rows[2] + i);
+        a = a * shares[0] + b * shares[1] + c * shares[2];
+        store(out + i, a);
     }
 }
 
-LOOP void spread_loop(float* out, const float* in, int factor, int step, std::size_t out_pixels)
+LOOP void spread_loop(float* out, const float* in, const float* shares, int factor, int step,
+                      std::size_t out_pixels)
 {
-    const float step_share = 1.0F / static_cast<float>(factor);
     for (; out_pixels > 0; in += SAMPLES, step = 0) {
-        Pixel from;
-        Pixel way;
-        load(from, in);
-        load(way, in + SAMPLES);
-        way -= from;
+        Pixel a;
+        Pixel b;
+        Pixel c;
+        load(a, in);
+        load(b, in + SAMPLES);
+        load(c, in + 2 * SAMPLES);
         for (; step < factor && out_pixels > 0; ++step, --out_pixels, out += SAMPLES) {
-            const Pixel pixel = from + way * ((static_cast<float>(step) + 0.5F) * step_share);
+            const float* const s = shares + 3 * step;
+            const Pixel pixel = a * s[0] + b * s[1] + c * s[2];
             store(out, pixel);
         }
     }
@@ -176,20 +206,26 @@ template <class Sample> LOOP void round_loop(Sample* out, const float* in, std::
     { add_loop(sums, samples, count); }                                                            \
     target void add_16(float* sums, const std::uint16_t* samples, std::size_t count)               \
     { add_loop(sums, samples, count); }                                                            \
-    target void gather(float* out, const float* in, int factor, std::size_t out_pixels)            \
-    { gather_loop(out, in, factor, out_pixels); }                                                  \
+    target void gather(float* out, const float* in, int factor, std::size_t out_places)            \
+    { gather_loop(out, in, factor, out_places); }                                                  \
+    target void divide(float* before, float* behind, const float* row, float share,                \
+                       std::size_t count)                                                          \
+    { divide_loop(before, behind, row, share, count); }                                            \
     target void weigh(float* out, const float* const* rows, const float* weights, int pairs,       \
                       std::size_t count)                                                           \
     { weigh_loop(out, rows, weights, pairs, count); }                                              \
-    target void mix(float* out, const float* a, const float* b, float share, std::size_t count)    \
-    { mix_loop(out, a, b, share, count); }                                                         \
-    target void spread(float* out, const float* in, int factor, int step, std::size_t out_pixels)  \
-    { spread_loop(out, in, factor, step, out_pixels); }                                            \
+    target void mix(float* out, const float* const rows[3], const float shares[3],                 \
+                    std::size_t count)                                                             \
+    { mix_loop(out, rows, shares, count); }                                                        \
+    target void spread(float* out, const float* in, const float* shares, int factor, int step,     \
+                       std::size_t out_pixels)                                                     \
+    { spread_loop(out, in, shares, factor, step, out_pixels); }                                    \
     target void round_8(std::uint8_t* out, const float* in, std::size_t count)                     \
     { round_loop(out, in, count); }                                                                \
     target void round_16(std::uint16_t* out, const float* in, std::size_t count)                   \
     { round_loop(out, in, count); }                                                                \
-    constexpr BlurKernels ALL = {add_8, add_16, gather, weigh, mix, spread, round_8, round_16};    \
+    constexpr BlurKernels ALL = {add_8, add_16, gather,  divide,  weigh,                           \
+                                 mix,   spread, round_8, round_16};                                \
     }
 // clang-format on
 
