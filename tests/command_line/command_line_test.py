@@ -5,21 +5,11 @@ that ImageMagick composes too.
     command_line_test.py BIN_FOLDER
 """
 
-import math
 import re
-import subprocess
 import sys
 import unittest
 
-from programs import InFolder, card, convert, images, output, run
-
-
-def psnr(a, b):
-    """In dB between two images; infinite for equal ones."""
-    words = subprocess.run(["compare", "-metric", "PSNR", a, b, "null:"], check=False,
-                           capture_output=True, text=True).stderr
-    number = re.match(r"[\d.]+|inf", words).group()
-    return math.inf if number in ("inf", "0") else float(number)
+from programs import InFolder, card, convert, images, output, psnr, run
 
 
 def pixel(image, x, y):
