@@ -19,7 +19,7 @@ bool has_wide_vectors()
 } // namespace
 
 struct ZlibPacker::Vectors {
-    isal_zstream stream;
+    isal_zstream stream = {}; // its own preparation forgets the length of the window
     unsigned char work[ISAL_DEF_LVL1_DEFAULT];
 
     std::size_t pack(const void* from, std::size_t count, void* to, std::size_t room)

@@ -34,13 +34,15 @@ void divide(Sample* __restrict to, const Sample* __restrict from, int pixels)
     }
 }
 
-/// Four bytes at once.
-void swap_in_words(std::uint32_t* __restrict to, const std::uint32_t* __restrict from, int pixels)
+/// Four bytes at once, at any place.
+void swap_in_words(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, int pixels)
 {
     static_assert(std::endian::native == std::endian::little);
     for (int i = 0; i < pixels; ++i) {
-        const std::uint32_t pixel = from[i];
-        to[i] = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+        std::uint32_t pixel;
+        std::memcpy(&pixel, from + 4 * i, sizeof(pixel));
+        pixel = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+        std::memcpy(to + 4 * i, &pixel, sizeof(pixel));
     }
 }
 
@@ -75,7 +77,7 @@ void make_straight(void* to, const void* from, int pixels, int bits)
 void swap_red_and_blue(void* to, const void* from, int pixels, int samples)
 {
     if (samples == 4)
-        swap_in_words(static_cast<std::uint32_t*>(to), static_cast<const std::uint32_t*>(from),
+        swap_in_words(static_cast<std::uint8_t*>(to), static_cast<const std::uint8_t*>(from),
                       pixels);
     else
         swap_in_bytes(static_cast<std::uint8_t*>(to), static_cast<const std::uint8_t*>(from),
