@@ -113,10 +113,12 @@ function(kiv_install)
     endforeach()
     set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/montaraystore)
     install(EXPORT montaraystore NAMESPACE montaraystore:: DESTINATION ${package_dir}
-        FILE montaraystoreConfig.cmake)
+        FILE montaraystoreTargets.cmake)
+    configure_file(cmake/montaraystoreConfig.cmake.in montaraystoreConfig.cmake @ONLY)
     include(CMakePackageConfigHelpers)
     write_basic_package_version_file(montaraystoreConfigVersion.cmake
         COMPATIBILITY SameMajorVersion)
-    install(FILES ${PROJECT_BINARY_DIR}/montaraystoreConfigVersion.cmake
-        DESTINATION ${package_dir})
+    install(FILES ${PROJECT_BINARY_DIR}/montaraystoreConfig.cmake
+        ${PROJECT_BINARY_DIR}/montaraystoreConfigVersion.cmake
+        ${PROJECT_SOURCE_DIR}/cmake/montaray_module.cmake DESTINATION ${package_dir})
 endfunction()

@@ -235,11 +235,18 @@ void ColumnBuilder::fill_keys(const Place& place, SubColumn& sub_column)
 
 KeyCell* ColumnBuilder::make_key(const Place& place, SubColumn& sub_column, int frame)
 {
+    const bool has_images = sub_column.inq_type() == RASTER_COLUMN;
+    const bool has_texts = sub_column.inq_type() == TEXT_COLUMN;
+    if (!has_images && !has_texts && !object_cast<NumericSubColumn>(&sub_column))
+        place.refuse("no keys: a description can't tell what columns of this kind hold");
     KeyCell* key = sub_column.make_key(frame);
-    if (sub_column.inq_type() == RASTER_COLUMN) {
+    if (has_images) {
         place.check_names({"frame", "file", "mode"});
         set_image(place.at("file"), *key);
         set_interpolation(place, *key, IM_HOLD);
+    } else if (has_texts) {
+        place.check_names({"frame", "text"});
+        key->inq_data()->set_string(place.at("text").text().c_str());
     } else {
         describe_numbers(place, sub_column, *key);
         set_interpolation(place, *key, IM_INBETWEEN);

@@ -1,13 +1,17 @@
 #include "frontend/montaray_scene/SceneBuilder.h"
 
+#include "compositor/imagelib/lib/hdr/CNodeGroup.h"
 #include "compositor/imagelib/lib/hdr/CNodeImageDLLInitialiser.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImageLoadDelegate.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalMacro.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalReceiver.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalTransmitter.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
-#include "compositor/lib/hdr/CNodeRepository.h"
 #include "coversheet/lib/hdr/CoverSheet.h"
+#include "frontend/montaray_scene/find_node_class.h"
 #include "frontend/montaray_scene/words.h"
 #include "kivlib/hdr/KIVStringList.h"
 #include "scene/hdr/KIVScene.h"
@@ -42,26 +46,22 @@ private:
     std::string file;
 };
 
-bool is_called(const CNodeDescriptor& descriptor, const char* member, const std::string& name)
+template <class Node> Node* as(CNode* node)
 {
-    if (std::string_view(member) == "class")
-        return descriptor.inq_name() == name.c_str();
-    return descriptor.inq_user_type_name() == name.c_str();
+    return node->inq_type() == Node::inq_type_s() ? static_cast<Node*>(node) : nullptr;
 }
 
-CNodeDescriptor& find_descriptor(const Place& place)
+void mark_in_macro(const CNodeChannelSet* channels)
 {
-    const char* member = place.find("class") ? "class" : "type";
-    if (place.find("class") && place.find("type"))
-        place.at("type").refuse("a class or a type and not both");
-    const std::string name = place.at(member).text();
-    for (auto* descriptor :
-         CNodeRepository::inq_repository()->inq_descriptors().of<CNodeDescriptor>())
-        if (is_called(*descriptor, member, name))
-            return *descriptor;
-    place.at(member).refuse(member == std::string("class")
-                                ? "the name of a node class, such as \"CNodeCamera\""
-                                : "the name of a kind of node, such as \"Camera\"");
+    for (int i = 0; channels && i < channels->inq_n_channels(); ++i)
+        channels->inq_channel(i)->set_is_in_macro(true);
+}
+
+bool is_within(const CNode* node, const CNode* whole)
+{
+    while (node && node != whole)
+        node = node->inq_group() ? node->inq_group() : node->inq_macro();
+    return node;
 }
 
 bool is_fed_by(const CNode* node, const CNode* source,
@@ -100,10 +100,13 @@ std::unique_ptr<KIVScene> SceneBuilder::build()
     for (const Place& place : description.at("nodes").items())
         make_node(place);
     columns.follow_sources(nodes);
-    for (const Place& place : description.at("nodes").items())
+    for (const Place& place : description.at("nodes").items()) {
+        gather(place);
         connect(place);
+    }
     refuse_circles();
     choose_root();
+    name_links();
     if (!graph.set_type_checker_enabled())
         description.at("nodes").refuse("inputs whose data fit together");
     return std::move(scene);
@@ -133,11 +136,12 @@ void SceneBuilder::describe_cover_sheet(const Place& place)
 
 void SceneBuilder::make_node(const Place& place)
 {
-    place.check_names({"name", "type", "class", "inputs", "columns", "disabled", "comment"});
+    place.check_names(
+        {"name", "type", "class", "inputs", "columns", "disabled", "members", "folded", "comment"});
     const std::string name = place.at("name").text();
     if (name.empty() || nodes.contains(name))
         place.at("name").refuse("a name that no other node has");
-    CNode* node = make_new_node(place, find_descriptor(place));
+    CNode* node = make_new_node(place, find_node_class(place));
     node->add_to_graph(&graph);
     nodes[name] = node;
     if (const auto disabled = place.find("disabled"))
@@ -168,6 +172,42 @@ CNode* SceneBuilder::make_new_node(const Place& place, CNodeDescriptor& descript
     return node;
 }
 
+/// Puts its members into a group or a macro.
+void SceneBuilder::gather(const Place& place)
+{
+    CNode* whole = nodes[place.at("name").text()];
+    const auto folded = place.find("folded");
+    if (folded && !as<CNodeGroup>(whole))
+        folded->refuse("it at a node of the type \"Group\"");
+    const bool is_folded = folded && folded->truth();
+    const auto members = place.find("members");
+    if (!members)
+        return;
+    if (!as<CNodeGroup>(whole) && !as<CNodeUniversalMacro>(whole))
+        members->refuse("them at a node of the type \"Group\" or \"Macro\"");
+    for (const Place& member : members->items())
+        add_member(member, whole, is_folded);
+}
+
+void SceneBuilder::add_member(const Place& place, CNode* whole, bool is_folded)
+{
+    CNode* member = find_node(place);
+    if (member->inq_group() || member->inq_macro())
+        place.refuse("a node that is in no other group or macro");
+    if (is_within(whole, member))
+        place.refuse("a node that does not hold this one itself");
+    if (auto* macro = as<CNodeUniversalMacro>(whole)) {
+        macro->add_node(member);
+        member->add_to_macro(macro);
+        mark_in_macro(member->inq_inputs());
+        mark_in_macro(member->inq_outputs());
+        return;
+    }
+    member->add_to_group(whole);
+    if (is_folded)
+        member->set_is_hidden(true);
+}
+
 void SceneBuilder::connect(const Place& place)
 {
     const auto inputs = place.find("inputs");
@@ -189,10 +229,15 @@ void SceneBuilder::connect(const Place& place)
 void SceneBuilder::connect_channel(const Place& place, CNodeChannel* input)
 {
     const std::vector<Place> layers = place.items();
+    const bool is_receiver = as<CNodeUniversalReceiver>(input->inq_node());
+    if (is_receiver && layers.size() > 1)
+        place.refuse("one node of the type \"Transmit\" and no more");
     for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer) {
         CNodeChannel* output = find_output(*layer);
         if (output->inq_node() == input->inq_node())
             layer->refuse(NO_CIRCLES);
+        if (is_receiver && !as<CNodeUniversalTransmitter>(output->inq_node()))
+            layer->refuse("a node of the type \"Transmit\"");
         graph.make_connection(output, input, false);
         connections.push_back({*layer, output->inq_node(), input->inq_node()});
     }
@@ -226,20 +271,26 @@ void SceneBuilder::refuse_circles()
 
 CNodeChannel* SceneBuilder::find_output(const Place& place)
 {
+    const CNode* node = find_node(place);
+    if (node->inq_n_vis_output_channels() == 0)
+        place.refuse("a node that has an output");
+    return node->inq_outputs()->inq_channel(0);
+}
+
+CNode* SceneBuilder::find_node(const Place& place) const
+{
     const auto node = nodes.find(place.text());
     if (node == nodes.end())
         place.refuse("the name of a node");
-    if (node->second->inq_n_vis_output_channels() == 0)
-        place.refuse("a node that has an output");
-    return node->second->inq_outputs()->inq_channel(0);
+    return node->second;
 }
 
-/// The one node that shows no output.
+/// The one node that has inputs and shows no output.
 void SceneBuilder::choose_root()
 {
     for (const Place& place : description.at("nodes").items()) {
         CNode* node = nodes[place.at("name").text()];
-        if (node->inq_n_vis_output_channels() > 0)
+        if (node->inq_n_vis_output_channels() > 0 || node->inq_n_input_channels() == 0)
             continue;
         if (graph.inq_root_node())
             place.refuse("one output node and no more");
@@ -247,4 +298,14 @@ void SceneBuilder::choose_root()
     }
     if (!graph.inq_root_node())
         description.at("nodes").refuse("an output node, of the class \"CNodeRostrum\"");
+}
+
+/// A link that was named while it was built may lack what was connected later.
+void SceneBuilder::name_links()
+{
+    for (const auto& [name, node] : nodes)
+        if (auto* transmitter = as<CNodeUniversalTransmitter>(node)) {
+            transmitter->inq_subcolumn()->set_header_text("");
+            transmitter->update_name();
+        }
 }

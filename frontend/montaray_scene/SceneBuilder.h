@@ -26,11 +26,15 @@ private:
     void describe_cover_sheet(const Place& place);
     void make_node(const Place& place);
     CNode* make_new_node(const Place& place, CNodeDescriptor& descriptor);
+    void gather(const Place& place);
+    void add_member(const Place& place, CNode* whole, bool is_folded);
     void connect(const Place& place);
     void connect_channel(const Place& place, CNodeChannel* input);
     CNodeChannel* find_output(const Place& place);
+    CNode* find_node(const Place& place) const;
     void refuse_circles();
     void choose_root();
+    void name_links();
 
     Place description;
     std::unique_ptr<KIVScene> scene;

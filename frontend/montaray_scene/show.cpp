@@ -1,3 +1,4 @@
+#include "compositor/imagelib/lib/hdr/CNodeUniversalMacro.h"
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
@@ -59,6 +60,31 @@ void push_inputs(const CNode& node, std::size_t depth, std::vector<ShownNode>& s
     stack.insert(stack.end(), inputs.rbegin(), inputs.rend());
 }
 
+/// What stands behind its name.
+void show_place_and_state(const CNode& node)
+{
+    std::cout << (node.inq_is_disabled() ? "  disabled" : "");
+    if (const CNode* group = node.inq_group())
+        std::cout << (node.inq_hidden() ? "  folded into " : "  in ") << group->inq_name().c_str();
+    if (const CNode* macro = node.inq_macro())
+        std::cout << "  in " << macro->inq_name().c_str();
+}
+
+/// A macro has no inputs and outputs, so it hangs on nothing.
+void show_macros(const CNodeGraph& graph)
+{
+    const std::unique_ptr<KIVLinkedList> macros(
+        graph.inq_nodes_of_type(CNodeUniversalMacro::inq_type_s()));
+    for (const auto* macro : macros->of<CNodeUniversalMacro>()) {
+        std::cout << indent(1) << macro->inq_name().c_str() << "  ("
+                  << macro->inq_type_name().c_str() << ") of";
+        const char* separator = " ";
+        for (const CNode* node : macro->inq_constituent_nodes()->of<CNode>())
+            std::cout << std::exchange(separator, ", ") << node->inq_name().c_str();
+        std::cout << '\n';
+    }
+}
+
 /// From the output down, the top layer first; what feeds several nodes is told once.
 void show_graph(const CNodeGraph& graph)
 {
@@ -71,13 +97,14 @@ void show_graph(const CNodeGraph& graph)
         if (!node)
             continue;
         std::cout << indent(depth) << node->inq_name().c_str() << "  ("
-                  << node->inq_type_name().c_str() << ')'
-                  << (node->inq_is_disabled() ? "  disabled" : "");
+                  << node->inq_type_name().c_str() << ')';
+        show_place_and_state(*node);
         const bool is_new = shown.insert(node).second;
         std::cout << (is_new ? "\n" : "  see above\n");
         if (is_new)
             push_inputs(*node, depth + 1, stack);
     }
+    show_macros(graph);
 }
 
 void show_value(const SubColumn& column, KeyCell& key)

@@ -14,6 +14,7 @@ inline constexpr int NUMERIC_COLUMN = 3;
 inline constexpr int RASTER_COLUMN = 4;
 inline constexpr int FRAME_NUMBER_COLUMN = 7;
 inline constexpr int COLOUR_COLUMN = 8;
+inline constexpr int TEXT_COLUMN = 9;
 inline constexpr int MOVE_COLUMN = 20;
 
 /// By the number of the interpolation mode.

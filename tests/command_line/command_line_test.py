@@ -219,6 +219,30 @@ class Descriptions(InFolder):
         self.assertIn("frame 1: 0  hold, follows a - Move - PATH times 0.5\n",
                       run("montaray-scene", "show", scene).stdout)
 
+    def test_links_groups_and_macros_are_built_and_shown(self):
+        def nodes(link=None, **more):
+            group = {"name": "all", "type": "Group", "inputs": ["there"], "members": ["here"],
+                     "folded": True, **more}
+            return [output("all"), group, card("card", 1, 0, 0),
+                    {"name": "there", "type": "Receive", "inputs": link or ["here"]},
+                    {"name": "here", "type": "Transmit", "inputs": ["card"]},
+                    {"name": "set", "type": "Macro", "members": ["card", "there"]}]
+        shown = run("montaray-scene", "show", self.make_scene(nodes())).stdout
+        for line in ("    all  (Group)\n      there  (Receive)  in set\n"
+                     "        here  (Transmit)  folded into all\n          card  (Color Card)  in set",
+                     "  set  (Macro) of card, there\n", "  there\n    card\n"):
+            self.assertIn(line, shown)
+        self.folder = self.folder / "mistakes"
+        self.folder.mkdir()
+        self.expect_mistake("/nodes/3/inputs/0", nodes(link=["card"]))
+        self.expect_mistake("/nodes/3/inputs", nodes(link=["here", "card"]))
+        self.expect_mistake("/nodes/1/folded", nodes(folded="yes"))
+        for member in ("hare", "all", "here"):
+            self.expect_mistake("/nodes/1/members/1", nodes(members=["here", member]))
+        self.expect_mistake("/nodes/5/members/0", nodes(members=["card"]))
+        self.expect_mistake("/nodes/2/members", [output(), card("a", 1, 0, 0),
+                                                 {**card("b", 1, 0, 0), "members": ["a"]}])
+
     def test_a_text_that_makes_no_sense_is_refused(self):
         description = self.folder / "broken.json"
         for text in ('{"length": 3,, }', '{"length": 1e999, "nodes": []}', "[]", "",

@@ -2,7 +2,11 @@
 
 #include "compositor/affine/lib/hdr/CNodeRotate.h"
 #include "compositor/affine/lib/hdr/CNodeTransform.h"
+#include "compositor/imagelib/lib/hdr/CNodeGroup.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalMacro.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalReceiver.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalTransmitter.h"
 #include "coversheet/lib/hdr/CoverSheet.h"
 #include "curveslib/hdr/SquidgeSet.h"
 #include "kivlib/hdr/KIVColour.h"
@@ -50,6 +54,8 @@ private:
         auto* output = add_node<CNodeRostrum>(*scene);
         auto* camera = add_node<CNodeCamera>(*scene);
         auto* turn = add_node<CNodeRotate>(*scene);
+        auto* transmitter = add_node<CNodeUniversalTransmitter>(*scene);
+        auto* receiver = add_node<CNodeUniversalReceiver>(*scene);
         auto* place = add_node<CNodeTransform>(*scene);
         auto* card = add_node<CNodeScreen>(*scene);
         auto* picture = new CNodeRasterImage(KIVString("/art/walk.tif"), nullptr);
@@ -57,10 +63,14 @@ private:
         picture->add_to_graph(scene->inq_graph());
         scene->inq_graph()->set_root_node(output);
         connect(*scene, camera, output);
-        connect(*scene, turn, camera);
+        connect(*scene, receiver, camera);
+        connect(*scene, transmitter, receiver);
+        connect(*scene, turn, transmitter);
         connect(*scene, place, camera);
         connect(*scene, card, turn);
         connect(*scene, picture, place);
+        add_node<CNodeUniversalMacro>(*scene)->add_node(turn);
+        turn->add_to_group(add_node<CNodeGroup>(*scene));
         set_key(card->inq_subcolumn(), 1, {0.0, MARK, 0.0});
         card->set_position({MARK, 0.0});
         set_key(card->inq_subcolumn(), 3, {0.5, 0.5, 1.0});

@@ -1,3 +1,10 @@
+#include "compositor/imagelib/lib/hdr/CNodeGroup.h"
+#include "compositor/imagelib/lib/hdr/CNodeNullTransform.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalMacro.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalReceiver.h"
+#include "compositor/imagelib/lib/hdr/CNodeUniversalTransmitter.h"
+#include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/hdr/CNodeConnection.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "render/hdr/RenderScene.h"
 #include "tests/museum/Museum.h"
@@ -46,6 +53,44 @@ TEST(WholeScene, is_the_same_after_it_was_saved_and_loaded)
     for (const std::string file :
          {"Scene.contents", "XSheet", "CoverSheet", "Graph", "DLLUsage", "kvd"})
         EXPECT_EQ(folder.read("a/" + file), folder.read("b/" + file)) << file;
+}
+
+TEST(WholeScene, looks_the_same_through_universal_nodes_and_keeps_them)
+{
+    const FadingCard plain, museum;
+    CNodeGraph& graph = *museum.scene->inq_graph();
+    graph.delete_connection(
+        static_cast<CNodeConnection*>(museum.card->inq_out_connections_list().at_index(0)), true);
+    CNode* last = museum.card;
+    const auto lead_on = [&](CNode* next) {
+        connect(*museum.scene, last, next);
+        return last = next;
+    };
+    lead_on(add_node<CNodeUniversalTransmitter>(*museum.scene));
+    lead_on(add_node<CNodeUniversalReceiver>(*museum.scene));
+    CNode* folded = lead_on(add_node<CNodeNullTransform>(*museum.scene));
+    CNode* group = lead_on(add_node<CNodeGroup>(*museum.scene));
+    lead_on(museum.camera);
+    folded->set_position({5.0, 7.0});
+    group->set_position({3.0, 3.0});
+    folded->add_to_group(group);
+    folded->set_is_hidden(true);
+    museum.camera->add_to_macro(add_node<CNodeUniversalMacro>(*museum.scene));
+    museum.camera->inq_inputs()->inq_channel(0)->set_is_in_macro(true);
+
+    const TempFolder folder;
+    ASSERT_TRUE(museum.scene->save_to_file(folder.path(), true, true, false));
+    const Scene loaded = load(folder.path());
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(render_all(*loaded), render_all(*plain.scene));
+    const auto node = [&](int i) {
+        return static_cast<CNode*>(loaded->inq_graph()->inq_nodes_list()->at_index(i));
+    };
+    EXPECT_EQ(node(5)->inq_effective_node(), node(6));
+    node(5)->set_is_hidden(false);
+    EXPECT_EQ(node(5)->inq_position(), Vector2(5.0, 7.0));
+    EXPECT_TRUE(node(1)->inq_is_in_macro());
+    EXPECT_EQ(node(1)->inq_macro(), node(7));
 }
 
 TEST(WholeScene, an_unchanged_one_rewrites_only_what_it_must)

@@ -208,6 +208,11 @@ public:
     /// to be drawn anew.
     void update_and_propogate_inchoate_flag(BoundingBox* box);
 
+protected:
+    /// For a node whose record names more nodes than its group and macro: a graph that is read
+    /// with one of them missing is refused. The list is the node's own.
+    void set_named_nodes(const KIVLinkedList* nodes) { named_nodes = nodes; }
+
 private:
     friend class GraphClaims;
     friend class NodeWalk;
@@ -237,4 +242,5 @@ private:
     double dw_tag_pos = 0.0;
     unsigned int label;
     mutable unsigned long last_walk = 0; // the walk that met this node last
+    const KIVLinkedList* named_nodes = nullptr;
 };

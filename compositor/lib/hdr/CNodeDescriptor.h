@@ -31,6 +31,9 @@ public:
 
     /// A node class whose code may not be loaded. The repository takes it at `did_load`.
     explicit CNodeDescriptor(KIVIStream& stream);
+    CNodeDescriptor(const CNodeDescriptor&) = delete;
+    CNodeDescriptor& operator=(const CNodeDescriptor&) = delete;
+    ~CNodeDescriptor() override;
 
     void storer(KIVOStream& stream) override;
     void setup_func_refs_from(const ClassDescriptor* other) override;

@@ -101,6 +101,10 @@ public:
     bool signal_exception(gsl::owner<KIVError*> error);
     void report_status(gsl::owner<KIVError*> status);
 
+    /// Whether a layer above has promised to cover all that is asked of this op. Known from the
+    /// request phase on.
+    bool inq_is_under_cover() const { return is_under_cover; }
+
     /// Whether all that feeds this op can draw into this op's target.
     bool inq_all_direct_composite();
 
@@ -109,6 +113,11 @@ public:
 
     /// What the consumer offers to draw into, or else this op's output.
     CData* inq_converted_composite_output(int type);
+
+protected:
+    /// For the request phase: this op is going to cover all that is asked of it and lets nothing
+    /// shine through. What lies below may then put off what is dear to find out.
+    void promise_cover();
 
 private:
     bool inq_is_selected() const;
@@ -133,6 +142,7 @@ private:
     GraphExec* graph = nullptr; // not owned
     bool quiescent = false;
     unsigned int label;
+    bool is_under_cover = false;
     unsigned long direct_phase = 0; // the generated phase in which the next was found
     bool is_all_direct = false;
 };

@@ -36,6 +36,11 @@ public:
     /// The output of op `i`; null if there is none.
     CData* inq_data(int i) const;
 
+    /// Whether one of the ops has promised to cover all that is asked of the channel. Lasts until
+    /// the data are reset.
+    bool inq_has_cover() const { return has_cover; }
+    void set_has_cover(bool covers) { has_cover = covers; }
+
     void update_request_data();
     void auto_union_immediate_data(AbortPanel* abort);
     void auto_union_generated_data(AbortPanel* abort);
@@ -58,4 +63,5 @@ private:
     std::unique_ptr<CData> union_data;
     bool is_selected;
     std::unique_ptr<IntArray> order;
+    bool has_cover = false;
 };

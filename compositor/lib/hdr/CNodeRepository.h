@@ -23,6 +23,9 @@ public:
     CDataConvertorDescriptor* inq_convertor(int from_type, int to_type) const;
 
     void add_descriptor(CNodeDescriptor* descriptor);
+
+    /// A node class that goes, since its module failed. Its generics wait again.
+    void remove_descriptor(const CNodeDescriptor* descriptor);
     void add_generic(CNodeGenericOpDescriptor* generic);
 
     /// A generic that goes, since it came in with a file and was not needed.

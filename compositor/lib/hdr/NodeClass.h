@@ -85,6 +85,7 @@ constexpr NodeRow node_row(const char* user_type_name, int version,
 /// Registers the node classes of one module: its `init` passes its tables to `add_nodes`.
 class NodeInitialiser : public DLLInitialiser {
 protected:
-    /// A record already registered under a name wins, and is the class's own from then on.
+    /// A record that a file brought in is the class's own from then on. A class that is there
+    /// already stays as it is, and this is reported.
     void add_nodes(const NodeFamily& family, std::span<const NodeRow> rows);
 };

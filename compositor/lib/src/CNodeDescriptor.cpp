@@ -63,6 +63,11 @@ CNodeDescriptor::CNodeDescriptor(KIVIStream& stream) : ClassDescriptor(stream)
     r.value(is_hidden, HAS_HIDDEN);
 }
 
+CNodeDescriptor::~CNodeDescriptor()
+{
+    CNodeRepository::inq_repository()->remove_descriptor(this);
+}
+
 void CNodeDescriptor::read_types(KIVIStream& stream)
 {
     const auto is_count = [](int n) { return 0 <= n && n <= MOST_CHANNELS; };

@@ -187,6 +187,8 @@ void CNodeOp::set_outputs(int type, gsl::owner<CData*> data)
 void CNodeOp::do_setup_data(bool is_quiescent)
 {
     const bool q = is_quiescent && !inq_is_selected();
+    const CNodeOp* consumer = inq_consumer();
+    is_under_cover = consumer && (parent->inq_has_cover() || consumer->is_under_cover);
     if (convertor)
         convertor->convert_request(node_data.get(), converted_data.get());
     if (inq_is_disabled())
@@ -197,6 +199,20 @@ void CNodeOp::do_setup_data(bool is_quiescent)
         copy_node_info(node);
     hand_request_on();
     quiescent = q;
+}
+
+// Requests come to the upper layers first. A node that only hands its one input on covers with it.
+void CNodeOp::promise_cover()
+{
+    for (CNodeOp* op = this; op && op->parent && !op->converted_data;) {
+        if (op->parent->inq_has_cover())
+            return;
+        op->parent->set_has_cover(true);
+        CNodeOp* consumer = op->inq_consumer();
+        op = consumer && consumer->inq_n_inputs() == 1 && consumer->inq_composite_through()
+                 ? consumer
+                 : nullptr;
+    }
 }
 
 /// A selected channel wakes all that feeds it.

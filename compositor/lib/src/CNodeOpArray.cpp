@@ -76,6 +76,7 @@ void CNodeOpArray::clear_union_data()
 
 void CNodeOpArray::reset_union_data()
 {
+    has_cover = false;
     if (union_data)
         union_data->reset_data();
 }

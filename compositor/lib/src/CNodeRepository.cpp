@@ -28,6 +28,15 @@ void CNodeRepository::add_descriptor(CNodeDescriptor* descriptor)
     store_generics();
 }
 
+void CNodeRepository::remove_descriptor(const CNodeDescriptor* descriptor)
+{
+    descriptors.remove(descriptor);
+    if (const KIVLinkedList* generics = descriptor->inq_generic_descriptors())
+        for (auto* generic : generics->of<CNodeGenericOpDescriptor>())
+            pending_generics.add(generic);
+    store_generics();
+}
+
 void CNodeRepository::add_generic(CNodeGenericOpDescriptor* generic)
 {
     pending_generics.add(generic);

@@ -62,7 +62,18 @@ bool GraphClaims::is_sound(const CNode& node) const
         return !set || set->inq_node() == &node;
     };
     return is_own(node.inq_inputs()) && is_own(node.inq_outputs()) && is_known(node.group) &&
-           is_known(node.macro) && (!node.graph || node.graph == graph);
+           is_known(node.macro) && are_known(node.named_nodes) &&
+           (!node.graph || node.graph == graph);
+}
+
+bool GraphClaims::are_known(const KIVLinkedList* named) const
+{
+    if (!named)
+        return true;
+    for (const KIVObject* object : named->of<KIVObject>())
+        if (!is_known(object))
+            return false;
+    return true;
 }
 
 bool GraphClaims::claim_outgoing(const CNode& node)

@@ -26,7 +26,8 @@ public:
 private:
     bool claim_nodes(const KIVLinkedList& listed);
     bool is_sound(const CNode& node) const;
-    bool is_known(const CNode* node) const { return !node || known.contains(node); }
+    bool is_known(const KIVObject* node) const { return !node || known.contains(node); }
+    bool are_known(const KIVLinkedList* named) const;
     bool claim_outgoing(const CNode& node);
     bool claim_connections(const CNodeChannel& output);
     const CNodeConnection* claim_connection(KIVObject* object);
@@ -38,7 +39,7 @@ private:
     KIVIStream& stream;
     CNodeGraph* graph;
     std::vector<CNode*> nodes;
-    std::unordered_set<const CNode*> known;
+    std::unordered_set<const KIVObject*> known;    // the nodes
     std::unordered_set<const KIVObject*> half_met; // those still to be seen at their input
     std::vector<CNodeConnection*> connections;
 };

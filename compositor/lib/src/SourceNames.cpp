@@ -2,17 +2,21 @@
 
 #include "compositor/lib/src/NodeWalk.h"
 
+namespace {
+constexpr int MOST_STEPS = 200'000; // ladders of nodes have ways without number
+}
+
 CNode* SourceNames::find(CNode* from)
 {
     visit(from);
-    while (!way.empty() && (names || !first)) {
-        Step& step = way.back();
-        if (CNode* child = step.children.empty() ? nullptr : step.children.back()) {
-            step.children.pop_back();
+    for (int step = 0; !way.empty() && (names ? step < MOST_STEPS : !first); ++step) {
+        Step& last = way.back();
+        if (CNode* child = last.children.empty() ? nullptr : last.children.back()) {
+            last.children.pop_back();
             visit(child);
         } else {
             if (names) // else one way to a node is enough
-                on_way.erase(step.node);
+                on_way.erase(last.node);
             way.pop_back();
         }
     }

@@ -7,7 +7,7 @@ class CNode;
 class KIVString;
 
 /// Names the sources that feed a node, the last input's first, and once for each way that leads to
-/// them. A cycle is no way to a source.
+/// them, as far as a walk of reasonable length comes. A cycle is no way to a source.
 class SourceNames {
 public:
     /// Appends to `names`, which may be null.

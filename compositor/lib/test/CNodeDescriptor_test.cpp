@@ -1,6 +1,6 @@
-#include "compositor/lib/hdr/CNodeCatagory.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
+#include "compositor/lib/hdr/CNodeInstance.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
 #include "compositor/lib/hdr/StandInCNode.h"
 #include "compositor/lib/test/SampleNodes.h"
@@ -96,6 +96,46 @@ TEST(CNodeDescriptor, makes_nodes_once_the_module_of_a_class_is_there)
     }
 }
 
+/// A module's node classes: one of its own, and one that goes by a name that is taken.
+class NodeModule : public NodeInitialiser {
+public:
+    explicit NodeModule(ClassManager* manager)
+    {
+        constexpr NodeFamily FAMILY = {.catagory = 21, .n_inputs = 1, .n_outputs = 1, .type = 100};
+        NodeRow rows[] = {node_row<SampleMix>("Module's own", -1), node_row<SampleLine>("Line", 7)};
+        rows[0].class_name = "DescriptorTestModule";
+        rows[0].set_descriptor = [](ClassDescriptor*) {};
+        add_nodes(FAMILY, rows);
+        if (!manager)
+            throw std::bad_alloc();
+        setup(manager);
+    }
+};
+
+TEST(NodeInitialiser, leaves_nothing_of_a_module_that_fails_and_no_second_class_of_a_name)
+{
+    const KIVLinkedList& all = CNodeRepository::inq_repository()->inq_descriptors();
+    const ClassManager* manager = ClassManager::inq_main();
+    const ClassDescriptor* line = manager->find_cd_for("SampleLine");
+    const int count = all.count();
+    auto* generic = new_generic("DescriptorTestModuleOp", "DescriptorTestModule");
+    const Captured captured;
+    EXPECT_THROW(NodeModule(nullptr), std::bad_alloc);
+    EXPECT_EQ(all.count(), count);
+    EXPECT_EQ(manager->find_cd_for("DescriptorTestModule"), nullptr);
+    EXPECT_TRUE(CNodeRepository::inq_repository()->inq_pending_generics().find(generic));
+
+    const NodeModule module(ClassManager::inq_main());
+    EXPECT_EQ(all.count(), count + 1);
+    auto* own = descriptor_of(manager->find_cd_for("DescriptorTestModule"));
+    ASSERT_TRUE(own);
+    EXPECT_TRUE(own->inq_generic_descriptors()->find(generic));
+    EXPECT_EQ(manager->find_cd_for("SampleLine"), line);
+    EXPECT_EQ(SampleLine::inq_class_descriptor_s(), line);
+    EXPECT_NE(captured.inq_errors().find("The node class SampleLine is there already.\n"),
+              std::string::npos);
+}
+
 TEST(CNodeRepository, joins_generics_to_their_node_class_in_either_order)
 {
     const KIVLinkedList& pending = CNodeRepository::inq_repository()->inq_pending_generics();
@@ -158,4 +198,24 @@ TEST(StandInCNode, answers_for_its_class_and_is_never_evaluated)
     const MacroStandInCNode macro(line, "/scenes/macros/blur.two.mac");
     EXPECT_EQ(macro.inq_name(), "blur.two");
     EXPECT_EQ(macro.inq_displayed_type_name(), "Macro");
+}
+
+TEST(CNodeInstance, is_valid_while_its_nodes_are_in_the_graph)
+{
+    CNodeGraph graph(nullptr);
+    CNode* root = add<SampleMix>(graph);
+    CNode* source = add<SampleSource>(graph);
+    CNodeInstance path, other;
+    EXPECT_FALSE(path.inq_is_valid());
+    for (CNodeInstance* each : {&path, &other})
+        each->push_root_node(root);
+    path.push_node(source, 1);
+    EXPECT_FALSE(path.is_same_as(&other));
+    other.push_node(source, 0);
+    EXPECT_FALSE(path.is_same_as(&other));
+    EXPECT_FALSE(path.is_same_as(nullptr));
+    EXPECT_TRUE(path.is_same_as(&path));
+    EXPECT_TRUE(path.inq_is_valid());
+    delete graph.remove_node(source);
+    EXPECT_FALSE(path.inq_is_valid());
 }

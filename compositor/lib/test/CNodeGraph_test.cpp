@@ -125,29 +125,6 @@ TEST(CNodeGraph, puts_connections_at_the_head_of_both_lists_and_tells_who_is_con
     graph.delete_connection(nullptr, true);
 }
 
-TEST(CNodeGraph, refuses_data_types_that_do_not_fit)
-{
-    CNodeGraph graph(nullptr);
-    auto* source = add<SampleSource>(graph);
-    auto* sound = add<SampleSoundLine>(graph);
-    auto* anything = add<SampleAnything>(graph);
-    EXPECT_FALSE(graph.inq_can_connect_data_types(out(source), in(sound)));
-    EXPECT_EQ(graph.make_connection(out(source), in(sound), true), nullptr);
-    EXPECT_TRUE(in(sound)->inq_connections_list()->inq_is_empty());
-
-    EXPECT_TRUE(graph.inq_can_connect_data_types(out(source), in(anything)));
-    EXPECT_EQ(anything->inq_types(), nullptr);
-    ASSERT_TRUE(graph.make_connection(out(source), in(anything), false));
-    ASSERT_TRUE(anything->inq_types());
-    EXPECT_EQ(anything->inq_types()->size(), 1);
-    EXPECT_FALSE(graph.inq_can_connect_data_types(out(anything), in(sound)));
-
-    graph.set_type_checker_disabled();
-    EXPECT_TRUE(graph.make_connection(out(anything), in(sound), false));
-    EXPECT_FALSE(graph.set_type_checker_enabled());
-    EXPECT_TRUE(graph.inq_type_checker_enabled());
-}
-
 TEST(CNodeGraph, sees_cycles_only_when_asked)
 {
     CNodeGraph graph(nullptr);

@@ -178,7 +178,8 @@ TEST(CNode, finds_a_source_at_the_end_of_very_many_ways)
         last = next;
     }
     EXPECT_EQ(CNode::inq_source_node_names(last, nullptr), nullptr);
-    SampleNode* source = add<SampleSource>(graph);
+    SampleNode* source = add<SampleSource>(graph, "s");
     join(source, first);
     EXPECT_EQ(CNode::inq_source_node_names(last, nullptr), source);
+    EXPECT_TRUE(last->inq_source_node_names().str().starts_with("s, s, "));
 }

@@ -18,53 +18,26 @@ public:
     int inq_type() const override { return type; }
     int inq_frameno() const override { return 1; }
 
-    using CData::union_change_data_from;
     using CData::union_generated_data_from;
     using CData::union_immediate_data_from;
-    void union_immediate_data_from(CNodeOpArray* inputs, AbortPanel*) override
-    {
-        immediate = joined(*inputs, &SketchData::immediate);
-    }
+    void union_immediate_data_from(CNodeOpArray*, AbortPanel*) override {}
     void union_generated_data_from(CNodeOpArray* inputs, AbortPanel*) override
     {
-        generated = joined(*inputs, &SketchData::generated);
+        const std::unique_ptr<IntArray> order(sort_input_order(inputs));
+        for (int i = 0; i < order->size(); ++i)
+            generated +=
+                (i > 0 ? "+" : "") + of(inputs->inq_data(order->inq_element(i)))->generated;
     }
-    void union_immediate_data_from(CData* input, AbortPanel*) override
-    {
-        append(immediate, of(input)->immediate);
-    }
-    void union_generated_data_from(CData* input, AbortPanel*) override
-    {
-        append(generated, of(input)->generated);
-    }
-    void copy_request_data_from(CData* consumer) override { request = of(consumer)->request; }
-    void copy_immediate_data_to(CData* consumer) override { of(consumer)->immediate = immediate; }
     void copy_generated_data_to(CData* consumer, AbortPanel*) override
     {
         of(consumer)->generated = generated;
     }
-    void clear_immediate_data() override { immediate.clear(); }
     void clear_generated_data() override { generated.clear(); }
 
     static SketchData* of(CData* data) { return static_cast<SketchData*>(data); }
 
-    std::string request;
-    std::string immediate;
     std::string generated;
 
 private:
-    static void append(std::string& text, const std::string& tail)
-    {
-        text += (text.empty() ? "" : "+") + tail;
-    }
-    std::string joined(CNodeOpArray& inputs, std::string SketchData::*member)
-    {
-        const std::unique_ptr<IntArray> order(sort_input_order(&inputs));
-        std::string all;
-        for (int i = 0; i < order->size(); ++i)
-            append(all, of(inputs.inq_data(order->inq_element(i)))->*member);
-        return all;
-    }
-
     int type;
 };

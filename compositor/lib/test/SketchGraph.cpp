@@ -21,20 +21,6 @@ CNodeDescriptor* descriptor_for(int n_inputs, int type, const std::string& famil
     return descriptor;
 }
 
-CNodeDescriptor* mixed_descriptor_for(const std::vector<int>& inputs, int output)
-{
-    static std::map<std::vector<int>, CNodeDescriptor*> made;
-    std::vector<int> key = inputs;
-    key.push_back(output);
-    const auto place = made.try_emplace(std::move(key), nullptr).first;
-    const int* types = place->first.data();
-    if (!place->second)
-        place->second = new CNodeDescriptor("SketchMixed", "CNode", nullptr, -1, nullptr, "Sketch",
-                                            0, true, static_cast<int>(inputs.size()), 1, types,
-                                            types + inputs.size(), nullptr);
-    return place->second;
-}
-
 CNodeDescriptor* generic_descriptor_for(int n_inputs, const std::vector<int>& types)
 {
     std::string family = "SketchGeneric";
@@ -98,11 +84,6 @@ SketchNode* SketchGraph::add_universal(const char* name, int n_inputs)
     SketchNode* node = add(name, n_inputs, WILDCARD_TYPE);
     node->is_universal = true;
     return node;
-}
-
-SketchNode* SketchGraph::add_mixed(const char* name, const std::vector<int>& inputs, int output)
-{
-    return add(mixed_descriptor_for(inputs, output), name);
 }
 
 SketchNode* SketchGraph::add_generic(const char* name, int n_inputs, const std::vector<int>& types)

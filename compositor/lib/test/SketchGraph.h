@@ -61,9 +61,6 @@ public:
     SketchNode* add(const char* name, int n_inputs, int type = PICTURE);
     SketchNode* add_universal(const char* name, int n_inputs);
 
-    /// A node with a type for each of its inputs.
-    SketchNode* add_mixed(const char* name, const std::vector<int>& inputs, int output);
-
     /// A generic node of a class that has operations for `types`.
     SketchNode* add_generic(const char* name, int n_inputs, const std::vector<int>& types);
 

@@ -49,7 +49,7 @@ public:
         : Layer(columns, lines), m(mapping), options(options), source(source),
           pixels(source.pixels),
           takes_four(options.filtered &&
-                     std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW),
+                     std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW + SAFE),
           is_level(std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
                    std::abs(m.u_x) < MOST_LEVEL_STEP &&
                    (!takes_four || std::abs(m.v_y) < MOST_LEVEL_STEP)),
@@ -124,6 +124,10 @@ private:
 
     /// Source pixels, against rounding where an edge meets a sample.
     static constexpr double SAFE = 1e-6;
+
+    /// Source pixels by which a place between two counts as on the later one, so that rounding does
+    /// not choose. Less than SAFE.
+    static constexpr double TIE = 0.5 * SAFE;
 
     /// Source pixels that a row may rise over its whole length and still count as level.
     static constexpr double LEVEL = 1e-9;
@@ -368,8 +372,13 @@ private:
     /// covers.
     Interval find_touched(int y) const
     {
-        const double reach_u = options.filtered ? 0.5 * m.u_length : 0.0;
-        const double reach_v = options.filtered ? 0.5 * m.v_length : 0.0;
+        if (!options.filtered) {
+            Interval hit = find_inside(m.u_at(0, y), m.u_x, -TIE, m.width - TIE);
+            hit.cut(find_inside(m.v_at(0, y), m.v_x, -TIE, m.height - TIE));
+            return hit;
+        }
+        const double reach_u = 0.5 * m.u_length;
+        const double reach_v = 0.5 * m.v_length;
         Interval touched = find_inside(m.u_at(0, y), m.u_x, -reach_u, m.width + reach_u);
         touched.cut(find_inside(m.v_at(0, y), m.v_x, -reach_v, m.height + reach_v));
         return touched;
@@ -406,7 +415,7 @@ private:
     /// beginning of the pixel's strip, so that all walks over it meet the same.
     SourceWalk make_walk(int x, int y, Place offset = {0.0, 0.0}) const
     {
-        const double centre = options.filtered ? 0.5 : 0.0;
+        const double centre = options.filtered ? 0.5 : -TIE;
         const int from = strip_begin(x);
         const SourceWalk walk = {to_walk(m.u_at(from + offset.x, y + offset.y) - centre),
                                  to_walk(m.v_at(from + offset.x, y + offset.y) - centre),

@@ -10,9 +10,12 @@
 namespace {
 constexpr double SMALLEST_AREA = 1e-9; // pixels; a thinner image can't be placed
 
+/// Of a pixel, that an image must cover for it to count. Rounding stays below.
+constexpr double SMALLEST_PART = 1e-6;
+
 /// Images that come to be smaller than half are halved first. The share below leaves room for a
 /// wanted size that was rounded to whole pixels.
-constexpr double HALVE_BELOW = 0.49;
+constexpr double HALVE_BELOW = 0.49 - 1e-9;
 
 /// How far from whole pixels an image may lie and still be drawn without resampling.
 constexpr double WHOLE_PIXEL = 1.0 / 1024;
@@ -22,7 +25,8 @@ PixmapDrawing::Time inq_time(const KIVPixmap& source)
     return PixmapDrawing::is_fixed(source) ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
 }
 
-/// The least box of whole pixels around the four corners, inside the target.
+/// The least box of whole pixels around the four corners, inside the target. What a resampled edge
+/// would spill beyond it is cut off, as it is in a pixmap of just that box.
 void find_box(const KIVPixmap& target, const Sides& sides, const KIVPixmap& source, Place top_left,
               Interval& columns, Interval& lines)
 {
@@ -31,7 +35,8 @@ void find_box(const KIVPixmap& target, const Sides& sides, const KIVPixmap& sour
     const auto box = [](double at, double one, double other, int size) {
         const double low = at + std::min(one, 0.0) + std::min(other, 0.0);
         const double high = at + std::max(one, 0.0) + std::max(other, 0.0);
-        Interval interval = {to_int(std::floor(low)) - 1, to_int(std::ceil(high)) + 1};
+        Interval interval = {to_int(std::floor(low + SMALLEST_PART)),
+                             to_int(std::ceil(high - SMALLEST_PART))};
         interval.cut({0, size});
         return interval;
     };
@@ -52,10 +57,12 @@ bool is_unscaled(const KIVPixmap& source, const Sides& sides, Place top_left, bo
     return is_unit && (is_whole || !filtered);
 }
 
-/// The place of the pixel whose centre a target pixel's centre falls into.
+/// The place of the pixel whose centre a target pixel's centre falls into. Rounding does not choose
+/// between two.
 long nearest_place(double at)
 {
-    return std::lround(std::ceil(at - 0.5));
+    constexpr double TIE = 5e-7;
+    return std::lround(std::ceil(at - 0.5 - TIE));
 }
 
 bool is_placeable(Place place)

@@ -40,8 +40,8 @@ protected:
     void set_offset(std::size_t offset);
 
     /// One class that the stream speaks of: OKAY if it can be read, here or by a module, else the
-    /// error that it is.
-    int add_class(const KIVString& name, int stored_version);
+    /// error that it is, and in `fault` what is wrong with its module if it has one.
+    int add_class(const KIVString& name, int stored_version, KIVString& fault);
 
 private:
     struct StoredClass {

@@ -80,11 +80,13 @@ std::optional<ClassEntry> take_class(std::string_view& table)
     return entry;
 }
 
-void add_name(KIVString& names, const ClassEntry& entry)
+void add_name(KIVString& names, const ClassEntry& entry, const KIVString& fault)
 {
     if (!names.is_null())
         names += ", ";
     names += std::string(entry.name) + " of version " + std::to_string(entry.version);
+    if (!fault.is_null())
+        names += " (" + fault + ")";
 }
 } // namespace
 
@@ -116,9 +118,10 @@ void CharIStream::open_container()
             set_error_state(BAD_HEADER);
             return;
         }
-        if (const int class_error = add_class(entry->name, entry->version)) {
+        KIVString fault;
+        if (const int class_error = add_class(entry->name, entry->version, fault)) {
             error = error == NEWER_CLASS ? error : class_error;
-            add_name(unreadable, *entry);
+            add_name(unreadable, *entry, fault);
         }
     }
     if (error != OKAY)

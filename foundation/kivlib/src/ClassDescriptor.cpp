@@ -1,8 +1,10 @@
 #include "kivlib/hdr/ClassDescriptor.h"
 
+#include "kivlib/hdr/KIVOStream.h"
+#include "kivlib/hdr/ModuleFolder.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/StoredClass.h"
-#include "kivlib/src/module_folder.h"
+#include "kivlib/hdr/report_error.h"
 
 namespace {
 KIVObject* read_descriptor(KIVIStream& stream)
@@ -112,5 +114,7 @@ int ClassDescriptor::inq_stored_version() const
 
 void ClassDescriptor::load_dll() const
 {
-    load_module_of_class(name);
+    KIVString fault;
+    if (!ModuleFolder::load_class(name, fault) && !fault.is_null())
+        report_here() << fault << "\n";
 }

@@ -2,10 +2,10 @@
 
 #include "kivlib/hdr/ClassDescriptor.h"
 #include "kivlib/hdr/ClassManager.h"
+#include "kivlib/hdr/ModuleFolder.h"
 #include "kivlib/hdr/UCharArray.h"
 #include "kivlib/hdr/stack_left.h"
 #include "kivlib/src/LoadTable.h"
-#include "kivlib/src/module_folder.h"
 #include "kivlib/src/object_tags.h"
 
 #include <limits>
@@ -118,11 +118,12 @@ KIVIStream& ConnectIStream::operator>>(char* text)
     return *this;
 }
 
-int ConnectIStream::add_class(const KIVString& name, int stored_version)
+int ConnectIStream::add_class(const KIVString& name, int stored_version, KIVString& fault)
 {
     const ClassManager* manager = ClassManager::inq_main();
     ClassDescriptor* descriptor = manager->find_cd_for(name);
-    if ((!descriptor || !descriptor->inq_reader()) && load_module_of_class(name))
+    const bool has_code = descriptor && !descriptor->inq_is_from_stream();
+    if (!has_code && ModuleFolder::load_class(name, fault))
         descriptor = manager->find_cd_for(name);
     classes.push_back({name, descriptor, stored_version});
     if (!descriptor || !descriptor->inq_reader())

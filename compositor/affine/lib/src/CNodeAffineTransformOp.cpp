@@ -6,15 +6,16 @@
 
 void CNodeAffineTransformOp::copy_node_info(CNode* node)
 {
-    const int frame = inq_output_data()->inq_frameno();
-    node_transform = static_cast<const DWNode*>(node)->inq_node_transform(frame);
+    if (const CData* output = inq_output_data())
+        node_transform =
+            static_cast<const DWNode*>(node)->inq_node_transform(output->inq_frameno());
 }
 
 void CNodeAffineTransformOp::copy_request_data_to_inputs()
 {
     const CNodeOpArray* input = inq_inputs(0);
     auto* datum = static_cast<CDataRender*>(input ? input->inq_data() : nullptr);
-    if (!datum)
+    if (!datum || !inq_output_data())
         return;
     datum->copy_request_data_from(inq_output_data());
     datum->transform(node_transform);

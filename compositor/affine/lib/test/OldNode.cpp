@@ -3,6 +3,7 @@
 #include "compositor/affine/lib/hdr/CNodeCameraRotate.h"
 #include "compositor/affine/lib/hdr/CNodeCameraSize.h"
 #include "compositor/affine/lib/hdr/CNodeCameraTranslate.h"
+#include "compositor/affine/lib/hdr/CNodeZTranslate.h"
 #include "compositor/lib/hdr/NodeClass.h"
 #include "tests/support/OldRecord.h"
 #include "xsheet/node/test/old_node.h"
@@ -25,9 +26,14 @@ public:
     }
 };
 
-std::string record_of(const char* class_name, int version, int n_numbers)
+void register_hidden_nodes()
 {
     static const HiddenNodes the_hidden_nodes;
+}
+
+std::string record_of(const char* class_name, int version, int n_numbers)
+{
+    register_hidden_nodes();
     OldRecord old(class_name, version);
     tell_old_node(old, version, COLUMN_LABEL);
     for (int i = 0; i < n_numbers; ++i)
@@ -35,6 +41,16 @@ std::string record_of(const char* class_name, int version, int n_numbers)
     return old.finish();
 }
 } // namespace
+
+gsl::owner<CNodeAffineTransform*> new_affine_node(const std::string& class_name)
+{
+    register_hidden_nodes();
+    if (class_name == CNodeZTranslate::inq_class_name_s())
+        return new CNodeZTranslate; // which nothing registers
+    auto* record =
+        static_cast<CNodeDescriptor*>(ClassManager::inq_main()->find_cd_for(class_name.c_str()));
+    return static_cast<CNodeAffineTransform*>(record->new_node(nullptr, nullptr));
+}
 
 bool reads_with_numbers(const char* class_name, int version, int n)
 {
@@ -46,8 +62,7 @@ bool reads_with_numbers(const char* class_name, int version, int n)
     return true;
 }
 
-OldNode::OldNode(const char* class_name, int n_numbers,
-                 std::initializer_list<SubColumn*> sub_columns)
+OldNode::OldNode(const char* class_name, int n_numbers, const std::vector<SubColumn*>& sub_columns)
 {
     CharIStream stream(record_of(class_name, 94, n_numbers));
     node = CNodeAffineTransform::read_from(stream);

@@ -4,8 +4,11 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "xsheet/column/hdr/XSheet.h"
 
-#include <initializer_list>
 #include <string>
+#include <vector>
+
+/// A new node of a class of the family, also of those that the user can't make.
+gsl::owner<CNodeAffineTransform*> new_affine_node(const std::string& class_name);
 
 /// Whether a node's record of `version` reads well with `n` more numbers behind its bases' part.
 bool reads_with_numbers(const char* class_name, int version, int n);
@@ -16,7 +19,7 @@ std::string columns_of(const XSNode& node);
 /// A node of a file of version 94, met again with these sub-columns, which have their labels.
 class OldNode {
 public:
-    OldNode(const char* class_name, int n_numbers, std::initializer_list<SubColumn*> sub_columns);
+    OldNode(const char* class_name, int n_numbers, const std::vector<SubColumn*>& sub_columns);
 
     template <class Node> Node* as() const { return static_cast<Node*>(node); }
 

@@ -1,10 +1,7 @@
 #pragma once
 
-#include "xsheet/move/hdr/MoveColumn.h"
 #include "xsheet/numeric/hdr/NumericCellData.h"
 #include "xsheet/numeric/hdr/NumericSubColumn.h"
-
-#include <gtest/gtest.h>
 
 /// Sets one element of the key on frame 1, which is made if there is none.
 inline void set_first_key(NumericSubColumn* column, double value, int element = 0)
@@ -19,19 +16,4 @@ template <class Kind> gsl::owner<Kind*> keyed(double value, gsl::owner<Kind*> co
     column->init_after_construction();
     set_first_key(column, value);
     return column;
-}
-
-/// Keys a move column that holds X and Y apart.
-inline void set_place(MoveColumn* move, const Vector2& place)
-{
-    const unsigned long labels[] = {MoveColumn::XPOS_SUBCOL, MoveColumn::YPOS_SUBCOL};
-    for (int i = 0; i < 2; ++i)
-        set_first_key(static_cast<NumericSubColumn*>(move->find_sub_column(labels[i])),
-                      place.elem(i));
-}
-
-inline void expect_point(const Vector2& point, double x, double y)
-{
-    EXPECT_NEAR(point.x(), x, 1e-12);
-    EXPECT_NEAR(point.y(), y, 1e-12);
 }

@@ -1,14 +1,10 @@
+#include "compositor/affine/lib/hdr/CNodeCamera.h"
+#include "compositor/affine/lib/hdr/CNodeCameraSize.h"
 #include "compositor/affine/lib/hdr/CNodeEWTranslate.h"
-#include "compositor/affine/lib/hdr/CNodeHorFlip.h"
 #include "compositor/affine/lib/hdr/CNodeNSTranslate.h"
-#include "compositor/affine/lib/hdr/CNodeRotate.h"
 #include "compositor/affine/lib/hdr/CNodeScale.h"
 #include "compositor/affine/lib/hdr/CNodeShearTransform.h"
 #include "compositor/affine/lib/hdr/CNodeTransform.h"
-#include "compositor/affine/lib/hdr/CNodeVerFlip.h"
-#include "compositor/affine/lib/hdr/CNodeXScale.h"
-#include "compositor/affine/lib/hdr/CNodeXYScale.h"
-#include "compositor/affine/lib/hdr/CNodeYScale.h"
 #include "compositor/affine/lib/hdr/CNodeZTranslate.h"
 #include "compositor/affine/lib/test/OldNode.h"
 #include "compositor/affine/lib/test/keyed.h"
@@ -20,21 +16,10 @@
 #include <gtest/gtest.h>
 
 namespace {
-void set_transform(CNodeTransform& node, const Vector2& place, double angle, double scale,
-                   const Vector2& centre)
-{
-    set_place(node.inq_pos_subcolumn(), place);
-    set_first_key(node.inq_angle_subcolumn(), angle);
-    set_first_key(node.inq_scale_subcolumn(), scale);
-    set_first_key(node.inq_centre_subcolumn(), centre.x(), 0);
-    set_first_key(node.inq_centre_subcolumn(), centre.y(), 1);
-}
-
 std::string columns_of_new(const char* class_name)
 {
-    auto* record = static_cast<CNodeDescriptor*>(ClassManager::inq_main()->find_cd_for(class_name));
-    const std::unique_ptr<CNode> node(record->new_node(nullptr, nullptr));
-    return columns_of(static_cast<const XSNode&>(*node));
+    const std::unique_ptr<CNodeAffineTransform> node(new_affine_node(class_name));
+    return columns_of(*node);
 }
 } // namespace
 
@@ -45,11 +30,12 @@ TEST(CNodeAffineTransform, has_the_columns_of_its_class_under_their_labels)
     EXPECT_EQ(columns_of_new("CNodeTranslate"), "2 Move");
     EXPECT_EQ(columns_of_new("CNodeNSTranslate"), "1 N/S");
     EXPECT_EQ(columns_of_new("CNodeEWTranslate"), "1 E/W");
-    EXPECT_EQ(columns_of(CNodeZTranslate()), "1 Z");
+    EXPECT_EQ(columns_of_new("CNodeZTranslate"), "1 Z");
     EXPECT_EQ(columns_of_new("CNodeRotate"), "1 Angle");
     EXPECT_EQ(columns_of_new("CNodeScale"), "1 Scale");
     EXPECT_EQ(columns_of_new("CNodeXYScale"), "1 X Scale, 2 Y Scale");
     EXPECT_EQ(columns_of_new("CNodeHorFlip"), "");
+    EXPECT_EQ(columns_of_new("CNodeCameraTranslate"), "1 E/W - N/S");
     EXPECT_EQ(columns_of_new("CNodeShearTransform"),
               "1 E/W, 2 N/S, 3 Angle, 4 X Scale, 5 Y Scale, 6 Shear");
 }
@@ -61,94 +47,27 @@ TEST(CNodeAffineTransform, stays_neutral_where_a_file_holds_other_columns)
     EXPECT_EQ(old.node->inq_node_transform(1), Matrix44());
 }
 
-TEST(CNodeTransform, moves_free_of_its_scale_and_angle)
+TEST(CNodeAffineTransform, has_columns_of_the_kind_and_unit_of_its_class)
 {
-    CNodeTransform node;
-    EXPECT_EQ(node.inq_node_transform(1), Matrix44());
-
-    set_transform(node, {3.0, 4.0}, 0.0, 1.0, {0.0, 0.0});
-    expect_point(node.inq_node_transform(1) * Vector2(1.0, 1.0), 4.0, 5.0);
-
-    set_transform(node, {0.0, 0.0}, 0.0, 2.0, {10.0, 0.0});
-    expect_point(node.inq_node_transform(1) * Vector2(10.0, 0.0), 10.0, 0.0);
-    expect_point(node.inq_node_transform(1) * Vector2(11.0, 1.0), 12.0, 2.0);
-
-    set_transform(node, {5.0, 0.0}, 90.0, 2.0, {7.0, -3.0});
-    expect_point(node.inq_node_transform(1) * Vector2(7.0, -3.0), 12.0, -3.0);
-    expect_point(node.inq_node_transform(1) * Vector2(8.0, -3.0), 12.0, -1.0);
-    EXPECT_EQ(node.inq_offset(1), Vector2(5.0, 0.0));
+    EXPECT_TRUE(CNodeNSTranslate().inq_translate_subcolumn()->is_y_column(0));
+    EXPECT_EQ(CNodeEWTranslate().inq_translate_subcolumn()->inq_type(), 3) << "not of the X kind";
+    EXPECT_EQ(CNodeZTranslate().inq_translate_subcolumn()->inq_unit_type(), KIV_UNIT_DEPTH);
+    EXPECT_EQ(CNodeCameraSize().inq_width_subcolumn()->inq_unit_type(), KIV_UNIT_FIELD_WIDTH);
+    EXPECT_EQ(CNodeCamera().inq_width_subcolumn()->inq_unit_type(), KIV_UNIT_FIELD_WIDTH);
 }
 
-TEST(CNodeTranslate, moves_along_the_axes_of_its_class)
+TEST(CNodeShearTransform, alone_may_mirror_by_its_scale)
 {
-    CNodeTranslate node;
-    set_place(node.inq_pos_subcolumn(), {2.0, 3.0});
-    EXPECT_EQ(node.inq_node_transform(1) * Vector2(1.0, 1.0), Vector2(3.0, 4.0));
-    EXPECT_EQ(node.inq_node_transform(1)(2, 3), 1.0);
-
-    CNodeNSTranslate north;
-    set_first_key(north.inq_translate_subcolumn(), 3.0);
-    EXPECT_EQ(north.inq_node_transform(1) * Vector2(1.0, 1.0), Vector2(1.0, 4.0));
-    EXPECT_EQ(north.inq_offset(1), Vector2(0.0, 3.0));
-    EXPECT_TRUE(north.inq_translate_subcolumn()->is_y_column(0));
-
-    CNodeEWTranslate east;
-    set_first_key(east.inq_translate_subcolumn(), 2.0);
-    EXPECT_EQ(east.inq_node_transform(1) * Vector2(1.0, 1.0), Vector2(3.0, 1.0));
-    EXPECT_EQ(east.inq_translate_subcolumn()->inq_type(), 3) << "not of the X kind";
-
-    CNodeZTranslate depth;
-    set_first_key(depth.inq_translate_subcolumn(), 9.0);
-    EXPECT_EQ(depth.inq_node_transform(1), Matrix44());
-    EXPECT_EQ(depth.inq_translate_subcolumn()->inq_unit_type(), KIV_UNIT_DEPTH);
-}
-
-TEST(CNodeScale, scales_and_flips_along_the_axes_of_its_class)
-{
-    const Vector2 point(1.0, 1.0);
     CNodeScale both;
-    set_first_key(both.inq_scale_subcolumn(), 4.0);
-    EXPECT_EQ(both.inq_node_transform(1) * point, Vector2(4.0, 4.0));
-    CNodeXScale across;
-    set_first_key(across.inq_scale_subcolumn(), 4.0);
-    EXPECT_EQ(across.inq_node_transform(1) * point, Vector2(4.0, 1.0));
-    CNodeYScale up;
-    set_first_key(up.inq_scale_subcolumn(), 4.0);
-    EXPECT_EQ(up.inq_node_transform(1) * point, Vector2(1.0, 4.0));
-    CNodeXYScale each;
-    set_first_key(each.inq_x_scale_subcolumn(), 4.0);
-    set_first_key(each.inq_y_scale_subcolumn(), 5.0);
-    EXPECT_EQ(each.inq_node_transform(1) * point, Vector2(4.0, 5.0));
-    EXPECT_EQ(CNodeHorFlip().inq_node_transform(1) * point, Vector2(-1.0, 1.0));
-    EXPECT_EQ(CNodeVerFlip().inq_node_transform(1) * point, Vector2(1.0, -1.0));
-
     set_first_key(both.inq_scale_subcolumn(), -4.0);
-    EXPECT_EQ(both.inq_scale(1), 1e-9) << "only a shear node mirrors";
-}
+    EXPECT_EQ(both.inq_scale(1), 1e-9);
 
-TEST(CNodeShearTransform, turns_scales_shears_and_moves_in_that_order)
-{
-    CNodeShearTransform node;
-    set_first_key(node.inq_shear_subcolumn(), 45.0);
-    EXPECT_NEAR(node.inq_node_transform(1)(0, 1), -1.0, 1e-12);
-
-    set_first_key(node.inq_z_angle_subcolumn(), 90.0);
-    set_first_key(node.inq_scale_x_subcolumn(), 2.0);
-    set_first_key(node.inq_scale_y_subcolumn(), -3.0);
-    set_first_key(node.inq_x_translate_subcolumn(), 10.0);
-    set_first_key(node.inq_y_translate_subcolumn(), 20.0);
-    // (1, 0) turned is (0, 1), scaled (0, -3), sheared (3, -3).
-    expect_point(node.inq_node_transform(1) * Vector2(1.0, 0.0), 13.0, 17.0);
-    EXPECT_EQ(node.inq_z_angle(1), 90.0) << "in degrees";
-}
-
-TEST(CNodeShearTransform, may_mirror_when_it_comes_out_of_a_file_too)
-{
     const OldNode old("CNodeShearTransform", 0,
                       {labelled(4, new ScaleSubColumn), labelled(5, new ScaleSubColumn)});
     auto* node = old.as<CNodeShearTransform>();
     set_first_key(node->inq_scale_y_subcolumn(), -3.0);
     EXPECT_EQ(node->inq_scale(1), Vector2(1.0, -3.0));
+    EXPECT_EQ(node->inq_z_angle(1), 0.0);
 }
 
 TEST(OldTransforms, leave_their_unused_numbers_behind)
@@ -168,19 +87,16 @@ TEST(OldTransforms, leave_their_unused_numbers_behind)
 
 TEST(OldTransforms, gather_their_position_in_a_move_column)
 {
-    const OldNode both("CNodeTransform", 0,
-                       {labelled(1, keyed<NumericSubColumn>(3.0)),
-                        labelled(2, keyed<NumericSubColumn>(4.0)),
-                        labelled(4, keyed<ScaleSubColumn>(2.0))});
+    const auto plain = [] { return labelled(1, keyed<NumericSubColumn>(3.0)); };
+    const OldNode both(
+        "CNodeTransform", 0,
+        {plain(), labelled(2, keyed<NumericSubColumn>(4.0)), labelled(4, new ScaleSubColumn)});
     EXPECT_EQ(columns_of(*both.node), "4 , 6 Move");
-    EXPECT_EQ(both.as<CNodeTransform>()->inq_translation(1), Vector2(3.0, 4.0));
-    EXPECT_EQ(both.as<CNodeTransform>()->inq_scale(1), 2.0);
+    EXPECT_EQ(both.as<CNodeTransform>()->inq_pos_subcolumn()->inq_mode(), MoveColumn::XYCOL_MODE);
+    EXPECT_EQ(columns_of(*OldNode("CNodeCamera", 4, {plain()}).node), "5 Move");
 
-    auto* place = keyed<NumericTSubColumn>(3.0);
-    set_first_key(place, 4.0, 1);
-    const OldNode one("CNodeTranslate", 1, {labelled(1, place)});
+    const OldNode one("CNodeTranslate", 1, {labelled(1, new NumericTSubColumn)});
     EXPECT_EQ(columns_of(*one.node), "2 Move");
-    EXPECT_EQ(one.as<CNodeTranslate>()->inq_translation(1), Vector2(3.0, 4.0));
     EXPECT_EQ(one.as<CNodeTranslate>()->inq_pos_subcolumn()->inq_mode(), MoveColumn::TCOL_MODE);
 
     const OldNode none("CNodeTransform", 0, {labelled(2, keyed<NumericSubColumn>(4.0))});

@@ -25,11 +25,14 @@ Corners copy_corners(const Vector2* corners)
     return {corners[TOP_LEFT], corners[TOP_RIGHT], corners[BOTTOM_RIGHT], corners[BOTTOM_LEFT]};
 }
 
-/// The nearest whole number of pixels.
+/// The nearest whole number of pixels. The same in every target: an odd picture at half its size
+/// must not come from another copy because its corners were rounded elsewhere.
 int round_length(double length)
 {
     constexpr double MOST = std::numeric_limits<int>::max();
-    return length + 0.5 < MOST ? static_cast<int>(length + 0.5) : std::numeric_limits<int>::max();
+    constexpr double HALF_UP = 0.5 + 1e-9;
+    return length + HALF_UP < MOST ? static_cast<int>(length + HALF_UP)
+                                   : std::numeric_limits<int>::max();
 }
 
 PixType layer_type(const CDataRender& data)

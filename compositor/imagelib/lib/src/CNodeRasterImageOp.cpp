@@ -23,7 +23,8 @@ BoundingBox CNodeRasterImageOp::inq_image_bounds(int bits) const
     return image.is_usable() ? BoundingBox(image->get_frame()) : BoundingBox();
 }
 
-// An image is never opaque: its alpha is not looked at here.
+// An image is never opaque: its alpha is not looked at here. One that is going to be culled may lie
+// anywhere meanwhile, so that its file stays closed.
 void CNodeRasterImageOp::init_data(AbortPanel*)
 {
     CDataImage* output = CDataImage::from(inq_node_data());
@@ -33,8 +34,10 @@ void CNodeRasterImageOp::init_data(AbortPanel*)
         output->clear_immediate_data();
         return;
     }
+    if (output->inq_image_ibbox_v().inq_is_empty() || inq_is_under_cover())
+        return;
     const BoundingBox bounds = inq_image_bounds(output->inq_bits_per_sample());
-    if (bounds.inq_is_empty() || output->inq_image_ibbox_v().inq_is_empty())
+    if (bounds.inq_is_empty())
         return;
     place_corners(bounds.inq_rectangle(), output->inq_node_to_view_transform());
     IntBBox covered(IntRect::roundout(KIVRectangle(N_CORNERS, corners)));
@@ -59,6 +62,7 @@ void CNodeRasterImageOp::generate_data(AbortPanel*)
     CDataImage* target = CDataImage::from(inq_composite_output(output->inq_type()));
     if (!image.is_usable() || !target)
         return;
+    place_corners(image->get_frame(), output->inq_node_to_view_transform());
     const Vector2 corner(target->inq_image_ibbox_v().inq_rectangle().get_bottom_left());
     Vector2 local[N_CORNERS];
     for (int i = 0; i < N_CORNERS; ++i)

@@ -7,6 +7,8 @@ void CNodeScreenOp::copy_node_info(CNode* node)
 {
     if (const CDataImage* output = CDataImage::from(inq_node_data()))
         colour = static_cast<const CNodeScreenBase*>(node)->inq_colour(output->inq_frameno());
+    if (inq_state() == NODEOP_ACTIVE)
+        promise_cover();
 }
 
 void CNodeScreenOp::init_data(AbortPanel*)
