@@ -1,5 +1,4 @@
 #include "tests/support/OldRecord.h"
-#include "tests/support/RecordingWatcher.h"
 #include "xsheet/column/hdr/Column.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/column/hdr/XSheetFinderFlags.h"

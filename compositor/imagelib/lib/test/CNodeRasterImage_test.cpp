@@ -49,22 +49,16 @@ public:
         EXPECT_TRUE(writer->write_pixmap(folder.path(name), make_pixmap(picture).get()));
         auto* node = new CNodeRasterImage(folder.path(name), nullptr);
         RasterSeqSubColumn* column = node->inq_raster_column();
-        column->move_key_to(column->inq_first_key(), frame);
-        bind(*node);
+        KeyCell* key = column->inq_first_key();
+        column->move_key_to(key, frame);
+        assets.push_back(
+            std::make_unique<RasterAsset>(assets.size(), RASTER_ASSET, KIVFile(node->inq_path())));
+        static_cast<RasterSeqCellData*>(key->inq_data())->set_asset(assets.back().get());
         return node;
     }
 
     TempFolder folder;
     std::vector<std::unique_ptr<RasterAsset>> assets;
-
-private:
-    void bind(const CNodeRasterImage& node)
-    {
-        assets.push_back(
-            std::make_unique<RasterAsset>(assets.size(), RASTER_ASSET, KIVFile(node.inq_path())));
-        KeyCell* key = node.inq_raster_column()->inq_first_key();
-        static_cast<RasterSeqCellData*>(key->inq_data())->set_asset(assets.back().get());
-    }
 };
 
 class Delegate final : public CNodeRasterImageLoadDelegate {
