@@ -40,11 +40,6 @@ std::string with_checksum(std::string bytes)
     return bytes;
 }
 
-Scene load(const KIVString& path)
-{
-    return Scene(KIVScene::load_from_file(path, nullptr, false));
-}
-
 /// What a program does with a scene: looks at all cells and renders.
 void use(KIVScene& scene)
 {

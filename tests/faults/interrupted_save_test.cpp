@@ -17,7 +17,7 @@ std::vector<FolderContents> record_save(const Stage& stage)
 {
     stage.set_whole(OLD);
     const FolderContents before = read_folder(stage.disc());
-    const Scene scene = SceneOnTrial::load(stage.scene());
+    const Scene scene = load(stage.scene());
     SceneOnTrial::change(*scene, NEW);
     FaultyDisc::watch(stage.disc());
     EXPECT_TRUE(SceneOnTrial::save(*scene, stage.scene()));
@@ -173,7 +173,7 @@ TEST(InterruptedSave, is_recovered_by_a_save_under_faults)
     for (const FolderContents& state : choose(record_save(stage))) {
         const Loaded old_scene = stage.load_aside(state);
         ASSERT_TRUE(old_scene);
-        const Scene scene = SceneOnTrial::load(stage.scene_aside());
+        const Scene scene = load(stage.scene_aside());
         SceneOnTrial::change_graph_and_assets(*scene, NEXT);
         const Generations new_scene{old_scene->sheet, old_scene->cover_sheet, NEXT, NEXT};
         sweep_all(few_or_all_errors(), [&](const Fault& fault) {
