@@ -35,21 +35,6 @@ Parsed image(const std::string& options)
 }
 } // namespace
 
-TEST(Arguments, defaults_render_the_whole_scene_as_compressed_tiff)
-{
-    const Parsed r = image("");
-    EXPECT_EQ(r.result, 0);
-    EXPECT_EQ(r.said, "");
-    EXPECT_TRUE(r.settings.scene_file == "scene");
-    EXPECT_EQ(r.settings.first_frame, -1);
-    EXPECT_EQ(r.settings.width, 400);
-    EXPECT_EQ(r.settings.height, 300);
-    EXPECT_TRUE(r.settings.colour_profile == "none");
-    EXPECT_FALSE(r.settings.width_given || r.settings.height_given);
-    EXPECT_EQ(r.settings.file_type, 0);
-    EXPECT_TRUE(r.settings.anti_alias);
-}
-
 TEST(Arguments, too_few_give_the_usage)
 {
     const Parsed r = run("image");
