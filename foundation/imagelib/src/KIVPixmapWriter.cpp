@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -39,6 +40,20 @@ KIVPixmapWriter::WriteError replace_file(const std::string& path, const ByteBuff
         ::unlink(other.c_str());
     return error;
 }
+
+KIVPixmapWriter::WriteError read_file(const KIVString& path, ByteBuffer& contents)
+{
+    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    struct stat facts {};
+    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
+        return KIVPixmapWriter::WRITE_CANNOT_OPEN;
+    const auto size = static_cast<std::size_t>(facts.st_size);
+    char* memory = contents.reset(size);
+    if (!memory)
+        return KIVPixmapWriter::WRITE_NO_MEMORY;
+    return file.read_all(memory, size) ? KIVPixmapWriter::WRITE_OKAY
+                                       : KIVPixmapWriter::WRITE_CANNOT_OPEN;
+}
 } // namespace
 
 bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
@@ -53,6 +68,20 @@ bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
     if (error == WRITE_OKAY)
         error = replace_file(add_extension(file, inq_extension()), contents);
     return error == WRITE_OKAY;
+}
+
+bool KIVPixmapWriter::write_copy(const KIVString& original, const KIVString& file)
+{
+    ByteBuffer contents;
+    error = read_file(original, contents);
+    if (error == WRITE_OKAY)
+        error = replace_file(inq_path(file).str(), contents);
+    return error == WRITE_OKAY;
+}
+
+KIVString KIVPixmapWriter::inq_path(const KIVString& file) const
+{
+    return add_extension(file, inq_extension());
 }
 
 KIVPixmapWriterDescriptor::KIVPixmapWriterDescriptor(const char* name, NewWriter make)
