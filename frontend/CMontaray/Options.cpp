@@ -22,6 +22,7 @@ const char* const OPTIONS_HELP =
     "  --progress           tells on the error console how far the run is\n"
     "  --log-jsonl FILE     adds a JSON object to FILE for all that happens\n"
     "  --format png|png16   PNG files, of 8 or 16 bits\n"
+    "  --tiff-compression deflate|lzw   of -tiff; lzw is for old readers\n"
     "  --json               of list_refs: as JSON\n"
     "  --check              of list_refs: with sizes; exit code 222 if a file is missing\n"
     "  --help  --version\n"
@@ -98,6 +99,7 @@ bool Options::read_value(const std::string& name, const char* value)
         {"--jobs", &Options::read_jobs},
         {"--log-jsonl", &Options::read_log_file},
         {"--format", &Options::read_format},
+        {"--tiff-compression", &Options::read_tiff_compression},
     };
     for (const Valued& option : VALUED)
         if (name == option.name)
@@ -135,4 +137,15 @@ bool Options::read_format(const std::string& value)
     else if (value == "png16")
         file_type = PNG_16_FILE;
     return file_type || refuse(CommandOutput::BAD_USAGE, "There is no format '" + value + "'.");
+}
+
+bool Options::read_tiff_compression(const std::string& value)
+{
+    if (value == "lzw")
+        tiff_compression = TiffCompression::LZW;
+    else if (value == "deflate")
+        tiff_compression = TiffCompression::DEFLATE;
+    else
+        return refuse(CommandOutput::BAD_USAGE, "TIFF has no compression '" + value + "' here.");
+    return true;
 }

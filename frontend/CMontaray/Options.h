@@ -1,6 +1,7 @@
 #pragma once
 
 #include "frontend/CMontaray/FrameList.h"
+#include "imagelib/hdr/TiffCompression.h"
 #include "render/hdr/OutputFileType.h"
 
 #include <string>
@@ -23,6 +24,7 @@ struct Options {
     bool progress = false;
     std::string log_file; // empty: none
     std::optional<OutputFileType> file_type;
+    TiffCompression tiff_compression = TiffCompression::DEFLATE;
     bool json = false;
     bool check = false;
 
@@ -35,6 +37,7 @@ private:
     bool read_jobs(const std::string& value);
     bool read_log_file(const std::string& value);
     bool read_format(const std::string& value);
+    bool read_tiff_compression(const std::string& value);
     bool refuse(int code, const std::string& reason);
 };
 

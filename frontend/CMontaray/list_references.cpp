@@ -2,6 +2,7 @@
 
 #include "frontend/CMontaray/Options.h"
 #include "frontend/CMontaray/exit_codes.h"
+#include "kivlib/hdr/ConsoleOStream.h"
 #include "kivlib/hdr/KIVStringList.h"
 #include "render/hdr/CommandOutput.h"
 #include "scene/hdr/KIVScene.h"
@@ -71,6 +72,7 @@ int list_references(const Options& options)
         std::cout << "Usage: CMontaray list_refs [-1] scene_file\n";
         return CommandOutput::BAD_USAGE;
     }
+    coutp = cerrp; // what loading says is not part of the list
     const std::unique_ptr<KIVScene> scene(KIVScene::load_from_file(words.back(), nullptr, false));
     if (!scene) {
         std::cout << "Failed to load scene '" << words.back() << "'.\n";

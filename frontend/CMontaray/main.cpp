@@ -48,6 +48,7 @@ int render(const Options& options)
         return result;
     if (options.file_type)
         output.set_file_type(*options.file_type);
+    set_tiff_compression(options.tiff_compression);
     FrameQueue queue(options.jobs);
     RunReport report(options, output);
     if (!queue.is_usable())
