@@ -192,10 +192,10 @@ void JobPool::bury(Job& job)
 {
     const int status = wait_for(job.pid);
     const bool has_failed_to_begin = job.has_ended && !job.has_begun;
-    if (is_stopping || has_failed_to_begin)
-        return;
     if (!job.has_ended)
         remove_unfinished_files(folder, job.pid);
+    if (StopSignal::inq_signal() != 0 || has_failed_to_begin)
+        return;
     if (!job.has_ended || !list_lost_places(job).empty())
         replace(job, inq_reason(status));
 }

@@ -7,6 +7,7 @@
 #include "render/hdr/RenderScene.h"
 #include "scene/hdr/KIVScene.h"
 
+#include <ctime>
 #include <dlfcn.h>
 
 namespace {
@@ -41,6 +42,13 @@ bool FileState::operator==(const FileState& other) const
            is_at(facts.st_ctim, other.facts.st_ctim);
 }
 
+// The clock of a file system goes in steps, and within one a file may change without a trace.
+bool FileState::is_settled() const
+{
+    constexpr std::time_t MARGIN = 2; // seconds
+    return !exists || facts.st_mtim.tv_sec + MARGIN < std::time(nullptr);
+}
+
 HeldFrame::HeldFrame(KIVScene& scene, RenderScene& renderer, int bits, bool is_hopeless)
     : renderer(renderer), bits(bits), is_provable(!is_hopeless && scene.inq_graph())
 {
@@ -67,24 +75,28 @@ bool HeldFrame::is_same(int a, int b) const
 void HeldFrame::will_render(int frame)
 {
     rendered_from.clear();
+    are_settled = true;
     if (!is_provable)
         return;
-    for (const CNodeRasterImage* image : images)
+    for (const CNodeRasterImage* image : images) {
         rendered_from.emplace_back(image->inq_filename(frame));
+        are_settled &= rendered_from.back().is_settled();
+    }
 }
 
 void HeldFrame::was_written(int frame, const KIVString& to)
 {
     held_frame = frame;
     held_from = rendered_from;
+    was_settled = are_settled;
     file = to;
     file_state = FileState(to);
 }
 
 bool HeldFrame::can_stand_for(int frame) const
 {
-    return held_frame > 0 && is_same(held_frame, frame) && rendered_from == held_from &&
-           file_state.is_there() && file_state == FileState(file);
+    return held_frame > 0 && was_settled && is_same(held_frame, frame) &&
+           rendered_from == held_from && file_state.is_there() && file_state == FileState(file);
 }
 
 KIVStringList HeldFrame::find_unreadable_images(int frame) const

@@ -19,9 +19,12 @@ public:
     bool is_there() const { return exists; }
     bool operator==(const FileState& other) const;
 
+    /// False for a file so new that its next change might not show.
+    bool is_settled() const;
+
 private:
+    struct stat facts {}; // filled while `exists` is found out
     bool exists;
-    struct stat facts {};
 };
 
 /// The frame that was written last. Its file serves for the next one where that is proved to look
@@ -39,7 +42,6 @@ public:
     /// Before the frame is rendered: a picture that changes later counts as changed.
     void will_render(int frame);
     void was_written(int frame, const KIVString& file);
-    void forget() { held_frame = 0; }
 
     /// After `will_render`.
     bool can_stand_for(int frame) const;
@@ -56,7 +58,9 @@ private:
     bool is_provable;
     std::vector<CNodeRasterImage*> images; // not owned
     std::vector<FileState> rendered_from;
+    bool are_settled = true;
     std::vector<FileState> held_from;
+    bool was_settled = true;
     int held_frame = 0; // 0: none
     KIVString file;
     FileState file_state{""};

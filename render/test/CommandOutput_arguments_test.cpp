@@ -255,3 +255,16 @@ TEST(Arguments, take_the_scene_out_of_its_quotes_whatever_the_result)
     EXPECT_TRUE(run("image \"scene").settings.scene_file == "\"scene");
     EXPECT_EQ(run("picture -academy_cineon -cineon_full scene").settings.width, 3656);
 }
+
+TEST(CommandOutput, writes_no_type_that_is_not_given_out)
+{
+    for (const int type : {2, 6, 99}) {
+        const Captured captured;
+        EXPECT_EQ(CommandOutput().write_file("a", nullptr, type), 213);
+        EXPECT_EQ(
+            captured.inq_output(),
+            "Unsupported file format, cannot write file\nCan not write file 'a', since failed "
+            "to find image writer class ''\n");
+    }
+    EXPECT_EQ(CommandOutput().write_file("a", nullptr, -1), 1);
+}
