@@ -166,6 +166,7 @@ constexpr Row ROWS[] = {
 
     // paths: one is taken as it stands after a backslash, the other after a slash
     {"-o out", "dir=CWD/out"},
+    {"-o /out", "dir=/out"},
     {"-o \\share", "dir=\\share"},
     {"-color p.icc", "profile=CWD/p.icc"},
     {"-color /p.icc", "profile=/p.icc"},

@@ -1,7 +1,6 @@
 #include "coversheet/lib/hdr/CoverSheet.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "kivlib/hdr/AbortPanel.h"
-#include "kivlib/hdr/KIVRectangle.h"
 #include "render/hdr/RenderScene.h"
 #include "tests/museum/Museum.h"
 #include "tests/support/Captured.h"
@@ -64,16 +63,6 @@ TEST(RenderScene, an_empty_frame_is_all_background)
     EXPECT_EQ(frame->inq_type(), PT_RGBA_8);
 }
 
-TEST(RenderScene, an_image_with_alpha_comes_over_an_opaque_background)
-{
-    const FadingCard museum;
-    RenderScene renderer(museum.scene.get(), 8, 6, 1.0, 0, 0, 8, 0);
-    renderer.set_camera_view();
-    const Pixmap frame(renderer.render_frame(40, nullptr));
-    EXPECT_EQ(frame->inq_type(), PT_RGB_8);
-    EXPECT_EQ(pixel(*frame), "255 255 255 ");
-}
-
 TEST(RenderScene, gives_no_frame_without_a_root_or_when_it_is_stopped)
 {
     const Scene scene(KIVScene::inq_unsetup_scene());
@@ -120,18 +109,6 @@ TEST(RenderScene, comes_back_with_its_size_and_without_a_scene_renders_nothing)
     EXPECT_EQ(back->inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(160.0, 100.0));
     EXPECT_EQ(back->render_frame(1, nullptr), nullptr);
     EXPECT_TRUE(back->inq_is_frame_the_same(1, 2));
-}
-
-TEST(RenderScene, a_turned_camera_gives_true_lengths)
-{
-    const FadingCard museum;
-    set_camera(museum, 0.0, 90.0, 720.0);
-    RenderScene renderer(museum.scene.get(), 10.0, 1.0, 0, 0, 8, 0);
-    Matrix44 to_world = renderer.inq_world_to_camera_transform(1);
-    to_world.invert();
-    const KIVRectangle view = renderer.inq_w_camera_rect(to_world);
-    EXPECT_NEAR(view.inq_width(), 720.0, 1e-9);
-    EXPECT_NEAR(view.inq_height(), 540.0, 1e-9);
 }
 
 TEST(RenderScene, a_camera_that_is_not_next_to_the_root_is_not_followed)

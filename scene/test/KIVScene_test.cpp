@@ -1,10 +1,7 @@
-#include "kivlib/hdr/BaseFileFinder.h"
-#include "kivlib/hdr/KIVFile.h"
 #include "scene/hdr/KIVScene.h"
 #include "scene/hdr/KIVSceneWatcher.h"
 #include "tests/support/Captured.h"
 #include "tests/support/TempFolder.h"
-#include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/store_control/hdr/XSheetStoreController.h"
 
 #include <gtest/gtest.h>
@@ -108,26 +105,6 @@ TEST_F(SceneOnDisc, a_watcher_may_say_that_it_needs_saving)
     EXPECT_FALSE(scene->inq_needs_saving());
     diary.is_dirty = true;
     EXPECT_TRUE(scene->inq_needs_saving());
-}
-
-TEST_F(SceneOnDisc, a_failed_save_leaves_the_old_scene)
-{
-    const Scene scene = new_scene();
-    EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
-    const std::string before = folder.read("shot/XSheet");
-    scene->inq_xsheet()->set_length(7);
-    std::filesystem::create_directory(folder.path("shot/DLLUsage~").str());
-    EXPECT_FALSE(scene->save_to_file(folder.path("shot"), true, true, false));
-    EXPECT_EQ(captured.inq_alerts().size(), 1U);
-    EXPECT_TRUE(store.is_okay());
-    EXPECT_EQ(folder.read("shot/XSheet"), before);
-    EXPECT_NE(folder.read("shot/XSheet~"), before);
-    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 100);
-
-    std::filesystem::remove(folder.path("shot/DLLUsage~").str());
-    EXPECT_TRUE(scene->save_to_file(folder.path("shot"), true, true, false));
-    EXPECT_FALSE(folder.has("shot/XSheet~"));
-    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 7);
 }
 
 TEST_F(SceneOnDisc, is_not_in_a_folder_without_a_name)

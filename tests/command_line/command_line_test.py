@@ -25,14 +25,6 @@ class ResultCodes(InFolder):
         result = run("CMontaray", *arguments, cwd=self.folder)
         self.assertEqual((result.returncode, result.stdout), (code, words))
 
-    def test_arguments_that_are_refused(self):
-        self.expect(201, "", "movie", "scene")
-        self.expect(204, "Ambiguous argument -p: -pal or -par - Output aborted.\n", "image", "-p",
-                    "scene")
-        self.expect(204, "", "image", "-slate", "scene")
-        self.expect(204, "", "image", "-clapper", "scene")
-        self.assertEqual(run("CMontaray", "image").returncode, 204)
-
     def test_runs_that_end_early(self):
         scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
         self.expect(1, "No output directory specified.\n", "image", scene)

@@ -5,13 +5,10 @@
 #include "tests/support/Captured.h"
 #include "tests/support/OldAssets.h"
 #include "tests/support/TempFolder.h"
-#include "xsheet/store_control/hdr/CommitRecord.h"
-#include "xsheet/store_control/hdr/SceneParts.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <limits>
 #include <random>
 #include <unistd.h>
 
@@ -41,11 +38,6 @@ std::string with_checksum(std::string bytes)
     const Checksum::Value checksum = sum.get();
     std::memcpy(bytes.data() + size, &checksum, CHECKSUM_SIZE);
     return bytes;
-}
-
-Scene load(const KIVString& path)
-{
-    return Scene(KIVScene::load_from_file(path, nullptr, false));
 }
 
 /// What a program does with a scene: looks at all cells and renders.
@@ -150,78 +142,6 @@ TEST_P(DamagedScene, is_refused_or_sound_where_the_checksum_fits)
     for_each_flip(whole.size() - CHECKSUM_SIZE, [&](const std::string& damaged) {
         expect_refused_or_sound(with_checksum(damaged));
     });
-}
-
-TEST(DamagedNumbers, that_are_none_are_refused_with_the_name_of_the_file)
-{
-    const double mark = OneOfEach::MARK;
-    const TempFolder folder;
-    EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path(), true, true, false));
-    for (const char* file : {"XSheet", "CoverSheet", "Graph"})
-        for (const double none : {std::numeric_limits<double>::quiet_NaN(),
-                                  std::numeric_limits<double>::signaling_NaN(),
-                                  -std::numeric_limits<double>::infinity()}) {
-            const std::string whole = folder.read(file);
-            const std::size_t at = whole.find({reinterpret_cast<const char*>(&mark), sizeof mark});
-            ASSERT_NE(at, std::string::npos) << file;
-            std::string damaged = whole;
-            std::memcpy(damaged.data() + at, &none, sizeof none);
-            folder.write(file, with_checksum(damaged));
-            const Captured captured;
-            EXPECT_FALSE(load(folder.path()));
-            ASSERT_EQ(captured.inq_alerts().size(), 1U);
-            EXPECT_TRUE(captured.inq_alerts()[0].starts_with("A number is not finite"));
-            EXPECT_TRUE(captured.inq_alerts()[0].ends_with(file));
-            folder.write(file, whole);
-        }
-}
-
-/// A folder as a save leaves it that was interrupted behind its commit: the old scene of 40 frames,
-/// and the parts of the new one, of four frames, on their way.
-class InterruptedSaveOnDisc : public testing::Test {
-protected:
-    InterruptedSaveOnDisc()
-    {
-        EXPECT_TRUE(FadingCard().scene->save_to_file(folder.path("shot"), true, true, false));
-        EXPECT_TRUE(OneOfEach().scene->save_to_file(folder.path("new"), true, true, false));
-        std::vector<CommitRecord::Part> parts;
-        for (const std::string part : SCENE_PARTS) {
-            folder.write("shot/" + part + "~", folder.read("new/" + part));
-            parts.push_back({part, *inq_file_sum(folder.path("new/" + part))});
-        }
-        record = CommitRecord(std::move(parts)).inq_text();
-    }
-
-    void write_record(const std::string& text) const
-    {
-        folder.write(std::string("shot/") + CommitRecord::FILE_NAME, text);
-    }
-
-    void expect_old_scene(const std::string& damaged_record) const
-    {
-        write_record(damaged_record);
-        const Captured captured;
-        const Scene scene = load(folder.path("shot"));
-        ASSERT_TRUE(scene);
-        EXPECT_EQ(scene->inq_scene_length(), 40);
-        EXPECT_TRUE(captured.inq_alerts().empty());
-    }
-
-    TempFolder folder;
-    std::string record;
-    Captured quiet;
-};
-
-TEST_F(InterruptedSaveOnDisc, never_happened_if_any_bit_of_its_record_is_damaged)
-{
-    for (std::size_t at = 0; at < record.size(); ++at) {
-        SCOPED_TRACE(testing::Message() << "byte " << at);
-        expect_old_scene(record.substr(0, at));
-        for (int bit = 0; bit < 8; ++bit)
-            expect_old_scene(flipped(record, at, bit));
-    }
-    write_record(record);
-    EXPECT_EQ(load(folder.path("shot"))->inq_scene_length(), 4);
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, DamagedScene,

@@ -1,5 +1,3 @@
-#include "imagelib/hdr/KIVPixmap.h"
-#include "render/hdr/RenderScene.h"
 #include "scene/hdr/KIVScene.h"
 #include "tests/support/TempFolder.h"
 #include "xsheet/colour/hdr/ColourSubColumn.h"
@@ -117,28 +115,6 @@ KIVColour sky_at(int frame)
     return {std::min(way, 1.0), 0.0, std::min(2 - way, 1.0)};
 }
 
-void expect_sky(const KIVPixmap& picture, int frame)
-{
-    constexpr double STEP = 1.0 / 255;
-    const unsigned char* corner = picture.inq_row(0);
-    EXPECT_NEAR(corner[0] * STEP, sky_at(frame).inq_red(), STEP) << frame;
-    EXPECT_NEAR(corner[2] * STEP, sky_at(frame).inq_blue(), STEP) << frame;
-}
-
-/// The middle of what is green, in units of the sheet.
-Point find_green(const KIVPixmap& picture)
-{
-    double sum = 0.0, x_sum = 0.0, y_sum = 0.0;
-    for (int y = 0; y < picture.inq_height(); ++y)
-        for (int x = 0; x < picture.inq_width(); ++x) {
-            const double green = picture.inq_row(y)[x * picture.inq_bytes_per_pixel() + 1];
-            sum += green;
-            x_sum += green * (x + 0.5);
-            y_sum += green * (y + 0.5);
-        }
-    return {x_sum / sum - picture.inq_width() / 2.0, picture.inq_height() / 2.0 - y_sum / sum};
-}
-
 /// Built by the program, and loaded.
 struct Described {
     Described()
@@ -189,19 +165,4 @@ TEST(DescribedScene, moves_along_its_curve_as_its_easing_says)
     SubColumn* notes = described.find<SubColumn>("Notes", 0);
     EXPECT_EQ(*notes->inq_cell(12)->inq_data()->inq_string(), "She looks down");
     EXPECT_EQ(notes->inq_cell(13), nullptr);
-}
-
-TEST(DescribedScene, is_drawn_where_it_is_said_to_be)
-{
-    const Described described;
-    ASSERT_TRUE(described.scene);
-    RenderScene renderer(described.scene.get(), 720, 540, 1.0, 0, 0, 8, 0);
-    for (const int frame : {1, 7, 20, 33, 41, 48}) {
-        renderer.set_camera_view();
-        const std::unique_ptr<KIVPixmap> picture(renderer.render_frame(frame, nullptr));
-        const Point green = find_green(*picture);
-        EXPECT_NEAR(green[0], bird_at(frame)[0], 0.05) << frame;
-        EXPECT_NEAR(green[1], bird_at(frame)[1], 0.05) << frame;
-        expect_sky(*picture, frame);
-    }
 }

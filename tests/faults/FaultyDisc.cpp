@@ -86,11 +86,6 @@ bool FaultyDisc::has_fired()
     return disc && disc->has_fired;
 }
 
-int FaultyDisc::inq_count(DiscCall call)
-{
-    return disc->counts[static_cast<std::size_t>(call)];
-}
-
 const std::vector<DiscStep>& FaultyDisc::inq_steps()
 {
     return disc->steps;

@@ -76,6 +76,5 @@ void refuse_locks(int error);
 /// No call is counted any more. The fault is disarmed.
 void leave_alone();
 
-int inq_count(DiscCall call);
 const std::vector<DiscStep>& inq_steps();
 } // namespace FaultyDisc

@@ -90,11 +90,6 @@ inline Scene make(int generation)
     return std::move(museum.scene);
 }
 
-inline Scene load(const std::string& folder)
-{
-    return Scene(KIVScene::load_from_file(folder, nullptr, false));
-}
-
 inline bool save(KIVScene& scene, const std::string& folder)
 {
     return scene.save_to_file(folder, false, true, false);

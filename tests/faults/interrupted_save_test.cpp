@@ -17,7 +17,7 @@ std::vector<FolderContents> record_save(const Stage& stage)
 {
     stage.set_whole(OLD);
     const FolderContents before = read_folder(stage.disc());
-    const Scene scene = SceneOnTrial::load(stage.scene());
+    const Scene scene = load(stage.scene());
     SceneOnTrial::change(*scene, NEW);
     FaultyDisc::watch(stage.disc());
     EXPECT_TRUE(SceneOnTrial::save(*scene, stage.scene()));
@@ -130,10 +130,14 @@ TEST(InterruptedSave, by_a_torn_record_never_moves_a_part_of_the_scene)
             continue; // what is moved by then has been moved by a whole record
         longest = record.size();
         for (std::size_t size = 0; size < record.size(); ++size) {
-            state[RECORD] = record.substr(0, size);
-            const Loaded seen = stage.load_aside(state);
-            tally.add("record", "cut at " + std::to_string(size),
-                      seen == Generations::whole(OLD) ? "" : words_of(seen));
+            std::string damaged = record;
+            damaged[size] = char(damaged[size] ^ (1 << size % 8));
+            for (const std::string& each : {record.substr(0, size), damaged}) {
+                state[RECORD] = each;
+                const Loaded seen = stage.load_aside(state);
+                tally.add("record", "damaged at " + std::to_string(size),
+                          seen == Generations::whole(OLD) ? "" : words_of(seen));
+            }
         }
         state[RECORD] = record;
         for (const auto& [name, bytes] : FolderContents(state)) {
@@ -169,7 +173,7 @@ TEST(InterruptedSave, is_recovered_by_a_save_under_faults)
     for (const FolderContents& state : choose(record_save(stage))) {
         const Loaded old_scene = stage.load_aside(state);
         ASSERT_TRUE(old_scene);
-        const Scene scene = SceneOnTrial::load(stage.scene_aside());
+        const Scene scene = load(stage.scene_aside());
         SceneOnTrial::change_graph_and_assets(*scene, NEXT);
         const Generations new_scene{old_scene->sheet, old_scene->cover_sheet, NEXT, NEXT};
         sweep_all(few_or_all_errors(), [&](const Fault& fault) {

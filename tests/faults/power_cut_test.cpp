@@ -120,7 +120,7 @@ TEST(PowerCut, during_two_saves_leaves_one_scene_whole)
     const Stage stage;
     stage.set_whole(OLD);
     DiscModel model(read_folder(stage.disc()));
-    const Scene scene = SceneOnTrial::load(stage.scene());
+    const Scene scene = load(stage.scene());
     PowerCut cut(stage, "power cut during two saves", few_or(400));
     cut.try_at_every_step(model, record_save(stage, *scene, NEW, Generations::whole(OLD)));
     cut.try_at_every_step(model, record_save(stage, *scene, NEXT, Generations::whole(NEW)));
@@ -135,7 +135,7 @@ TEST(PowerCut, during_the_save_behind_a_refused_one_leaves_a_scene_whole)
     for (int nth = 1; has_fired; ++nth) {
         stage.set_whole(OLD);
         DiscModel model(read_folder(stage.disc()));
-        const Scene scene = SceneOnTrial::load(stage.scene());
+        const Scene scene = load(stage.scene());
         SceneOnTrial::change(*scene, NEW);
         for (const DiscStep& step : record(stage, [&] {
                  FaultyDisc::arm({DiscCall::SYNC, nth, Fault::REFUSE, EIO});
@@ -167,7 +167,7 @@ protected:
     {
         stage.set_whole(OLD);
         before = read_folder(stage.disc());
-        const Scene scene = SceneOnTrial::load(stage.scene());
+        const Scene scene = load(stage.scene());
         steps = record_save(stage, *scene, NEW, Generations::whole(OLD)).steps;
     }
 
@@ -193,7 +193,7 @@ TEST_F(KilledThenCut, a_load_between_makes_no_difference)
     for (std::size_t killed_at = 0; killed_at <= steps.size(); ++killed_at) {
         DiscModel model = run_until(killed_at);
         Work load{{}, old_or_new, old_or_new};
-        load.steps = record(stage, [&] { EXPECT_TRUE(SceneOnTrial::load(stage.scene())); });
+        load.steps = record(stage, [&] { EXPECT_TRUE(::load(stage.scene())); });
         cut.try_at_every_step(model, load);
     }
 }
@@ -224,7 +224,7 @@ TEST_F(KilledThenCut, a_second_cut_during_the_recovery_changes_nothing)
             stage.set(state);
             DiscModel model(state);
             Work load{{}, {scene}, {scene}};
-            load.steps = record(stage, [&] { SceneOnTrial::load(stage.scene()); });
+            load.steps = record(stage, [&] { ::load(stage.scene()); });
             cut.try_at_every_step(model, load);
         }
 }

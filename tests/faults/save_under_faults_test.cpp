@@ -155,7 +155,7 @@ void try_overwriting(const std::string& title, bool changes_sheets, SweepSize si
 {
     const Stage stage;
     stage.set_whole(OLD);
-    Scene scene = SceneOnTrial::load(stage.scene());
+    Scene scene = load(stage.scene());
     SaveUnderFaults(stage,
                     {.title = title,
                      .disc = read_folder(stage.disc()),
@@ -168,7 +168,7 @@ void try_overwriting(const std::string& title, bool changes_sheets, SweepSize si
 void try_copying(const Stage& stage, const std::string& title, const FolderContents& disc,
                  const Loaded& old_scene)
 {
-    Scene scene = SceneOnTrial::load(stage.disc() + "/" + SOURCE);
+    Scene scene = load(stage.disc() + "/" + SOURCE);
     SaveUnderFaults(
         stage,
         {.title = title, .disc = disc, .old_scene = old_scene, .saves_all = true, .is_copy = true},

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "tests/graph_model/GraphModel.h"
-#include "tests/graph_model/Trace.h"
+#include "tests/graph_model/OpRules.h"
 
 #include <memory>
 
@@ -20,13 +19,14 @@ public:
     {
         settings = with;
         trace = {};
-        output(*root)->request = request;
+        root->output()->request = request;
         set_up();
         generate();
-        return *output(*root);
+        return *root->output();
     }
 
     Trace trace;
+    std::vector<std::string> built;
 
 private:
     enum State { ACTIVE, IS_DISABLED, QUIESCENT };
@@ -36,22 +36,38 @@ private:
     using Owned = std::unique_ptr<Data>;
     struct Op;
     struct Array {
-        std::vector<Op*> ops;
+        Data* received() const
+        {
+            if (ops.size() != 1)
+                return united.get();
+            return ops[0] ? ops[0]->output() : nullptr;
+        }
+
+        std::vector<Op*> ops; // null where the type of a place can't be told
         bool is_selected;
         Owned united;
         std::vector<int> order;
     };
     struct Op {
+        Data* output() const { return converted ? converted.get() : data.get(); }
+        Data* received(int i) const { return inputs[std::size_t(i)].received(); }
+        Data* own() const { return data.get(); }
+        Data* of_converted() const { return converted.get(); }
+        int inq_n_inputs() const { return int(inputs.size()); }
+        int id() const { return number; }
+        Trace& trace() const { return exec.trace; }
+
+        ExecModel& exec;
         const GraphModel::Node& node;
-        int id, serial;
+        const GraphModel::Manner& manner;
+        int number, serial;
         Op* consumer;
         const Array* array; // of the consumer
         int channel = 0;
         std::vector<Array> inputs = {};
-        Owned own = {}, converted = {};
-        bool has_convertor = false;
+        Owned data = {}, converted = {};
+        bool has_convertor = false, is_quiescent = false;
         State state = ACTIVE;
-        bool is_quiescent = false;
     };
 
     static Owned new_data(int type)
@@ -75,12 +91,10 @@ private:
     {
         const GraphModel::Node& node = graph.nodes.at(from.node);
         const std::size_t n_ops = ops.size();
-        const int serial = n_made++;
-        auto op = std::make_unique<Op>(Op{node, from.node, serial, consumer, array});
-        built.push_back("new " + std::to_string(serial) + " of " + std::to_string(from.node) +
-                        " for " + std::to_string(requested));
+        auto op = std::make_unique<Op>(Op{*this, node, node.manner, from.node, int(built.size()),
+                                          consumer, array, from.channel});
+        built.push_back(text_of_new_op(built.size(), from.node, requested));
         op->inputs.resize(node.inputs.size());
-        op->channel = from.channel;
         const auto dropped = [&] {
             ops.resize(n_ops);
             return nullptr;
@@ -104,50 +118,36 @@ private:
         if (!type)
             return dropped();
         has_foreign_types |= !GraphModel::find_row(*type) || !GraphModel::find_row(requested);
-        op->own = new_data(*type);
+        op->data = new_data(*type);
         if (*type != requested) {
             op->converted = new_data(requested);
-            const auto* row = GraphModel::find_row(*type);
-            op->has_convertor =
-                row && std::ranges::find(row->conversions, requested) != row->conversions.end();
+            op->has_convertor = GraphModel::can_convert(*type, requested);
         }
         ops.push_back(op.get());
         all_ops.push_back(std::move(op));
         return ops.back();
     }
 
-    static Data* output(Op& op) { return op.converted ? op.converted.get() : op.own.get(); }
-    static Data* received(const Array& array)
+    template <class Do> static void for_present(const Array& array, Do action)
     {
-        if (array.ops.size() == 1)
-            return array.ops[0] ? output(*array.ops[0]) : nullptr;
-        return array.united.get();
-    }
-
-    void say(const char* what, const Op& op)
-    {
-        std::vector<const Facts*> seen{op.own.get(), op.converted.get()};
-        for (const Array& array : op.inputs)
-            seen.push_back(received(array));
-        trace.say(what, op.serial, seen);
+        for (Op* input : array.ops)
+            if (input)
+                action(*input);
     }
 
     void set_up()
     {
-        if (!settings.is_interactive)
-            trace.say("Initialising");
         root->is_quiescent = settings.is_restricted;
         for (Op* op : ops) {
             for (const Array& array : op->inputs)
                 reset(array.united.get());
             if (op != root) {
-                reset(op->own.get());
-                reset(op->converted.get());
+                reset(op->own());
+                reset(op->of_converted());
             }
         }
-        const std::vector<Op*> present = ops;
-        for (std::size_t i = present.size(); i-- > 0;)
-            set_up(*present[i]);
+        for (std::size_t i = ops.size(); i-- > 0;)
+            set_up(*ops[i]);
     }
 
     static void reset(Data* data)
@@ -158,16 +158,15 @@ private:
 
     void set_up(Op& op)
     {
-        bool q = op.consumer ? op.consumer->is_quiescent : settings.is_restricted;
-        if (op.node.outputs[std::size_t(op.channel)].is_selected ||
-            (op.array && op.array->is_selected))
-            q = false;
+        const bool is_selected = op.node.outputs[std::size_t(op.channel)].is_selected ||
+                                 (op.array && op.array->is_selected);
+        const bool is_above = op.consumer ? op.consumer->is_quiescent : settings.is_restricted;
+        op.is_quiescent = is_above && !is_selected;
         convert_request(op);
-        op.state = is_disabled(op) ? IS_DISABLED : q ? QUIESCENT : ACTIVE;
+        op.state = is_disabled(op) ? IS_DISABLED : op.is_quiescent ? QUIESCENT : ACTIVE;
         if (op.state != IS_DISABLED)
             say("info", op);
         hand_request_on(op);
-        op.is_quiescent = q;
     }
 
     bool is_disabled(const Op& op) const
@@ -175,76 +174,55 @@ private:
         const auto& off = settings.disabled;
         return op.node.is_disabled ||
                (op.node.is_temp_disabled && !settings.ignores_temp_disable) ||
-               std::ranges::find(off, op.id) != off.end() ||
-               (settings.is_interactive && !op.node.manner.is_interactive &&
-                op.id != settings.interactive_node);
+               std::ranges::find(off, op.number) != off.end() ||
+               (settings.is_interactive && !op.manner.is_interactive &&
+                op.number != settings.interactive_node);
     }
 
     static void convert_request(Op& op)
     {
         if (op.has_convertor)
-            op.own->request = mix(op.converted->request, 77);
+            op.data->request = mix(op.converted->request, 77);
     }
 
     void hand_request_on(Op& op)
     {
-        op.state == ACTIVE ? copy_request(op) : pass_request(op, "pass");
+        say(op.state == ACTIVE ? "ask" : "pass", op);
+        copy_request(op, op.state == ACTIVE && op.manner.mixes);
         for (const Array& array : op.inputs)
             update_request(array);
     }
 
-    void copy_request(Op& op)
+    static void copy_request(Op& op, bool mixes)
     {
-        if (!op.node.manner.mixes)
-            return pass_request(op, "ask");
-        say("ask", op);
-        for (std::size_t i = 0; i < op.inputs.size(); ++i)
-            if (Data* input = received(op.inputs[i]))
-                input->request = mix(op.own->request, i);
-    }
-
-    void pass_request(Op& op, const char* what)
-    {
-        say(what, op);
+        if (mixes)
+            return mix_requests(op);
         for (const Array& array : op.inputs)
-            if (Data* input = received(array))
-                input->request = op.own->request;
+            if (Data* input = array.received())
+                input->request = op.data->request;
     }
 
     static void update_request(const Array& array)
     {
-        for (Op* op : array.ops)
-            if (array.united && op)
-                output(*op)->request = array.united->request;
+        if (array.united)
+            for_present(array, [&](Op& op) { op.output()->request = array.united->request; });
     }
 
     bool gives_up() const { return trace.lines.size() >= settings.patience; }
 
     void generate()
     {
-        rebuild();
-        const std::vector<Op*> of_immediate = ops;
-        for (Op* op : of_immediate)
-            if (!gives_up())
-                bring(*op, IMMEDIATE);
-        rebuild();
-        for (Op* op : ops) {
-            if (gives_up())
-                return;
-            if (!settings.is_interactive)
-                trace.say("Rendering " + std::to_string(op->id));
-            bring(*op, GENERATED);
+        for (const Phase* phase : {&IMMEDIATE, &GENERATED}) {
+            if (std::exchange(needs_reorder, false)) {
+                ops.clear();
+                rebuild(root);
+            }
+            for (Op* op : ops)
+                if (!gives_up())
+                    bring(*op, *phase);
         }
     }
 
-    void rebuild()
-    {
-        if (!needs_reorder)
-            return;
-        needs_reorder = false;
-        ops.clear();
-        rebuild(root);
-    }
     void rebuild(Op* op)
     {
         for (const Array& array : op->inputs)
@@ -258,7 +236,7 @@ private:
     struct Phase {
         const char* compute;
         const char* wire;
-        std::uint64_t Facts::*member;
+        FactsMember member;
         std::uint64_t mark;
     };
     static constexpr Phase IMMEDIATE{"init", "wire", &Facts::immediate, 78};
@@ -274,96 +252,72 @@ private:
         else
             pass(op, phase);
         if (op.has_convertor)
-            (*op.converted).*phase.member = mix((*op.own).*phase.member, phase.mark);
+            (*op.converted).*phase.member = mix((*op.data).*phase.member, phase.mark);
     }
 
-    static void unite(const Array& array, std::uint64_t Facts::*member)
+    static void unite(const Array& array, FactsMember member)
     {
         std::uint64_t& sum = (*array.united).*member = 0;
         for (std::size_t k = array.ops.size(); k-- > 0;)
             if (array.ops[k])
-                sum = mix(sum, output(*array.ops[k])->*member);
+                sum = mix(sum, array.ops[k]->output()->*member);
     }
 
     void pass(Op& op, const Phase& phase)
     {
         say(phase.wire, op);
         if (phase.member == &Facts::immediate)
-            op.own->immediate = 0;
+            op.data->immediate = 0;
         if (op.inputs.empty())
             return;
         const bool has_own_types = std::ranges::all_of(op.inputs, [&](const Array& array) {
-            const Data* input = received(array);
-            return !input || input->type == op.own->type;
+            const Data* input = array.received();
+            return !input || input->type == op.data->type;
         });
         if (!has_own_types)
             return compute(op, phase);
-        const std::size_t n = op.state == IS_DISABLED ? 1 : op.inputs.size();
-        std::uint64_t& to = (*op.own).*phase.member;
-        for (std::size_t i = 0; i < n; ++i)
-            if (const Data* input = received(op.inputs[i]))
+        const int n = op.state == IS_DISABLED ? 1 : op.inq_n_inputs();
+        std::uint64_t& to = (*op.data).*phase.member;
+        for (int i = 0; i < n; ++i)
+            if (const Data* input = op.received(i))
                 to = n == 1 ? input->*phase.member : mix(to, input->*phase.member);
     }
 
     void compute(Op& op, const Phase& phase)
     {
         say(phase.compute, op);
-        if (phase.member == &Facts::immediate) {
-            ask_again(op);
-            turn(op);
+        const bool is_first = phase.member == &Facts::immediate;
+        if (is_first) {
+            ask_again(op, [&](int asked) { changed(op, asked); });
+            if (const auto i = std::size_t(op.manner.turns); i < op.inputs.size())
+                reorder(op.inputs[i], new_order(op, int(op.inputs[i].ops.size())),
+                        op.manner.forgets);
         }
-        std::uint64_t& to = (*op.own).*phase.member;
-        if (op.node.manner.mixes) {
-            to = mix(op.own->request, std::uint64_t(op.id));
-            for (const Array& array : op.inputs)
-                if (const Data* input = received(array))
-                    to = mix(to, input->*phase.member);
-        } else if (!op.inputs.empty()) {
-            if (const Data* first = received(op.inputs[0]))
-                to = first->*phase.member;
-            else if (phase.member == &Facts::immediate)
-                to = 0;
-        }
+        if (op.manner.mixes)
+            return mix_data(op, phase.member);
+        if (op.inputs.empty())
+            return;
+        if (const Data* first = op.received(0))
+            (*op.data).*phase.member = first->*phase.member;
+        else if (is_first)
+            op.data->immediate = 0;
     }
 
-    void turn(Op& op)
+    void changed(Op& op, int asked)
     {
-        const GraphModel::Manner& manner = op.node.manner;
-        const auto i = std::size_t(manner.turns);
-        if (i < op.inputs.size() && op.inputs[i].ops.size() > 1 &&
-            !(manner.forgets && trace.n_asking > 0))
-            reorder(op.inputs[i], turned(op.own->request, op.inputs[i].ops.size()), manner.forgets);
-    }
-
-    void ask_again(Op& op)
-    {
-        const int asked = op.node.manner.asks;
-        ++trace.n_asking;
-        if (asked == GraphModel::Manner::ALL) {
-            op.own->request |= 1;
-            copy_request(op);
-            for (const Array& array : op.inputs)
-                ask_again(array);
-        } else if (0 <= asked && asked < int(op.inputs.size())) {
-            const Array& array = op.inputs[std::size_t(asked)];
-            if (Data* input = received(array))
-                input->request = mix(op.own->request, std::uint64_t(asked)) | 1;
-            update_request(array);
-            ask_again(array);
+        if (asked != GraphModel::Manner::ALL) {
+            update_request(op.inputs[std::size_t(asked)]);
+            return bring_again(op.inputs[std::size_t(asked)]);
         }
-        --trace.n_asking;
-        say("asked", op);
+        copy_request(op, op.manner.mixes);
+        for (const Array& array : op.inputs)
+            bring_again(array);
     }
 
-    void ask_again(const Array& array)
+    void bring_again(const Array& array)
     {
-        const std::vector<Op*> present = array.ops;
-        for (Op* input : present)
-            if (input)
-                request_again(*input);
-        for (Op* input : present)
-            if (input)
-                immediate_again(*input);
+        for_present(array, [this](Op& input) { request_again(input); });
+        for_present(array, [this](Op& input) { immediate_again(input); });
     }
 
     void request_again(Op& op)
@@ -371,26 +325,22 @@ private:
         convert_request(op);
         hand_request_on(op);
         for (const Array& array : op.inputs)
-            for (Op* input : array.ops)
-                if (input)
-                    request_again(*input);
+            for_present(array, [this](Op& input) { request_again(input); });
     }
 
     void immediate_again(Op& op)
     {
         for (const Array& array : op.inputs)
-            for (Op* input : array.ops)
-                if (input)
-                    immediate_again(*input);
+            for_present(array, [this](Op& input) { immediate_again(input); });
         bring(op, IMMEDIATE);
     }
 
     void reorder(Array& array, const std::vector<int>& new_order, bool forgets)
     {
+        if (new_order.empty() || (!forgets && array.order == new_order))
+            return;
         std::vector<Op*> old = array.ops;
         if (!array.order.empty() && !forgets) {
-            if (array.order == new_order)
-                return;
             for (std::size_t i = 0; i < old.size(); ++i)
                 array.ops[std::size_t(array.order[i])] = old[i];
             old = array.ops;
@@ -404,14 +354,8 @@ private:
     const GraphModel& graph;
     std::vector<std::unique_ptr<Op>> all_ops;
     std::vector<Op*> ops; // inputs before consumers
-    int n_made = 0;
     bool has_foreign_types = false;
     bool needs_reorder = false;
     RunSettings settings;
-
-public:
-    std::vector<std::string> built;
-
-private:
     Op* root;
 };

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "kivlib/hdr/Vector.h"
-
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -33,6 +30,11 @@ public:
         const auto row = std::ranges::find(rows(), type, &TypeRow::type);
         return row == rows().end() ? nullptr : &*row;
     }
+    static bool can_convert(int type, int to)
+    {
+        const TypeRow* row = find_row(type);
+        return row && std::ranges::find(row->conversions, to) != row->conversions.end();
+    }
     static bool is_wildcard(int type) { return type == 1 || type == 2; }
 
     enum class Kind { ORDINARY, UNIVERSAL, GENERIC };
@@ -51,19 +53,24 @@ public:
         int turns = NONE;   // gives this input another order
         bool forgets = false;
         bool is_interactive = false;
+
+        bool operator==(const Manner&) const = default;
     };
 
     struct Channel {
         std::vector<int> connections;
         bool is_selected = false;
+
+        bool operator==(const Channel&) const = default;
     };
     struct Node {
         const Species* species = nullptr;
         Manner manner = {};
         std::vector<Channel> inputs, outputs;
         bool is_disabled = false, is_temp_disabled = false;
-        Vector2 position = {};
         std::optional<Types> types = {};
+
+        bool operator==(const Node&) const = default;
     };
     struct End {
         int node, channel;
@@ -147,26 +154,6 @@ public:
         for (const int child : children(id))
             n += count_ways(child);
         return n;
-    }
-
-    /// Everything, as the test tells it of the real graph.
-    std::string tell() const
-    {
-        std::ostringstream text;
-        for (const int id : order) {
-            const Node& node = nodes.at(id);
-            text << id << " at " << node.position.x() << " " << node.position.y()
-                 << (node.is_disabled ? " off" : "")
-                 << (node.is_temp_disabled ? " off for now" : "") << " types ";
-            for (const int type : node.types.value_or(Types{-1}))
-                text << type << " ";
-            for (const Channel& channel : node.inputs)
-                tell(text << "in", channel, &Connection::from);
-            for (const Channel& channel : node.outputs)
-                tell(text << "out", channel, &Connection::to);
-            text << "\n";
-        }
-        return text.str();
     }
 
     std::vector<int> order; // of the graph's list
@@ -295,8 +282,7 @@ private:
         static bool fits(const Types& offered, int type)
         {
             return holds(offered, type) || std::ranges::any_of(offered, [type](int each) {
-                       const TypeRow* row = find_row(each);
-                       return row && holds(row->conversions, type);
+                       return can_convert(each, type);
                    });
         }
 
@@ -308,14 +294,6 @@ private:
         std::vector<int> sorted;
         std::map<End, Types> offered, received; // by outputs, by inputs
     };
-
-    void tell(std::ostream& text, const Channel& channel, End Connection::*other) const
-    {
-        text << (channel.is_selected ? "! " : " ");
-        for (const int each : channel.connections)
-            text << (connections.at(each).*other).node << "."
-                 << (connections.at(each).*other).channel << " ";
-    }
 
     static void insert(std::vector<int>& list, int index, int id)
     {

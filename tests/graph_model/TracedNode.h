@@ -9,15 +9,14 @@
 #include "compositor/lib/hdr/CNodeOp.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "kivlib/hdr/IntArray.h"
-#include "tests/graph_model/GraphModel.h"
-#include "tests/graph_model/Trace.h"
+#include "tests/graph_model/OpRules.h"
 
 #include <memory>
 
 // Nodes, ops, data and convertors of the library's kinds, which tell `our_trace` what they do.
 
 inline Trace our_trace;
-inline std::vector<const CNodeOp*> our_ops; // of an evaluation, in the order in which they are made
+inline int our_n_ops = 0; // made for an evaluation
 
 /// Whatever type it has, its facts are united and handed on in the same way.
 class TracedData : public CData {
@@ -45,11 +44,11 @@ public:
     }
     void union_immediate_data_from(CData* input, AbortPanel*) override
     {
-        facts.immediate = mix(facts.immediate, facts_of(input)->immediate);
+        add(input, &Facts::immediate);
     }
     void union_generated_data_from(CData* input, AbortPanel*) override
     {
-        facts.generated = mix(facts.generated, facts_of(input)->generated);
+        add(input, &Facts::generated);
     }
     void copy_request_data_from(CData* to) override { facts.request = facts_of(to)->request; }
     void copy_immediate_data_to(CData* to) override { facts_of(to)->immediate = facts.immediate; }
@@ -61,12 +60,16 @@ public:
     void clear_generated_data() override { facts.generated = 0; }
 
 private:
-    void unite(CNodeOpArray& inputs, std::uint64_t Facts::*member)
+    void unite(CNodeOpArray& inputs, FactsMember member)
     {
         const std::unique_ptr<IntArray> order(sort_input_order(&inputs));
         for (int i = 0; i < order->size(); ++i)
-            if (const Facts* input = facts_of(inputs.inq_data(order->inq_element(i))))
-                facts.*member = mix(facts.*member, input->*member);
+            add(inputs.inq_data(order->inq_element(i)), member);
+    }
+    void add(CData* input, FactsMember member)
+    {
+        if (input)
+            facts.*member = mix(facts.*member, facts_of(input)->*member);
     }
 
     int type;
@@ -107,105 +110,66 @@ public:
 class TracedOp : public CNodeOp {
 public:
     TracedOp(CNode* node, const GraphModel::Manner& manner)
-        : CNodeOp(node), manner(manner), serial(int(our_ops.size()))
-    {
-        our_ops.push_back(this);
-    }
+        : CNodeOp(node), manner(manner), serial(our_n_ops++)
+    {}
 
-    void copy_node_info(CNode*) override { say("info"); }
+    void copy_node_info(CNode*) override { say("info", *this); }
     void copy_request_data_to_inputs() override
     {
-        say("ask");
-        if (!manner.mixes)
-            return CNodeOp::copy_request_data_to_inputs();
-        for (int i = 0; i < inq_n_inputs(); ++i)
-            if (Facts* input = received(i))
-                input->request = mix(own().request, std::uint64_t(i));
+        say("ask", *this);
+        manner.mixes ? mix_requests(*this) : CNodeOp::copy_request_data_to_inputs();
     }
     void disabled_copy_request_data_to_inputs() override
     {
-        say("pass");
+        say("pass", *this);
         CNodeOp::disabled_copy_request_data_to_inputs();
     }
     void init_data(AbortPanel* abort) override
     {
-        say("init");
-        ask_again(abort);
+        say("init", *this);
+        ask_again(*this, [&](int asked) {
+            asked == GraphModel::Manner::ALL ? changed_request(abort)
+                                             : changed_request(asked, abort);
+        });
         turn();
-        if (manner.mixes)
-            compute(&Facts::immediate);
-        else
-            CNodeOp::init_data(abort);
+        manner.mixes ? mix_data(*this, &Facts::immediate) : CNodeOp::init_data(abort);
     }
     void generate_data(AbortPanel* abort) override
     {
-        say("draw");
-        if (manner.mixes)
-            compute(&Facts::generated);
-        else
-            CNodeOp::generate_data(abort);
+        say("draw", *this);
+        manner.mixes ? mix_data(*this, &Facts::generated) : CNodeOp::generate_data(abort);
     }
     void disabled_init_data(AbortPanel* abort) override
     {
-        say("wire");
+        say("wire", *this);
         CNodeOp::disabled_init_data(abort);
     }
     void disabled_generate_data(AbortPanel* abort) override
     {
-        say("wire drawn");
+        say("wire drawn", *this);
         CNodeOp::disabled_generate_data(abort);
     }
     bool inq_interactive() override { return manner.is_interactive; }
 
-private:
-    Facts& own() const { return *TracedData::facts_of(inq_node_data()); }
+    Facts* own() const { return TracedData::facts_of(inq_node_data()); }
+    Facts* of_converted() const { return TracedData::facts_of(inq_converted_data()); }
     Facts* received(int i) const { return TracedData::facts_of(inq_inputs(i)->inq_data()); }
+    int id() const { return std::stoi(inq_node_name().str()); }
+    static Trace& trace() { return our_trace; }
 
-    void say(const char* what) const
-    {
-        std::vector<const Facts*> seen{&own(), TracedData::facts_of(inq_converted_data())};
-        for (int i = 0; i < inq_n_inputs(); ++i)
-            seen.push_back(received(i));
-        our_trace.say(what, serial, seen);
-    }
+    const GraphModel::Manner manner;
+    const int serial;
 
-    void compute(std::uint64_t Facts::*member)
-    {
-        std::uint64_t sum = mix(own().request, std::stoul(inq_node_name().str()));
-        for (int i = 0; i < inq_n_inputs(); ++i)
-            if (const Facts* input = received(i))
-                sum = mix(sum, input->*member);
-        own().*member = sum;
-    }
-
-    void ask_again(AbortPanel* abort)
-    {
-        ++our_trace.n_asking;
-        if (manner.asks == GraphModel::Manner::ALL) {
-            own().request |= 1;
-            changed_request(abort);
-        } else if (0 <= manner.asks && manner.asks < inq_n_inputs()) {
-            if (Facts* input = received(manner.asks))
-                input->request = mix(own().request, std::uint64_t(manner.asks)) | 1;
-            changed_request(manner.asks, abort);
-        }
-        --our_trace.n_asking;
-        say("asked");
-    }
-
+private:
     void turn()
     {
         CNodeOpArray* array = inq_inputs(manner.turns);
-        if (!array || array->inq_n_nodes() < 2 || (manner.forgets && our_trace.n_asking > 0))
-            return;
         IntArray order;
-        for (const int place : turned(own().request, std::size_t(array->inq_n_nodes())))
+        for (const int place : new_order(*this, array ? array->inq_n_nodes() : 0))
             order.add(place);
-        array->reorder(&order, manner.forgets);
+        if (order.size() > 0)
+            array->reorder(&order, manner.forgets);
     }
-
-    GraphModel::Manner manner;
-    int serial;
 };
 
 /// Its name is its number.
@@ -225,8 +189,7 @@ public:
     bool inq_is_generic() const override { return species.kind == GraphModel::Kind::GENERIC; }
     gsl::owner<CNodeOp*> new_nodeop(int requested_type) override
     {
-        our_trace.say("new " + std::to_string(our_ops.size()) + " of " + std::to_string(id) +
-                      " for " + std::to_string(requested_type));
+        our_trace.lines.push_back(text_of_new_op(std::size_t(our_n_ops), id, requested_type));
         return new TracedOp(this, manner);
     }
 

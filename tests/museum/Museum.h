@@ -18,6 +18,11 @@
 
 using Scene = std::unique_ptr<KIVScene>;
 
+inline Scene load(const KIVString& folder)
+{
+    return Scene(KIVScene::load_from_file(folder, nullptr, false));
+}
+
 template <class Node> Node* add_node(KIVScene& scene)
 {
     auto* node = new Node;

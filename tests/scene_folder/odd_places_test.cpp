@@ -14,11 +14,6 @@ bool save(const KIVString& path)
     return OneOfEach().scene->save_to_file(path, true, true, false);
 }
 
-Scene load(const KIVString& path)
-{
-    return Scene(KIVScene::load_from_file(path, nullptr, false));
-}
-
 /// Saves, loads and saves what was loaded.
 bool is_at_home_in(const KIVString& path)
 {

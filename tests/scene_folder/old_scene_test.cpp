@@ -8,11 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-Scene load(const KIVString& path)
-{
-    return Scene(KIVScene::load_from_file(path, nullptr, false));
-}
-
 /// What the scene's first picture key shows.
 RasterSeqCellData* find_picture(KIVScene& scene)
 {

@@ -15,11 +15,6 @@
 #include <sys/stat.h>
 
 namespace {
-Scene load(const KIVString& folder)
-{
-    return Scene(KIVScene::load_from_file(folder, nullptr, false));
-}
-
 ino_t inode(const TempFolder& folder, const char* name)
 {
     struct stat status {};

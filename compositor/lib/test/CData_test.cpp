@@ -3,7 +3,6 @@
 #include "compositor/lib/hdr/CDataDescriptor.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
-#include "compositor/lib/hdr/ChannelDataType.h"
 #include "compositor/lib/hdr/DAGOpTypeCompositor.h"
 #include "compositor/lib/hdr/typeid.h"
 #include "tests/support/Captured.h"
@@ -15,17 +14,12 @@ namespace {
 constexpr int FROM = 7101;
 constexpr int TO = 7102;
 constexpr int LATER = 7103;
-constexpr int STRANGER = 7199;
 
 class Datum : public CData {
 public:
     CDataDescriptor* inq_desc() const override { return CDataDescriptor::find_desc_for(FROM); }
     int inq_type() const override { return FROM; }
     int inq_frameno() const override { return 1; }
-    void clear_immediate_data() override { cleared += "i"; }
-    void clear_generated_data() override { cleared += "g"; }
-
-    std::string cleared;
 };
 
 class Convertor : public CDataConvertorDescriptor {
@@ -99,38 +93,4 @@ TEST(CData, reports_a_union_that_its_type_lacks)
         ++reports;
     EXPECT_EQ(reports, 3U);
     EXPECT_NE(errors.find("compositor/lib/src/CData"), std::string::npos);
-}
-
-TEST(CData, clears_facts_before_finished_data_and_combines_the_last_input_first)
-{
-    Datum datum;
-    datum.reset_data();
-    EXPECT_EQ(datum.cleared, "ig");
-
-    CNodeOpArray inputs(3, STRANGER, false);
-    const std::unique_ptr<IntArray> order(datum.sort_input_order(&inputs));
-    ASSERT_EQ(order->size(), 3);
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(order->inq_element(i), 2 - i);
-}
-
-TEST(ChannelDataType, accepts_by_its_list_and_never_for_a_channel)
-{
-    const int both[] = {FROM, TO};
-    const ChannelDataType one(FROM);
-    const ChannelDataType other(LATER);
-    const ChannelDataType many(2, both);
-    CNodeChannel* channel = nullptr;
-    const ChannelDataType listless(channel);
-    EXPECT_TRUE(many.inq_can_accept(one));
-    EXPECT_FALSE(many.inq_can_accept(other));
-    EXPECT_TRUE(one.inq_can_accept(many));
-    EXPECT_FALSE(other.inq_can_accept(many));
-    EXPECT_FALSE(listless.inq_can_accept(one));
-
-    const auto back = stored_and_read(many);
-    ASSERT_TRUE(back);
-    EXPECT_EQ(back->inq_current_type(), -1);
-    EXPECT_EQ(back->inq_n_types(), 2);
-    EXPECT_TRUE(back->inq_is_allowable_type(TO));
 }

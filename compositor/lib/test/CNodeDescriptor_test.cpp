@@ -1,6 +1,5 @@
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
-#include "compositor/lib/hdr/CNodeInstance.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
 #include "compositor/lib/hdr/StandInCNode.h"
 #include "compositor/lib/test/SampleNodes.h"
@@ -198,24 +197,4 @@ TEST(StandInCNode, answers_for_its_class_and_is_never_evaluated)
     const MacroStandInCNode macro(line, "/scenes/macros/blur.two.mac");
     EXPECT_EQ(macro.inq_name(), "blur.two");
     EXPECT_EQ(macro.inq_displayed_type_name(), "Macro");
-}
-
-TEST(CNodeInstance, is_valid_while_its_nodes_are_in_the_graph)
-{
-    CNodeGraph graph(nullptr);
-    CNode* root = add<SampleMix>(graph);
-    CNode* source = add<SampleSource>(graph);
-    CNodeInstance path, other;
-    EXPECT_FALSE(path.inq_is_valid());
-    for (CNodeInstance* each : {&path, &other})
-        each->push_root_node(root);
-    path.push_node(source, 1);
-    EXPECT_FALSE(path.is_same_as(&other));
-    other.push_node(source, 0);
-    EXPECT_FALSE(path.is_same_as(&other));
-    EXPECT_FALSE(path.is_same_as(nullptr));
-    EXPECT_TRUE(path.is_same_as(&path));
-    EXPECT_TRUE(path.inq_is_valid());
-    delete graph.remove_node(source);
-    EXPECT_FALSE(path.inq_is_valid());
 }

@@ -126,20 +126,6 @@ TEST(CNodeGraph, puts_connections_at_the_head_of_both_lists_and_tells_who_is_con
     graph.delete_connection(nullptr, true);
 }
 
-TEST(CNodeGraph, sees_cycles_only_when_asked)
-{
-    CNodeGraph graph(nullptr);
-    auto* first = add<SampleLine>(graph);
-    auto* second = add<SampleLine>(graph);
-    graph.make_connection(out(first), in(second), false);
-    EXPECT_FALSE(graph.inq_can_connect_acyclic(out(second), in(first)));
-    EXPECT_FALSE(graph.inq_can_connect_acyclic(out(first), in(first)));
-    EXPECT_TRUE(graph.inq_can_connect_acyclic(out(first), in(second)));
-    EXPECT_TRUE(graph.inq_can_connect_multiple(out(first), in(second)));
-    EXPECT_TRUE(graph.make_connection(out(second), in(first), false));
-    EXPECT_FALSE(graph.is_connected_to_root(first));
-}
-
 TEST(CNodeGraph, updates_each_reader_once_and_behind_all_that_it_reads)
 {
     CNodeGraph graph(nullptr);
@@ -184,41 +170,6 @@ TEST(CNodeGraph, loads_in_two_passes_unless_a_node_gives_up)
     take_log();
     EXPECT_TRUE(graph.load_finished_with_abort(nullptr, false));
     EXPECT_EQ(take_log(), (std::vector<std::string>{"a load", "b load"}));
-}
-
-TEST(CNodeGraph, comes_back_with_its_connections_in_their_order)
-{
-    CNodeGraph graph(nullptr);
-    auto* first = add<SampleSource>(graph);
-    auto* second = add<SampleSource>(graph);
-    auto* mix = add<SampleMix>(graph);
-    auto* stranger = new_node<SampleLine>();
-    graph.make_connection(out(first), in(mix), false);
-    graph.make_connection(out(second), in(mix), false);
-    graph.make_connection(out(first), in(mix, 1), false);
-    first->add_to_group(mix);
-    second->add_to_group(stranger); // which is in no graph, and so not in the file
-    graph.set_root_node(mix);
-
-    const auto back = stored_and_read(graph);
-    delete stranger;
-    ASSERT_TRUE(back);
-    ASSERT_EQ(back->inq_nodes_list()->count(), 3);
-    const auto* a = static_cast<CNode*>(back->inq_nodes_list()->at_index(0));
-    const auto* b = static_cast<CNode*>(back->inq_nodes_list()->at_index(1));
-    auto* root = back->inq_root_node();
-    ASSERT_EQ(back->inq_nodes_list()->at_index(2), root);
-    EXPECT_EQ(root->inq_graph(), back.get());
-    EXPECT_EQ(a->inq_group(), root);
-    EXPECT_EQ(b->inq_group(), nullptr);
-    EXPECT_EQ(in(root)->find_connection_at(0)->inq_output_channel(), out(b));
-    EXPECT_EQ(in(root)->find_connection_at(1)->inq_output_channel(), out(a));
-    EXPECT_EQ(in(root, 1)->find_connection_at(0)->inq_input_channel(), in(root, 1));
-    EXPECT_EQ(out(a)->inq_connections_list()->count(), 2);
-    EXPECT_EQ(in(root)->inq_width(), 0.0);
-    back->load_finished_with_abort(nullptr, false);
-    EXPECT_EQ(in(root)->inq_width(), 25.0);
-    EXPECT_EQ(in(root)->find_data_type(), PAINT);
 }
 
 TEST(CNodeGraph, reads_graphs_that_were_nodes_and_gives_their_nodes_a_width)

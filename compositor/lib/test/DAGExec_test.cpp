@@ -95,29 +95,3 @@ TEST_F(TypeCheck, tells_only_a_reporter_of_a_cycle)
     EXPECT_EQ(exec.inq_graph()->inq_nodes_list()->at_index(0),
               exec.inq_graph()->find_mirror_of(first));
 }
-
-TEST_F(TypeCheck, takes_proposals_that_the_real_graph_does_not_see)
-{
-    SketchNode* shape = add("shape", 0, SHAPE);
-    SketchNode* note = add("note", 0, NOTE);
-    SketchNode* mask = add("mask", 1, MASK);
-    CNodeConnection* real = connect(shape, mask);
-    const auto passes = [&](auto propose) {
-        DAGExec exec(&graph, "type_checker", new DAGOpBottomUpDefault);
-        propose(*exec.inq_graph());
-        exec.init();
-        return exec.execute();
-    };
-    EXPECT_FALSE(passes([&](DAGOpGraph& g) { g.make_connection(note->output(), mask->input()); }));
-    EXPECT_FALSE(passes([&](DAGOpGraph& g) {
-        g.delete_connection(real);
-        g.make_connection(note->output(), mask->input());
-    }));
-    EXPECT_TRUE(passes([&](DAGOpGraph& g) {
-        g.make_connection(note->output(), mask->input());
-        CNodeConnection proposed(note->output(), mask->input());
-        g.delete_connection(&proposed);
-    }));
-    EXPECT_EQ(mask->input()->inq_connections_list()->count(), 1);
-    EXPECT_EQ(note->output()->inq_connections_list()->count(), 0);
-}

@@ -19,7 +19,6 @@
 namespace sample {
 
 constexpr int PAINT = 7001; // can be united and ordered
-constexpr int SOUND = 7002; // can be neither
 
 inline std::vector<std::string>& log()
 {
@@ -75,8 +74,6 @@ SAMPLE_NODE(SampleMix)
 };
 SAMPLE_NODE(SampleLine)
 };
-SAMPLE_NODE(SampleSoundLine)
-};
 SAMPLE_NODE(SampleAnything)
     bool inq_is_universal() const override { return true; }
 };
@@ -93,11 +90,9 @@ public:
         add_nodes({10, 2, 1, PAINT}, std::vector{node_row<SampleMix>("Mix", 95)});
         add_nodes({10, 1, 1, PAINT},
                   std::vector{node_row<SampleLine>("Line", -1, Palette::HIDDEN)});
-        add_nodes({10, 1, 1, SOUND}, std::vector{node_row<SampleSoundLine>("Sound line", -1)});
         add_nodes({0, 1, 1, 1}, std::vector{node_row<SampleAnything>("Anything", -1)});
         static_link_setup();
         new CDataDescriptor("SamplePaint", "Paint", PAINT, nullptr, true, nullptr, true);
-        new CDataDescriptor("SampleSound", "Sound", SOUND, nullptr, false, nullptr, false);
     }
 };
 inline const Initialiser initialiser;

@@ -4,15 +4,6 @@
 #include <random>
 
 namespace {
-/// Slow at first and fast in the end.
-void ease_in(Fairing& fairing)
-{
-    fairing.create_empty_cps(2);
-    fairing.inq_control_point(0)->after = {0.6, 0.0};
-    fairing.inq_control_point(1)->point = {1.0, 1.0};
-    fairing.inq_control_point(1)->before = {-0.2, -0.5};
-}
-
 /// Each half, stretched between the heights of its ends, is what the whole was there.
 void expect_same_curve_after_split(const Fairing& fairing, int cut)
 {
@@ -46,25 +37,6 @@ TEST(Fairing, reads_half_a_frame_late_for_a_second_field)
     const HalfFrame on;
     EXPECT_DOUBLE_EQ(fairing.get_height(0), 0.125);
     EXPECT_DOUBLE_EQ(fairing.get_height(3), 0.875);
-}
-
-TEST(Fairing, follows_its_control_points)
-{
-    Fairing fairing(9);
-    ease_in(fairing);
-    EXPECT_EQ(fairing.get_height(0), 0.0);
-    EXPECT_LT(fairing.get_height(3), 0.1);
-    EXPECT_NEAR(fairing.get_height(10), 1.0, 1e-12);
-    for (int i = 1; i <= 10; ++i)
-        EXPECT_GT(fairing.get_height(i), fairing.get_height(i - 1));
-
-    fairing.create_empty_cps(3); // through (0.5, 0.2) in straight lines
-    fairing.inq_control_point(1)->point = {0.5, 0.2};
-    fairing.inq_control_point(2)->point = {1.0, 1.0};
-    EXPECT_NEAR(fairing.get_height(5), 0.2, 1e-9);
-    EXPECT_NEAR(fairing.get_height(7), 0.52, 0.03);
-    EXPECT_EQ(fairing.inq_control_point(3), nullptr);
-    EXPECT_EQ(fairing.inq_control_point(-1), nullptr);
 }
 
 TEST(Fairing, draws_the_same_curve_when_it_is_split)

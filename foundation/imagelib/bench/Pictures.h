@@ -28,7 +28,15 @@ inline double cover_at(int picture, int x, int y)
     return std::clamp(radius - away, 0.0, 1.0);
 }
 
-/// Smooth, as a painting is, with some grain. `number` makes them differ.
+/// Paint of a painting: smooth, with some grain. A cel has flat areas of few colours.
+inline double paint_at(int picture, int x, int y, int c)
+{
+    const double wave = 0.5 + 0.4 * std::sin(0.011 * x * (c + 1)) * std::cos(0.007 * y * (3 - c));
+    return picture == CEL ? std::round(wave * 5.0) / 5.0
+                          : wave + ((x * 7 + y * 13 + c * 5) % 16) / 160.0;
+}
+
+/// `number` makes pictures differ.
 template <class Sample> std::unique_ptr<KIVPixmap> make_picture(int picture, int number = 0)
 {
     constexpr double MOST = std::numeric_limits<Sample>::max();
@@ -39,10 +47,8 @@ template <class Sample> std::unique_ptr<KIVPixmap> make_picture(int picture, int
         for (int x = 0; x < SOURCE_WIDTH; ++x, pixel += 4) {
             const double cover = cover_at(picture, x, y);
             for (int c = 0; c < 3; ++c) {
-                const double wave = 0.5 + 0.4 * std::sin(0.011 * (x + number * 37) * (c + 1)) *
-                                              std::cos(0.007 * y * (3 - c));
-                const double grain = ((x * 7 + y * 13 + c * 5) % 16) / 160.0;
-                pixel[c] = static_cast<Sample>(std::lround(MOST * cover * (wave + grain)));
+                const double paint = paint_at(picture, x + number * 37, y, c);
+                pixel[c] = static_cast<Sample>(std::lround(MOST * cover * paint));
             }
             pixel[3] = static_cast<Sample>(std::lround(MOST * cover));
         }
@@ -65,7 +71,7 @@ struct Placing {
 inline Placing inq_cel_placing(int n, int frame_width)
 {
     const double size = frame_width / 1920.0;
-    return {size * (0.62 + 0.031 * (n % 12)), -20.0 + 3.7 * n, size * (-90.3 + 61.7 * (n % 16)),
+    return {size * (0.82 + 0.031 * (n % 12)), -20.0 + 3.7 * n, size * (-90.3 + 61.7 * (n % 16)),
             size * (40.2 - 23.3 * (n % 9))};
 }
 

@@ -110,8 +110,9 @@ public:
             const Tile part = {
                 {x, std::min(strip_begin(x) + TILE_WIDTH, area.columns.end)}, area.lines};
             const bool is_inner = !is_level && is_exact && is_within(reach_of(part));
-            for (int y = part.lines.begin; y < part.lines.end; ++y)
-                paint_strip(onto, part.columns, y, is_inner);
+            for_each_line(
+                part.lines, [&](int y) { prefetch_line(onto, part.columns, y); },
+                [&](int y) { paint_strip(onto, part.columns, y, is_inner); });
         }
     }
 
@@ -120,7 +121,6 @@ public:
 
 private:
     static constexpr int SAMPLES = Strips<Sample>::SAMPLES;
-    static constexpr int CACHE_LINE = 64; // bytes
 
     /// Source pixels, against rounding where an edge meets a sample.
     static constexpr double SAFE = 1e-6;
@@ -206,14 +206,31 @@ private:
 
     void prefetch_rows(Interval rows, Interval across) const
     {
-        const unsigned char* row =
-            reinterpret_cast<const unsigned char*>(plain::pixel_at<Sample>(pixels, 0, rows.begin));
-        const int begin = across.begin * 4 * static_cast<int>(sizeof(Sample));
-        const int end = across.end * 4 * static_cast<int>(sizeof(Sample));
-        for (int y = rows.begin; y < rows.end; ++y, row += pixels.row_bytes)
-            for (int at = begin; at < end; at += CACHE_LINE)
-                __builtin_prefetch(row + at);
-        asm volatile("" ::: "memory"); // a call that only prefetches would be dropped
+        for (int y = rows.begin; y < rows.end; ++y)
+            prefetch_source(across, y);
+    }
+
+    void prefetch_source(const Interval& across, int y) const
+    {
+        constexpr int BYTES = 4 * sizeof(Sample);
+        const Sample* row = plain::pixel_at<Sample>(pixels, across.begin, y);
+        prefetch_span(reinterpret_cast<const unsigned char*>(row),
+                      std::ptrdiff_t{across.size()} * BYTES);
+    }
+
+    /// Of the target, and of a source that lies level.
+    void prefetch_line(const Canvas& onto, const Interval& strip, int y) const
+    {
+        prefetch_span(onto.at(strip.begin, y),
+                      std::ptrdiff_t{strip.size()} * onto.bytes_per_pixel);
+        if (!is_level)
+            return;
+        const Reach reach = reach_of({strip, {y, y + 1}});
+        Interval across = {to_int(reach.left), to_int(reach.right)};
+        across.cut({0, pixels.width});
+        const int row = to_int(reach.bottom);
+        if (row >= 0 && row < pixels.height)
+            prefetch_source(across, row);
     }
 
     /// The strips of a row begin at the same places for every tile.

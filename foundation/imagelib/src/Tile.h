@@ -87,3 +87,26 @@ struct Canvas {
                static_cast<std::size_t>(x - left) * static_cast<std::size_t>(bytes_per_pixel);
     }
 };
+
+/// Brings near what will be read or drawn soon.
+inline void prefetch_span(const unsigned char* from, std::ptrdiff_t bytes)
+{
+    constexpr int CACHE_LINE = 64;
+    for (std::ptrdiff_t at = 0; at < bytes; at += CACHE_LINE)
+        __builtin_prefetch(from + at);
+    asm volatile("" ::: "memory"); // a call that only prefetches would be dropped
+}
+
+/// Goes through lines, and brings each near a few lines before it comes.
+template <class Prefetch, class Draw>
+void for_each_line(const Interval& lines, Prefetch prefetch, Draw draw)
+{
+    constexpr int AHEAD = 4;
+    for (int y = lines.begin; y < std::min(lines.begin + AHEAD, lines.end); ++y)
+        prefetch(y);
+    for (int y = lines.begin; y < lines.end; ++y) {
+        if (y + AHEAD < lines.end)
+            prefetch(y + AHEAD);
+        draw(y);
+    }
+}

@@ -86,13 +86,31 @@ template struct Taps<std::uint16_t>;
 
 namespace plain {
 
-template <class Sample>
-void blend_four(Sample* out, const Sample* const pixels[4], std::uint32_t u, std::uint32_t v)
+template <>
+void blend_four(std::uint8_t* out, const std::uint8_t* const pixels[4], std::uint32_t u,
+                std::uint32_t v)
 {
     for (int c = 0; c < 4; ++c) {
         const auto left = mix(begin_mix(pixels[0][c]), begin_mix(pixels[2][c]), v);
         const auto right = mix(begin_mix(pixels[1][c]), begin_mix(pixels[3][c]), v);
         end_mix(out[c], mix(left, right, u));
+    }
+}
+
+template <>
+void blend_four(std::uint16_t* out, const std::uint16_t* const pixels[4], std::uint32_t u,
+                std::uint32_t v)
+{
+    constexpr unsigned WHOLE = 1U << NEIGHBOUR_BITS;
+    const unsigned right = u >> (ONE_SHIFT - NEIGHBOUR_BITS);
+    const unsigned lower = v >> (ONE_SHIFT - NEIGHBOUR_BITS);
+    const unsigned both = (right * lower + WHOLE / 2) >> NEIGHBOUR_BITS;
+    const unsigned weights[4] = {WHOLE - right - lower + both, right - both, lower - both, both};
+    for (int c = 0; c < 4; ++c) {
+        unsigned sum = WHOLE / 2;
+        for (int i = 0; i < 4; ++i)
+            sum += weights[i] * pixels[i][c];
+        out[c] = static_cast<std::uint16_t>(sum >> NEIGHBOUR_BITS);
     }
 }
 
@@ -201,9 +219,6 @@ void weigh_columns(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* 
     }
 }
 
-template void blend_four(std::uint8_t*, const std::uint8_t* const[4], std::uint32_t, std::uint32_t);
-template void blend_four(std::uint16_t*, const std::uint16_t* const[4], std::uint32_t,
-                         std::uint32_t);
 template bool mix_rows(std::uint16_t*, const std::uint8_t*, const std::uint8_t*, std::uint32_t,
                        int);
 template bool mix_rows(float*, const std::uint16_t*, const std::uint16_t*, std::uint32_t, int);

@@ -103,6 +103,9 @@ namespace plain {
 
 constexpr int ONE_SHIFT = 32; // of a walk's places
 
+/// The weights of four neighbours of 16 bits; they sum up to the whole.
+constexpr int NEIGHBOUR_BITS = 14;
+
 /// The filtered sample between four pixels, at `u` and `v` of the way to the right and downwards
 /// in 1 / 2^32.
 template <class Sample>

@@ -7,6 +7,7 @@
 // Eight pixels of 8 bits, or four of 16, to a step. The pixels that are left over take the plain
 // loops, which give the same bits: so no fused multiplication here.
 #define AVX2 __attribute__((target("avx2")))
+#define AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
 
 namespace {
 constexpr int STEP_8 = 8;
@@ -82,6 +83,28 @@ struct Places {
     }
     AVX2 __m256i wholes() const { return halves<0xDD>(); }
     AVX2 __m256i fractions() const { return halves<0x88>(); }
+};
+
+/// The places of four pixels of a walk.
+struct FourPlaces {
+    __m256i places;
+    __m256i step;
+
+    AVX2_INLINE FourPlaces(std::int64_t start, std::int64_t one)
+        : places(_mm256_setr_epi64x(start, start + one, start + 2 * one, start + 3 * one)),
+          step(_mm256_set1_epi64x(STEP_16 * one))
+    {}
+
+    AVX2_INLINE void advance() { places = _mm256_add_epi64(places, step); }
+    AVX2_INLINE __m128i wholes() const { return halves(_mm256_setr_epi32(1, 3, 5, 7, 1, 3, 5, 7)); }
+    AVX2_INLINE __m128i fractions() const
+    {
+        return halves(_mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6));
+    }
+    AVX2_INLINE __m128i halves(__m256i which) const
+    {
+        return _mm256_castsi256_si128(_mm256_permutevar8x32_epi32(places, which));
+    }
 };
 
 /// A weight of 15 bits in both halves of each 32 bits.
@@ -327,11 +350,6 @@ AVX2 __m256 mix(__m256 a, __m256 b, __m256 weight)
     return _mm256_add_ps(a, _mm256_mul_ps(_mm256_sub_ps(b, a), weight));
 }
 
-AVX2 __m256 mix_rows(const unsigned char* upper, int row_bytes, float down)
-{
-    return mix(to_floats(upper), to_floats(upper + row_bytes), _mm256_set1_ps(down));
-}
-
 /// Two pixels from the halfway results of their pairs.
 AVX2 __m256i mix_columns(__m256 a, __m256 b, float right_a, float right_b)
 {
@@ -372,32 +390,78 @@ AVX2 void mix_columns_16(std::uint16_t* out, const float* mixed, const Columns& 
     plain::mix_columns(out, mixed, {columns.columns + i, columns.fractions + i}, pixels - i);
 }
 
+/// The weights of four pixels' neighbours, left and right in the halves of 32 bits.
+struct FourWeights {
+    __m128i upper;
+    __m128i lower;
+
+    /// `u`, `v`: of 14 bits.
+    AVX2_INLINE FourWeights(__m128i u, __m128i v)
+    {
+        const __m128i half = _mm_set1_epi32(1 << (plain::NEIGHBOUR_BITS - 1));
+        const __m128i whole = _mm_set1_epi32(1 << plain::NEIGHBOUR_BITS);
+        const __m128i both =
+            _mm_srli_epi32(_mm_add_epi32(_mm_mullo_epi32(u, v), half), plain::NEIGHBOUR_BITS);
+        const __m128i neither = _mm_add_epi32(_mm_sub_epi32(_mm_sub_epi32(whole, u), v), both);
+        upper = _mm_or_si128(neither, _mm_slli_epi32(_mm_sub_epi32(u, both), 16));
+        lower = _mm_or_si128(_mm_sub_epi32(v, both), _mm_slli_epi32(both, 16));
+    }
+};
+
+/// Two pixels with their right neighbours: left and right samples by turns, as signed numbers.
+AVX2_INLINE __m256i load_neighbours(const unsigned char* a, const unsigned char* b)
+{
+    const __m256i by_turns = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15,
+                                              0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+    return _mm256_shuffle_epi8(_mm256_xor_si256(load_halves(a, b), _mm256_set1_epi16(-0x8000)),
+                               by_turns);
+}
+
+/// Two pixels, each of four that are weighed, as signed numbers of 32 bits. `which`: the places of
+/// their weights.
+AVX2_INLINE __m256i weigh_neighbours(const unsigned char* a, const unsigned char* b, int row_bytes,
+                              const FourWeights& weights, __m256i which)
+{
+    const __m256i upper =
+        _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.upper), which);
+    const __m256i lower =
+        _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.lower), which);
+    const __m256i sum = _mm256_add_epi32(
+        _mm256_madd_epi16(load_neighbours(a, b), upper),
+        _mm256_madd_epi16(load_neighbours(a + row_bytes, b + row_bytes), lower));
+    return _mm256_srai_epi32(
+        _mm256_add_epi32(sum, _mm256_set1_epi32(1 << (plain::NEIGHBOUR_BITS - 1))),
+        plain::NEIGHBOUR_BITS);
+}
+
 AVX2 void sample_bilinear_16(std::uint16_t* out, const SourcePixels& source, SourceWalk walk,
                              int pixels)
 {
-    const __m256 unit = _mm256_set1_ps(1.0F / (1 << 23));
+    constexpr int SHIFT = 32 - plain::NEIGHBOUR_BITS;
+    const __m256i first_two = _mm256_setr_epi32(0, 0, 0, 0, 2, 2, 2, 2);
+    const __m256i last_two = _mm256_setr_epi32(1, 1, 1, 1, 3, 3, 3, 3);
+    const __m128i row_bytes = _mm_set1_epi32(source.row_bytes);
+    FourPlaces u(walk.u, walk.du);
+    FourPlaces v(walk.v, walk.dv);
     int left = pixels;
-    for (; left >= STEP_16; left -= STEP_16, out += 4 * STEP_16) {
-        const unsigned char* at[STEP_16];
-        alignas(32) std::uint32_t fractions[8];
-        alignas(32) float shares[8];
-        for (int i = 0; i < STEP_16; ++i) {
-            at[i] = source.data + (walk.v >> 32) * source.row_bytes + (walk.u >> 32) * 8;
-            fractions[i] = static_cast<std::uint32_t>(walk.u) >> 9;
-            fractions[i + 4] = static_cast<std::uint32_t>(walk.v) >> 9;
-            walk.u += walk.du;
-            walk.v += walk.dv;
-        }
-        _mm256_store_ps(shares, _mm256_mul_ps(_mm256_cvtepi32_ps(load(fractions)), unit));
-        prefetch_below(source, at[0] - source.data);
-        const __m256 p0 = mix_rows(at[0], source.row_bytes, shares[4]);
-        const __m256 p1 = mix_rows(at[1], source.row_bytes, shares[5]);
-        const __m256 p2 = mix_rows(at[2], source.row_bytes, shares[6]);
-        const __m256 p3 = mix_rows(at[3], source.row_bytes, shares[7]);
-        store(out, _mm256_packus_epi32(mix_columns(p0, p2, shares[0], shares[2]),
-                                       mix_columns(p1, p3, shares[1], shares[3])));
+    for (; left >= STEP_16; left -= STEP_16, out += 4 * STEP_16, u.advance(), v.advance()) {
+        alignas(16) int offsets[STEP_16];
+        _mm_store_si128(reinterpret_cast<__m128i*>(offsets),
+                        _mm_add_epi32(_mm_mullo_epi32(v.wholes(), row_bytes),
+                                      _mm_slli_epi32(u.wholes(), 3)));
+        const auto at = [&](int i) { return source.data + offsets[i]; };
+        prefetch_below(source, offsets[0]);
+        const FourWeights weights(_mm_srli_epi32(u.fractions(), SHIFT),
+                                  _mm_srli_epi32(v.fractions(), SHIFT));
+        const __m256i a =
+            weigh_neighbours(at(0), at(2), source.row_bytes, weights, first_two);
+        const __m256i b =
+            weigh_neighbours(at(1), at(3), source.row_bytes, weights, last_two);
+        store(out, _mm256_xor_si256(_mm256_packs_epi32(a, b), _mm256_set1_epi16(-0x8000)));
     }
-    plain::sample_bilinear(out, source, walk, left);
+    const std::int64_t done = pixels - left;
+    plain::sample_bilinear(
+        out, source, {walk.u + done * walk.du, walk.v + done * walk.dv, walk.du, walk.dv}, left);
 }
 
 template <class Sample> AVX2 __m256i widen_sum(__m128i a, __m128i b)

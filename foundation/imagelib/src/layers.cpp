@@ -64,6 +64,12 @@ Interval UnscaledLayer::lines_of(const Tile& part) const
     return {static_cast<int>(part.lines.begin - y), static_cast<int>(part.lines.end - y)};
 }
 
+const unsigned char* UnscaledLayer::at(int column, int line) const
+{
+    return source.pixels.data + (line - y) * std::ptrdiff_t{source.pixels.row_bytes} +
+           (column - x) * inq_bytes_per_pixel(type);
+}
+
 Layer::Effect UnscaledLayer::look_at(const Tile& tile)
 {
     Effect effect;
@@ -89,22 +95,25 @@ void UnscaledLayer::draw(const Canvas& canvas, const Tile& tile, Blocks chosen, 
         run.lines.cut(lines);
         if (run.columns.size() == 0)
             return;
-        for (int line = run.lines.begin; line < run.lines.end; ++line)
+        const auto prefetch = [&](int line) {
+            prefetch_span(canvas.at(run.columns.begin, line),
+                          std::ptrdiff_t{run.columns.size()} * canvas.bytes_per_pixel);
+            prefetch_span(at(run.columns.begin, line),
+                          std::ptrdiff_t{run.columns.size()} * inq_bytes_per_pixel(type));
+        };
+        for_each_line(run.lines, prefetch, [&](int line) {
             if (canvas.type == PT_RGBA_8)
                 draw_row<std::uint8_t>(canvas, run.columns, line, scratch);
             else
                 draw_row<std::uint16_t>(canvas, run.columns, line, scratch);
+        });
     });
 }
 
 template <class Sample>
 void UnscaledLayer::draw_row(const Canvas& canvas, Interval run, int line, Scratch& scratch) const
 {
-    const SourcePixels& from = source.pixels;
-    const auto bytes_per_pixel = inq_bytes_per_pixel(type);
-    const unsigned char* row = from.data +
-                               (line - y) * static_cast<std::ptrdiff_t>(from.row_bytes) +
-                               (run.begin - x) * bytes_per_pixel;
+    const unsigned char* row = at(run.begin, line);
     const auto* ready = reinterpret_cast<const Sample*>(row);
     if (type != canvas.type || share != WHOLE_SHARE) {
         Sample* strip = scratch.inq_strips<Sample>().strip;

@@ -41,6 +41,7 @@ public:
 private:
     template <class Sample>
     void draw_row(const Canvas& canvas, Interval run, int y, Scratch& scratch) const;
+    const unsigned char* at(int column, int line) const;
     Interval columns_of(const Tile& part) const;
     Interval lines_of(const Tile& part) const;
 

@@ -56,18 +56,6 @@ public:
 KIV_STORED_CLASS(Thrower, -1);
 } // namespace
 
-TEST(ObjectMemory, lies_side_by_side_in_a_large_file)
-{
-    if (!HAS_BLOCKS)
-        GTEST_SKIP() << "the sanitizer has every object by itself";
-    const auto list = read_many_colours();
-    ASSERT_TRUE(list);
-    constexpr std::ptrdiff_t STEP = (sizeof(KIVColour) + 15) / 16 * 16;
-    const auto* last = reinterpret_cast<const char*>(list->at_index(MANY - 1));
-    EXPECT_EQ(last - reinterpret_cast<const char*>(list->at_index(MANY - 2)), STEP);
-    list->remove_all_deleting_objects();
-}
-
 TEST(ObjectMemory, leaves_addresses_to_a_process_that_has_few)
 {
     if (!HAS_BLOCKS)

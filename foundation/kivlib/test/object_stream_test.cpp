@@ -26,7 +26,6 @@ public:
     std::unique_ptr<Ring> inner;
     Ring* other = nullptr; // not owned
     int late = 0;
-    int seen_version = 0;
 };
 
 template <class Class> void record_of(Class& ring, auto& r)
@@ -36,7 +35,7 @@ template <class Class> void record_of(Class& ring, auto& r)
     r.value(ring.late, since(70), 7);
 }
 
-Ring::Ring(KIVIStream& stream) : KIVLinkedList(stream), seen_version(stream.inq_version())
+Ring::Ring(KIVIStream& stream) : KIVLinkedList(stream)
 {
     RecordReader r(stream);
     record_of(*this, r);
@@ -199,18 +198,6 @@ TEST(ObjectStream, writes_a_header_with_the_newest_version_of_class_and_bases)
     CharIStream in(container_of(heir));
     const std::unique_ptr<YoungerBase> base(YoungerBase::read_from(in));
     EXPECT_TRUE(base);
-}
-
-TEST(ObjectStream, gives_fields_that_an_old_record_lacks_their_default)
-{
-    OldRecord old("Ring", 69);
-    old << 0;                           // no objects in the list
-    old.insert_with_class_hdr(nullptr); // inner
-    old.insert_with_class_hdr(nullptr); // other
-    const auto ring = old.read<Ring>();
-    ASSERT_TRUE(ring);
-    EXPECT_EQ(ring->late, 7);
-    EXPECT_EQ(ring->seen_version, 69);
 }
 
 TEST(ObjectStream, names_all_unknown_classes_before_it_reads)

@@ -5,23 +5,12 @@
 #include <gtest/gtest.h>
 
 namespace {
-void fill(BaseCellList& list, const std::vector<int>& numbers)
-{
-    for (const int number : numbers)
-        list.add_cell(new BaseCell(number, 0));
-}
-
 std::string order_of(const BaseCellList& list)
 {
     std::string order;
     for (const BaseCell* cell = list.inq_first_cell(); cell; cell = cell->inq_next())
         order += std::to_string(cell->inq_number()) + "/" + std::to_string(cell->inq_label()) + " ";
     return order;
-}
-
-int number_of(const BaseCell* cell)
-{
-    return cell ? cell->inq_number() : -1;
 }
 } // namespace
 
@@ -47,18 +36,6 @@ TEST(BaseCellList, keeps_its_cells_in_order_and_a_late_equal_behind)
     EXPECT_EQ(list.remove_cell(late), late); // it was not there
     for (const BaseCell* cell = list.inq_last_cell(); cell->inq_prev(); cell = cell->inq_prev())
         EXPECT_EQ(cell->inq_prev()->inq_next(), cell);
-}
-
-TEST(BaseCellList, stays_whole_when_its_cells_are_renumbered_out_of_order)
-{
-    BaseCellList list;
-    fill(list, {1, 2, 3, 4, 5, 6, 7, 8, 9});
-    BaseCell* fifth = list.find_cell(5);
-    fifth->set_number(50);
-    EXPECT_EQ(list.inq_key_order(fifth), 5);
-    const std::unique_ptr<BaseCell> removed(list.remove_cell(fifth));
-    EXPECT_EQ(list.count(), 8);
-    EXPECT_EQ(number_of(list.find_cell(4)->inq_next()), 6);
 }
 
 TEST(BaseCellList, comes_back_with_the_classes_of_its_cells)

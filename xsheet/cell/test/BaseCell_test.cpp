@@ -29,18 +29,6 @@ TEST(BaseCell, finds_text_by_case_and_extent)
     EXPECT_EQ(BaseCell(4, 0).find("", 1, 0), 0);
 }
 
-TEST(BaseCell, comes_back_with_data_that_knows_it)
-{
-    const auto cell = cell_with(-2, "title");
-    cell->ring_unring();
-    const auto back = stored_and_read(*cell);
-    EXPECT_EQ(back->inq_number(), -2);
-    EXPECT_EQ(back->inq_label(), 7U);
-    EXPECT_EQ(back->inq_data()->inq_cell(), back.get());
-    EXPECT_TRUE(*back->inq_data()->inq_string() == "title");
-    EXPECT_TRUE(back->inq_data()->inq_cell_ringed());
-}
-
 TEST(BaseCell, reads_rings_from_version_118_on)
 {
     for (const int version : {117, 118}) {

@@ -21,26 +21,6 @@ protected:
 };
 } // namespace
 
-TEST_F(ColumnWatchers, pass_a_change_on_to_every_level_above)
-{
-    XSheetWatcher watcher(&sheet, LABEL);
-    sheet.add_watcher(&watcher);
-    watcher.setup_watch_sub_columns();
-    SubColumnWatcher* of_column = column->inq_watcher(LABEL);
-    SubColumnWatcher* of_member = sub_column->inq_watcher(LABEL);
-    ASSERT_TRUE(of_column && of_member);
-    watcher.clear_all_frames();
-    sub_column->tell_watchers_frame_changed(7);
-    for (SubColumnWatcher* level : {of_member, of_column, static_cast<SubColumnWatcher*>(&watcher)})
-        EXPECT_TRUE(level->inq_frame_changed(7));
-    of_member->clear_frame(7);
-    EXPECT_FALSE(of_member->inq_frame_changed(7));
-    EXPECT_TRUE(of_column->inq_frame_changed(7));
-    watcher.clear_frame(7); // in the columns, and not here
-    EXPECT_FALSE(of_column->inq_frame_changed(7));
-    EXPECT_TRUE(watcher.inq_frame_changed(7));
-}
-
 TEST_F(ColumnWatchers, follow_what_is_added_and_removed)
 {
     XSheetWatcher watcher(&sheet, LABEL);

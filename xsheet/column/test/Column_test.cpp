@@ -1,5 +1,4 @@
 #include "tests/support/OldRecord.h"
-#include "tests/support/RecordingWatcher.h"
 #include "xsheet/column/hdr/Column.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/column/hdr/XSheetFinderFlags.h"
@@ -67,16 +66,6 @@ TEST_F(Columns, label_their_members_and_never_give_a_label_twice)
     EXPECT_EQ(body->find_sub_column(3), nullptr);
     body->add_sub_column(removed->duplicate(), x);
     EXPECT_EQ(headers_of(body->inq_shallow_sub_column_list()), "x y z ");
-}
-
-TEST_F(Columns, move_their_members)
-{
-    EXPECT_TRUE(body->move_sub_column(y, nullptr));
-    EXPECT_EQ(headers_of(body->inq_deep_sub_column_list()), "y x limbs arm ");
-    EXPECT_TRUE(body->move_sub_column(y, x));
-    EXPECT_FALSE(body->move_sub_column(colour, x));
-    EXPECT_TRUE(sheet.move_column(floor, nullptr));
-    EXPECT_EQ(headers_of(sheet.inq_deep_sub_column_list()), "floor colour body x y limbs arm ");
 }
 
 TEST_F(Columns, let_the_nearest_hit_win)

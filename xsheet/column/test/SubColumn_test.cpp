@@ -61,21 +61,6 @@ TEST_F(SubColumns, give_a_new_key_the_value_of_its_frame_without_the_ring)
     EXPECT_EQ(column.make_key(5)->inq_data()->inq_string(), nullptr); // nothing stood there
 }
 
-TEST_F(SubColumns, paste_keys_and_leave_out_those_without_room)
-{
-    make_keys({22});
-    KeyCell* pasted[] = {new KeyCell(nullptr, 1, 0), new KeyCell(nullptr, 3, 0),
-                         new KeyCell(nullptr, 5, 8)};
-    for (KeyCell* key : pasted)
-        key->set_data(key->create_data());
-    EXPECT_TRUE(column.insert_keys(20, pasted, 3));
-    const std::unique_ptr<KeyCell> left_out(pasted[1]);
-    EXPECT_EQ(inq_keys(), "20+1 22+1 24+76 ");
-    EXPECT_EQ(pasted[0]->inq_label(), 2U);
-    EXPECT_EQ(pasted[2]->inq_label(), 8U);
-    EXPECT_EQ(left_out->inq_sub_column(), nullptr);
-}
-
 TEST_F(SubColumns, renumber_keys_with_the_lengths_of_old)
 {
     make_keys({10, 20, 30});
@@ -86,15 +71,6 @@ TEST_F(SubColumns, renumber_keys_with_the_lengths_of_old)
     to.add(50);
     column.move_key_cells(&from, &to);
     EXPECT_EQ(inq_keys(), "10+9 40+-1(20) 50+50(30) ");
-}
-
-TEST_F(SubColumns, measure_free_space)
-{
-    EXPECT_TRUE(column.can_make_space_at(91, 10, 0));
-    EXPECT_FALSE(column.can_make_space_at(91, 11, 0));
-    make_keys({10, 20});
-    EXPECT_TRUE(column.can_make_space_at(15, 999, 80));
-    EXPECT_FALSE(column.can_make_space_at(5, 0, 81)); // in front of all, the last key counts
 }
 
 TEST_F(SubColumns, compare_what_two_frames_show)

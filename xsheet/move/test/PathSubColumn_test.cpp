@@ -48,19 +48,6 @@ void expect_at(PathSubColumn& column, int frame, double x, double y)
 }
 } // namespace
 
-TEST(PathSubColumn, walks_along_an_open_curve_both_ways)
-{
-    Path path(false);
-    path.key_on_bead(1, 1);
-    path.key_on_bead(5, 3);
-    path.key_on_bead(9, 1);
-    expect_at(path.column, 1, 0.0, 0.0);
-    expect_at(path.column, 2, 50.0, 0.0);
-    expect_at(path.column, 4, 100.0, 50.0);
-    expect_at(path.column, 7, 100.0, 0.0);
-    EXPECT_NEAR(path.column.inq_distance_along_path(4), 150.0, 1e-6);
-}
-
 TEST(PathSubColumn, goes_the_short_way_round_a_closed_curve)
 {
     Path path(true);

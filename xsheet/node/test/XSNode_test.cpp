@@ -109,19 +109,6 @@ TEST(XSNode, enters_and_leaves_graph_and_sheet_with_its_column)
     EXPECT_EQ(column->inq_node(), nullptr);
 }
 
-TEST(XSNode, is_copied_with_its_own_column)
-{
-    XSheet sheet(nullptr);
-    CNodeGraph graph(&sheet);
-    auto* node = new GlowNode;
-    node->add_to_graph(&graph);
-    const std::unique_ptr<GlowNode> copy(static_cast<GlowNode*>(node->clone()));
-    EXPECT_NE(copy->inq_column(), node->inq_column());
-    EXPECT_EQ(copy->inq_column()->inq_node(), copy.get());
-    EXPECT_EQ(copy->inq_column_label(), 0u);
-    EXPECT_EQ(*copy->inq_subcolumn()->inq_header_text(), "Glow");
-}
-
 TEST(XSNode, shares_no_column_with_a_second_node_of_a_damaged_file)
 {
     XSheet sheet(nullptr);

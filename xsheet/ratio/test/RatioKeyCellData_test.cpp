@@ -92,21 +92,6 @@ TEST(RatioKeyCellData, carries_a_change_of_the_source_on)
     f.follower->remove_watcher(&watcher);
 }
 
-TEST(RatioKeyCellData, locks_within_the_scene)
-{
-    Followed f;
-    RatioKeyCellData* data = f.follow(11, 1.0, 10.0)->inq_ratio_data();
-    data->set_lock_frame(0);
-    EXPECT_EQ(data->inq_lock_frame(), 1);
-    data->set_lock_frame(900);
-    EXPECT_EQ(data->inq_lock_frame(), 200);
-    data->set_lock_frame(11);
-    f.follower->clear_all_inbetweens();
-    data->reset_lock_frame(31);
-    EXPECT_EQ(data->inq_lock_value().elem(0), 30.0);
-    EXPECT_EQ(f.follower->inq_element(0, 31), 30.0);
-}
-
 TEST(RatioKeyCellData, lets_a_new_key_stand_on_the_way_to_the_next_one)
 {
     Followed f;
@@ -228,20 +213,6 @@ TEST(RatioKeyCellData, rests_while_its_key_is_out_and_makes_up_for_it)
     f.follower->insert_key(key, 51);
     EXPECT_EQ(f.follower->inq_element(0, 51), 150.0);
     f.follower->remove_watcher(&watcher);
-}
-
-TEST(RatioKeyCellData, hears_that_its_source_goes_while_its_key_is_out)
-{
-    NumericSubColumn follower(1);
-    NumericKeyCell* key = key_at(follower, 1, {3.0});
-    {
-        NumericSubColumn source(1);
-        key->set_is_ratioed(true);
-        key->inq_ratio_data()->set_source_column(&source);
-        follower.remove_key(key);
-    }
-    follower.insert_key(key, 1);
-    EXPECT_EQ(key->inq_ratio_data()->inq_source_column(), nullptr);
 }
 
 TEST(RatioKeyCellData, copies_and_comes_back_with_its_link)

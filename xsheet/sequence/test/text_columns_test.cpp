@@ -1,4 +1,3 @@
-#include "coversheet/lib/hdr/CoverSheet.h"
 #include "scene/hdr/KIVScene.h"
 #include "tests/support/OldRecord.h"
 #include "tests/support/OwnSettings.h"
@@ -67,15 +66,6 @@ TEST(FrameNumberSubColumn, prints_each_format)
     }
 }
 
-TEST(FrameNumberSubColumn, prints_new_frames_as_the_trim_has_them)
-{
-    NumberedScene film;
-    film.scene->inq_cover_sheet()->set_start_trim_frames(10);
-    EXPECT_EQ(film.text(11), "1");
-    film.scene->inq_xsheet()->set_length(102);
-    EXPECT_EQ(film.text(102), "92");
-}
-
 TEST(FrameNumberSubColumn, comes_back_with_its_format)
 {
     NumberedScene film;
@@ -130,15 +120,6 @@ TEST(NotesSubColumn, keeps_and_copies_its_scribbles)
     const auto* back = static_cast<ScribbleLine*>(read->inq_scribbles()->at_index(0));
     EXPECT_EQ(back->inq_bounds(), KIVRectangle(-2.0, 5.0, 1.0, 7.0));
     EXPECT_EQ(back->inq_colour(), KIVColour(0.5, 0.25, 0.0, 1.0));
-}
-
-TEST(ScribbleLine, is_drawn_in_black_where_white_would_not_be_seen)
-{
-    ScribbleLine line(KIVColour(1.0, 1.0, 1.0, 0.2));
-    EXPECT_EQ(line.inq_colour(), KIVColour(0.0, 0.0, 0.0, 1.0));
-    line.set_colour(KIVColour(1.0, 1.0, 1.0, 0.2));
-    EXPECT_EQ(line.inq_colour(), KIVColour(1.0, 1.0, 1.0, 0.2));
-    EXPECT_EQ(line.inq_bounds(), KIVRectangle());
 }
 
 TEST(ScribbleLine, refuses_points_that_are_none)

@@ -1,9 +1,20 @@
-#include "compositor/affine/lib/hdr/CNodeEWTranslate.h"
-#include "compositor/affine/lib/test/PlateGraph.h"
+#include "compositor/affine/lib/hdr/CDataRender.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+/// An image of which nothing is known but where it is.
+class Plate : public CDataRender {
+public:
+    CDataDescriptor* inq_desc() const override { return nullptr; }
+    int inq_type() const override { return 0; }
+};
+
+IntBBox box(long left, long bottom, long right, long top)
+{
+    return IntBBox(IntRect(top, left, bottom, right));
+}
+
 Plate plate(const IntBBox& covered, bool opaque)
 {
     Plate p;
@@ -36,33 +47,4 @@ TEST(CDataRender, is_opaque_where_one_of_two_covers_all)
     EXPECT_EQ(over_nothing.inq_image_ibbox_v(), small);
     EXPECT_TRUE(over_nothing.inq_image_is_opaque());
     EXPECT_TRUE(united(plate(small, true), Plate()).inq_image_is_opaque());
-}
-
-TEST(CDataRender, spares_what_an_opaque_layer_hides)
-{
-    PlateGraph graph;
-    auto* moved = graph.add(new CNodeEWTranslate);
-    PlateNode* bottom = graph.add(new PlateNode(box(2, 2, 4, 4), true), moved);
-    PlateNode* middle = graph.add(new PlateNode(box(0, 0, 8, 8), true));
-    PlateNode* top = graph.add(new PlateNode(box(1, 1, 3, 3), false));
-    const CDataRender& result = graph.evaluate();
-    EXPECT_EQ(result.inq_image_ibbox_v(), box(0, 0, 8, 8));
-    EXPECT_TRUE(result.inq_image_is_opaque());
-    EXPECT_TRUE(bottom->asked_box.inq_is_empty());
-    EXPECT_EQ(bottom->n_answers, 2) << "asked again, for nothing";
-    EXPECT_TRUE(bottom->drawn_box.inq_is_empty());
-    EXPECT_EQ(middle->drawn_box, box(0, 0, 8, 8));
-    EXPECT_EQ(top->drawn_box, box(1, 1, 3, 3));
-}
-
-TEST(CDataRender, brings_nothing_back_when_a_later_layer_is_larger)
-{
-    PlateGraph graph;
-    PlateNode* bottom = graph.add(new PlateNode(box(2, 2, 4, 4), false));
-    PlateNode* cover = graph.add(new PlateNode(box(0, 0, 8, 8), true));
-    PlateNode* aside = graph.add(new PlateNode(box(6, 6, 9, 9), true));
-    EXPECT_FALSE(graph.evaluate().inq_image_is_opaque());
-    EXPECT_TRUE(bottom->drawn_box.inq_is_empty());
-    EXPECT_EQ(cover->drawn_box, box(0, 0, 8, 8));
-    EXPECT_EQ(aside->drawn_box, box(6, 6, 9, 9));
 }

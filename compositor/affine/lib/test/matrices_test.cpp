@@ -33,14 +33,27 @@ using Values = std::vector<double>;
 /// Where a node with these values in its columns takes a point.
 using Map = Point (*)(Point p, const Values& v);
 
-Point stay(Point p, const Values&)
+constexpr int NONE = -1;
+
+/// Moved by the values of these numbers.
+template <int X, int Y> Point moved(Point p, const Values& v)
 {
-    return p;
+    return {X == NONE ? p.x : p.x + v[X], Y == NONE ? p.y : p.y + v[Y]};
 }
 
-Point move(Point p, const Values& v)
+template <int X, int Y> Point scaled(Point p, const Values& v)
 {
-    return {p.x + v[0], p.y + v[1]};
+    return {X == NONE ? p.x : p.x * v[X], Y == NONE ? p.y : p.y * v[Y]};
+}
+
+template <int X, int Y> Point flipped(Point p, const Values&)
+{
+    return {X * p.x, Y * p.y};
+}
+
+template <int SIGN> Point turned(Point p, const Values& v)
+{
+    return turned(p, SIGN * v[0]);
 }
 
 /// Moved by (v0, v1), turned by v2 and scaled by v3 about (v4, v5).
@@ -55,6 +68,11 @@ Point camera(Point p, const Values& v)
 {
     const Point q = turned({p.x - v[0], p.y - v[1]}, -v[2]);
     return {q.x * 720.0 / v[3], q.y * 720.0 / v[3]};
+}
+
+Point camera_size(Point p, const Values& v)
+{
+    return {p.x * 720.0 / v[0], p.y * 720.0 / v[0]};
 }
 
 Point shear(Point p, const Values& v)
@@ -78,84 +96,22 @@ struct Row {
 const Row ROWS[] = {
     {"CNodeTransform", transform, {3, -4, 20, 0.5, 7, -3}, {30, 8, -70, 2, 10, 5}, "NNASD", 0},
     {"CNodeCamera", camera, {100, -40, 30, 720}, {-20, 16, -45, 360}, "NNAW", 4},
-    {"CNodeTranslate", move, {3, 5}, {-11, 40}, "T", 1},
-    {"CNodeNSTranslate",
-     [](Point p, const Values& v) {
-         return Point{p.x, p.y + v[0]};
-     },
-     {3},
-     {-11},
-     "N",
-     1},
-    {"CNodeEWTranslate",
-     [](Point p, const Values& v) {
-         return Point{p.x + v[0], p.y};
-     },
-     {3},
-     {-11},
-     "N",
-     1},
-    {"CNodeZTranslate", stay, {3}, {-11}},
-    {"CNodeRotate", [](Point p, const Values& v) { return turned(p, v[0]); }, {90}, {-270}, "A", 1},
-    {"CNodeScale",
-     [](Point p, const Values& v) {
-         return Point{p.x * v[0], p.y * v[0]};
-     },
-     {0.25},
-     {3},
-     "S",
-     1},
-    {"CNodeXScale",
-     [](Point p, const Values& v) {
-         return Point{p.x * v[0], p.y};
-     },
-     {0.25},
-     {3},
-     "S"},
-    {"CNodeYScale",
-     [](Point p, const Values& v) {
-         return Point{p.x, p.y * v[0]};
-     },
-     {0.25},
-     {3},
-     "S"},
-    {"CNodeXYScale",
-     [](Point p, const Values& v) {
-         return Point{p.x * v[0], p.y * v[1]};
-     },
-     {0.25, 5},
-     {3, 4},
-     "SS",
-     1},
-    {"CNodeHorFlip",
-     [](Point p, const Values&) {
-         return Point{-p.x, p.y};
-     },
-     {},
-     {}},
-    {"CNodeVerFlip",
-     [](Point p, const Values&) {
-         return Point{p.x, -p.y};
-     },
-     {},
-     {}},
+    {"CNodeTranslate", moved<0, 1>, {3, 5}, {-11, 40}, "T", 1},
+    {"CNodeNSTranslate", moved<NONE, 0>, {3}, {-11}, "N", 1},
+    {"CNodeEWTranslate", moved<0, NONE>, {3}, {-11}, "N", 1},
+    {"CNodeZTranslate", moved<NONE, NONE>, {3}, {-11}},
+    {"CNodeRotate", turned<1>, {90}, {-270}, "A", 1},
+    {"CNodeScale", scaled<0, 0>, {0.25}, {3}, "S", 1},
+    {"CNodeXScale", scaled<0, NONE>, {0.25}, {3}, "S"},
+    {"CNodeYScale", scaled<NONE, 0>, {0.25}, {3}, "S"},
+    {"CNodeXYScale", scaled<0, 1>, {0.25, 5}, {3, 4}, "SS", 1},
+    {"CNodeHorFlip", flipped<-1, 1>, {}, {}},
+    {"CNodeVerFlip", flipped<1, -1>, {}, {}},
     {"CNodeShearTransform", shear, {10, 20, 90, 2, -3, 45}, {-5, 8, 0, -1, 2, -30}, "NNASSA"},
-    {"CNodeCameraTranslate", stay, {3, 5}, {-11, 40}},
-    {"CNodeCameraTranslate", move, {3, 5}, {-11, 40}, "D", 1, true},
-    {"CNodeCameraRotate",
-     [](Point p, const Values& v) { return turned(p, -v[0]); },
-     {90},
-     {-10},
-     "A",
-     1},
-    {"CNodeCameraSize",
-     [](Point p, const Values& v) {
-         return Point{p.x * 720.0 / v[0], p.y * 720.0 / v[0]};
-     },
-     {720},
-     {90},
-     "W",
-     1}};
+    {"CNodeCameraTranslate", moved<NONE, NONE>, {3, 5}, {-11, 40}},
+    {"CNodeCameraTranslate", moved<0, 1>, {3, 5}, {-11, 40}, "D", 1, true},
+    {"CNodeCameraRotate", turned<-1>, {90}, {-10}, "A", 1},
+    {"CNodeCameraSize", camera_size, {720}, {90}, "W", 1}};
 
 /// All numeric columns of a list, with those inside move columns.
 void gather_numeric(SubColumn* column, std::vector<NumericSubColumn*>& numeric)

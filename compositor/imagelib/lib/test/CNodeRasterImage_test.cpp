@@ -1,5 +1,3 @@
-#include "compositor/affine/lib/hdr/CNodeHorFlip.h"
-#include "compositor/affine/lib/hdr/CNodeRotate.h"
 #include "compositor/imagelib/lib/hdr/CNodeImageDLLInitialiser.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImageLoadDelegate.h"
@@ -51,37 +49,16 @@ public:
         EXPECT_TRUE(writer->write_pixmap(folder.path(name), make_pixmap(picture).get()));
         auto* node = new CNodeRasterImage(folder.path(name), nullptr);
         RasterSeqSubColumn* column = node->inq_raster_column();
-        column->move_key_to(column->inq_first_key(), frame);
-        bind(*node);
-        return node;
-    }
-
-    /// The same in a graph. Entering a sheet, its key looks for an asset of the sheet's scene.
-    CNodeRasterImage* add_node(ImageGraph& graph, const char* name, const Picture& picture,
-                               int frame = 1)
-    {
-        CNodeRasterImage* node = graph.add(make_node(name, picture, frame));
-        bind(*node);
+        KeyCell* key = column->inq_first_key();
+        column->move_key_to(key, frame);
+        assets.push_back(
+            std::make_unique<RasterAsset>(assets.size(), RASTER_ASSET, KIVFile(node->inq_path())));
+        static_cast<RasterSeqCellData*>(key->inq_data())->set_asset(assets.back().get());
         return node;
     }
 
     TempFolder folder;
     std::vector<std::unique_ptr<RasterAsset>> assets;
-
-private:
-    void bind(const CNodeRasterImage& node)
-    {
-        assets.push_back(
-            std::make_unique<RasterAsset>(assets.size(), RASTER_ASSET, KIVFile(node.inq_path())));
-        KeyCell* key = node.inq_raster_column()->inq_first_key();
-        static_cast<RasterSeqCellData*>(key->inq_data())->set_asset(assets.back().get());
-    }
-};
-
-/// Looks at pixels, so that nothing is drawn through it.
-class Wall : public CNodeRostrum {
-public:
-    gsl::owner<CNodeOp*> new_nodeop(int) override { return new CNodeOp(this); }
 };
 
 class Delegate final : public CNodeRasterImageLoadDelegate {
@@ -202,36 +179,6 @@ TEST(CNodeRasterImageOp, covers_what_the_request_sees_of_the_placed_image)
     EXPECT_EQ(cover(2, 0.0, {8.0, 9.0}), IntBBox(IntRect(20, 0, 0, 20))) << "box as requested";
     op.generate_data(nullptr);
     EXPECT_EQ(output->extract_pixmap(), nullptr);
-}
-
-TEST(CNodeRasterImageOp, draws_the_same_in_a_shared_target_and_apart)
-{
-    Artwork artwork;
-    const auto render = [&](CNodeRostrum* between, int quality) {
-        ImageGraph graph;
-        graph.quality = quality;
-        graph.bits = quality == 0 ? 16 : 8;
-        auto* turn = graph.add(new CNodeRotate);
-        KeyCell* angle = turn->inq_subcolumn()->make_key(1);
-        static_cast<BaseNumericCellData*>(angle->inq_data())->set_element(0, 90.0);
-        auto* flip = graph.add(new CNodeHorFlip);
-        graph.connect(graph.add(between), graph.output);
-        graph.connect(artwork.add_node(graph, "K.tif", {"....", ".K..", "....", "...."}), between);
-        graph.connect(flip, between);
-        graph.connect(turn, flip);
-        graph.connect(artwork.add_node(graph, "turned.tif", {"RG", "BW"}), turn);
-        graph.connect(artwork.add_node(graph, "late.tif", {"KK", "KK"}, 9), between);
-        graph.connect(artwork.add_node(graph, "W.tif", {"WWWW", "WWWW", "WWWW", "..WW"}), between);
-        const std::unique_ptr<KIVPixmap> frame = graph.render(4, 4);
-        EXPECT_EQ(frame->inq_bits_per_sample(), graph.bits);
-        frame->convert(4, 8);
-        return find_picture(frame.get());
-    };
-    const Picture expected = {"WWWW", "WKGW", "WBRW", "..WW"};
-    for (const int quality : {0, 1}) {
-        EXPECT_EQ(render(new CNodeRostrum, quality), expected);
-        EXPECT_EQ(render(new Wall, quality), expected);
-    }
 }
 
 TEST(CNodeRasterImage, of_an_early_release_is_read_and_refused)

@@ -42,7 +42,6 @@ public:
                                 IntBBox(IntRect(height, 0, 0, width)));
         exec.setup_data();
         exec.generate_data(nullptr);
-        covered = image->inq_image_ibbox_v();
         return std::unique_ptr<KIVPixmap>(image->extract_pixmap());
     }
 
@@ -52,7 +51,6 @@ public:
     bool is_colour = true;
     int bits = 8;
     int quality = 0;
-    IntBBox covered; // of the last render, in pixels from the lower left corner
 };
 
 /// Tells the part of an old record that all nodes with a column have.

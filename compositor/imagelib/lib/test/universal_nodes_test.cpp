@@ -24,31 +24,6 @@ struct Link : ImageGraph {
     CNodeUniversalTransmitter* transmitter = add(new CNodeUniversalTransmitter);
     CNodeUniversalReceiver* receiver = add(new CNodeUniversalReceiver);
 };
-
-/// The record of a graph with one macro that lists what `put_listed` writes.
-std::unique_ptr<CNodeGraph> read_macro(const std::function<void(OldRecord&)>& put_listed)
-{
-    OldRecord old("CNodeGraph", 92);
-    const auto put_macro = [&](OldRecord& macro) {
-        macro << 50.0 << 0;
-        macro.insert_with_class_hdr(nullptr);
-        macro.insert_with_class_hdr(nullptr);
-        macro << 0.0 << 0.0 << 1 << 0;
-        macro.insert_with_class_hdr(nullptr);
-        macro.insert_with_class_hdr(nullptr);
-        macro << 0.0 << 0L << 0 << 0;
-        macro.nested("KIVLinkedList", 1, [&](OldRecord& list) {
-            list << 1;
-            put_listed(list);
-        });
-    };
-    old.nested("KIVLinkedList", 1, [&](OldRecord& nodes) {
-        nodes << 1;
-        nodes.nested("CNodeUniversalMacro", 146, put_macro);
-    });
-    old.insert_with_class_hdr(nullptr);
-    return old.read<CNodeGraph>();
-}
 } // namespace
 
 TEST(UniversalNodes, a_transmitter_and_its_receiver_bear_one_title)
@@ -100,17 +75,6 @@ TEST(UniversalNodes, a_macro_comes_back_with_the_nodes_of_its_graph)
     const auto* read = static_cast<CNodeUniversalMacro*>(nodes->at_index(1));
     ASSERT_EQ(read->inq_constituent_nodes()->count(), 1);
     EXPECT_EQ(read->inq_constituent_nodes()->at_index(0), nodes->at_index(0));
-}
-
-TEST(UniversalNodes, a_macro_of_what_is_no_node_of_its_graph_is_refused)
-{
-    constexpr std::uint32_t NODES = 1, MACRO = 2, LIST = 3;
-    EXPECT_TRUE(read_macro([](OldRecord& list) { list.put_seen(MACRO); }));
-    EXPECT_FALSE(read_macro([](OldRecord& list) { list.put_seen(NODES); }));
-    EXPECT_FALSE(read_macro([](OldRecord& list) { list.put_seen(LIST); }));
-    EXPECT_FALSE(read_macro([](OldRecord& list) {
-        list.nested("KIVLinkedList", 1, [](OldRecord& other) { other << 0; });
-    }));
 }
 
 TEST(UniversalNodes, macros_in_macros_need_no_stack)
