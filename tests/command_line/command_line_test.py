@@ -67,6 +67,40 @@ Rendering frame 3
 """)
         self.assertEqual(sorted(file.name for file in frames.iterdir()), ["0002.tif", "0003.tif"])
 
+    def test_options_are_told(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)], length=1)
+        for options, lines in (
+                (["-alias", "-transparent"], "Options: Aliased.  Transparent.  \n"),
+                (["-low_quality_ink_paint"], "Options: \nLower quality Ink & Paint.\nWidth: "),
+                (["-gamma", "2"], "Color Profile: none\nGamma: 2\nRendering with 16 bits per"),
+                (["-gamma", "0.09"], "Color Profile: none\nRendering with 8 bits per channel.\n"),
+                (["-tiff16"], "Rendering with 16 bits per channel.\n"),
+                (["-tv", "-interlace"], "none\nTV filter enabled (interlace flicker removal).\n"
+                 "TV interlace enabled (for smooth movement).\nRendering with 8"),
+                (["-width", "100"], "Height: 75.  \n"), (["-height", "75"], "Width: 100.  \n"),
+                (["-par", "2", "-width", "100"], "Height: 150.  \nPixel aspect ratio: 2.  \n"),
+                (["-height", "5", "-par", "2"], "Width: 3.  \n"),  # 3.33
+                *((["-tv", kind], "-tv ignored - automatic for YUV or YIQ.\nRendering with 8")
+                  for kind in ("-yuv625", "-yuv525", "-yiq625", "-yiq525")),
+                *(([kind], f"\nFile type: {told}\nRendering frame 1\n") for kind, told in (
+                    ("-tiff", "tiff compressed"), ("-tiffuncompressed", "tiff not compressed"),
+                    ("-tga", "TGA"), ("-yuv625", "YUV 625"), ("-yuv525", "YUV 525"),
+                    ("-yiq625", "YIQ 625"), ("-yiq525", "YIQ 525"), ("-pict", "PICT"),
+                    ("-tiff16", "tiff 16bps"), ("-cineon_full", "Cineon full"),
+                    ("-cineon_half", "Cineon half"), ("-no_output", "No frames will be output")))):
+            self.assertIn(lines, self.render(scene, *options)[0].stdout, options)
+
+    def test_a_silent_run_filters_what_it_would_not_otherwise(self):
+        line = self.folder / "line.png"
+        convert("-size", "720x540", "xc:black", "-fill", "white", "-draw", "rectangle 0,270 719,271",
+                line)
+        scene = self.make_scene([output("line"), images("line", line)], length=1)
+        def filtered(*options):
+            _, frames = self.render(scene, *options, "-yuv625", "-pal")
+            return (frames / "0001.yuv").read_bytes()
+        self.assertEqual(filtered("-tv"), filtered())
+        self.assertNotEqual(filtered("-tv", "-silent"), filtered("-silent"))
+
     def test_layers_stand_in_their_order_and_hold_between_keys(self):
         half, whole = self.folder / "half.png", self.folder / "whole.png"
         convert("-size", "360x540", "xc:#00ff0080", half)
