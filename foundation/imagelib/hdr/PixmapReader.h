@@ -14,6 +14,8 @@ struct PictureInfo {
     int height = 0;
     double x_dpi = 0.0; // 0: not told
     double y_dpi = 0.0;
+    int bits = 8;          // per sample that are worth reading, 8 or 16
+    bool is_tiled = false; // it may hold smaller copies of the picture, too
 };
 
 /// False, with a text for the user, for a file that is no picture. The format is known by the

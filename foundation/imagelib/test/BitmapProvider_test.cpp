@@ -187,7 +187,7 @@ TEST(BitmapProvider, reads_a_damaged_file_once_until_it_changes)
 {
     const TempFolder folder;
     BitmapProvider_8 provider;
-    folder.write("a.pgm", "P5 20 10 255\nshort");
+    folder.write("a.pgm", "P2 20 10 255\n" + std::string(500, 'x'));
     const int id = provider.new_image_id(folder.path("a.pgm"));
     MipMap* mip = provider.lock(id);
     EXPECT_TRUE(mip->usable);
