@@ -21,6 +21,7 @@ struct RowLayout {
     Alpha alpha;
 
     std::size_t inq_bytes() const { return static_cast<std::size_t>(samples * bits / 8); }
+    bool operator==(const RowLayout&) const = default;
 };
 
 /// Puts pixels into row `y` from column `x`, with alpha and premultiplied.
@@ -90,6 +91,10 @@ private:
 /// Reads by itself, as the head may lie anywhere.
 std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& file,
                                                 std::size_t size);
+
+/// The same for one of the pages of a TIFF file, counted from 0.
+std::unique_ptr<PictureReader> make_tiff_page_reader(const FileHandle& file, std::size_t size,
+                                                     int page);
 
 std::unique_ptr<PictureReader> make_png_reader(Bytes file);
 std::unique_ptr<PictureReader> make_jpeg_reader(Bytes file);

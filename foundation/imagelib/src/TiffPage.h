@@ -28,6 +28,8 @@ struct TiffPage {
 
     /// Whether a block can be had in memory.
     bool is_sane() const;
+
+    bool operator==(const TiffPage&) const = default;
 };
 
 /// Nothing takes more memory at once. Some files lie in one strip; no tile is that large.

@@ -3,10 +3,12 @@
 #include "imagelib/src/TiffStream.h"
 
 namespace {
-/// TIFF, the first picture of the file.
+/// One of the pictures of a TIFF file.
 class TiffReader : public PictureReader {
 public:
-    TiffReader(const FileHandle& file, std::size_t size) : stream(file, size, LARGEST_TIFF_BLOCK) {}
+    TiffReader(const FileHandle& file, std::size_t size, int number)
+        : stream(file, size, LARGEST_TIFF_BLOCK), number(number)
+    {}
 
     bool needs_whole_file() const override { return false; }
 
@@ -26,6 +28,7 @@ private:
     }
 
     TiffStream stream;
+    int number;
     TIFF* tiff = nullptr;
     TiffPage page;
     // Not cleared: what a damaged file only claims to hold costs no memory.
@@ -43,7 +46,7 @@ bool TiffReader::fail_as_told(const char* otherwise)
 bool TiffReader::read_head(PictureInfo& info)
 {
     tiff = stream.open_to_read();
-    if (!tiff)
+    if (!tiff || (number > 0 && !TIFFSetDirectory(tiff, static_cast<tdir_t>(number))))
         return fail_as_told("damaged TIFF file");
     page = TiffPage::look(tiff);
     info.width = page.width;
@@ -189,5 +192,12 @@ std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& f
     constexpr int BIG = 43;
     if (!is_tiff || (version != CLASSIC && version != BIG))
         return nullptr;
-    return std::make_unique<TiffReader>(file, size);
+    constexpr int FIRST_PAGE = 0;
+    return make_tiff_page_reader(file, size, FIRST_PAGE);
+}
+
+std::unique_ptr<PictureReader> make_tiff_page_reader(const FileHandle& file, std::size_t size,
+                                                     int page)
+{
+    return std::make_unique<TiffReader>(file, size, page);
 }
