@@ -112,9 +112,11 @@ void KeptPicture::refresh()
     if (!inq_picture_info(path, info, error))
         return whole.set_unusable(error);
     whole.set_head(info);
-    if (auto file = info.is_tiled ? PyramidFile::open(path) : nullptr)
+    if (auto file = info.is_tiled ? PyramidFile::open(path, error) : nullptr)
         tiled = std::make_unique<TiledMipMap>(std::move(file), bits,
                                               [this] { inq_pixel_cache().note_use(*this); });
+    if (!error.is_null())
+        whole.set_unusable(error);
 }
 } // namespace
 

@@ -63,16 +63,18 @@ Levels find_levels(TIFF* tiff)
 }
 } // namespace
 
-std::unique_ptr<PyramidFile> PyramidFile::open(const KIVString& path)
+std::unique_ptr<PyramidFile> PyramidFile::open(const KIVString& path, KIVString& error)
 {
     std::unique_ptr<PyramidFile> pyramid(new PyramidFile(path));
     if (!pyramid->open_file())
         return nullptr;
     get_tiff_resolution(pyramid->tiff, pyramid->x_dpi, pyramid->y_dpi);
     pyramid->levels = find_levels(pyramid->tiff);
+    if (pyramid->stream->has_ended_early())
+        error = "Can't read image " + path + ": the TIFF file ends too early";
     pyramid->close();
     const bool has_copies = pyramid->levels.size() > 1;
-    return has_copies ? std::move(pyramid) : nullptr;
+    return has_copies && error.is_null() ? std::move(pyramid) : nullptr;
 }
 
 void PyramidFile::close()

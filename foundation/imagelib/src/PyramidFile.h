@@ -15,8 +15,9 @@ public:
         bool operator==(const Level&) const = default;
     };
 
-    /// Null for a file that is nothing of the kind.
-    static std::unique_ptr<PyramidFile> open(const KIVString& path);
+    /// Null for a file that is nothing of the kind, or that is cut; then there is a text for the
+    /// user.
+    static std::unique_ptr<PyramidFile> open(const KIVString& path, KIVString& error);
 
     /// The largest first.
     const std::vector<Level>& inq_levels() const { return levels; }

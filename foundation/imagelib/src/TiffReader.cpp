@@ -18,6 +18,7 @@ public:
 
 private:
     bool fail_as_told(const char* otherwise);
+    bool read_bands(RowTarget& target);
     bool read_band(int first, int rows);
     bool read_block(unsigned char* to, int x, int y, int rows, int plane);
     void put_block(int x, int rows, int plane);
@@ -83,8 +84,12 @@ std::uint64_t TiffReader::inq_most_pixels(std::uint64_t file_bytes) const
 
 bool TiffReader::read_pixels(RowTarget& target)
 {
-    if (!page.is_plain)
-        return read_through_library(target);
+    const bool is_read = page.is_plain ? read_bands(target) : read_through_library(target);
+    return is_read && (!stream.has_ended_early() || fail("the TIFF file ends too early"));
+}
+
+bool TiffReader::read_bands(RowTarget& target)
+{
     if (!page.is_sane())
         return fail("the blocks of the TIFF file have no sane size");
     const int band_height = std::min(page.block_height, page.height);

@@ -185,7 +185,7 @@ private:
     bool begin(const PictureInfo& info);
     bool write_full_size(KIVString& error);
     bool write_copies();
-    bool write_copy(const PageSize& larger, int number);
+    bool write_copy(PageSize larger, int number);
 
     /// Gives false, for the step to return.
     bool fail(const KIVString& reason)
@@ -241,7 +241,7 @@ bool TiledImage::write_copies()
 }
 
 /// From the page before it, as it lies in the file.
-bool TiledImage::write_copy(const PageSize& larger, int number)
+bool TiledImage::write_copy(PageSize larger, int number)
 {
     struct stat state = {};
     if (::fstat(file.inq_handle().inq_descriptor(), &state) != 0)
