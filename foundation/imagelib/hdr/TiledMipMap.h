@@ -31,6 +31,8 @@ private:
     struct Area;
 
     gsl::owner<KIVPixmap*> load_copy(std::size_t level, KIVString& error) override;
+    std::unique_ptr<KIVPixmap> make_copy(std::size_t level, KIVString& error);
+    std::unique_ptr<KIVPixmap> make_region(Vector2* corners, int shown_width, int shown_height);
     std::size_t inq_first_level() const override;
     void note_growth() override { tell_growth(); }
 

@@ -27,6 +27,8 @@ private:
 };
 
 namespace {
+constexpr char NO_MEMORY[] = "Not enough memory for an image";
+
 /// Pixels of one side of a copy, counted from the left or from the top.
 struct Span {
     int first = 0;
@@ -105,20 +107,30 @@ std::size_t TiledMipMap::inq_first_level() const
     return level;
 }
 
-/// The tiles are put into the copy without being kept themselves.
 gsl::owner<KIVPixmap*> TiledMipMap::load_copy(std::size_t level, KIVString& error)
+{
+    try {
+        return make_copy(level, error).release();
+    } catch (const std::bad_alloc&) {
+        error = NO_MEMORY;
+        return nullptr;
+    }
+}
+
+/// The tiles are put into the copy without being kept themselves.
+std::unique_ptr<KIVPixmap> TiledMipMap::make_copy(std::size_t level, KIVString& error)
 {
     const TiffPage& page = file->inq_levels()[level].page;
     auto copy = std::make_unique<KIVPixmap>(page.width, page.height, 4, bits, nullptr, false);
     bool is_okay = copy->inq_data() != nullptr;
     if (!is_okay)
-        error = "Not enough memory for an image";
+        error = NO_MEMORY;
     for (int y = 0; is_okay && y < page.height; y += page.block_height)
         for (int x = 0; is_okay && x < page.width; x += page.block_width)
             is_okay = file->read_tile(level, x / page.block_width, y / page.block_height, *copy, x,
                                       y, error);
     file->close();
-    return is_okay ? copy.release() : nullptr;
+    return is_okay ? std::move(copy) : nullptr;
 }
 
 /// The best copy, or the best of which the part takes no more than half of the limit.
@@ -145,6 +157,16 @@ TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width
 gsl::owner<KIVPixmap*> TiledMipMap::new_region_pixmap(Vector2* corners, int shown_width,
                                                       int shown_height)
 {
+    try {
+        return make_region(corners, shown_width, shown_height).release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+std::unique_ptr<KIVPixmap> TiledMipMap::make_region(Vector2* corners, int shown_width,
+                                                    int shown_height)
+{
     const auto is_finite = [](const Vector2& point) {
         return std::isfinite(point.x()) && std::isfinite(point.y());
     };
@@ -164,7 +186,7 @@ gsl::owner<KIVPixmap*> TiledMipMap::new_region_pixmap(Vector2* corners, int show
     corners[1] = Vector2(right, top);
     corners[2] = Vector2(right, bottom);
     corners[3] = Vector2(left, bottom);
-    return region.release();
+    return region;
 }
 
 bool TiledMipMap::fill(KIVPixmap& region, const Area& area)
@@ -200,7 +222,7 @@ TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row
         *this, place, std::min(page.block_width, page.width - column * page.block_width),
         std::min(page.block_height, page.height - row * page.block_height));
     if (!tile->pixels.inq_data()) {
-        error = "Not enough memory for an image";
+        error = NO_MEMORY;
         return nullptr;
     }
     if (!file->read_tile(level, column, row, tile->pixels, 0, 0, error))

@@ -225,6 +225,60 @@ TEST(PixmapReader, reads_jpeg_with_its_resolution)
     EXPECT_EQ(pixmap->inq_y_dpi(), 72.0);
 }
 
+TEST(PixmapReader, turns_pictures_as_their_exif_data_say)
+{
+    const TempFolder folder;
+    std::vector<unsigned char> left_black(16 * 8 * 3, 0);
+    for (std::size_t i = 0; i < left_black.size(); ++i)
+        left_black[i] = i / 3 % 16 < 8 ? 0 : 200;
+    write_jpeg(folder.path("a.jpg"), 16, 8, left_black.data());
+    const std::string exif =
+        "MM" + bytes({0, 42, 0, 0, 0, 8, 0, 1, 1, 0x12, 0, 3, 0, 0, 0, 1, 0, 6, 0, 0, 0, 0, 0, 0});
+    const std::string jpeg = folder.read("a.jpg");
+    folder.write("a.jpg", jpeg.substr(0, 2) + bytes({0xFF, 0xE1, 0, 34}) + "Exif" + bytes({0, 0}) +
+                              exif + jpeg.substr(2));
+    const Pixmap pixmap = read(folder.path("a.jpg"), 8);
+    ASSERT_TRUE(pixmap);
+    EXPECT_EQ(pixmap->inq_height(), 16); // the left side has become the top
+    EXPECT_NEAR(inq_sample(*pixmap, 7, 2, 0), 0, 2);
+    EXPECT_NEAR(inq_sample(*pixmap, 0, 13, 0), 200, 2);
+    EXPECT_EQ(pixmap->inq_x_dpi(), 72.0);
+}
+
+/// What other software writes is read as that software reads it.
+TEST(PixmapReader, agrees_with_other_software)
+{
+    const TempFolder folder;
+    const auto run = [&](const std::string& command) {
+        return std::system(
+            ("cd " + folder.path("").str() + " && MAGICK_THREAD_LIMIT=1 convert " + command)
+                .c_str());
+    };
+    ASSERT_EQ(run("-size 90x70 plasma:red-blue -depth 16 source.ppm"), 0);
+    const char* const variants[] = {
+        "-compress zip -interlace plane a.tif",
+        "-interlace plane -depth 8 a.tif",
+        "-define tiff:tile-geometry=32x48 a.tif",
+        "-endian MSB -compress rle a.tif",
+        "-colorspace gray -depth 8 -define quantum:polarity=min-is-white a.tif",
+        "-depth 8 -colors 100 -depth 8 -type palette a.tif",
+        "-type bilevel -compress group4 a.tif",
+        "-orient bottom-right a.tif",
+        "-interlace plane a.png",
+        "-colors 12 -depth 4 a.png",
+        "-interlace gif a.gif",
+        "-depth 8 -compress rle a.tga",
+    };
+    for (const std::string variant : variants) {
+        const std::string file = variant.substr(variant.rfind(' ') + 1);
+        ASSERT_EQ(run("source.ppm " + variant), 0);
+        ASSERT_EQ(run(file + " -auto-orient -depth 16 expected.ppm"), 0);
+        const Pixmap pixmap = read(folder.path(file), 16);
+        ASSERT_TRUE(pixmap) << variant;
+        EXPECT_EQ(inq_difference(*pixmap, *read(folder.path("expected.ppm"), 16)), 0U) << variant;
+    }
+}
+
 TEST(PixmapReader, reads_targa_from_any_corner_and_compressed)
 {
     const TempFolder folder;
