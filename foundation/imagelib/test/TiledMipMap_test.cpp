@@ -1,6 +1,5 @@
 #include "imagelib/hdr/BitmapProvider.h"
 #include "imagelib/hdr/MipMap.h"
-#include "imagelib/hdr/PixmapReader.h"
 #include "imagelib/hdr/make_tiled_image.h"
 #include "imagelib/test/PixmapGrid.h"
 #include "tests/support/TempFolder.h"
@@ -157,36 +156,4 @@ TEST(TiledMipMap, is_unusable_once_a_tile_is_damaged)
     EXPECT_FALSE(tiled->new_region_pixmap(left, 600, 300));
     EXPECT_FALSE(tiled->usable);
     EXPECT_TRUE(tiled->inq_error_msg().contains("tiles.tif: "));
-}
-
-TEST(PixmapReader, turns_pictures_upright)
-{
-    const TempFolder folder;
-    // rows 1 2 and 3 4 of 5 6, as they are seen
-    const std::vector<std::vector<std::vector<unsigned>>> seen = {
-        {{1, 2, 3}, {4, 5, 6}},   {{3, 2, 1}, {6, 5, 4}},   {{6, 5, 4}, {3, 2, 1}},
-        {{4, 5, 6}, {1, 2, 3}},   {{1, 4}, {2, 5}, {3, 6}}, {{4, 1}, {5, 2}, {6, 3}},
-        {{6, 3}, {5, 2}, {4, 1}}, {{3, 6}, {2, 5}, {1, 4}}};
-    for (std::uint16_t orientation = 1; orientation <= 8; ++orientation) {
-        unsigned char rows[] = {1, 2, 3, 4, 5, 6};
-        TIFF* tiff = TIFFOpen(folder.path("a.tif").c_str(), "w");
-        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 3);
-        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 2);
-        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-        TIFFSetField(tiff, TIFFTAG_ORIENTATION, orientation);
-        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 10.0);
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 20.0);
-        TIFFWriteEncodedStrip(tiff, 0, rows, sizeof(rows));
-        TIFFClose(tiff);
-        PictureInfo info;
-        KIVString error;
-        ASSERT_TRUE(inq_picture_info(folder.path("a.tif"), info, error));
-        EXPECT_EQ(info.x_dpi, orientation < 5 ? 10.0 : 20.0);
-        const std::unique_ptr<KIVPixmap> pixmap(
-            new_pixmap_from_file(folder.path("a.tif"), 8, error));
-        ASSERT_TRUE(pixmap) << error.str();
-        EXPECT_EQ(inq_plane(*pixmap, 0), seen[orientation - 1U]);
-    }
 }
