@@ -1,6 +1,7 @@
 #include "imagelib/hdr/BitmapProvider.h"
 
 #include "imagelib/hdr/CMSBitmapProvider.h"
+#include "imagelib/hdr/ColourManager.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/PixmapReader.h"
@@ -10,23 +11,25 @@
 #include <sys/stat.h>
 
 namespace {
-/// What changes when a file is written anew.
+/// What changes when a file is written anew, or its pixels are wanted in other colours.
 struct FileStamp {
     bool exists = false;
     long seconds = 0;
     long nanoseconds = 0;
     long size = 0;
     unsigned long number = 0;
+    int colours = 0; // revision of the output profile that its pixels are brought to; 0 for none
 
     bool operator==(const FileStamp&) const = default;
 };
 
-FileStamp inq_stamp(const KIVString& path)
+FileStamp inq_stamp(const KIVString& path, int colours)
 {
     struct stat state = {};
     if (::stat(path.c_str(), &state) != 0)
         return {};
-    return {true, state.st_mtim.tv_sec, state.st_mtim.tv_nsec, state.st_size, state.st_ino};
+    return {true,          state.st_mtim.tv_sec, state.st_mtim.tv_nsec,
+            state.st_size, state.st_ino,         colours};
 }
 
 class FileMipMap;
@@ -59,8 +62,8 @@ public:
     FileMipMap(const KIVString& path, int bits) : path(path), bits(bits) {}
     ~FileMipMap() override { inq_cache().forget(*this); }
 
-    /// Looks at the file if it has changed since.
-    void refresh();
+    /// Looks at the file if it has changed since, or if other colours are wanted.
+    void refresh(int colours);
 
     void drop()
     {
@@ -120,9 +123,9 @@ void PictureCache::drop_excess()
     }
 }
 
-void FileMipMap::refresh()
+void FileMipMap::refresh(int colours)
 {
-    const FileStamp now = inq_stamp(path);
+    const FileStamp now = inq_stamp(path, colours);
     if (is_looked_at && now == stamp)
         return;
     is_looked_at = true;
@@ -138,16 +141,23 @@ void FileMipMap::refresh()
 
 gsl::owner<KIVPixmap*> FileMipMap::load_picture(KIVString& error)
 {
-    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, error));
-    if (!picture || (picture->inq_width() == width && picture->inq_height() == height))
+    PictureInfo info;
+    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, info, error));
+    if (!picture)
+        return nullptr;
+    if (picture->inq_width() != width || picture->inq_height() != height)
+        error = "Can't read image " + path + ": it has changed since it was looked at";
+    else if (stamp.colours != 0 && !inq_colour_manager()->bring_to_output(*picture, info.profile))
+        error = "Can't read image " + path + ": not enough memory";
+    else
         return picture.release();
-    error = "Can't read image " + path + ": it has changed since it was looked at";
     return nullptr;
 }
 } // namespace
 
 struct BitmapProvider::Contents {
     int bits;
+    bool is_colour_managed;
     std::vector<std::unique_ptr<FileMipMap>> pictures; // by id; null once it is given back
     std::unordered_map<std::string, int> ids;
 
@@ -164,7 +174,7 @@ struct BitmapProvider::Contents {
     }
 };
 
-BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, {}, {}}) {}
+BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, false, {}, {}}) {}
 BitmapProvider::~BitmapProvider() = default;
 
 int BitmapProvider::new_image_id(const KIVString& file)
@@ -185,7 +195,8 @@ MipMap* BitmapProvider::lock(int id)
     if (!picture)
         return nullptr;
     if (picture->locks++ == 0)
-        picture->refresh();
+        picture->refresh(contents->is_colour_managed ? inq_colour_manager()->inq_output_revision()
+                                                     : 0);
     return picture;
 }
 
@@ -244,5 +255,9 @@ BitmapProvider_16* inq_bitmap_provider_16()
     return provider;
 }
 
-// The colour manager accepts no profile in this release, so there is nothing to pass through.
-void CMSBitmapProvider::install() {}
+// They stay the same objects, so that ids and locks from before are those of after.
+void CMSBitmapProvider::install()
+{
+    inq_bitmap_provider_8()->contents->is_colour_managed = true;
+    inq_bitmap_provider_16()->contents->is_colour_managed = true;
+}

@@ -3,12 +3,15 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 // after <cstdio>, which it needs
 #include <jerror.h>
 #include <jpeglib.h>
 
 namespace {
 constexpr double CENTIMETRES_PER_INCH = 2.54;
+constexpr int PROFILE_MARKER = JPEG_APP0 + 2;
+constexpr unsigned LONGEST_MARKER = 0xFFFF;
 
 /// As with PNG, errors jump into the step that called the library.
 class JpegReader : public PictureReader {
@@ -29,6 +32,7 @@ private:
     bool prepare_head(PictureInfo& info);
     bool read_rows(KIVPixmap& picture);
     void note_resolution(PictureInfo& info) const;
+    void note_profile(PictureInfo& info);
     void turn_inks_to_colours(int width);
 
     static void take_error(j_common_ptr common);
@@ -64,10 +68,12 @@ bool JpegReader::prepare_head(PictureInfo& info)
         return false;
     jpeg_create_decompress(&state);
     jpeg_mem_src(&state, file.data(), file.size());
+    jpeg_save_markers(&state, PROFILE_MARKER, LONGEST_MARKER);
     jpeg_read_header(&state, TRUE);
     info.width = static_cast<int>(state.image_width);
     info.height = static_cast<int>(state.image_height);
     note_resolution(info);
+    note_profile(info);
     return true;
 }
 
@@ -80,6 +86,16 @@ void JpegReader::note_resolution(PictureInfo& info) const
     const double factor = state.density_unit == PER_INCH ? 1.0 : CENTIMETRES_PER_INCH;
     info.x_dpi = state.X_density * factor;
     info.y_dpi = state.Y_density * factor;
+}
+
+void JpegReader::note_profile(PictureInfo& info)
+{
+    JOCTET* data = nullptr;
+    unsigned bytes = 0;
+    if (!jpeg_read_icc_profile(&state, &data, &bytes))
+        return;
+    const std::unique_ptr<JOCTET, decltype(&std::free)> owned(data, std::free);
+    info.profile.assign(data, data + bytes);
 }
 
 bool JpegReader::read_pixels(KIVPixmap& picture)

@@ -231,10 +231,10 @@ void check_resolution(PictureInfo& info)
 } // namespace
 
 namespace {
-gsl::owner<KIVPixmap*> read_file(const KIVString& file, int bits, KIVString& error)
+gsl::owner<KIVPixmap*> read_file(const KIVString& file, int bits, PictureInfo& info,
+                                 KIVString& error)
 {
     PictureFile picture;
-    PictureInfo info;
     if (!picture.open(file, Wanted::PIXELS, info, error))
         return nullptr;
     check_resolution(info);
@@ -260,12 +260,19 @@ bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error
     }
 }
 
-gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error)
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
+                                            KIVString& error)
 {
     try {
-        return read_file(file, bits, error);
+        return read_file(file, bits, info, error);
     } catch (const std::bad_alloc&) {
         error = "Can't read image " + file + ": not enough memory";
         return nullptr;
     }
+}
+
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error)
+{
+    PictureInfo info;
+    return new_pixmap_from_file(file, bits, info, error);
 }

@@ -24,6 +24,7 @@ private:
     bool read_rows(KIVPixmap& picture);
     bool read_interlaced(KIVPixmap& picture);
     void note_resolution(PictureInfo& info) const;
+    void note_profile(PictureInfo& info) const;
 
     static void read(png_structp png, png_bytep to, std::size_t count);
     [[noreturn]] static void take_error(png_structp png, png_const_charp text);
@@ -82,6 +83,7 @@ bool PngReader::prepare_head(PictureInfo& info)
     layout.bits = png_get_bit_depth(png, head);
     layout.alpha = layout.samples % 2 == 0 ? Alpha::STRAIGHT : Alpha::NONE;
     note_resolution(info);
+    note_profile(info);
     return true;
 }
 
@@ -94,6 +96,16 @@ void PngReader::note_resolution(PictureInfo& info) const
         return;
     info.x_dpi = x * METRES_PER_INCH;
     info.y_dpi = y * METRES_PER_INCH;
+}
+
+void PngReader::note_profile(PictureInfo& info) const
+{
+    png_charp name = nullptr;
+    int compression = 0;
+    png_bytep data = nullptr;
+    png_uint_32 bytes = 0;
+    if (png_get_iCCP(png, head, &name, &compression, &data, &bytes))
+        info.profile.assign(data, data + bytes);
 }
 
 bool PngReader::read_pixels(KIVPixmap& picture)

@@ -20,6 +20,7 @@ public:
 private:
     bool fail_as_told(const char* otherwise);
     void note_resolution(PictureInfo& info) const;
+    void note_profile(PictureInfo& info) const;
     Alpha inq_alpha() const;
     bool is_plain() const;
     bool read_strips(KIVPixmap& picture, const RowLayout& layout);
@@ -56,6 +57,7 @@ bool TiffReader::read_head(PictureInfo& info)
     info.width = static_cast<int>(std::min(width, MOST));
     info.height = static_cast<int>(std::min(height, MOST));
     note_resolution(info);
+    note_profile(info);
     return true;
 }
 
@@ -72,6 +74,14 @@ void TiffReader::note_resolution(PictureInfo& info) const
         return;
     info.x_dpi = static_cast<double>(x) * factor;
     info.y_dpi = static_cast<double>(y) * factor;
+}
+
+void TiffReader::note_profile(PictureInfo& info) const
+{
+    std::uint32_t bytes = 0;
+    const unsigned char* data = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &bytes, &data) && bytes <= LARGEST_PROFILE)
+        info.profile.assign(data, data + bytes);
 }
 
 /// A fourth sample of which nothing is said counts as associated alpha.
