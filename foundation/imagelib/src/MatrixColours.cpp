@@ -4,7 +4,12 @@
 #include "imagelib/src/samples.h"
 #include "kivlib/hdr/Matrix.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
 namespace {
+constexpr int BLOCK = 16; // pixels that are worked out side by side
 constexpr int MOST = samples::FULL<std::uint16_t>;
 
 /// The curves back are looked up by the root of the light: that is near the eye's own scale, on
@@ -30,7 +35,7 @@ bool read_matrix(const ColourProfile& profile, Matrix44& matrix)
     return true;
 }
 
-/// From levels to light.
+/// From levels to light, which only grows. False for a curve that doesn't.
 bool read_curve(const ColourProfile& profile, int channel, std::vector<float>& curve)
 {
     const auto* told =
@@ -41,7 +46,8 @@ bool read_curve(const ColourProfile& profile, int channel, std::vector<float>& c
     for (int i = 0; i <= MOST; ++i)
         curve[static_cast<std::size_t>(i)] =
             cmsEvalToneCurveFloat(told, static_cast<float>(i) / MOST);
-    return std::ranges::is_sorted(curve);
+    const auto is_number = [](float light) { return std::isfinite(light); };
+    return std::ranges::all_of(curve, is_number) && std::ranges::is_sorted(curve);
 }
 
 /// From the root of the light to levels.
@@ -88,9 +94,16 @@ std::unique_ptr<MatrixColours> MatrixColours::make(const ColourProfile& from,
     return made;
 }
 
-float MatrixColours::to_level(int channel, float light) const
+namespace {
+/// Among the levels. What is no number counts as dark.
+float to_place(float light)
 {
-    const float place = std::sqrt(std::clamp(light, 0.0F, 1.0F)) * ROOTS;
+    return std::sqrt(light > 0.0F ? std::min(light, 1.0F) : 0.0F) * ROOTS;
+}
+} // namespace
+
+float MatrixColours::to_level(int channel, float place) const
+{
     const int before = static_cast<int>(place);
     const float* const level = levels[channel].data() + before;
     return level[0] + (place - static_cast<float>(before)) * (level[1] - level[0]);
@@ -102,38 +115,60 @@ void MatrixColours::transform(const int* from, float* to) const
     for (int c = 0; c < 3; ++c)
         light[c] = lights[light_curves[c]][static_cast<std::size_t>(from[c])];
     for (int c = 0; c < 3; ++c)
-        to[c] = to_level(c, matrix[c][0] * light[0] + matrix[c][1] * light[1] +
-                                matrix[c][2] * light[2]);
+        to[c] = to_level(c, to_place(matrix[c][0] * light[0] + matrix[c][1] * light[1] +
+                                     matrix[c][2] * light[2]));
 }
 
-template <class Sample> void MatrixColours::transform_pixel(Sample* pixel) const
+/// Step by step for all of the block, which lets the compiler take several pixels at a time.
+template <class Sample> void MatrixColours::transform_block(Sample* pixels) const
 {
-    const unsigned alpha = pixel[3];
-    if (alpha == 0)
-        return;
-    int from[3];
-    for (int c = 0; c < 3; ++c)
-        from[c] = samples::to_straight(pixel[c], alpha);
-    float to[3];
-    transform(from, to);
-    for (int c = 0; c < 3; ++c)
-        pixel[c] = static_cast<Sample>(to[c] * static_cast<float>(alpha) + 0.5F);
+    float alpha[BLOCK];
+    float light[3][BLOCK];
+    for (int i = 0; i < BLOCK; ++i) {
+        const Sample* const pixel = pixels + 4 * i;
+        alpha[i] = pixel[3];
+        const float scale = pixel[3] == 0 ? 0.0F : static_cast<float>(MOST) / alpha[i];
+        for (int c = 0; c < 3; ++c) {
+            const int level = static_cast<int>(static_cast<float>(pixel[c]) * scale + 0.5F);
+            light[c][i] = lights[light_curves[c]][static_cast<std::size_t>(std::min(level, MOST))];
+        }
+    }
+    for (int c = 0; c < 3; ++c) {
+        const float* const factors = matrix[c];
+        float place[BLOCK];
+        for (int i = 0; i < BLOCK; ++i)
+            place[i] = to_place(factors[0] * light[0][i] + factors[1] * light[1][i] +
+                                factors[2] * light[2][i]);
+        for (int i = 0; i < BLOCK; ++i)
+            if (alpha[i] != 0.0F)
+                pixels[4 * i + c] = static_cast<Sample>(to_level(c, place[i]) * alpha[i] + 0.5F);
+    }
 }
 
-/// Drawings have long runs of one colour.
+/// Drawings have long runs of one colour, and between them nothing.
 template <class Sample> void MatrixColours::transform_row(Sample* row, int pixels) const
 {
     constexpr std::size_t BYTES = 4 * sizeof(Sample);
     Sample before[4] = {};
     Sample after[4] = {};
-    for (int x = 0; x < pixels; ++x, row += 4) {
-        if (std::memcmp(row, before, BYTES) != 0) {
-            std::memcpy(before, row, BYTES);
-            std::memcpy(after, row, BYTES);
-            transform_pixel(after);
+    for (; pixels >= BLOCK; pixels -= BLOCK, row += 4 * BLOCK) {
+        const bool is_flat = std::memcmp(row, row + 4, (BLOCK - 1) * BYTES) == 0;
+        if (is_flat && std::memcmp(row, before, BYTES) == 0) {
+            if (std::memcmp(before, after, BYTES) != 0)
+                for (int i = 0; i < BLOCK; ++i)
+                    std::memcpy(row + 4 * i, after, BYTES);
+            continue;
         }
-        std::memcpy(row, after, BYTES);
+        if (is_flat)
+            std::memcpy(before, row, BYTES);
+        transform_block(row);
+        if (is_flat)
+            std::memcpy(after, row, BYTES);
     }
+    Sample rest[4 * BLOCK] = {};
+    std::memcpy(rest, row, static_cast<std::size_t>(pixels) * BYTES);
+    transform_block(rest);
+    std::memcpy(row, rest, static_cast<std::size_t>(pixels) * BYTES);
 }
 
 template void MatrixColours::transform_row(std::uint8_t* row, int pixels) const;

@@ -23,8 +23,8 @@ private:
     using Curve = std::vector<float>;
 
     MatrixColours() = default;
-    float to_level(int channel, float light) const;
-    template <class Sample> void transform_pixel(Sample* pixel) const;
+    float to_level(int channel, float place) const;
+    template <class Sample> void transform_block(Sample* pixels) const;
 
     Curve lights[3];     // by the 16 bits of a level
     float matrix[3][3];  // from light to light
