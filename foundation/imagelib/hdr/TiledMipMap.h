@@ -13,9 +13,13 @@ class PyramidFile;
 /// reads only the tiles that they need, which stay in memory under the limit of the providers.
 class TiledMipMap : public MipMap {
 public:
-    /// `bits` per sample of what is given out. `note_growth` is called when a whole copy has come
-    /// into memory.
-    TiledMipMap(std::unique_ptr<PyramidFile> file, int bits, std::function<void()> note_growth);
+    /// What becomes of pixels once they are read. False without memory.
+    using Change = std::function<bool(KIVPixmap& pixels)>;
+
+    /// `bits` per sample of what is given out. `change` may be empty. `note_growth` is called when
+    /// a whole copy has come into memory.
+    TiledMipMap(std::unique_ptr<PyramidFile> file, int bits, Change change,
+                std::function<void()> note_growth);
     ~TiledMipMap() override;
 
     bool inq_tiled() const override { return true; }
@@ -42,6 +46,7 @@ private:
 
     std::unique_ptr<PyramidFile> file;
     int bits;
+    Change change;
     std::function<void()> tell_growth;
     std::unordered_map<std::uint64_t, std::unique_ptr<Tile>> tiles; // by place
 };

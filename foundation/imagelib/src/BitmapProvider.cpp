@@ -1,6 +1,7 @@
 #include "imagelib/hdr/BitmapProvider.h"
 
 #include "imagelib/hdr/CMSBitmapProvider.h"
+#include "imagelib/hdr/ColourManager.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/PixmapReader.h"
@@ -12,23 +13,25 @@
 #include <sys/stat.h>
 
 namespace {
-/// What changes when a file is written anew.
+/// What changes when a file is written anew, or its pixels are wanted in other colours.
 struct FileStamp {
     bool exists = false;
     long seconds = 0;
     long nanoseconds = 0;
     long size = 0;
     unsigned long number = 0;
+    int colours = 0; // revision of the output profile that its pixels are brought to; 0 for none
 
     bool operator==(const FileStamp&) const = default;
 };
 
-FileStamp inq_stamp(const KIVString& path)
+FileStamp inq_stamp(const KIVString& path, int colours)
 {
     struct stat state = {};
     if (::stat(path.c_str(), &state) != 0)
         return {};
-    return {true, state.st_mtim.tv_sec, state.st_mtim.tv_nsec, state.st_size, state.st_ino};
+    return {true,          state.st_mtim.tv_sec, state.st_mtim.tv_nsec,
+            state.st_size, state.st_ino,         colours};
 }
 
 /// The picture of a file that is read as a whole.
@@ -38,8 +41,9 @@ public:
         : path(path), bits(bits), item(item)
     {}
 
-    void set_head(const PictureInfo& info)
+    void set_head(const PictureInfo& info, bool for_output)
     {
+        is_for_output = for_output;
         set_size(info.width, info.height, info.x_dpi, info.y_dpi);
     }
     using MipMap::set_unusable;
@@ -52,15 +56,22 @@ private:
 
     const KIVString path;
     const int bits;
+    bool is_for_output = false; // and so brought to the output profile
     PixelCache::Item& item;
 };
 
 gsl::owner<KIVPixmap*> FileMipMap::load_copy(std::size_t /*level*/, KIVString& error)
 {
-    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, error));
-    if (!picture || (picture->inq_width() == width && picture->inq_height() == height))
+    PictureInfo info;
+    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, info, error));
+    if (!picture)
+        return nullptr;
+    if (picture->inq_width() != width || picture->inq_height() != height)
+        error = "Can't read image " + path + ": it has changed since it was looked at";
+    else if (is_for_output && !inq_colour_manager()->bring_to_output(*picture, info.profile))
+        error = "Can't read image " + path + ": not enough memory";
+    else
         return picture.release();
-    error = "Can't read image " + path + ": it has changed since it was looked at";
     return nullptr;
 }
 
@@ -72,8 +83,8 @@ public:
 
     MipMap* inq_mip() { return tiled ? static_cast<MipMap*>(tiled.get()) : &whole; }
 
-    /// Looks at the file if it has changed since.
-    void refresh();
+    /// Looks at the file if it has changed since, or if other colours are wanted.
+    void refresh(int colours);
 
     std::size_t inq_bytes() const override
     {
@@ -91,6 +102,8 @@ public:
     int locks = 0;
 
 private:
+    TiledMipMap::Change make_change(const PictureInfo& info) const;
+
     const int bits;
     bool is_looked_at = false;
     FileStamp stamp;
@@ -98,9 +111,19 @@ private:
     std::unique_ptr<TiledMipMap> tiled; // null unless the file is; then this is the picture
 };
 
-void KeptPicture::refresh()
+/// How pixels are brought to the output profile, if they are at all.
+TiledMipMap::Change KeptPicture::make_change(const PictureInfo& info) const
 {
-    const FileStamp now = inq_stamp(path);
+    if (stamp.colours == 0)
+        return nullptr;
+    return [profile = info.profile](KIVPixmap& pixels) {
+        return inq_colour_manager()->bring_to_output(pixels, profile);
+    };
+}
+
+void KeptPicture::refresh(int colours)
+{
+    const FileStamp now = inq_stamp(path, colours);
     if (is_looked_at && now == stamp)
         return;
     is_looked_at = true;
@@ -111,9 +134,9 @@ void KeptPicture::refresh()
     KIVString error;
     if (!inq_picture_info(path, info, error))
         return whole.set_unusable(error);
-    whole.set_head(info);
+    whole.set_head(info, stamp.colours != 0);
     if (auto file = info.is_tiled ? PyramidFile::open(path, error) : nullptr)
-        tiled = std::make_unique<TiledMipMap>(std::move(file), bits,
+        tiled = std::make_unique<TiledMipMap>(std::move(file), bits, make_change(info),
                                               [this] { inq_pixel_cache().note_use(*this); });
     if (!error.is_null())
         whole.set_unusable(error);
@@ -122,6 +145,7 @@ void KeptPicture::refresh()
 
 struct BitmapProvider::Contents {
     int bits;
+    bool is_colour_managed;
     std::vector<std::unique_ptr<KeptPicture>> pictures; // by id; null once it is given back
     std::unordered_map<std::string, int> ids;
 
@@ -138,7 +162,7 @@ struct BitmapProvider::Contents {
     }
 };
 
-BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, {}, {}}) {}
+BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, false, {}, {}}) {}
 BitmapProvider::~BitmapProvider() = default;
 
 int BitmapProvider::new_image_id(const KIVString& file)
@@ -159,7 +183,8 @@ MipMap* BitmapProvider::lock(int id)
     if (!picture)
         return nullptr;
     if (picture->locks++ == 0)
-        picture->refresh();
+        picture->refresh(contents->is_colour_managed ? inq_colour_manager()->inq_output_revision()
+                                                     : 0);
     return picture->inq_mip();
 }
 
@@ -217,5 +242,9 @@ BitmapProvider_16* inq_bitmap_provider_16()
     return provider;
 }
 
-// The colour manager accepts no profile in this release, so there is nothing to pass through.
-void CMSBitmapProvider::install() {}
+// They stay the same objects, so that ids and locks from before are those of after.
+void CMSBitmapProvider::install()
+{
+    inq_bitmap_provider_8()->contents->is_colour_managed = true;
+    inq_bitmap_provider_16()->contents->is_colour_managed = true;
+}

@@ -3,6 +3,7 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 // after <cstdio>, which it needs
 #include <jerror.h>
 #include <jpeglib.h>
@@ -13,6 +14,7 @@ constexpr int EXIF_MARKER = JPEG_APP0 + 1;
 constexpr unsigned LARGEST_MARKER = 0xFFFF;
 constexpr long MOST_MEMORY = 1L << 29; // of the library, for a picture told in several scans
 constexpr int MOST_SCANS = 256;        // few files have a dozen
+constexpr int PROFILE_MARKER = JPEG_APP0 + 2;
 
 /// As with PNG, errors jump into the step that called the library.
 class JpegReader : public PictureReader {
@@ -41,6 +43,7 @@ private:
     void note_resolution(PictureInfo& info) const;
     void note_orientation();
     void turn_inks_to_colours();
+    void note_profile(PictureInfo& info);
 
     static void take_error(j_common_ptr common);
     static void take_message(j_common_ptr common, int level);
@@ -63,10 +66,11 @@ void JpegReader::take_error(j_common_ptr common)
 }
 
 /// The library patches up what is damaged or missing, and warns. Only a strange number in the head
-/// changes nothing of the picture.
+/// or a damaged profile changes nothing of the picture.
 void JpegReader::take_message(j_common_ptr common, int level)
 {
-    if (level < 0 && common->err->msg_code != JWRN_JFIF_MAJOR)
+    const int code = common->err->msg_code;
+    if (level < 0 && code != JWRN_JFIF_MAJOR && code != JWRN_BOGUS_ICC)
         take_error(common);
 }
 
@@ -89,11 +93,13 @@ bool JpegReader::prepare_head(PictureInfo& info)
     state.mem->max_memory_to_use = MOST_MEMORY;
     jpeg_mem_src(&state, file.data(), file.size());
     jpeg_save_markers(&state, EXIF_MARKER, LARGEST_MARKER);
+    jpeg_save_markers(&state, PROFILE_MARKER, LARGEST_MARKER);
     jpeg_read_header(&state, TRUE);
     info.width = static_cast<int>(state.image_width);
     info.height = static_cast<int>(state.image_height);
     note_resolution(info);
     note_orientation();
+    note_profile(info);
     return true;
 }
 
@@ -117,6 +123,16 @@ void JpegReader::note_resolution(PictureInfo& info) const
     const double factor = state.density_unit == PER_INCH ? 1.0 : CENTIMETRES_PER_INCH;
     info.x_dpi = state.X_density * factor;
     info.y_dpi = state.Y_density * factor;
+}
+
+void JpegReader::note_profile(PictureInfo& info)
+{
+    JOCTET* data = nullptr;
+    unsigned bytes = 0;
+    if (!jpeg_read_icc_profile(&state, &data, &bytes))
+        return;
+    const std::unique_ptr<JOCTET, decltype(&std::free)> owned(data, std::free);
+    info.profile.assign(data, data + bytes);
 }
 
 bool JpegReader::read_pixels(RowTarget& target)

@@ -318,9 +318,9 @@ bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error
     return with_file(file, Wanted::HEAD, info, error, [](const PictureFile&) { return true; });
 }
 
-gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error)
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
+                                            KIVString& error)
 {
-    PictureInfo info;
     std::unique_ptr<KIVPixmap> pixmap;
     with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
         pixmap = picture.make_pixmap(info, bits);
@@ -336,4 +336,10 @@ bool read_picture_rows(const KIVString& file, const TargetMaker& make_target, KI
         RowTarget* target = make_target(info);
         return target && picture.read_rows(info, *target);
     });
+}
+
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error)
+{
+    PictureInfo info;
+    return new_pixmap_from_file(file, bits, info, error);
 }

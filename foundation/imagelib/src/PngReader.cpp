@@ -30,6 +30,7 @@ private:
     void note_resolution(PictureInfo& info) const;
     void note_orientation();
     std::uint32_t inq_height() const { return png_get_image_height(png, head); }
+    void note_profile(PictureInfo& info) const;
 
     static void read(png_structp png, png_bytep to, std::size_t count);
     [[noreturn]] static void take_error(png_structp png, png_const_charp text);
@@ -92,6 +93,7 @@ bool PngReader::prepare_head(PictureInfo& info)
     info.bits = layout.bits;
     note_resolution(info);
     note_orientation();
+    note_profile(info);
     return true;
 }
 
@@ -112,6 +114,16 @@ void PngReader::note_resolution(PictureInfo& info) const
         return;
     info.x_dpi = x * METRES_PER_INCH;
     info.y_dpi = y * METRES_PER_INCH;
+}
+
+void PngReader::note_profile(PictureInfo& info) const
+{
+    png_charp name = nullptr;
+    int compression = 0;
+    png_bytep data = nullptr;
+    png_uint_32 bytes = 0;
+    if (png_get_iCCP(png, head, &name, &compression, &data, &bytes))
+        info.profile.assign(data, data + bytes);
 }
 
 bool PngReader::read_pixels(RowTarget& target)

@@ -18,6 +18,7 @@ public:
 
 private:
     bool fail_as_told(const char* otherwise);
+    void note_profile(PictureInfo& info) const;
     bool read_bands(RowTarget& target);
     bool read_band(int first, int rows);
     bool read_block(unsigned char* to, int x, int y, int rows, int plane);
@@ -56,6 +57,7 @@ bool TiffReader::read_head(PictureInfo& info)
     info.is_tiled = page.is_tiled;
     set_orientation(page.orientation);
     get_tiff_resolution(tiff, info.x_dpi, info.y_dpi);
+    note_profile(info);
     return true;
 }
 
@@ -80,6 +82,14 @@ std::uint64_t TiffReader::inq_most_pixels(std::uint64_t file_bytes) const
     default:
         return MOST_BY_OTHERS * pixels;
     }
+}
+
+void TiffReader::note_profile(PictureInfo& info) const
+{
+    std::uint32_t bytes = 0;
+    const unsigned char* data = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &bytes, &data) && bytes <= LARGEST_PROFILE)
+        info.profile.assign(data, data + bytes);
 }
 
 bool TiffReader::read_pixels(RowTarget& target)

@@ -74,9 +74,10 @@ struct TiledMipMap::Area {
     }
 };
 
-TiledMipMap::TiledMipMap(std::unique_ptr<PyramidFile> pyramid, int bits,
+TiledMipMap::TiledMipMap(std::unique_ptr<PyramidFile> pyramid, int bits, Change change,
                          std::function<void()> note_growth)
-    : file(std::move(pyramid)), bits(bits), tell_growth(std::move(note_growth))
+    : file(std::move(pyramid)), bits(bits), change(std::move(change)),
+      tell_growth(std::move(note_growth))
 {
     std::vector<CopySize> sizes;
     for (const PyramidFile::Level& level : file->inq_levels())
@@ -130,6 +131,10 @@ std::unique_ptr<KIVPixmap> TiledMipMap::make_copy(std::size_t level, KIVString& 
             is_okay = file->read_tile(level, x / page.block_width, y / page.block_height, *copy, x,
                                       y, error);
     file->close();
+    if (is_okay && change && !change(*copy)) {
+        error = NO_MEMORY;
+        return nullptr;
+    }
     return is_okay ? std::move(copy) : nullptr;
 }
 
@@ -227,5 +232,9 @@ TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row
     }
     if (!file->read_tile(level, column, row, tile->pixels, 0, 0, error))
         return nullptr;
+    if (change && !change(tile->pixels)) {
+        error = NO_MEMORY;
+        return nullptr;
+    }
     return tiles.emplace(place, std::move(tile)).first->second.get();
 }

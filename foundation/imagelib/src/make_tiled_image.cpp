@@ -78,7 +78,7 @@ public:
     {}
 
     /// False without memory.
-    bool begin(bool is_full_size, double x_dpi, double y_dpi);
+    bool begin(bool is_full_size, const PictureInfo& info);
     bool put_row(int y, const void* pixels, const RowLayout& layout) override;
 
     /// False if rows are missing.
@@ -97,7 +97,7 @@ private:
     bool failed = false; // to write
 };
 
-bool TilePage::begin(bool is_full_size, double x_dpi, double y_dpi)
+bool TilePage::begin(bool is_full_size, const PictureInfo& info)
 {
     constexpr char TEXTURE[] = "Plain Texture";
     constexpr char WRAP_MODES[] = "black,black";
@@ -119,11 +119,14 @@ bool TilePage::begin(bool is_full_size, double x_dpi, double y_dpi)
     TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, QUICK_LEVEL);
     TIFFSetField(tiff, TIFFTAG_PIXAR_TEXTUREFORMAT, TEXTURE);
     TIFFSetField(tiff, TIFFTAG_PIXAR_WRAPMODES, WRAP_MODES);
-    if (is_full_size && x_dpi > 0.0) {
+    if (is_full_size && info.x_dpi > 0.0) {
         TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, x_dpi);
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, y_dpi);
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, info.x_dpi);
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, info.y_dpi);
     }
+    if (is_full_size && !info.profile.empty())
+        TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(info.profile.size()),
+                     info.profile.data());
     return tiles.inq_data() != nullptr;
 }
 
@@ -219,7 +222,7 @@ bool TiledImage::begin(const PictureInfo& info)
     if (!tiff.open(file.inq_handle(), bytes > LARGE))
         return fail_to_write();
     page = std::make_unique<TilePage>(tiff.inq_tiff(), size);
-    return page->begin(true, info.x_dpi, info.y_dpi) || fail_to_write();
+    return page->begin(true, info) || fail_to_write();
 }
 
 bool TiledImage::write_full_size(KIVString& error)
@@ -252,7 +255,7 @@ bool TiledImage::write_copy(PageSize larger, int number)
     page = std::make_unique<TilePage>(tiff.inq_tiff(), size);
     HalvedRows rows(larger, *page);
     PictureInfo info;
-    if (!page->begin(false, 0.0, 0.0))
+    if (!page->begin(false, info))
         return fail_to_write();
     if (!reader->read_head(info) || !reader->read_pixels(rows))
         return page->has_failed() ? fail_to_write() : fail(reader->inq_error());
