@@ -3,28 +3,57 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PixelCache.h"
 #include "imagelib/src/PyramidFile.h"
+#include "imagelib/src/TileMemory.h"
 #include "kivlib/hdr/KIVStringList.h"
 
 /// A tile as it is in memory, without what juts out of the picture.
 class TiledMipMap::Tile : public PixelCache::Item {
 public:
-    Tile(TiledMipMap& picture, std::uint64_t place, int width, int height)
-        : pixels(width, height, 4, picture.bits, nullptr, false), picture(picture), place(place)
-    {}
+    Tile(TiledMipMap& picture, std::uint64_t place, const KIVPixmap& pixels);
 
-    std::size_t inq_bytes() const override { return pixels.inq_bytes(); }
+    bool is_empty() const { return !memory.inq_data(); }
+
+    /// Puts it where its top left pixel comes to (x, y); what lies outside is cut off.
+    void put_into(KIVPixmap& region, int x, int y) const;
+
+    std::size_t inq_bytes() const override { return row_bytes * static_cast<std::size_t>(height); }
     void drop() override
     {
         const std::uint64_t own_place = place; // this tile ends before the call does
         picture.tiles.erase(own_place);
     }
 
-    KIVPixmap pixels;
-
 private:
     TiledMipMap& picture;
     std::uint64_t place;
+    int width;
+    int height;
+    std::size_t row_bytes;
+    TileMemory memory;
 };
+
+TiledMipMap::Tile::Tile(TiledMipMap& picture, std::uint64_t place, const KIVPixmap& pixels)
+    : picture(picture), place(place), width(pixels.inq_width()), height(pixels.inq_height()),
+      row_bytes(static_cast<std::size_t>(width * pixels.inq_bytes_per_pixel())),
+      memory(row_bytes * static_cast<std::size_t>(height))
+{
+    for (int y = 0; !is_empty() && y < height; ++y)
+        std::memcpy(memory.inq_data() + static_cast<std::size_t>(y) * row_bytes, pixels.inq_row(y),
+                    row_bytes);
+}
+
+void TiledMipMap::Tile::put_into(KIVPixmap& region, int x, int y) const
+{
+    const auto pixel_bytes = static_cast<std::size_t>(region.inq_bytes_per_pixel());
+    const int left = std::max(0, -x);
+    const int columns = std::min(width, region.inq_width() - x) - left;
+    const int bottom = std::min(height, region.inq_height() - y);
+    for (int row = std::max(0, -y); columns > 0 && row < bottom; ++row)
+        std::memcpy(region.inq_row(y + row) + static_cast<std::size_t>(x + left) * pixel_bytes,
+                    memory.inq_data() + static_cast<std::size_t>(row) * row_bytes +
+                        static_cast<std::size_t>(left) * pixel_bytes,
+                    static_cast<std::size_t>(columns) * pixel_bytes);
+}
 
 namespace {
 constexpr char NO_MEMORY[] = "Not enough memory for an image";
@@ -208,8 +237,8 @@ bool TiledMipMap::fill(KIVPixmap& region, const Area& area)
                 set_unusable(error); // to read it again would end the same
                 return false;
             }
-            region.copy(&tile->pixels, IntVector2(column * page.block_width - area.columns.first,
-                                                  row * page.block_height - area.rows.first));
+            tile->put_into(region, column * page.block_width - area.columns.first,
+                           row * page.block_height - area.rows.first);
             inq_pixel_cache().note_use(*tile); // which may be its end
         }
     file->close();
@@ -223,16 +252,14 @@ TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row
     if (found != tiles.end())
         return found->second.get();
     const TiffPage& page = file->inq_levels()[level].page;
-    auto tile = std::make_unique<Tile>(
-        *this, place, std::min(page.block_width, page.width - column * page.block_width),
-        std::min(page.block_height, page.height - row * page.block_height));
-    if (!tile->pixels.inq_data()) {
-        error = NO_MEMORY;
+    KIVPixmap pixels(std::min(page.block_width, page.width - column * page.block_width),
+                     std::min(page.block_height, page.height - row * page.block_height), 4, bits,
+                     nullptr, false);
+    if (pixels.inq_data() && !file->read_tile(level, column, row, pixels, 0, 0, error))
         return nullptr;
-    }
-    if (!file->read_tile(level, column, row, tile->pixels, 0, 0, error))
-        return nullptr;
-    if (change && !change(tile->pixels)) {
+    const bool is_ready = pixels.inq_data() && (!change || change(pixels));
+    auto tile = std::make_unique<Tile>(*this, place, pixels);
+    if (!is_ready || tile->is_empty()) {
         error = NO_MEMORY;
         return nullptr;
     }
