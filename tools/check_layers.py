@@ -7,7 +7,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)
-THIRD_PARTY = re.compile(r"^(tiff|png|jpeg|gif_lib|lcms2|xxhash|nlohmann|gtest|benchmark|pixman|cereal)")
+THIRD_PARTY = re.compile(r"^(tiff|png|jpeg|gif_lib|lcms2|xxhash|nlohmann|gtest|benchmark|boost/|pixman|cereal)")
 
 
 def read_layers(text):

@@ -56,6 +56,13 @@ int cineon_argument(const KIVString& format, int half)
     return 0;
 }
 
+/// Television of 525 lines shows the lower field first; all else is seen from the top.
+FieldOrder inq_field_order(int file_type)
+{
+    const bool has_525_lines = file_type == YUV_525_FILE || file_type == YIQ_525_FILE;
+    return has_525_lines ? FieldOrder::LOWER_FIRST : FieldOrder::UPPER_FIRST;
+}
+
 int result_for_writer_error(int error)
 {
     switch (error) {
@@ -239,7 +246,7 @@ std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene
     const std::unique_ptr<KIVPixmap> second = render_field(renderer, frame);
     if (!second)
         return nullptr; // half a frame is none
-    PixOpAddInterlace(second.get()).transform(pixmap.get());
+    PixOpAddInterlace(second.get(), inq_field_order(settings.file_type)).transform(pixmap.get());
     return pixmap;
 }
 

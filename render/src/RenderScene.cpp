@@ -160,10 +160,11 @@ gsl::owner<KIVPixmap*> RenderScene::execute(int frame, AbortPanel* panel, CNode*
     }
     if (panel && panel->inq_abort())
         return nullptr;
-    gsl::owner<KIVPixmap*> result = image ? complete(*image) : make_background_pixmap();
-    if (result)
-        place(*result, origin);
-    return result;
+    std::unique_ptr<KIVPixmap> result(image ? complete(*image) : make_background_pixmap());
+    if (!result || !result->finish_drawing(panel))
+        return nullptr;
+    place(*result, origin);
+    return result.release();
 }
 
 void RenderScene::request(CDataImage& image, int frame) const
@@ -185,7 +186,8 @@ gsl::owner<KIVPixmap*> RenderScene::complete(CDataImage& image) const
     gsl::owner<KIVPixmap*> whole = make_background_pixmap();
     if (whole) {
         const IntVector2 corner = box.inq_rectangle().get_top_left();
-        whole->composite(pixmap.get(), IntVector2(corner.x(), height - corner.y()));
+        whole->composite_and_delete(pixmap.release(),
+                                    IntVector2(corner.x(), height - corner.y()));
     }
     return whole;
 }
@@ -195,7 +197,7 @@ gsl::owner<KIVPixmap*> RenderScene::make_background_pixmap() const
     const bool has_alpha = is_rgba || background.inq_alpha() < OPAQUE_ALPHA;
     const auto type = static_cast<PixType>((bits == 16 ? 8 : 0) + (has_alpha ? 0 : 1));
     auto pixmap = std::make_unique<KIVPixmap>(width, height, type, nullptr, false);
-    if (!pixmap->inq_data())
+    if (pixmap->inq_is_empty())
         return nullptr;
     pixmap->set_colour(background);
     return pixmap.release();

@@ -5,21 +5,11 @@ that ImageMagick composes too.
     command_line_test.py BIN_FOLDER
 """
 
-import math
 import re
-import subprocess
 import sys
 import unittest
 
-from programs import InFolder, card, convert, images, output, run
-
-
-def psnr(a, b):
-    """In dB between two images; infinite for equal ones."""
-    words = subprocess.run(["compare", "-metric", "PSNR", a, b, "null:"], check=False,
-                           capture_output=True, text=True).stderr
-    number = re.match(r"[\d.]+|inf", words).group()
-    return math.inf if number in ("inf", "0") else float(number)
+from programs import InFolder, card, convert, images, output, psnr, run
 
 
 def pixel(image, x, y):
@@ -58,11 +48,11 @@ class ResultCodes(InFolder):
         self.expect(1, "", "image", "-silent", "-no_output", "-o", "frames", scene)
         self.assertEqual(list((self.folder / "frames").iterdir()), [])
 
-    def test_a_writer_that_is_not_there(self):
+    def test_a_frame_that_is_not_written_ends_the_run(self):
         scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
-        name = self.folder / "frames" / "0001"
-        self.expect(213, f"Can not write file '{name}', since failed to find image writer class "
-                         "'YUVWriter'\n", "image", "-silent", "-yuv625", "-o", "frames", scene)
+        for name in ("0001.tif", "0002.tif"):
+            (self.folder / "frames" / name).mkdir(parents=True)  # where a frame can't be moved
+        self.expect(215, "", "image", "-silent", "-o", "frames", scene)
 
 
 class Frames(InFolder):
@@ -121,6 +111,32 @@ Rendering frame 3
         self.assertEqual(greys, [0, 128, 0, 128])
         result, _ = self.render(scene, "-tv", "-yuv625", "-width", 8, "1")
         self.assertIn("-tv ignored - automatic for YUV or YIQ.\n", result.stdout)
+        self.render(scene, "-silent", "-interlace", "-yuv525", "-ntsc", "1")
+        lumas = (frames / "0001.yuv").read_bytes()[1::1440]
+        self.assertEqual(list(lumas[:4]), [126, 16, 126, 16])  # the lower field comes first
+
+    def test_each_type_of_file_reaches_its_writer(self):
+        scene = self.make_scene([output("card"), card("card", 0.2, 0.4, 0.6)], length=1)
+        film = b"Full aperture"
+        for options, name, size, places in (
+                (["-tiff"], "tif", None, {}), (["-tiffuncompressed"], "tif", 36864, {}),
+                (["-tiff16"], "tif", 73728, {}), (["-gamma", "2"], "tif", None, {}),
+                (["-tga"], "tga", 36864, {16: b"\x18"}),
+                (["-pict"], "pict", None, {522: b"\0\x11"}),
+                (["-gamma", "2", "-tga"], "tga", 36864, {16: b"\x18"}),
+                (["-yuv625"], "yuv", 829440, {}), (["-yuv525"], "yuv", 699840, {}),
+                (["-yiq625"], "yiq", 829440, {}), (["-yiq525"], "yiq", 699840, {}),
+                (["-cineon_full"], "cin", 2048 + 4 * 12288, {1036: b"Academy", 972: b"C&"}),
+                (["-fullaperture_cineon", "-cineon_half"], "cin", 2048 + 4 * 2048 * 1556,
+                 {1036: film, 972: b"B\xa6"})):
+            result, frames = self.render(scene, "-silent", "-width", 128, *options)
+            self.assertEqual(result.returncode, 0, options)
+            data = (frames / f"0001.{name}").read_bytes()
+            if size:
+                self.assertTrue(size <= len(data) < size + 600, (options, len(data)))
+            for at, words in places.items():
+                self.assertTrue(data[at:].startswith(words), (options, at))
+            (frames / f"0001.{name}").unlink()
 
     def test_imagemagick_composes_the_same_frame(self):
         back, cel = self.folder / "back.png", self.folder / "cel.png"

@@ -1,6 +1,8 @@
 """The programs of the bin folder that is the first argument, and scenes to try them on."""
 
 import json
+import math
+import re
 import subprocess
 import sys
 import tempfile
@@ -19,6 +21,14 @@ def run(program, *arguments, cwd=None):
 def convert(*arguments):
     return subprocess.run(["convert", *map(str, arguments)], check=True, capture_output=True,
                           text=True).stdout
+
+
+def psnr(a, b):
+    """In dB between two images; infinite for equal ones."""
+    words = subprocess.run(["compare", "-metric", "PSNR", a, b, "null:"], check=False,
+                           capture_output=True, text=True).stderr
+    number = re.match(r"[\d.]+|inf", words).group()
+    return math.inf if number in ("inf", "0") else float(number)
 
 
 def card(name, red, green, blue):

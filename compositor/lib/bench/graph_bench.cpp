@@ -136,19 +136,6 @@ template <PlainGraph::Shape SHAPE> void type_check(benchmark::State& state)
     per_node(state);
 }
 
-template <PlainGraph::Shape SHAPE> void type_check_mirrored(benchmark::State& state)
-{
-    PlainGraph plain(SHAPE, static_cast<int>(state.range(0)));
-    for (auto _ : state) {
-        DAGExec exec(&plain.graph, "type_checker", new DAGOpBottomUpDefault);
-        exec.inq_graph()->inq_nodes_list();
-        exec.init();
-        exec.set_store_result(true);
-        benchmark::DoNotOptimize(exec.execute());
-    }
-    per_node(state);
-}
-
 template <PlainGraph::Shape SHAPE> void build(benchmark::State& state)
 {
     PlainGraph plain(SHAPE, static_cast<int>(state.range(0)));
@@ -177,8 +164,6 @@ constexpr PlainGraph::Shape WIDE = PlainGraph::WIDE;
 
 BENCHMARK(type_check<CHAIN>)->Arg(100)->Arg(1000)->Arg(10000)->Arg(50000);
 BENCHMARK(type_check<WIDE>)->Arg(1000)->Arg(50000);
-BENCHMARK(type_check_mirrored<CHAIN>)->Arg(1000)->Arg(50000);
-BENCHMARK(type_check_mirrored<WIDE>)->Arg(1000);
 BENCHMARK(build<CHAIN>)->Arg(1000)->Arg(50000);
 BENCHMARK(build<WIDE>)->Arg(1000)->Arg(50000);
 BENCHMARK(evaluate<CHAIN>)->Arg(100)->Arg(1000)->Arg(50000);

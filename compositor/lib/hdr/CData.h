@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/lib/hdr/OpMemory.h"
 #include "kivlib/hdr/KIVObject.h"
 
 class AbortPanel;
@@ -11,6 +12,9 @@ class IntArray;
 /// finished data back towards the root. A type whose inputs can be united overrides the unions.
 class CData : public KIVObject {
 public:
+    using KIVObject::operator new;
+    static void* operator new(std::size_t size) { return OpMemory::allocate(size); }
+
     virtual CDataDescriptor* inq_desc() const = 0;
     virtual int inq_type() const = 0;
 
@@ -42,6 +46,10 @@ public:
     /// The frame that the datum was requested for.
     virtual int inq_frameno() const = 0;
     virtual void reset_data();
+
+    /// Whether an op would give the same answer to the request of `other`, which has the datum's
+    /// type. Data that can't tell equal nothing, not even themselves.
+    virtual bool inq_request_equals(const CData* other) const;
 
     bool inq_cache_enabled() const { return cache_enabled; }
     void set_cache_enabled(bool enabled) { cache_enabled = enabled; }

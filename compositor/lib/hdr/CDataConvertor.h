@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/lib/hdr/OpMemory.h"
 #include "kivlib/hdr/KIVObject.h"
 
 class AbortPanel;
@@ -31,6 +32,17 @@ public:
     CDataConvertor(const CDataConvertor&) = delete;
     CDataConvertor& operator=(const CDataConvertor&) = delete;
     virtual ~CDataConvertor() = default;
+
+    static void* operator new(std::size_t size) { return OpMemory::allocate(size); }
+    static void* operator new(std::size_t size, std::align_val_t alignment)
+    {
+        return ::operator new(size, alignment);
+    }
+    static void operator delete(void* memory) noexcept { OpMemory::release(memory); }
+    static void operator delete(void* memory, std::align_val_t alignment) noexcept
+    {
+        ::operator delete(memory, alignment);
+    }
 
     virtual void convert_request(CData* node_data, CData* converted_data) = 0;
     virtual void convert_immediate(CData* node_data, CData* converted_data) = 0;

@@ -119,7 +119,7 @@ public:
     bool inq_is_collapsed() const { return is_collapsed; }
 
     /// The data types that the last stored type check left; null if there was none.
-    cdata_tDArray* inq_types() const { return types.get(); }
+    const cdata_tDArray* inq_types() const { return types.get(); }
 
     /// The centre.
     const Vector2& inq_position() const { return position; }
@@ -141,7 +141,7 @@ public:
     bool inq_paste_with_all_links_flag() const { return inq_flag(F_PASTE_WITH_ALL_LINKS); }
     void set_selected_flag(bool on) { set_flag(F_SELECTED, on); }
     void set_acyclic_flag(bool on) { set_flag(F_ACYCLIC, on); }
-    void set_inchoate_flag(bool on) { set_flag(F_INCHOATE, on); }
+    void set_inchoate_flag(bool on);
     void set_in_list_flag(bool on) { set_flag(F_IN_LIST, on); }
     void set_paste_with_all_links_flag(bool on) { set_flag(F_PASTE_WITH_ALL_LINKS, on); }
 
@@ -215,6 +215,7 @@ protected:
 
 private:
     friend class GraphClaims;
+    friend class InchoateWalk;
     friend class NodeWalk;
 
     template <class Record> void record(Record& r);

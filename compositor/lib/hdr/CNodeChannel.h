@@ -52,7 +52,7 @@ public:
     /// Where in the order a connection dropped at `point` goes.
     int find_new_con_index(const Vector2& point) const;
 
-    void set_channel_set(CNodeChannelSet* set) { channel_set = set; }
+    void set_channel_set(CNodeChannelSet* set);
     void set_is_selected(bool selected) { is_selected = selected; }
     void set_is_in_macro(bool in_macro) { is_in_macro = in_macro; }
     void set_border_rect(const KIVRectangle& strip) { border_rect = strip; }

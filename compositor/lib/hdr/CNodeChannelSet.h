@@ -54,6 +54,8 @@ public:
     void set_n_channels(int n);
 
 private:
+    void resize(int n);
+
     CNode* node = nullptr; // not owned
     std::vector<std::unique_ptr<CNodeChannel>> channels;
 };

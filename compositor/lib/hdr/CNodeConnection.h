@@ -23,8 +23,8 @@ public:
     bool inq_is_selected() const { return is_selected; }
     DisplayConnection* inq_display_connection() const { return display_connection; }
 
-    void set_output_channel(CNodeChannel* channel) { output_channel = channel; }
-    void set_input_channel(CNodeChannel* channel) { input_channel = channel; }
+    void set_output_channel(CNodeChannel* channel);
+    void set_input_channel(CNodeChannel* channel);
     void set_is_selected(bool selected) { is_selected = selected; }
     void set_display_connection(DisplayConnection* display) { display_connection = display; }
 

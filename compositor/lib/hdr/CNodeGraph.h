@@ -9,6 +9,7 @@ class CNodeGraphSelectionWatcher;
 class CNodeGraphWatcher;
 class ChangeEvt;
 class ChangeRecorder;
+class GraphUpkeep;
 class KIVDLLUsageList;
 class Vector2;
 class XSheet;
@@ -68,8 +69,9 @@ public:
     CNodeConnection* find_connection_between(const CNodeChannel* output,
                                              const CNodeChannel* input) const;
 
-    /// Null, and nothing changed, if the data types do not fit. Without indices the connection
-    /// goes to the head of both lists. With `notify`, the two nodes are told.
+    /// Null, and nothing changed but the stored lists of types, if the data types do not fit or a
+    /// channel stands on no node. Without indices the connection goes to the head of both lists.
+    /// With `notify`, the two nodes are told.
     CNodeConnection* make_connection(CNodeChannel* output, CNodeChannel* input, bool notify);
     CNodeConnection* make_connection(CNodeChannel* output, int output_index, CNodeChannel* input,
                                      int input_index, bool notify);
@@ -116,13 +118,9 @@ public:
     bool load_finished_with_abort(XSheet* sheet, bool check);
 
 private:
-    enum class TypeLists { STORED, DROPPED };
-
     template <class Record> void record(Record& r);
-
-    /// Whether the data types fit, with one more connection if two channels are given.
-    bool run_type_checker(TypeLists lists, CNodeChannel* output = nullptr,
-                          CNodeChannel* input = nullptr);
+    bool update_readers(CNode* node);
+    void tell_connections_changed(bool connected_to_root);
     void delete_all_connections();
     void delete_connection_from_destructor(gsl::owner<CNodeConnection*> connection);
     void empty_channel(CNodeChannel& channel);
@@ -136,4 +134,5 @@ private:
     std::unique_ptr<KIVLinkedList> selection_watchers;
     bool type_checker_enabled = true;
     std::unique_ptr<KIVString> end_change_name;
+    std::unique_ptr<GraphUpkeep> upkeep;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/lib/hdr/OpMemory.h"
 #include "kivlib/hdr/KIVString.h"
 
 #include <memory>
@@ -25,6 +26,9 @@ public:
     CNodeOp(const CNodeOp&) = delete;
     CNodeOp& operator=(const CNodeOp&) = delete;
     ~CNodeOp() override;
+
+    using KIVObject::operator new;
+    static void* operator new(std::size_t size) { return OpMemory::allocate(size); }
 
     /// Takes a snapshot of what the op needs from its node.
     virtual void copy_node_info(CNode* node);
@@ -120,15 +124,29 @@ protected:
     void promise_cover();
 
 private:
+    friend class GraphExec;
+    struct Asked;
+
     bool inq_is_selected() const;
     bool inq_is_disabled();
     bool inq_input_types_same_as_output() const;
     int inq_n_passed_inputs() const;
-    CData* inq_first_input_data() const;
-    bool inq_lets_through(const CNodeOp* known);
-    bool inq_all_direct_composite_but(const CNodeOp* known);
-    bool find_all_direct_composite_but(const CNodeOp* known) const;
+    CData* inq_input_data(int i) const;
     void hand_request_on();
+    void note_request();
+    bool take_earlier_answer();
+    void note_answer();
+    void forget_request();
+    unsigned long inq_direct_phase() const;
+    bool inq_composites_directly();
+    bool inq_knows_all_direct(unsigned long phase) const;
+    bool inq_all_direct_composite(unsigned long phase);
+    bool find_all_direct_composite(unsigned long phase);
+    bool inq_lets_through(unsigned long phase);
+    bool inq_knows_target(int type, unsigned long phase) const;
+    CData* inq_composite_output(int type, unsigned long phase);
+    void share_target(CData* found, const CNodeOp* offering, const CNodeOp* last, int type,
+                      unsigned long phase);
 
     CNode* node; // not owned
     KIVString node_name;
@@ -143,6 +161,14 @@ private:
     bool quiescent = false;
     unsigned int label;
     bool is_under_cover = false;
-    unsigned long direct_phase = 0; // the generated phase in which the next was found
+    bool awaits_answer = true; // since it was asked last
+    bool is_answering = false;
+    std::unique_ptr<Asked> asked; // null until a changed request has reached the op
+
+    // What was found about direct compositing, and in which phase.
     bool is_all_direct = false;
+    int target_type = 0;
+    unsigned long direct_phase = 0;
+    unsigned long target_phase = 0;
+    CData* target = nullptr; // not owned
 };

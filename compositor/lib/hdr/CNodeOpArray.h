@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/lib/hdr/OpMemory.h"
 #include "kivlib/hdr/IntArray.h"
 
 #include <memory>
@@ -18,6 +19,9 @@ public:
     /// `n` empty places; `type` is the data type of the channel.
     CNodeOpArray(int n, int type, bool selected);
     ~CNodeOpArray() override;
+
+    using KIVObject::operator new;
+    static void* operator new(std::size_t size) { return OpMemory::allocate(size); }
 
     int inq_n_nodes() const { return n_nodes; }
     int inq_n_connections() const { return n_nodes; }
@@ -53,15 +57,19 @@ public:
     void reorder(const IntArray* new_order, bool forget);
 
 private:
+    using Ops = std::vector<CNodeOp*, OpAllocator<CNodeOp*>>;
+    using Places = std::vector<int, OpAllocator<int>>;
+
     bool inq_is_permutation(const IntArray& places) const;
+    bool inq_is_order(const IntArray& places) const;
     void undo_order();
     GraphExec* find_graph() const;
 
     int n_nodes;
-    std::vector<CNodeOp*> nodes;       // not owned
+    Ops nodes;                         // not owned
     CNodeOpArraySet* parent = nullptr; // not owned
     std::unique_ptr<CData> union_data;
     bool is_selected;
-    std::unique_ptr<IntArray> order;
+    Places order; // the permutation last applied; empty before the first
     bool has_cover = false;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/lib/hdr/OpMemory.h"
 #include "kivlib/hdr/KIVObject.h"
 
 #include <memory>
@@ -15,6 +16,9 @@ class CNodeOpArraySet : public KIVObject {
 public:
     CNodeOpArraySet(CNodeOp* node, int n_channels);
     ~CNodeOpArraySet() override;
+
+    using KIVObject::operator new;
+    static void* operator new(std::size_t size) { return OpMemory::allocate(size); }
 
     int inq_n_channels() const { return n_channels; }
     CNodeOp* inq_node() const { return node; }
@@ -37,7 +41,9 @@ public:
     void reset_union_data();
 
 private:
+    using Array = std::unique_ptr<CNodeOpArray>;
+
     int n_channels;
-    std::vector<std::unique_ptr<CNodeOpArray>> arrays;
+    std::vector<Array, OpAllocator<Array>> arrays;
     CNodeOp* node; // not owned
 };

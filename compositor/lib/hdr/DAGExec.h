@@ -9,7 +9,6 @@ class CNodeGraph;
 class DAGExecReporter;
 class DAGOpBottomUp;
 class DAGOpTopDown;
-class FlatTypeChecker;
 class KIVError;
 class KIVLinkedList;
 
@@ -47,8 +46,6 @@ public:
 
 private:
     bool inq_is_bottom_up() const { return bu_default != nullptr; }
-    bool inq_is_flat_check() const;
-    void drop_flat_check();
     void drop_ops();
     void set_ops();
     void set_ops_of(DAGOpNode& node);
@@ -63,5 +60,4 @@ private:
     KIVString op_name;
     bool failed = false;
     bool store_result = false;
-    std::unique_ptr<FlatTypeChecker> flat_check; // while the mirror has only its flat form
 };

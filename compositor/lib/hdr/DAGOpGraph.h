@@ -3,9 +3,7 @@
 #include "kivlib/hdr/Dictionary.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 
-#include <functional>
 #include <memory>
-#include <utility>
 
 class CNode;
 class CNodeChannel;
@@ -14,11 +12,9 @@ class CNodeGraph;
 class DAGOpChannel;
 class DAGOpConnection;
 class DAGOpNode;
-class FlatGraph;
 
 /// A private mirror of a node graph as it stood when this was made. It can hold connections that
-/// the real graph does not have, and lack others. The mirrored nodes are made when they are first
-/// asked for: a check that only adds and removes connections works on a flat form.
+/// the real graph does not have, and lack others.
 class DAGOpGraph : public KIVObject {
 public:
     explicit DAGOpGraph(CNodeGraph* c_graph);
@@ -30,7 +26,7 @@ public:
     void set_root_node(DAGOpNode* node) { root_node = node; }
 
     /// The nodes; inputs first after `top_sort_nodes`.
-    KIVLinkedList* inq_nodes_list();
+    KIVLinkedList* inq_nodes_list() const { return nodes.get(); }
     void add_node(gsl::owner<DAGOpNode*> node);
 
     /// The node, which is the caller's from now on, or null for a stranger. Its connections stay:
@@ -38,7 +34,7 @@ public:
     gsl::owner<DAGOpNode*> remove_node(DAGOpNode* node);
 
     /// Null for a node that has no mirror here.
-    DAGOpNode* find_mirror_of(CNode* node);
+    DAGOpNode* find_mirror_of(CNode* node) const;
 
     /// Between the mirrors of two real channels; nothing happens if one has none.
     void make_connection(CNodeChannel* output, CNodeChannel* input);
@@ -49,21 +45,14 @@ public:
     /// False if there is a cycle; then the order of the nodes stays.
     bool top_sort_nodes();
 
-    /// The flat form; null once the mirrored nodes stand.
-    FlatGraph* inq_flat() const { return flat.get(); }
-
-    /// What is to be done when the flat form gives way to mirrored nodes.
-    void set_when_built(std::function<void()> then) { when_built = std::move(then); }
-
 private:
     void build_graph();
-    DAGOpChannel* find_output(CNodeChannel* real);
-    DAGOpChannel* find_input(CNodeChannel* real);
+    void connect_outputs_of(const DAGOpNode& node);
+    DAGOpChannel* find_output(CNodeChannel* real) const;
+    DAGOpChannel* find_input(CNodeChannel* real) const;
 
     std::unique_ptr<KIVLinkedList> nodes;
     DAGOpNode* root_node = nullptr; // one of `nodes`
     CNodeGraph* c_graph;            // not owned
     std::unique_ptr<Dictionary> node_map;
-    std::unique_ptr<FlatGraph> flat;
-    std::function<void()> when_built;
 };

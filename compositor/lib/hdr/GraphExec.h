@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kivlib/hdr/KIVLinkedList.h"
+#include "kivlib/hdr/ObjectBlocks.h"
 
 #include <memory>
 #include <vector>
@@ -11,6 +12,7 @@ class CNode;
 class CNodeOp;
 class GraphExecReporter;
 class KIVError;
+struct OpVisit;
 
 /// Evaluates a graph from one output channel, frame after frame: set the request on
 /// `inq_root_data()`, then `setup_data`, then `generate_data`. The graph is read once, at
@@ -28,7 +30,8 @@ public:
     /// Brings immediate and generated data from the leaves to the root, until `abort` stops it.
     void generate_data(AbortPanel* abort);
 
-    /// Asks input `i` of `op` again and brings its immediate data up to the input.
+    /// Asks input `i` of `op` again and brings its immediate data up to the input. What it has
+    /// answered to an equal request before still stands and is not computed again.
     void changed_request(int i, CNodeOp* op, AbortPanel* abort);
 
     /// The output of the root; null if it has none.
@@ -64,23 +67,27 @@ public:
     bool inq_abort() const { return abort; }
     void set_abort(bool stop) { abort = stop; }
 
-    /// The number of the generated phase that is under way; 0 outside of one.
-    unsigned long inq_generated_phase() const { return generated_phase; }
+    /// The number of the run, from 1, which begins with its `setup_data`.
+    unsigned long inq_run() const { return run; }
+
+    /// As long as it is the same, so is what can be composited directly: through a generated
+    /// phase. Outside of one each call gives a new number.
+    unsigned long inq_direct_phase() { return generated_phase ? generated_phase : ++n_phases; }
 
     /// An array of ops was put in another order.
     void set_needs_reorder(bool needs) { needs_reorder = needs; }
 
 private:
-    struct Visit;
-
     bool inq_reports_status() const { return reporters && !is_interactive; }
     void reset_data(CNodeOp& op);
     void bring_immediate_data(AbortPanel* panel);
     void bring_generated_data(AbortPanel* panel);
     void reorder_graph();
+    static void ask(CNodeOp& op, AbortPanel* panel);
     void rec_do_request(CNodeOp* op, AbortPanel* panel);
     void rec_do_immediate(CNodeOp* op, AbortPanel* panel);
 
+    ObjectBlocks blocks; // where the ops and what is theirs lie
     bool is_restricted = false;
     bool is_interactive = false;
     bool ignore_temp_disable = true;
@@ -93,7 +100,8 @@ private:
     std::vector<CNodeOp*> ops;                // owned; inputs before consumers
     std::vector<unsigned int> disabled_nodes; // sorted
     int interactive_node = 0;
-    unsigned long n_generated_phases = 0;
-    unsigned long generated_phase = 0;
-    std::vector<Visit> walk; // the places of the walks that are under way
+    unsigned long run = 1;
+    unsigned long n_phases = 0;
+    unsigned long generated_phase = 0; // 0 outside of one
+    std::vector<OpVisit> walk;         // the places of the walks that are under way
 };

@@ -90,6 +90,11 @@ void CData::reset_data()
     clear_generated_data();
 }
 
+bool CData::inq_request_equals(const CData*) const
+{
+    return false;
+}
+
 bool CData::inq_can_union_data() const
 {
     return inq_desc()->inq_can_union_data();

@@ -4,6 +4,7 @@
 #include "compositor/lib/hdr/CNodeRepository.h"
 #include "compositor/lib/hdr/DAGOpTypeCompositor.h"
 #include "compositor/lib/hdr/DataType.h"
+#include "compositor/lib/src/GraphChanges.h"
 
 namespace {
 KIVLinkedList* data_types = nullptr;
@@ -35,6 +36,7 @@ CDataDescriptor::CDataDescriptor(const char* class_name, const char* user_type_n
     if (!data_types)
         data_types = new KIVLinkedList(false);
     data_types->add(this);
+    ++GraphChanges::our_count;
     CNodeRepository::inq_repository()->add_data_descriptor(this);
 }
 
@@ -72,6 +74,7 @@ void CDataDescriptor::add_conversion_from(int to_type)
     int* grown = grown_lists.back().get();
     *std::ranges::copy(known, grown).out = to_type; // NO_DATA_TYPE is behind it
     conversions = grown;
+    ++GraphChanges::our_count;
 }
 
 gsl::owner<DAGOpChannelOut*> CDataDescriptor::inq_td_dag_op(const KIVString&, DAGOpChannel*)

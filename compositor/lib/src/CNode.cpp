@@ -6,6 +6,8 @@
 #include "compositor/lib/hdr/DAGOpTypeChecker.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
 #include "compositor/lib/src/DescendentWalk.h"
+#include "compositor/lib/src/GraphChanges.h"
+#include "compositor/lib/src/InchoateWalk.h"
 #include "compositor/lib/src/NodeWalk.h"
 #include "compositor/lib/src/SourceNames.h"
 #include "kivlib/hdr/BoundingBox.h"
@@ -138,6 +140,8 @@ void CNode::init()
     inputs = new_channels(this, descriptor->inq_n_inputs());
     outputs = new_channels(this, descriptor->inq_n_outputs());
     lay_out_channels();
+    if (graph)
+        ++GraphChanges::our_count;
 }
 
 void CNode::lay_out_channels()
@@ -456,6 +460,7 @@ gsl::owner<DAGOpBottomUp*> CNode::inq_bu_dag_op(const KIVString& name, DAGOpNode
 void CNode::set_types(gsl::owner<cdata_tDArray*> new_types)
 {
     types.reset(new_types);
+    ++GraphChanges::our_type_lists;
 }
 
 void CNode::set_is_hidden(bool hidden)
@@ -541,14 +546,16 @@ bool CNode::do_acyclic_check()
     return true;
 }
 
+void CNode::set_inchoate_flag(bool on)
+{
+    set_flag(F_INCHOATE, on);
+    ++GraphChanges::our_count; // the graph's next round would have changed it
+}
+
 void CNode::set_and_propogate_inchoate_flag()
 {
-    walk_from(this, Neighbours::children_of, [](CNode* node) {
-        if (node->inq_inchoate_flag())
-            return false;
-        node->set_inchoate_flag(true);
-        return true;
-    });
+    InchoateWalk::flag(this);
+    ++GraphChanges::our_count;
 }
 
 bool CNode::should_be_inchoate() const

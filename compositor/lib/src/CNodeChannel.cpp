@@ -5,6 +5,7 @@
 #include "compositor/lib/hdr/CNodeConnection.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/ChannelDataType.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/report_error.h"
 
@@ -34,7 +35,9 @@ KIVLinkOb* find_link(const KIVLinkedList& list, const KIVObject* object)
 
 CNodeChannel::CNodeChannel(CNodeChannelSet* channel_set)
     : channel_set(channel_set), connections(std::make_unique<KIVLinkedList>(false))
-{}
+{
+    connections->count_changes_in(&GraphChanges::our_count);
+}
 
 CNodeChannel::~CNodeChannel() = default;
 
@@ -51,6 +54,7 @@ CNodeChannel::CNodeChannel(KIVIStream& stream) : KIVObject(stream)
     record(r);
     if (!connections)
         connections = std::make_unique<KIVLinkedList>(false);
+    connections->count_changes_in(&GraphChanges::our_count);
 }
 
 void CNodeChannel::storer(KIVOStream& stream)
@@ -58,6 +62,12 @@ void CNodeChannel::storer(KIVOStream& stream)
     KIVObject::storer(stream);
     RecordWriter r(stream);
     record(r);
+}
+
+void CNodeChannel::set_channel_set(CNodeChannelSet* set)
+{
+    channel_set = set;
+    ++GraphChanges::our_count;
 }
 
 int CNodeChannel::find_channel_index() const

@@ -2,6 +2,7 @@
 
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 
 KIV_STORED_CLASS(CNodeChannelSet, -1);
@@ -28,10 +29,13 @@ template <class Sides> double sum_of(const auto& channels, Sides width)
 
 CNodeChannelSet::CNodeChannelSet(CNode* node, int n_channels) : node(node)
 {
-    set_n_channels(n_channels);
+    resize(n_channels);
 }
 
-CNodeChannelSet::~CNodeChannelSet() = default;
+CNodeChannelSet::~CNodeChannelSet()
+{
+    ++GraphChanges::our_count;
+}
 
 CNodeChannelSet::CNodeChannelSet(KIVIStream& stream) : KIVObject(stream)
 {
@@ -130,6 +134,12 @@ void CNodeChannelSet::reset_position()
 }
 
 void CNodeChannelSet::set_n_channels(int n)
+{
+    resize(n);
+    ++GraphChanges::our_count;
+}
+
+void CNodeChannelSet::resize(int n)
 {
     channels.resize(static_cast<std::size_t>(std::max(n, 0)));
     for (auto& channel : channels)

@@ -1,6 +1,7 @@
 #include "compositor/lib/hdr/CNodeConnection.h"
 
 #include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 
 KIV_STORED_CLASS(CNodeConnection, 132);
@@ -18,3 +19,15 @@ template <class Record> void CNodeConnection::record(Record& r)
 }
 
 KIV_STORED_RECORD(CNodeConnection);
+
+void CNodeConnection::set_output_channel(CNodeChannel* channel)
+{
+    output_channel = channel;
+    ++GraphChanges::our_count;
+}
+
+void CNodeConnection::set_input_channel(CNodeChannel* channel)
+{
+    input_channel = channel;
+    ++GraphChanges::our_count;
+}

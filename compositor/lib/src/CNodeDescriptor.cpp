@@ -3,6 +3,7 @@
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeGenericOpDescriptor.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/report_error.h"
 
@@ -145,8 +146,10 @@ gsl::owner<CNode*> CNodeDescriptor::new_node(CNodeGraph* graph, bool* flag)
 
 void CNodeDescriptor::add_generic(CNodeGenericOpDescriptor* generic)
 {
-    if (!generics)
+    if (!generics) {
         generics = std::make_unique<KIVLinkedList>(false);
+        generics->count_changes_in(&GraphChanges::our_count);
+    }
     for (const auto* known : generics->of<CNodeGenericOpDescriptor>())
         if (known->inq_name() == generic->inq_name() &&
             known->inq_data_type() == generic->inq_data_type())

@@ -1,9 +1,9 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 
 #include "compositor/lib/hdr/CNodeGraphWatcher.h"
-#include "compositor/lib/hdr/DAGExec.h"
-#include "compositor/lib/hdr/DAGOpBase.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "compositor/lib/src/GraphClaims.h"
+#include "compositor/lib/src/GraphUpkeep.h"
 #include "compositor/lib/src/NodeWalk.h"
 #include "kivlib/hdr/ChangeRecorder.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
@@ -16,7 +16,43 @@ KIV_STORED_CLASS(CNodeGraph, 92);
 
 namespace {
 constexpr FormatVersions IS_A_NODE = before(92);
+using TypeLists = FlatTypeChecker::Lists;
 constexpr int MOST_ROUNDS = 1'000'000; // connections that a channel of a sound graph may have
+
+/// The nodes of a list. Others can reach the list, and a null in it stands for no node.
+class NodesOf {
+    using Objects = KIVLinkedList::Objects<CNode>;
+
+public:
+    explicit NodesOf(const KIVLinkedList& list) : nodes(list.of<CNode>()) {}
+
+    class Iterator {
+    public:
+        Iterator(Objects::Iterator at, Objects::Iterator end) : at(at), end(end) { pass_nulls(); }
+        CNode* operator*() const { return *at; }
+        Iterator& operator++()
+        {
+            ++at;
+            pass_nulls();
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return at == other.at; }
+
+    private:
+        void pass_nulls()
+        {
+            while (!(at == end) && !*at)
+                ++at;
+        }
+        Objects::Iterator at;
+        Objects::Iterator end;
+    };
+    Iterator begin() const { return {nodes.begin(), nodes.end()}; }
+    Iterator end() const { return {nodes.end(), nodes.end()}; }
+
+private:
+    Objects nodes;
+};
 
 std::unique_ptr<KIVLinkedList> new_list()
 {
@@ -26,7 +62,7 @@ std::unique_ptr<KIVLinkedList> new_list()
 template <class Fits> gsl::owner<KIVLinkedList*> find_nodes(const KIVLinkedList& nodes, Fits fits)
 {
     std::unique_ptr<KIVLinkedList> found = new_list();
-    for (CNode* node : nodes.of<CNode>())
+    for (CNode* node : NodesOf(nodes))
         if (fits(*node))
             found->add(node);
     return found.release();
@@ -34,7 +70,7 @@ template <class Fits> gsl::owner<KIVLinkedList*> find_nodes(const KIVLinkedList&
 
 template <class Find> CNodeChannel* find_first_channel(const KIVLinkedList& nodes, Find find)
 {
-    for (const CNode* node : nodes.of<CNode>())
+    for (const CNode* node : NodesOf(nodes))
         if (CNodeChannel* channel = find(*node))
             return channel;
     return nullptr;
@@ -57,6 +93,11 @@ bool shows_no_use(const CNode& node)
     return true;
 }
 
+bool stands_on_node(const CNodeChannel* channel)
+{
+    return channel && channel->inq_node();
+}
+
 /// Tells the watchers of now, of which some may go meanwhile.
 template <class Watcher, class Tell> void tell_all(const KIVLinkedList& watchers, Tell tell)
 {
@@ -72,28 +113,28 @@ std::vector<CNode*> nodes_down_to(const CNode* root, CNode* from)
 {
     struct Step {
         CNode* node;
-        std::vector<CNode*> parents; // those still to be entered, the last one first
+        std::size_t first_parent; // of those still to be entered, the last one first
     };
     std::vector<CNode*> found;
+    std::vector<CNode*> parents;
     std::vector<Step> way;
     const NodeWalk walk;
     const auto enter = [&](CNode* node) {
         if (!walk.enter(node))
             return;
-        way.push_back({node, {}});
-        Neighbours parents = Neighbours::parents_of(node);
-        while (CNode* parent = node == root ? nullptr : parents.next())
-            way.back().parents.push_back(parent);
+        way.push_back({node, parents.size()});
+        Neighbours readers = Neighbours::parents_of(node);
+        while (CNode* reader = node == root ? nullptr : readers.next())
+            parents.push_back(reader);
     };
     enter(from);
     while (!way.empty()) {
-        Step& step = way.back();
-        if (step.parents.empty()) {
-            found.push_back(step.node);
+        if (parents.size() == way.back().first_parent) {
+            found.push_back(way.back().node);
             way.pop_back();
         } else {
-            CNode* parent = step.parents.back();
-            step.parents.pop_back();
+            CNode* parent = parents.back();
+            parents.pop_back();
             enter(parent);
         }
     }
@@ -114,8 +155,11 @@ bool is_connected_within(const CNodeGraph* graph, const CNode& node)
 } // namespace
 
 CNodeGraph::CNodeGraph(XSheet* xsheet)
-    : xsheet(xsheet), nodes(std::make_unique<KIVLinkedList>(true)), watchers(new_list())
-{}
+    : xsheet(xsheet), nodes(std::make_unique<KIVLinkedList>(true)), watchers(new_list()),
+      upkeep(std::make_unique<GraphUpkeep>(*this))
+{
+    nodes->count_changes_in(&GraphChanges::our_count);
+}
 
 /// When a graph was a node itself it had a node's fields.
 template <class Record> void CNodeGraph::record(Record& r)
@@ -130,7 +174,8 @@ template <class Record> void CNodeGraph::record(Record& r)
     r.link(root_node);
 }
 
-CNodeGraph::CNodeGraph(KIVIStream& stream) : KIVObject(stream), watchers(new_list())
+CNodeGraph::CNodeGraph(KIVIStream& stream)
+    : KIVObject(stream), watchers(new_list()), upkeep(std::make_unique<GraphUpkeep>(*this))
 {
     RecordReader r(stream);
     record(r);
@@ -140,14 +185,15 @@ CNodeGraph::CNodeGraph(KIVIStream& stream) : KIVObject(stream), watchers(new_lis
         nodes->remove_all();
         root_node = nullptr;
     }
-    for (CNode* node : nodes->of<CNode>())
+    nodes->count_changes_in(&GraphChanges::our_count);
+    for (CNode* node : NodesOf(*nodes))
         node->set_graph(this);
 }
 
 void CNodeGraph::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         if (!is_connected_within(this, *node))
             stream.set_error_state(KIVStream::BAD_DATA); // no reader would take it
     const bool has_root = root_node && root_node->inq_graph() == this;
@@ -189,7 +235,7 @@ gsl::owner<KIVLinkedList*> CNodeGraph::find_connections(const KIVLinkedList& nod
 {
     std::unique_ptr<KIVLinkedList> found = new_list();
     std::unordered_set<const KIVObject*> met;
-    for (const CNode* node : nodes.of<CNode>())
+    for (const CNode* node : NodesOf(nodes))
         for (const KIVLinkedList& list :
              {node->inq_in_connections_list(), node->inq_out_connections_list()})
             for (KIVObject* connection : list.of<KIVObject>())
@@ -201,7 +247,7 @@ gsl::owner<KIVLinkedList*> CNodeGraph::find_connections(const KIVLinkedList& nod
 CNode* CNodeGraph::find_single_selected_node() const
 {
     CNode* selected = nullptr;
-    for (CNode* node : nodes->of<CNode>()) {
+    for (CNode* node : NodesOf(*nodes)) {
         if (!node->inq_is_selected())
             continue;
         if (selected)
@@ -213,7 +259,7 @@ CNode* CNodeGraph::find_single_selected_node() const
 
 bool CNodeGraph::inq_channels_selected() const
 {
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         if (any_selected(node->inq_inputs()) || any_selected(node->inq_outputs()))
             return true;
     return false;
@@ -221,7 +267,7 @@ bool CNodeGraph::inq_channels_selected() const
 
 CNode* CNodeGraph::find_node(unsigned int label) const
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         if (node->inq_label() == label)
             return node;
     return nullptr;
@@ -229,8 +275,8 @@ CNode* CNodeGraph::find_node(unsigned int label) const
 
 bool CNodeGraph::is_connected_to_root(const CNode* node) const
 {
-    if (node == root_node)
-        return true;
+    if (!node || node == root_node)
+        return node;
     bool is_connected = false;
     const NodeWalk walk;
     walk_beyond(node, Neighbours::parents_of, [&](const CNode* reader) {
@@ -277,24 +323,16 @@ void CNodeGraph::record_dll_usage(KIVDLLUsageList* usage) const
         usage->record_object_usage(node);
 }
 
-bool CNodeGraph::run_type_checker(TypeLists lists, CNodeChannel* output, CNodeChannel* input)
-{
-    DAGExec check(this, "type_checker", new DAGOpBottomUpDefault);
-    if (output && input)
-        check.inq_graph()->make_connection(output, input);
-    check.init();
-    check.set_store_result(lists == TypeLists::STORED);
-    return check.execute();
-}
-
 bool CNodeGraph::inq_can_connect_data_types(CNodeChannel* output, CNodeChannel* input)
 {
-    return run_type_checker(TypeLists::DROPPED, output, input);
+    return upkeep->check_types(TypeLists::DROPPED, output, input);
 }
 
 bool CNodeGraph::inq_can_connect_acyclic(CNodeChannel* output, CNodeChannel* input)
 {
-    for (CNode* node : nodes->of<CNode>())
+    if (!stands_on_node(output) || !stands_on_node(input))
+        return false;
+    for (CNode* node : NodesOf(*nodes))
         node->set_acyclic_flag(false);
     input->inq_node()->set_acyclic_flag(true);
     return output->inq_node()->do_acyclic_check();
@@ -327,18 +365,20 @@ CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, CNodeChannel*
 CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, int output_index,
                                              CNodeChannel* input, int input_index, bool notify)
 {
-    if (type_checker_enabled && !run_type_checker(TypeLists::STORED, output, input))
+    if (!stands_on_node(output) || !stands_on_node(input))
+        return nullptr;
+    if (type_checker_enabled && !upkeep->check_types(TypeLists::STORED, output, input))
         return nullptr;
     auto* connection = new CNodeConnection(output, input);
-    output->add_connection(connection, output_index);
-    input->add_connection(connection, input_index);
+    upkeep->connect(*connection, output_index, input_index);
     CNode* reader = input->inq_node();
     if (notify) {
         reader->input_connections_changed();
         output->inq_node()->output_connections_changed();
     }
-    update_input_connections(reader);
-    notify_connections_changed(is_connected_to_root(reader));
+    const bool is_connected = update_readers(reader);
+    upkeep->update_inchoate_flags();
+    tell_connections_changed(is_connected);
     return connection;
 }
 
@@ -350,38 +390,40 @@ void CNodeGraph::delete_connection(gsl::owner<CNodeConnection*> connection, bool
     CNodeChannel* output = taken->inq_output_channel();
     CNodeChannel* input = taken->inq_input_channel();
     if (output) {
-        output->remove_connection(connection);
-        if (notify)
+        upkeep->leave_output(*connection);
+        if (notify && output->inq_node())
             output->inq_node()->output_connections_changed();
     }
     if (input) {
-        input->remove_connection(connection);
-        if (notify)
+        upkeep->leave_input(*connection);
+        if (notify && input->inq_node())
             input->inq_node()->input_connections_changed();
     }
     if (type_checker_enabled)
-        run_type_checker(TypeLists::STORED);
-    if (input)
+        upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
+    if (stands_on_node(input))
         update_input_connections(input->inq_node());
 }
 
 bool CNodeGraph::set_type_checker_enabled()
 {
     type_checker_enabled = true;
-    return run_type_checker(TypeLists::STORED);
+    return upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
 }
 
 void CNodeGraph::add_node(gsl::owner<CNode*> node)
 {
-    nodes->add(node);
+    if (!node)
+        return;
     node->set_graph(this);
+    upkeep->add_node(node);
     node->node_just_added_to_graph();
     notify_number_of_nodes_changed();
 }
 
 gsl::owner<CNode*> CNodeGraph::remove_node(CNode* node)
 {
-    if (!nodes->remove(node))
+    if (!node || !nodes->remove(node))
         return nullptr;
     node->set_graph(nullptr);
     node->node_just_removed_from_graph();
@@ -391,17 +433,25 @@ gsl::owner<CNode*> CNodeGraph::remove_node(CNode* node)
 
 void CNodeGraph::update_input_connections(CNode* node)
 {
-    for (CNode* reader : nodes_down_to(root_node, node))
+    update_readers(node);
+}
+
+/// Whether the root can be reached from the node afterwards.
+bool CNodeGraph::update_readers(CNode* node)
+{
+    const CNode* const root = root_node;
+    const unsigned long seen_changes = GraphChanges::our_count;
+    const std::vector<CNode*> readers = nodes_down_to(root, node);
+    for (CNode* reader : readers)
         reader->input_connections_updated();
+    if (root_node != root || GraphChanges::our_count != seen_changes)
+        return is_connected_to_root(node); // a node has changed the graph
+    return std::ranges::find(readers, root) != readers.end();
 }
 
 void CNodeGraph::update_inchoate_flags()
 {
-    for (CNode* node : nodes->of<CNode>())
-        node->set_inchoate_flag(false);
-    for (CNode* node : nodes->of<CNode>())
-        if (!node->inq_is_fully_connected())
-            node->set_and_propogate_inchoate_flag();
+    upkeep->update_all_inchoate_flags();
 }
 
 void CNodeGraph::attach_watcher(CNodeGraphWatcher* watcher)
@@ -430,6 +480,11 @@ void CNodeGraph::remove_selection_watcher(CNodeGraphSelectionWatcher* watcher)
 void CNodeGraph::notify_connections_changed(bool connected_to_root)
 {
     update_inchoate_flags();
+    tell_connections_changed(connected_to_root);
+}
+
+void CNodeGraph::tell_connections_changed(bool connected_to_root)
+{
     tell_all<CNodeGraphWatcher>(*watchers,
                                 [=](auto& w) { w.connections_changed(connected_to_root); });
 }
@@ -473,28 +528,29 @@ void CNodeGraph::set_end_change_name(const char* text)
 
 void CNodeGraph::mark_used_assets()
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         node->mark_used_assets();
 }
 
 bool CNodeGraph::load_finished_with_abort(XSheet* sheet, bool)
 {
     xsheet = sheet;
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         node->lay_out_after_load();
     if (abort_of_load_finished())
         return true;
     constexpr int PASSES = 2; // in its second call a node may rely on all others' first
     for (int pass = 0; pass < PASSES; ++pass)
-        for (CNode* node : nodes->of<CNode>())
+        for (CNode* node : NodesOf(*nodes))
             node->after_load_finished();
-    run_type_checker(TypeLists::STORED); // types that do not fit are no reason to refuse a scene
+    // types that do not fit are no reason to refuse a scene
+    upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
     return false;
 }
 
 bool CNodeGraph::abort_of_load_finished()
 {
-    for (CNode* node : nodes->of<CNode>())
+    for (CNode* node : NodesOf(*nodes))
         if (node->load_finished_with_abort())
             return true;
     return false;
@@ -502,7 +558,7 @@ bool CNodeGraph::abort_of_load_finished()
 
 void CNodeGraph::delete_all_connections()
 {
-    for (const CNode* node : nodes->of<CNode>())
+    for (const CNode* node : NodesOf(*nodes))
         for (const CNodeChannelSet* set : {node->inq_outputs(), node->inq_inputs()})
             for (int i = 0; set && i < set->inq_n_channels(); ++i)
                 empty_channel(*set->inq_channel(i));

@@ -10,21 +10,15 @@
 #include "compositor/lib/hdr/CNodeOpArraySet.h"
 #include "compositor/lib/hdr/CNodeRepository.h"
 #include "compositor/lib/hdr/GraphExec.h"
+#include "compositor/lib/src/OpVisit.h"
 #include "kivlib/hdr/KIVError.h"
 
-namespace {
-/// Calls `use` on each op that feeds `op`, until it answers false.
-template <class Use> bool for_each_input(const CNodeOp& op, Use use)
-{
-    for (int i = 0; i < op.inq_n_inputs(); ++i) {
-        const CNodeOpArray* array = op.inq_inputs(i);
-        for (int k = 0; array && k < array->inq_n_nodes(); ++k)
-            if (CNodeOp* input = array->inq_node_op(k); input && !use(*input))
-                return false;
-    }
-    return true;
-}
-} // namespace
+/// What a changed request asked of an op, and what it answered.
+struct CNodeOp::Asked {
+    unsigned long run = 0; // 0 when the op was told otherwise since
+    std::unique_ptr<CData> request;
+    std::unique_ptr<CData> answer;
+};
 
 CNodeOp::CNodeOp(CNode* node)
     : node(node), node_name(node ? node->inq_name() : KIVString()),
@@ -51,7 +45,7 @@ void CNodeOp::init_data(AbortPanel*)
 {
     if (inq_n_inputs() == 0 || !node_data)
         return;
-    if (CData* input = inq_first_input_data())
+    if (CData* input = inq_input_data(0))
         input->copy_immediate_data_to(node_data.get());
     else
         node_data->clear_immediate_data();
@@ -59,7 +53,7 @@ void CNodeOp::init_data(AbortPanel*)
 
 void CNodeOp::generate_data(AbortPanel* abort)
 {
-    CData* input = inq_first_input_data();
+    CData* input = inq_input_data(0);
     if (input && node_data)
         input->copy_generated_data_to(node_data.get(), abort);
 }
@@ -77,7 +71,7 @@ void CNodeOp::disabled_init_data(AbortPanel* abort)
         return;
     }
     for (int i = 0; i < n; ++i) {
-        CData* input = inq_inputs(i)->inq_data();
+        CData* input = inq_input_data(i);
         if (input && n == 1)
             input->copy_immediate_data_to(node_data.get());
         else if (input)
@@ -95,7 +89,7 @@ void CNodeOp::disabled_generate_data(AbortPanel* abort)
         return;
     }
     for (int i = 0; i < n; ++i) {
-        CData* input = inq_inputs(i)->inq_data();
+        CData* input = inq_input_data(i);
         if (input && n == 1)
             input->copy_generated_data_to(node_data.get(), abort);
         else if (input)
@@ -151,10 +145,10 @@ CNodeOpArray* CNodeOp::inq_inputs(int i) const
     return inputs ? inputs->inq_nodeop_array(i) : nullptr;
 }
 
-CData* CNodeOp::inq_first_input_data() const
+CData* CNodeOp::inq_input_data(int i) const
 {
-    const CNodeOpArray* first = inq_inputs(0);
-    return first ? first->inq_data() : nullptr;
+    const CNodeOpArray* array = inq_inputs(i);
+    return array ? array->inq_data() : nullptr;
 }
 
 bool CNodeOp::inq_is_input_channel_selected(int i) const
@@ -174,6 +168,7 @@ void CNodeOp::set_outputs(int type, gsl::owner<CData*> data)
 {
     convertor.reset();
     converted_data.reset();
+    asked.reset();
     node_data.reset(data);
     if (!node_data || node_data->inq_type() == type)
         return;
@@ -199,6 +194,7 @@ void CNodeOp::do_setup_data(bool is_quiescent)
         copy_node_info(node);
     hand_request_on();
     quiescent = q;
+    awaits_answer = true;
 }
 
 // Requests come to the upper layers first. A node that only hands its one input on covers with it.
@@ -254,6 +250,7 @@ void CNodeOp::do_request_data(AbortPanel*)
 
 void CNodeOp::do_immediate_data(AbortPanel* abort)
 {
+    is_answering = true;
     auto_union_immediate_data(abort);
     if (state == NODEOP_ACTIVE)
         init_data(abort);
@@ -261,6 +258,52 @@ void CNodeOp::do_immediate_data(AbortPanel* abort)
         disabled_init_data(abort);
     if (convertor)
         convertor->convert_immediate(node_data.get(), converted_data.get());
+    is_answering = false;
+    awaits_answer = false;
+    note_answer();
+}
+
+void CNodeOp::note_request()
+{
+    awaits_answer = true;
+    CData* output = inq_output_data();
+    if (!graph || !output || !output->inq_request_equals(output))
+        return;
+    if (!asked) {
+        CDataDescriptor* descriptor = output->inq_desc();
+        asked = std::make_unique<Asked>();
+        asked->request.reset(descriptor->new_data());
+        asked->answer.reset(descriptor->new_data());
+    }
+    asked->run = graph->inq_run();
+    asked->request->copy_request_data_from(output);
+}
+
+void CNodeOp::note_answer()
+{
+    if (asked && asked->run == graph->inq_run())
+        inq_output_data()->copy_immediate_data_to(asked->answer.get());
+}
+
+/// Whether the op has answered the request that its consumer has just handed it. The request took
+/// the answer's place: the answer stands there again.
+bool CNodeOp::take_earlier_answer()
+{
+    CData* output = inq_output_data();
+    const bool is_answered = asked && asked->run == graph->inq_run() && !awaits_answer;
+    if (!is_answered || !output->inq_request_equals(asked->request.get()))
+        return false;
+    asked->answer->copy_immediate_data_to(output);
+    return true;
+}
+
+/// What feeds the op is asked for something else than follows from its own request, nor from those
+/// of its consumers. An op that asks so while it answers does the same each time.
+void CNodeOp::forget_request()
+{
+    for (CNodeOp* op = this; op && !op->is_answering; op = op->inq_consumer())
+        if (op->asked)
+            op->asked->run = 0;
 }
 
 void CNodeOp::generate_node_data(AbortPanel* abort)
@@ -315,7 +358,7 @@ bool CNodeOp::inq_input_types_same_as_output() const
 {
     const int type = node_data->inq_type();
     for (int i = 0; i < inq_n_inputs(); ++i) {
-        const CData* input = inq_inputs(i)->inq_data();
+        const CData* input = inq_input_data(i);
         if (input && input->inq_type() != type)
             return false;
     }
@@ -324,69 +367,116 @@ bool CNodeOp::inq_input_types_same_as_output() const
 
 bool CNodeOp::inq_all_direct_composite()
 {
-    return inq_all_direct_composite_but(nullptr);
+    return inq_all_direct_composite(inq_direct_phase());
 }
 
-/// `known` complies. The answer holds for a generated phase, in which each input may ask for it.
-bool CNodeOp::inq_all_direct_composite_but(const CNodeOp* known)
-{
-    const unsigned long phase = graph ? graph->inq_generated_phase() : 0;
-    if (phase == 0 || direct_phase != phase)
-        is_all_direct = find_all_direct_composite_but(known);
-    direct_phase = phase;
-    return is_all_direct;
-}
-
-/// An op that only lets through what feeds it is looked through: its inputs have to comply too.
-bool CNodeOp::find_all_direct_composite_but(const CNodeOp* known) const
-{
-    std::vector<const CNodeOp*> looked_through{this};
-    const auto complies = [&](CNodeOp& input) {
-        if (&input == known)
-            return true;
-        if (input.convertor ? input.convertor->inq_can_composite() : input.inq_can_composite())
-            return true;
-        if (!input.inq_composite_through())
-            return false;
-        looked_through.push_back(&input);
-        return true;
-    };
-    while (!looked_through.empty()) {
-        const CNodeOp* op = looked_through.back();
-        looked_through.pop_back();
-        if (!for_each_input(*op, complies))
-            return false;
-    }
-    return true;
-}
-
-/// From consumer to consumer, as far as all that feeds them can be drawn straight through: the
-/// last of them that has data of the type offers them. Each consumer on the way complies for the
-/// next.
 CData* CNodeOp::inq_composite_output(int type)
 {
-    CData* found = nullptr;
-    const CNodeOp* known = nullptr;
-    for (CNodeOp* op = this; op;) {
-        if (op->node_data && op->node_data->inq_type() == type)
-            found = op->node_data.get();
-        CNodeOp* consumer = op->converted_data ? nullptr : op->inq_consumer();
-        op = consumer && consumer->inq_lets_through(known) ? consumer : nullptr;
-        known = op;
-    }
-    return found;
+    return inq_composite_output(type, inq_direct_phase());
 }
 
 CData* CNodeOp::inq_converted_composite_output(int type)
 {
+    const unsigned long phase = inq_direct_phase();
     CNodeOp* consumer = inq_consumer();
-    CData* found = consumer && consumer->inq_lets_through(nullptr)
-                       ? consumer->inq_composite_output(type)
+    CData* found = consumer && consumer->inq_lets_through(phase)
+                       ? consumer->inq_composite_output(type, phase)
                        : nullptr;
     return found ? found : inq_output_data();
 }
 
-bool CNodeOp::inq_lets_through(const CNodeOp* known)
+/// 0 without a graph, when nothing that was found is kept.
+unsigned long CNodeOp::inq_direct_phase() const
 {
-    return inq_composite_through() && inq_all_direct_composite_but(known);
+    return graph ? graph->inq_direct_phase() : 0;
+}
+
+bool CNodeOp::inq_composites_directly()
+{
+    return convertor ? convertor->inq_can_composite() : inq_can_composite();
+}
+
+bool CNodeOp::inq_lets_through(unsigned long phase)
+{
+    return inq_composite_through() && inq_all_direct_composite(phase);
+}
+
+bool CNodeOp::inq_knows_all_direct(unsigned long phase) const
+{
+    return phase != 0 && direct_phase == phase;
+}
+
+bool CNodeOp::inq_all_direct_composite(unsigned long phase)
+{
+    return inq_knows_all_direct(phase) ? is_all_direct : find_all_direct_composite(phase);
+}
+
+/// An input that only lets through what feeds it is looked through: its inputs have to comply too.
+/// One that doesn't comply speaks for all that were looked through on the way to it.
+bool CNodeOp::find_all_direct_composite(unsigned long phase)
+{
+    std::vector<OpVisit> path{{this}};
+    const auto settle = [&](bool direct) {
+        CNodeOp* op = path.back().op;
+        op->is_all_direct = direct;
+        op->direct_phase = phase;
+        path.pop_back();
+    };
+    bool complies = true;
+    while (!path.empty()) {
+        CNodeOp* input = complies ? path.back().next_input() : nullptr;
+        if (!input)
+            settle(complies);
+        else if (input->inq_composites_directly())
+            continue;
+        else if (!input->inq_composite_through())
+            complies = false;
+        else if (input->inq_knows_all_direct(phase))
+            complies = input->is_all_direct;
+        else
+            path.push_back({input});
+    }
+    return complies;
+}
+
+bool CNodeOp::inq_knows_target(int type, unsigned long phase) const
+{
+    return phase != 0 && target_phase == phase && target_type == type;
+}
+
+/// From consumer to consumer, as far as all that feeds them can be drawn straight through: the
+/// last of them that has data of the type offers them, to each op on the way there too.
+CData* CNodeOp::inq_composite_output(int type, unsigned long phase)
+{
+    CData* found = nullptr;
+    const CNodeOp* offering = nullptr;
+    CNodeOp* last = this;
+    for (CNodeOp* op = this; op;) {
+        last = op;
+        const bool is_known = op->inq_knows_target(type, phase);
+        CData* offered = is_known ? op->target : op->node_data.get();
+        if (offered && offered->inq_type() == type) {
+            found = offered;
+            offering = op;
+        }
+        CNodeOp* consumer = is_known || op->converted_data ? nullptr : op->inq_consumer();
+        op = consumer && consumer->inq_lets_through(phase) ? consumer : nullptr;
+    }
+    share_target(found, offering, last, type, phase);
+    return found;
+}
+
+/// Behind the op that offers the target there is none.
+void CNodeOp::share_target(CData* found, const CNodeOp* offering, const CNodeOp* last, int type,
+                           unsigned long phase)
+{
+    for (CNodeOp* op = this;; op = op->inq_consumer()) {
+        op->target = found;
+        op->target_type = type;
+        op->target_phase = phase;
+        if (op == offering)
+            found = nullptr;
+        if (op == last)
+            return;
+    }
 }

@@ -10,7 +10,10 @@
 CNodeOpArray::CNodeOpArray(int n, int type, bool selected)
     : n_nodes(std::max(n, 0)), nodes(static_cast<std::size_t>(n_nodes)),
       union_data(n_nodes > 1 ? CDataDescriptor::new_data(type) : nullptr), is_selected(selected)
-{}
+{
+    if (n_nodes > 1)
+        order.reserve(nodes.size());
+}
 
 CNodeOpArray::~CNodeOpArray() = default;
 
@@ -83,27 +86,39 @@ void CNodeOpArray::reset_union_data()
 
 void CNodeOpArray::reorder(const IntArray* new_order, bool forget)
 {
-    if (order && !forget && *new_order == *order)
+    if (!forget && inq_is_order(*new_order))
         return;
     if (!inq_is_permutation(*new_order)) {
         report_here() << "Program error.\n";
         return;
     }
-    if (order && !forget)
+    if (!forget)
         undo_order();
-    const std::vector<CNodeOp*> old = nodes;
-    for (int i = 0; i < n_nodes; ++i)
-        set_nodeop(i, old[static_cast<std::size_t>(new_order->inq_element(i))]);
-    order = std::make_unique<IntArray>(*new_order);
+    const Ops old = nodes;
+    order.resize(nodes.size());
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        order[i] = new_order->inq_element(static_cast<int>(i));
+        nodes[i] = old[static_cast<std::size_t>(order[i])];
+    }
     if (GraphExec* graph = find_graph())
         graph->set_needs_reorder(true);
 }
 
 void CNodeOpArray::undo_order()
 {
-    const std::vector<CNodeOp*> ordered = nodes;
+    const Ops ordered = nodes;
+    for (std::size_t i = 0; i < order.size(); ++i)
+        nodes[static_cast<std::size_t>(order[i])] = ordered[i];
+}
+
+bool CNodeOpArray::inq_is_order(const IntArray& places) const
+{
+    if (order.empty() || places.size() != n_nodes)
+        return false;
     for (int i = 0; i < n_nodes; ++i)
-        set_nodeop(order->inq_element(i), ordered[static_cast<std::size_t>(i)]);
+        if (places.inq_element(i) != order[static_cast<std::size_t>(i)])
+            return false;
+    return true;
 }
 
 bool CNodeOpArray::inq_is_permutation(const IntArray& places) const

@@ -3,8 +3,6 @@
 #include "compositor/lib/hdr/DAGExecError.h"
 #include "compositor/lib/hdr/DAGExecReporter.h"
 #include "compositor/lib/hdr/DAGOpNode.h"
-#include "compositor/lib/src/FlatTypeChecker.h"
-#include "compositor/lib/src/type_sets.h"
 
 namespace {
 /// Stands where no default was given, and tells the direction of the pass. It is no object.
@@ -40,39 +38,16 @@ DAGExec::~DAGExec()
 
 void DAGExec::init()
 {
-    graph->set_when_built(nullptr);
-    drop_flat_check();
-    if (!graph->top_sort_nodes()) {
-        drop_ops();
-        signal_and_drop(new DAGExecTCErrorCyclic);
-        return;
-    }
-    if (!inq_is_flat_check()) {
+    if (graph->top_sort_nodes()) {
         set_ops();
         return;
     }
-    flat_check = std::make_unique<FlatTypeChecker>(*this, *graph->inq_flat());
-    graph->set_when_built([this] { set_ops(); });
-}
-
-/// While nobody has looked at the mirrored nodes, a type check needs none.
-bool DAGExec::inq_is_flat_check() const
-{
-    return inq_is_bottom_up() && op_name == TYPE_CHECKER && graph->inq_flat();
-}
-
-/// What the check has found goes with it.
-void DAGExec::drop_flat_check()
-{
-    if (FlatGraph* flat = graph->inq_flat())
-        flat->set_found({}, {});
-    flat_check.reset();
+    drop_ops();
+    signal_and_drop(new DAGExecTCErrorCyclic);
 }
 
 void DAGExec::drop_ops()
 {
-    if (graph->inq_flat())
-        return;
     for (DAGOpNode* node : graph->inq_nodes_list()->of<DAGOpNode>())
         node->drop_all_ops();
 }
@@ -104,11 +79,6 @@ void DAGExec::set_ops_of(DAGOpNode& node)
 bool DAGExec::execute()
 {
     failed = false;
-    if (graph->inq_flat()) {
-        if (flat_check)
-            flat_check->run();
-        return !failed;
-    }
     for (DAGOpNode* node : graph->inq_nodes_list()->of<DAGOpNode>()) {
         if (failed)
             break;

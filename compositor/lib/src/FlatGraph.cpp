@@ -9,177 +9,170 @@
 #include "compositor/lib/hdr/DAGOpNode.h"
 
 #include <bit>
+#include <cstdint>
 
-int inq_n_mirrored_inputs(CNode& node)
+int inq_n_mirrored_inputs(const CNode& node)
 {
     const CNodeDescriptor* descriptor = node.inq_desc();
     return descriptor && descriptor->inq_n_inputs() > 0 ? node.inq_n_input_channels() : 0;
 }
 
-int inq_n_mirrored_outputs(CNode& node)
+int inq_n_mirrored_outputs(const CNode& node)
 {
     const CNodeDescriptor* descriptor = node.inq_desc();
     return descriptor && descriptor->inq_n_outputs() > 0 ? node.inq_n_output_channels() : 0;
 }
 
-FlatGraph::FlatGraph(CNodeGraph* graph)
+FlatGraph::FlatGraph(const CNodeGraph& graph)
 {
-    if (!graph)
-        return;
-    const KIVLinkedList& list = *graph->inq_nodes_list();
-    nodes.reserve(static_cast<std::size_t>(list.count()));
-    order.reserve(nodes.capacity());
+    const KIVLinkedList& list = *graph.inq_nodes_list();
+    const auto n = static_cast<std::size_t>(list.count());
+    nodes.reserve(n);
+    order.reserve(n);
+    place_in_order.reserve(n);
+    make_places(n);
     for (CNode* node : list.of<CNode>())
         if (node)
             add_node(node);
-    make_map();
-    for (const int number : order)
+    for (int number = 0; number < inq_n_nodes(); ++number)
         connect_outputs(number);
 }
 
 void FlatGraph::add_node(CNode* real)
 {
-    order.push_back(inq_n_nodes());
-    nodes.push_back(
-        {real, n_inputs, inq_n_mirrored_inputs(*real), n_outputs, inq_n_mirrored_outputs(*real)});
-    n_inputs += nodes.back().n_inputs;
-    n_outputs += nodes.back().n_outputs;
+    const int number = inq_n_nodes();
+    if (2 * nodes.size() >= places.size())
+        make_places(2 * nodes.size());
+    if (Place& place = places[find_place(real)]; !place.real)
+        place = {real, number};
+    nodes.push_back({real, inq_n_inputs(), inq_n_mirrored_inputs(*real), inq_n_outputs(),
+                     inq_n_mirrored_outputs(*real)});
+    inputs.resize(inputs.size() + index(nodes.back().n_inputs), {number});
+    outputs.resize(outputs.size() + index(nodes.back().n_outputs), {number});
+    place_in_order.push_back(static_cast<int>(order.size()));
+    order.push_back(number);
 }
 
 void FlatGraph::connect_outputs(int number)
 {
-    const Node& node = inq_node(number);
+    const Node node = inq_node(number);
     for (int i = 0; i < node.n_outputs; ++i) {
-        CNodeChannel* channel = node.real->inq_outputs()->inq_channel(i);
-        for (const auto* made : channel->inq_connections_list()->of<CNodeConnection>()) {
-            Connection ends{number, node.first_output + i, -1, -1};
-            if (find_input(made->inq_input_channel(), ends))
-                connections.push_back(ends);
-        }
+        const CNodeChannel& channel = *node.real->inq_outputs()->inq_channel(i);
+        for (const auto* made : channel.inq_connections_list()->of<CNodeConnection>())
+            if (const int input = find_input(made->inq_input_channel()); input != NONE)
+                connect(node.first_output + i, input, Position::BY_OUTPUT);
     }
 }
 
-/// The map is at most half full, and a node stands at the first free place from its hash on.
-void FlatGraph::make_map()
+/// The table is at most half full, and a node stands at the first free place from its hash on.
+void FlatGraph::make_places(std::size_t n_nodes)
 {
-    map_bits = static_cast<int>(std::bit_width(2 * nodes.size() + 1));
-    map.assign(std::size_t{1} << map_bits, Place{});
-    for (const int number : order)
-        map[find_place(inq_node(number).real)] = {inq_node(number).real, number};
+    place_bits = static_cast<int>(std::bit_width(2 * n_nodes + 1));
+    places.assign(std::size_t{1} << place_bits, Place{});
+    for (int number = 0; number < inq_n_nodes(); ++number)
+        if (Place& place = places[find_place(inq_node(number).real)]; !place.real)
+            place = {inq_node(number).real, number};
 }
 
+/// Where the node stands, or would stand.
 std::size_t FlatGraph::find_place(const CNode* real) const
 {
     constexpr std::uint64_t golden_ratio = 0x9E3779B97F4A7C15U;
     constexpr int n_bits = 64;
     std::size_t place =
-        (reinterpret_cast<std::uintptr_t>(real) * golden_ratio) >> (n_bits - map_bits);
-    while (map[place].real && map[place].real != real)
-        place = (place + 1) & (map.size() - 1);
+        (reinterpret_cast<std::uintptr_t>(real) * golden_ratio) >> (n_bits - place_bits);
+    while (places[place].real && places[place].real != real)
+        place = (place + 1) & (places.size() - 1);
     return place;
 }
 
-int FlatGraph::find_number(const CNode* real) const
+int FlatGraph::find_input(const CNodeChannel* channel) const
 {
-    return map.empty() ? -1 : map[find_place(real)].number;
+    const int number = find_node(channel ? channel->inq_node() : nullptr);
+    const int i = number == NONE ? NONE : channel->find_channel_index();
+    if (i < 0 || i >= inq_node(number).n_inputs)
+        return NONE;
+    return inq_node(number).first_input + i;
 }
 
-bool FlatGraph::find_output(CNodeChannel* channel, Connection& ends) const
+int FlatGraph::find_output(const CNodeChannel* channel) const
 {
-    ends.from_node = channel ? find_number(channel->inq_node()) : -1;
-    if (ends.from_node < 0)
-        return false;
-    const Node& node = inq_node(ends.from_node);
-    const int index = channel->find_channel_index();
-    ends.output = node.first_output + index;
-    return 0 <= index && index < node.n_outputs;
+    const int number = find_node(channel ? channel->inq_node() : nullptr);
+    const int i = number == NONE ? NONE : channel->find_channel_index();
+    if (i < 0 || i >= inq_node(number).n_outputs)
+        return NONE;
+    return inq_node(number).first_output + i;
 }
 
-bool FlatGraph::find_input(CNodeChannel* channel, Connection& ends) const
+int FlatGraph::new_connection(int output, int input)
 {
-    ends.to_node = channel ? find_number(channel->inq_node()) : -1;
-    if (ends.to_node < 0)
-        return false;
-    const Node& node = inq_node(ends.to_node);
-    const int index = channel->find_channel_index();
-    ends.input = node.first_input + index;
-    return 0 <= index && index < node.n_inputs;
+    const Connection made{output, input, NONE, NONE, NONE, outputs[index(output)].first};
+    if (free_connections.empty()) {
+        connections.push_back(made);
+        return static_cast<int>(connections.size()) - 1;
+    }
+    const int number = free_connections.back();
+    free_connections.pop_back();
+    connections[index(number)] = made;
+    return number;
 }
 
-void FlatGraph::make_connection(CNodeChannel* output, CNodeChannel* input)
+/// Among the readers of an output the order means nothing.
+int FlatGraph::connect(int output, int input, Position position)
 {
-    Connection ends{};
-    if (!find_output(output, ends) || !find_input(input, ends))
-        return;
-    connections.push_back(ends);
-    first_feed.clear();
+    const int number = new_connection(output, input);
+    Connection& made = connections[index(number)];
+    Ends& readers = outputs[index(output)];
+    (readers.first == NONE ? readers.last : connections[index(readers.first)].previous_reader) =
+        number;
+    readers.first = number;
+
+    Ends& feeds = inputs[index(input)];
+    int before = feeds.last;
+    while (position == Position::BY_OUTPUT && before != NONE &&
+           inq_connection(before).output > output)
+        before = inq_connection(before).previous_feed;
+    made.previous_feed = before;
+    made.next_feed = before == NONE ? feeds.first : inq_connection(before).next_feed;
+    (before == NONE ? feeds.first : connections[index(before)].next_feed) = number;
+    (made.next_feed == NONE ? feeds.last : connections[index(made.next_feed)].previous_feed) =
+        number;
+    is_in_order = is_in_order && inq_place(readers.node) < inq_place(feeds.node);
+    return number;
 }
 
-void FlatGraph::delete_connection(CNodeConnection* connection)
+void FlatGraph::disconnect(int number)
 {
-    Connection ends{};
-    if (!find_output(connection->inq_output_channel(), ends) ||
-        !find_input(connection->inq_input_channel(), ends))
-        return;
-    const auto last =
-        std::find_if(connections.rbegin(), connections.rend(), [&](const Connection& made) {
-            return made.output == ends.output && made.input == ends.input;
-        });
-    if (last == connections.rend())
-        return;
-    connections.erase(std::next(last).base());
-    first_feed.clear();
+    const Connection gone = inq_connection(number);
+    Ends& readers = outputs[index(gone.output)];
+    (gone.previous_reader == NONE ? readers.first
+                                  : connections[index(gone.previous_reader)].next_reader) =
+        gone.next_reader;
+    (gone.next_reader == NONE ? readers.last
+                              : connections[index(gone.next_reader)].previous_reader) =
+        gone.previous_reader;
+    Ends& feeds = inputs[index(gone.input)];
+    (gone.previous_feed == NONE ? feeds.first : connections[index(gone.previous_feed)].next_feed) =
+        gone.next_feed;
+    (gone.next_feed == NONE ? feeds.last : connections[index(gone.next_feed)].previous_feed) =
+        gone.previous_feed;
+    free_connections.push_back(number);
 }
 
-/// A counting sort of the connections by input channel; it keeps their order on each.
-void FlatGraph::gather_feeds()
+/// Both rings are searched side by side: one of them may be very long.
+int FlatGraph::find_connection(int output, int input) const
 {
-    if (!first_feed.empty())
-        return;
-    first_feed.assign(static_cast<std::size_t>(n_inputs) + 1, 0);
-    for (const Connection& made : connections)
-        ++first_feed[static_cast<std::size_t>(made.input) + 1];
-    for (std::size_t i = 1; i < first_feed.size(); ++i)
-        first_feed[i] += first_feed[i - 1];
-    feeds.resize(connections.size());
-    std::vector<int> place = first_feed;
-    for (const Connection& made : connections)
-        feeds[static_cast<std::size_t>(place[static_cast<std::size_t>(made.input)]++)] = made;
-}
-
-std::span<const FlatGraph::Connection> FlatGraph::inq_feeds(int input) const
-{
-    const int* first = &first_feed[static_cast<std::size_t>(input)];
-    return {feeds.data() + first[0], feeds.data() + first[1]};
-}
-
-std::span<const cdata_tDArray* const> FlatGraph::inq_input_types(int number) const
-{
-    const Node& node = inq_node(number);
-    if (input_types.empty())
-        return {};
-    return {input_types.data() + node.first_input, static_cast<std::size_t>(node.n_inputs)};
-}
-
-std::span<const cdata_tDArray* const> FlatGraph::inq_output_types(int number) const
-{
-    const Node& node = inq_node(number);
-    if (output_types.empty())
-        return {};
-    return {output_types.data() + node.first_output, static_cast<std::size_t>(node.n_outputs)};
-}
-
-void FlatGraph::set_found(std::vector<const cdata_tDArray*> inputs,
-                          std::vector<const cdata_tDArray*> outputs)
-{
-    input_types = std::move(inputs);
-    output_types = std::move(outputs);
-}
-
-std::span<const FlatGraph::Connection> FlatGraph::inq_feeds_of(const Node& node) const
-{
-    const int* first = &first_feed[static_cast<std::size_t>(node.first_input)];
-    return {feeds.data() + first[0], feeds.data() + first[node.n_inputs]};
+    int feed = inq_first_feed(input);
+    int reader = inq_first_reader(output);
+    while (feed != NONE && reader != NONE) {
+        if (inq_connection(feed).output == output)
+            return feed;
+        if (inq_connection(reader).input == input)
+            return reader;
+        feed = inq_connection(feed).next_feed;
+        reader = inq_connection(reader).next_reader;
+    }
+    return NONE;
 }
 
 /// A walk that goes from each node to what feeds it and leaves the nodes behind it in order.
@@ -194,7 +187,7 @@ public:
     /// False if it met a cycle.
     bool visit_from(int start)
     {
-        if (colour(start) == DAGOpNode::UNVISITED)
+        if (colours[index(start)] == DAGOpNode::UNVISITED)
             enter(start);
         while (!path.empty())
             if (!step())
@@ -205,22 +198,22 @@ public:
     std::vector<int> sorted;
 
 private:
+    /// A node on the path, its next input, and the next feed of the input before.
     struct Visit {
         int number;
-        std::span<const Connection> feeds_left;
+        int input;
+        int feed = NONE;
     };
-
-    char& colour(int number) { return colours[static_cast<std::size_t>(number)]; }
 
     void enter(int number)
     {
-        colour(number) = DAGOpNode::ON_PATH;
-        path.push_back({number, graph.inq_feeds_of(graph.inq_node(number))});
+        colours[index(number)] = DAGOpNode::ON_PATH;
+        path.push_back({number, graph.inq_node(number).first_input});
     }
 
     void leave(int number)
     {
-        colour(number) = DAGOpNode::FINISHED;
+        colours[index(number)] = DAGOpNode::FINISHED;
         sorted.push_back(number);
         path.pop_back();
     }
@@ -228,15 +221,19 @@ private:
     bool step()
     {
         Visit& now = path.back();
-        if (now.feeds_left.empty()) {
+        const Node& node = graph.inq_node(now.number);
+        while (now.feed == NONE && now.input < node.first_input + node.n_inputs)
+            now.feed = graph.inq_first_feed(now.input++);
+        if (now.feed == NONE) {
             leave(now.number);
             return true;
         }
-        const int feeder = now.feeds_left.front().from_node;
-        now.feeds_left = now.feeds_left.subspan(1);
-        if (colour(feeder) == DAGOpNode::ON_PATH)
+        const Connection& feed = graph.inq_connection(now.feed);
+        now.feed = feed.next_feed;
+        const int feeder = graph.inq_node_of_output(feed.output);
+        if (colours[index(feeder)] == DAGOpNode::ON_PATH)
             return false;
-        if (colour(feeder) == DAGOpNode::UNVISITED)
+        if (colours[index(feeder)] == DAGOpNode::UNVISITED)
             enter(feeder);
         return true;
     }
@@ -248,11 +245,12 @@ private:
 
 bool FlatGraph::sort()
 {
-    gather_feeds();
     Sorting sorting(*this);
-    for (const int number : order)
+    for (int number = 0; number < inq_n_nodes(); ++number)
         if (!sorting.visit_from(number))
             return false;
     order = std::move(sorting.sorted);
-    return true;
+    for (std::size_t place = 0; place < order.size(); ++place)
+        place_in_order[index(order[place])] = static_cast<int>(place);
+    return is_in_order = true;
 }

@@ -1,25 +1,22 @@
 #pragma once
 
-#include "compositor/lib/hdr/cdata_tDArray.h"
-
 #include <cstddef>
-#include <memory>
-#include <span>
 #include <vector>
 
 class CNode;
 class CNodeChannel;
-class CNodeConnection;
 class CNodeGraph;
 
 /// The channels that a mirror gives a node: none where the node's class declares none.
-int inq_n_mirrored_inputs(CNode& node);
-int inq_n_mirrored_outputs(CNode& node);
+int inq_n_mirrored_inputs(const CNode& node);
+int inq_n_mirrored_outputs(const CNode& node);
 
-/// A node graph as plain arrays: its nodes, and who feeds whom. Input channels are numbered through
-/// all nodes, and so are output channels.
+/// A node graph as plain arrays: its nodes, and who feeds whom. Nodes are numbered in the graph's
+/// order, input channels through all nodes, and so are output channels.
 class FlatGraph {
 public:
+    static constexpr int NONE = -1;
+
     struct Node {
         CNode* real;
         int first_input;
@@ -27,74 +24,87 @@ public:
         int first_output;
         int n_outputs;
     };
+
+    /// Each stands in two rings of links: those of its input and those of its output.
     struct Connection {
-        int from_node;
         int output;
-        int to_node;
         int input;
+        int previous_feed;
+        int next_feed;
+        int previous_reader;
+        int next_reader;
     };
 
-    explicit FlatGraph(CNodeGraph* graph);
+    /// Where on its input channel a connection stands: among the others by the number of its
+    /// output, or behind them.
+    enum class Position { BY_OUTPUT, LAST };
 
-    /// Nothing happens if a channel is not of this graph.
-    void make_connection(CNodeChannel* output, CNodeChannel* input);
+    explicit FlatGraph(const CNodeGraph& graph);
 
-    /// Takes out the last connection between the same channels.
-    void delete_connection(CNodeConnection* connection);
+    int inq_n_nodes() const { return static_cast<int>(nodes.size()); }
+    int inq_n_inputs() const { return static_cast<int>(inputs.size()); }
+    int inq_n_outputs() const { return static_cast<int>(outputs.size()); }
+    const Node& inq_node(int number) const { return nodes[index(number)]; }
+    int inq_node_of_input(int input) const { return inputs[index(input)].node; }
+    int inq_node_of_output(int output) const { return outputs[index(output)].node; }
 
-    /// Puts what feeds a node before the node. False if there is a cycle; then the order stays.
+    /// `NONE` for a stranger, or for null.
+    int find_node(const CNode* real) const { return places[find_place(real)].number; }
+    int find_input(const CNodeChannel* channel) const;
+    int find_output(const CNodeChannel* channel) const;
+
+    /// `NONE` after the last.
+    int inq_first_feed(int input) const { return inputs[index(input)].first; }
+    int inq_first_reader(int output) const { return outputs[index(output)].first; }
+    const Connection& inq_connection(int number) const { return connections[index(number)]; }
+
+    /// A node without connections.
+    void add_node(CNode* real);
+    int connect(int output, int input, Position position);
+    void disconnect(int connection);
+
+    /// One between these channels, or `NONE`.
+    int find_connection(int output, int input) const;
+
+    /// Puts what feeds a node before the node: the nodes as a walk leaves them that takes them by
+    /// their numbers and goes from each to its feeds first. False if there is a cycle; then the
+    /// order stays.
     bool sort();
 
-    /// The nodes by number, in the order of the graph or, once sorted, inputs first.
-    const std::vector<int>& inq_order() const { return order; }
-    const Node& inq_node(int number) const { return nodes[static_cast<std::size_t>(number)]; }
-    int inq_n_nodes() const { return static_cast<int>(nodes.size()); }
-    int inq_n_inputs() const { return n_inputs; }
-    int inq_n_outputs() const { return n_outputs; }
+    /// Whether the feeds of each node are before the node.
+    bool inq_is_in_order() const { return is_in_order; }
 
-    /// In the order in which they were made.
-    const std::vector<Connection>& inq_connections() const { return connections; }
-
-    /// Puts the connections of each input together, if some were made or deleted since.
-    void gather_feeds();
-
-    /// What feeds an input channel, as it was gathered.
-    std::span<const Connection> inq_feeds(int input) const;
-
-    /// What a check has found at the channels of a node: null where nothing constrains one. Empty
-    /// before a check.
-    std::span<const cdata_tDArray* const> inq_input_types(int number) const;
-    std::span<const cdata_tDArray* const> inq_output_types(int number) const;
-
-    /// By channel. The check keeps what they point at.
-    void set_found(std::vector<const cdata_tDArray*> inputs,
-                   std::vector<const cdata_tDArray*> outputs);
+    /// After the connection is gone that the order did not suit.
+    void return_to_order() { is_in_order = true; }
+    int inq_place(int number) const { return place_in_order[index(number)]; }
+    int inq_node_at(int place) const { return order[index(place)]; }
 
 private:
     class Sorting;
+    struct Ends {
+        int node;
+        int first = NONE;
+        int last = NONE;
+    };
     struct Place {
         const CNode* real = nullptr; // null where the place is free
-        int number = -1;
+        int number = NONE;
     };
 
-    void add_node(CNode* real);
+    static std::size_t index(int number) { return static_cast<std::size_t>(number); }
     void connect_outputs(int number);
-    int find_number(const CNode* real) const;
-    bool find_output(CNodeChannel* channel, Connection& ends) const;
-    bool find_input(CNodeChannel* channel, Connection& ends) const;
     std::size_t find_place(const CNode* real) const;
-    void make_map();
-    std::span<const Connection> inq_feeds_of(const Node& node) const;
+    void make_places(std::size_t n_nodes);
+    int new_connection(int output, int input);
 
     std::vector<Node> nodes;
-    std::vector<int> order;
+    std::vector<Ends> inputs;
+    std::vector<Ends> outputs;
     std::vector<Connection> connections;
-    std::vector<Connection> feeds; // by input channel
-    std::vector<int> first_feed;   // of each input channel, and one more; empty until gathered
-    std::vector<Place> map;        // by hash
-    int map_bits = 0;
-    int n_inputs = 0;
-    int n_outputs = 0;
-    std::vector<const cdata_tDArray*> input_types;  // not owned
-    std::vector<const cdata_tDArray*> output_types; // not owned
+    std::vector<int> free_connections;
+    std::vector<int> order;
+    std::vector<int> place_in_order;
+    bool is_in_order = true;
+    std::vector<Place> places; // by hash
+    int place_bits = 0;
 };

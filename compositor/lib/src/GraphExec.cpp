@@ -7,6 +7,7 @@
 #include "compositor/lib/hdr/CNodeStatus.h"
 #include "compositor/lib/hdr/GraphExecReporter.h"
 #include "compositor/lib/src/OpTreeBuilder.h"
+#include "compositor/lib/src/OpVisit.h"
 #include "kivlib/hdr/AbortPanel.h"
 
 namespace {
@@ -21,31 +22,10 @@ gsl::owner<KIVError*> copy_of(const KIVError& error)
 }
 } // namespace
 
-/// An op under a walk, and how many of its inputs the walk has met.
-struct GraphExec::Visit {
-    /// The next op that feeds this one, channel by channel; null when there are no more.
-    CNodeOp* next_input(bool last_connection_first = false)
-    {
-        for (; channel < op->inq_n_inputs(); ++channel, met = 0) {
-            const CNodeOpArray& array = *op->inq_inputs(channel);
-            while (met < array.inq_n_nodes()) {
-                const int i = last_connection_first ? array.inq_n_nodes() - 1 - met : met;
-                ++met;
-                if (CNodeOp* input = array.inq_node_op(i))
-                    return input;
-            }
-        }
-        return nullptr;
-    }
-
-    CNodeOp* op;
-    int channel = 0;
-    int met = 0;
-};
-
 GraphExec::GraphExec(int requested_type, CNode* root, int channel)
     : root_node(root), root_channel(channel)
 {
+    const OpMemory::Use use(blocks);
     OpTreeBuilder builder(*this, ops);
     root_op = builder.build(requested_type, root, channel);
 }
@@ -67,6 +47,7 @@ void GraphExec::setup_data()
         report_status(new CNodeStatus);
     if (!root_op)
         return;
+    ++run;
     root_op->set_quiescent(is_restricted);
     std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) { reset_data(*op); });
     std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) {
@@ -94,7 +75,7 @@ void GraphExec::generate_data(AbortPanel* panel)
     if (!inq_stops(panel))
         bring_immediate_data(panel);
     reorder_graph();
-    generated_phase = ++n_generated_phases;
+    generated_phase = ++n_phases;
     if (!inq_stops(panel))
         bring_generated_data(panel);
     generated_phase = 0;
@@ -143,25 +124,34 @@ void GraphExec::changed_request(int i, CNodeOp* op, AbortPanel* panel)
 {
     const CNodeOpArray* array = op->inq_inputs(i);
     const int n = array ? array->inq_n_nodes() : 0;
+    op->forget_request();
     for (int k = 0; k < n; ++k)
-        if (CNodeOp* input = array->inq_node_op(k))
+        if (CNodeOp* input = array->inq_node_op(k); input && !input->take_earlier_answer())
             rec_do_request(input, panel);
     for (int k = 0; k < n; ++k)
-        if (CNodeOp* input = array->inq_node_op(k))
+        if (CNodeOp* input = array->inq_node_op(k); input && input->awaits_answer)
             rec_do_immediate(input, panel);
 }
 
+void GraphExec::ask(CNodeOp& op, AbortPanel* panel)
+{
+    op.note_request();
+    op.do_request_data(panel);
+}
+
+/// Ends where an op has answered the same request already: all that feeds it would too.
 void GraphExec::rec_do_request(CNodeOp* op, AbortPanel* panel)
 {
     const std::size_t base = walk.size();
-    op->do_request_data(panel);
+    ask(*op, panel);
     walk.push_back({op});
     while (walk.size() > base) {
-        if (CNodeOp* input = walk.back().next_input()) {
-            input->do_request_data(panel);
-            walk.push_back({input});
-        } else {
+        CNodeOp* input = walk.back().next_input();
+        if (!input) {
             walk.pop_back();
+        } else if (!input->take_earlier_answer()) {
+            ask(*input, panel);
+            walk.push_back({input});
         }
     }
 }
@@ -172,12 +162,13 @@ void GraphExec::rec_do_immediate(CNodeOp* op, AbortPanel* panel)
     const std::size_t base = walk.size();
     walk.push_back({op});
     while (walk.size() > base) {
-        if (CNodeOp* input = walk.back().next_input()) {
-            walk.push_back({input});
-        } else {
+        CNodeOp* input = walk.back().next_input();
+        if (!input) {
             CNodeOp* ready = walk.back().op;
             walk.pop_back();
             ready->do_immediate_data(panel);
+        } else if (input->awaits_answer) {
+            walk.push_back({input});
         }
     }
 }

@@ -7,14 +7,13 @@
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
 #include "compositor/lib/hdr/CNodeConnection.h"
+#include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/CNodeOpArraySet.h"
 #include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
-
-#include <optional>
 
 namespace {
 /// The type that a channel carries for a consumer that wants `requested`; none if the node's
@@ -34,10 +33,19 @@ std::optional<int> resolved(int type, const CNode& node, int requested)
     return std::nullopt;
 }
 
-int type_of(const CNodeChannelSet* channels, int i)
+/// What `CNodeChannel::find_data_type` tells of a channel whose place is known.
+int declared_input_type(const CNode& node, int i)
 {
-    const CNodeChannel* channel = channels ? channels->inq_channel(i) : nullptr;
-    return channel ? channel->find_data_type() : NO_DATA_TYPE;
+    const CNodeDescriptor* descriptor = node.inq_desc();
+    return descriptor ? descriptor->inq_input_type(i) : NO_DATA_TYPE;
+}
+
+int declared_output_type(const CNode& node, int i)
+{
+    const CNodeChannelSet* outputs = node.inq_outputs();
+    const bool has_it = outputs && outputs->is_valid_channel(i);
+    const CNodeDescriptor* descriptor = has_it ? node.inq_desc() : nullptr;
+    return descriptor ? descriptor->inq_output_type(i) : NO_DATA_TYPE;
 }
 } // namespace
 
@@ -47,35 +55,49 @@ CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
     if (graph)
         longest_path = static_cast<std::size_t>(graph->inq_nodes_list()->count());
     start(nullptr, 0, requested_type, root, channel);
-    while (!path.empty())
-        step();
+    while (!path.empty()) {
+        if (is_endless)
+            drop();
+        else
+            step();
+    }
     return ops.empty() ? nullptr : ops.back();
 }
 
 void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, CNode* node,
                           int channel)
 {
-    if (!node || path.size() >= longest_path)
-        return; // a path that meets a node twice would never end
+    if (!node || inq_is_endless(*node))
+        return;
     std::unique_ptr<CNodeOp> op(node->new_nodeop(requested_type));
     if (!op)
         return;
     op->set_parent(parent);
     const int n = node->inq_n_input_channels();
     auto inputs = std::make_unique<CNodeOpArraySet>(op.get(), n);
-    path.push_back({.op = std::move(op),
-                    .inputs = std::move(inputs),
-                    .node = node,
-                    .output_channel = channel,
-                    .requested_type = requested_type,
-                    .parent = parent,
-                    .place = place,
-                    .first_op = ops.size(),
-                    .channel = n,
-                    .array = nullptr,
-                    .array_type = NO_DATA_TYPE,
-                    .link = nullptr,
-                    .next_place = 0});
+    path.push_back(
+        {.op = std::move(op),
+         .inputs = std::move(inputs),
+         .node = node,
+         .output_channel = channel,
+         .output_type = resolved(declared_output_type(*node, channel), *node, requested_type),
+         .requested_type = requested_type,
+         .parent = parent,
+         .place = place,
+         .first_op = ops.size(),
+         .channel = n,
+         .array = nullptr,
+         .array_type = NO_DATA_TYPE,
+         .link = nullptr,
+         .next_place = 0});
+}
+
+/// Whether a path has met a node twice. Then there is no tree: its ops would be without number.
+bool OpTreeBuilder::inq_is_endless(const CNode& next)
+{
+    if (!is_endless && path.size() >= longest_path)
+        is_endless = std::ranges::count(path, &next, &Unfinished::node) > 0;
+    return is_endless;
 }
 
 void OpTreeBuilder::step()
@@ -101,7 +123,7 @@ bool OpTreeBuilder::open_next_input(Unfinished& now)
 {
     const int i = --now.channel;
     const CNodeChannel& channel = *now.node->inq_inputs()->inq_channel(i);
-    const auto type = resolved(channel.find_data_type(), *now.node, now.requested_type);
+    const auto type = resolved(declared_input_type(*now.node, i), *now.node, now.requested_type);
     if (!type)
         return false;
     const KIVLinkedList& connections = *channel.inq_connections_list();
@@ -116,12 +138,10 @@ bool OpTreeBuilder::open_next_input(Unfinished& now)
 /// False if the output's data type can't be told.
 bool OpTreeBuilder::finish(Unfinished& now)
 {
-    const auto type = resolved(type_of(now.node->inq_outputs(), now.output_channel), *now.node,
-                               now.requested_type);
-    if (!type)
+    if (!now.output_type)
         return false;
     now.op->set_output_channel_index(now.output_channel);
-    now.op->set_outputs(now.requested_type, CDataDescriptor::new_data(*type));
+    now.op->set_outputs(now.requested_type, CDataDescriptor::new_data(*now.output_type));
     now.op->set_inputs(now.inputs.release());
     now.op->set_graph(&exec);
     if (now.parent)

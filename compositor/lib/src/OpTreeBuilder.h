@@ -2,7 +2,7 @@
 
 #include "compositor/lib/hdr/CNodeOp.h"
 
-#include <limits>
+#include <optional>
 #include <vector>
 
 class CNodeOpArray;
@@ -15,7 +15,7 @@ public:
     /// The ops are appended to `ops`, which owns them; an op stands behind all that feed it.
     OpTreeBuilder(GraphExec& exec, std::vector<CNodeOp*>& ops) : exec(exec), ops(ops) {}
 
-    /// The op of the root; null if its data type can't be told.
+    /// The op of the root; null if its data type can't be told, or if the graph has a cycle.
     CNodeOp* build(int requested_type, CNode* root, int channel);
 
 private:
@@ -25,6 +25,7 @@ private:
         std::unique_ptr<CNodeOpArraySet> inputs;
         CNode* node;
         int output_channel;
+        std::optional<int> output_type; // read while the node is at hand
         int requested_type;
         CNodeOpArray* parent;
         int place;            // in `parent`
@@ -39,6 +40,7 @@ private:
     void start(CNodeOpArray* parent, int place, int requested_type, CNode* node, int channel);
     void follow_connection(Unfinished& now);
     bool open_next_input(Unfinished& now);
+    bool inq_is_endless(const CNode& next);
     void step();
     bool finish(Unfinished& now);
     void drop();
@@ -46,5 +48,6 @@ private:
     GraphExec& exec;
     std::vector<CNodeOp*>& ops;
     std::vector<Unfinished> path;
-    std::size_t longest_path = std::numeric_limits<std::size_t>::max();
+    std::size_t longest_path = 1000; // without a graph; no longer one is taken on trust
+    bool is_endless = false;
 };

@@ -5,9 +5,6 @@
 class CNode;
 class CNodeDescriptor;
 
-/// The name of the pass that checks data types.
-inline constexpr const char* TYPE_CHECKER = "type_checker";
-
 /// The operations of a type check on sets of data types. The order within a set is kept, and a
 /// type may stand in it more than once.
 void intersect_types(cdata_tDArray& a, const cdata_tDArray& b);

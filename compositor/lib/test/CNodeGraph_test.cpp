@@ -3,6 +3,7 @@
 #include "compositor/lib/hdr/cdata_tDArray.h"
 #include "compositor/lib/test/SampleNodes.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
+#include "tests/support/Captured.h"
 #include "tests/support/OldRecord.h"
 
 #include <gtest/gtest.h>
@@ -344,4 +345,66 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
          node = node->inq_group())
         ++groups;
     EXPECT_EQ(groups, ALL - 1);
+}
+
+TEST(CNodeGraph, passes_over_nulls_and_refuses_what_stands_on_no_node)
+{
+    CNodeGraph graph(nullptr);
+    graph.add_node(nullptr);
+    EXPECT_TRUE(graph.inq_nodes_list()->inq_is_empty());
+    graph.inq_nodes_list()->add(nullptr);
+    auto* line = add<SampleLine>(graph, "l");
+    CNodeChannel stray(nullptr);
+    EXPECT_EQ(graph.make_connection(&stray, in(line), true), nullptr);
+    EXPECT_EQ(graph.make_connection(out(line), &stray, true), nullptr);
+    EXPECT_FALSE(graph.inq_can_connect_acyclic(&stray, in(line)));
+    EXPECT_EQ(graph.remove_node(nullptr), nullptr);
+    EXPECT_EQ(graph.find_node(0), nullptr);
+    EXPECT_FALSE(graph.is_connected_to_root(nullptr));
+    EXPECT_EQ(names(graph.inq_nodes_with_no_out_puts()), "l");
+    EXPECT_FALSE(graph.load_finished_with_abort(nullptr, false));
+    EXPECT_TRUE(stored_and_read(graph));
+}
+
+TEST(CNodeGraph, bears_loops_half_connections_and_a_strange_root)
+{
+    CNodeGraph graph(nullptr);
+    auto* line = add<SampleLine>(graph, "l");
+    auto* anything = add<SampleAnything>(graph, "a");
+    const std::unique_ptr<SampleLine> stranger(new_node<SampleLine>("s"));
+    graph.set_root_node(stranger.get());
+    auto* half = new CNodeConnection(out(line), nullptr);
+    out(line)->add_connection(half, 0);
+    in(line)->add_connection(new CNodeConnection(nullptr, in(line)), 0);
+    EXPECT_TRUE(graph.set_type_checker_enabled());
+    ASSERT_TRUE(anything->inq_types());
+    CNodeConnection* loop = graph.make_connection(out(anything), in(anything), true);
+    ASSERT_TRUE(loop);
+    CNodeConnection* unchecked = graph.make_connection(out(line), in(anything), true);
+    ASSERT_TRUE(unchecked);
+    EXPECT_FALSE(graph.is_connected_to_root(anything));
+    EXPECT_EQ(names(graph.make_ordered_nodes_list()), "s");
+    graph.delete_connection(half, true);
+    graph.delete_connection(loop, true);
+    EXPECT_EQ(anything->inq_types()->size(), 1);
+    graph.set_root_node(nullptr);
+}
+
+TEST(CNodeGraph, gives_up_on_a_list_that_does_not_end)
+{
+    constexpr int TOO_MANY = 1'000'001;
+    const Captured captured;
+    {
+        CNodeGraph graph(nullptr);
+        auto* source = add<SampleSource>(graph);
+        auto* mix = add<SampleMix>(graph);
+        out(mix)->add_connection(new CNodeConnection(nullptr, nullptr), 0);
+        graph.set_type_checker_disabled();
+        for (int i = 0; i < TOO_MANY; ++i)
+            graph.make_connection(out(source), in(mix), false);
+    }
+    const std::string errors = captured.inq_errors();
+    EXPECT_NE(errors.find("Program error (timeout).\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("Program error (repeated value).\n"), std::string::npos) << errors;
+    EXPECT_EQ(errors.find("compositor/lib/src/CNodeGraph, line "), 0U) << errors;
 }

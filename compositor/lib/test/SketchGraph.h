@@ -35,6 +35,10 @@ public:
     KIVString inq_name() const override { return name; }
     bool inq_is_universal() const override { return is_universal; }
     bool inq_is_generic() const override { return is_generic; }
+    bool inq_is_fully_connected() const override
+    {
+        return needs_nothing || CNode::inq_is_fully_connected();
+    }
     gsl::owner<CNodeOp*> new_nodeop(int) override { return new_op ? new_op(this) : nullptr; }
 
     CNodeChannel* input(int i = 0) const { return inq_inputs()->inq_channel(i); }
@@ -45,6 +49,7 @@ public:
 
     bool is_universal = false;
     bool is_generic = false;
+    bool needs_nothing = false; // complete without connections
 
 private:
     CNodeDescriptor* descriptor;

@@ -6,12 +6,16 @@
 #include <cstddef>
 #include <memory>
 
+class AbortPanel;
+class BlockMap;
+class DrawList;
 class KIVColour;
 class KIVRectangle;
 
 /// A rectangle of pixels with its place and its resolution. Colours are premultiplied by alpha;
 /// row 0 is the top row, and every row begins on a boundary of 64 bytes. Without memory for its
-/// pixels a pixmap is empty: 0 by 0, without data, and every operation on it does nothing.
+/// pixels a pixmap is empty: 0 by 0, without data, and every operation on it does nothing. What is
+/// drawn over it may wait until somebody looks at the pixels; that changes nothing of the result.
 class KIVPixmap : public KIVObject {
 public:
     using Base = KIVObject;
@@ -22,27 +26,37 @@ public:
     KIVPixmap(int width, int height, int samples, int bits, unsigned char* data, bool take_data);
     KIVPixmap(const KIVPixmap&) = delete;
     KIVPixmap& operator=(const KIVPixmap&) = delete;
+    ~KIVPixmap() override;
 
     const char* class_name() const override { return "KIVPixmap"; }
 
     int inq_width() const { return width; }
     int inq_height() const { return height; }
     PixType inq_type() const { return type; }
-    bool inq_alpha() const { return type == PT_RGBA_8 || type == PT_RGBA_16; }
+    bool inq_alpha() const { return has_alpha(type); }
     int inq_samples_per_pixel() const { return inq_alpha() ? 4 : 3; }
-    int inq_bits_per_sample() const { return type < PT_RGBA_16 ? 8 : 16; }
-    int inq_bytes_per_pixel() const { return inq_samples_per_pixel() * inq_bits_per_sample() / 8; }
+    int inq_bits_per_sample() const { return inq_bits(type); }
+    int inq_bytes_per_pixel() const { return ::inq_bytes_per_pixel(type); }
 
     /// The top left pixel; null if the pixmap is empty.
-    unsigned char* inq_data() { return pixels.get(); }
-    const unsigned char* inq_data() const { return pixels.get(); }
+    unsigned char* inq_data()
+    {
+        draw_what_waits();
+        return pixels.get();
+    }
+    const unsigned char* inq_data() const
+    {
+        draw_what_waits();
+        return pixels.get();
+    }
+    bool inq_is_empty() const { return !pixels; }
 
     /// Bytes from the beginning of one row to that of the next.
     std::size_t inq_row_bytes() const { return row_bytes; }
-    unsigned char* inq_row(int y) { return pixels.get() + static_cast<std::size_t>(y) * row_bytes; }
+    unsigned char* inq_row(int y) { return inq_data() + static_cast<std::size_t>(y) * row_bytes; }
     const unsigned char* inq_row(int y) const
     {
-        return pixels.get() + static_cast<std::size_t>(y) * row_bytes;
+        return inq_data() + static_cast<std::size_t>(y) * row_bytes;
     }
 
     /// All memory of the pixels.
@@ -67,6 +81,18 @@ public:
     void copy(const KIVPixmap* source, const IntVector2& pos);
     void composite(const KIVPixmap* source, const IntVector2& pos);
 
+    /// The same with a source that nobody else needs: it is deleted, and what waits to be drawn on
+    /// it is drawn once, here.
+    void copy_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos);
+    void composite_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos);
+
+    /// Nobody changes the pixels any more. To draw such a pixmap over another may then wait, even
+    /// until after its end.
+    void fix_pixels();
+
+    /// Draws what waits. False if the panel stopped it; the pixels are then undefined.
+    bool finish_drawing(AbortPanel* abort) const;
+
     /// Changes the layout of the pixels. False, and no change, without memory for it.
     bool convert(int samples, int bits);
 
@@ -81,17 +107,24 @@ public:
                                              int new_height) const;
 
 private:
-    struct Free {
-        void operator()(unsigned char* memory) const;
-    };
+    friend class PixmapDrawing;
 
+    void draw_what_waits() const
+    {
+        if (waiting)
+            finish_drawing(nullptr);
+    }
+    void begin_with(const unsigned char* pixel_with_alpha);
+    void prepare_change();
     void allocate(int wanted_width, int wanted_height);
 
     int width = 0;
     int height = 0;
     PixType type;
     std::size_t row_bytes = 0;
-    std::unique_ptr<unsigned char, Free> pixels;
+    std::shared_ptr<unsigned char> pixels;         // shared with what waits to draw them
+    std::shared_ptr<const BlockMap> blocks;        // null unless the pixels are fixed
+    mutable std::unique_ptr<DrawList> waiting;     // to be drawn here; null if nothing waits
     Vector2 origin;
     double x_dpi = 0.0;
     double y_dpi = 0.0;

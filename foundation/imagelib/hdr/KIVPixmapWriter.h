@@ -11,12 +11,14 @@ class KIVPixmapWriter {
 public:
     enum WriteError {
         WRITE_OKAY = 0,
-        WRITE_CANNOT_OPEN = 1,
-        WRITE_NO_ROOM = 2,
+        WRITE_CANNOT_OPEN = 1, // the folder is not there or may not be written
+        WRITE_NO_ROOM = 2,     // the disc, a quota or a limit of the process
         WRITE_NO_MEMORY = 3,
         WRITE_CANNOT_ENCODE = 4,
+        WRITE_WRONG_SIZE = 5, // more, or fewer, pixels than the format can hold
         WRITE_NO_PIXELS = 6,
-        WRITE_CANNOT_RENAME = 7
+        WRITE_CANNOT_RENAME = 7,
+        WRITE_DISC_FAILED = 216
     };
 
     virtual ~KIVPixmapWriter() = default;

@@ -25,17 +25,23 @@ private:
     int bits;
 };
 
-/// Weaves the second field of a frame into the first: rows 1, 3, 5 and so on come from it.
+/// Which field of a frame is shown first: the one of rows 0, 2, 4 and so on, or that of 1, 3, 5.
+enum class FieldOrder { UPPER_FIRST, LOWER_FIRST };
+
+/// Weaves the second field of a frame into the first, which keeps the rows of its own field.
 class PixOpAddInterlace : public PixOpFilter {
 public:
     /// The second field stays the caller's.
-    explicit PixOpAddInterlace(KIVPixmap* second_field) : second_field(second_field) {}
+    explicit PixOpAddInterlace(KIVPixmap* second_field, FieldOrder order = FieldOrder::UPPER_FIRST)
+        : second_field(second_field), order(order)
+    {}
 
     /// False, and no change, for a field of another size or layout.
     bool transform(KIVPixmap* pixmap) override;
 
 private:
     const KIVPixmap* second_field; // not owned
+    FieldOrder order;
 };
 
 /// Softens a frame from row to row, so that thin lines don't flicker when its fields are shown one

@@ -10,3 +10,18 @@ constexpr PixType make_pix_type(int samples_per_pixel, int bits_per_sample)
     return static_cast<PixType>((bits_per_sample == 16 ? PT_RGBA_16 : PT_RGBA_8) +
                                 (has_alpha ? PT_RGBA_8 : PT_RGB_8));
 }
+
+constexpr bool has_alpha(PixType type)
+{
+    return type == PT_RGBA_8 || type == PT_RGBA_16;
+}
+
+constexpr int inq_bits(PixType type)
+{
+    return type < PT_RGBA_16 ? 8 : 16;
+}
+
+constexpr int inq_bytes_per_pixel(PixType type)
+{
+    return (has_alpha(type) ? 4 : 3) * inq_bits(type) / 8;
+}

@@ -1,6 +1,10 @@
 #include "imagelib/hdr/KIVPixmap.h"
 
+#include "imagelib/src/BlockMap.h"
+#include "imagelib/src/DrawList.h"
+#include "imagelib/src/PixmapDrawing.h"
 #include "imagelib/src/composite.h"
+#include "imagelib/src/layers.h"
 #include "imagelib/src/samples.h"
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVRectangle.h"
@@ -26,11 +30,6 @@ std::size_t round_up_to_alignment(std::size_t bytes)
 }
 } // namespace
 
-void KIVPixmap::Free::operator()(unsigned char* memory) const
-{
-    ::operator delete (memory, std::align_val_t{ALIGNMENT});
-}
-
 void KIVPixmap::allocate(int wanted_width, int wanted_height)
 {
     width = 0;
@@ -47,7 +46,9 @@ void KIVPixmap::allocate(int wanted_width, int wanted_height)
     void* memory = ::operator new (row* rows, std::align_val_t{ALIGNMENT}, std::nothrow);
     if (!memory)
         return;
-    pixels.reset(static_cast<unsigned char*>(memory));
+    pixels.reset(static_cast<unsigned char*>(memory), [](unsigned char* given) {
+        ::operator delete (given, std::align_val_t{ALIGNMENT});
+    });
     width = wanted_width;
     height = wanted_height;
     row_bytes = row;
@@ -70,6 +71,8 @@ KIVPixmap::KIVPixmap(int width, int height, int samples, int bits, unsigned char
     : KIVPixmap(width, height, make_pix_type(samples, bits), data, take_data)
 {}
 
+KIVPixmap::~KIVPixmap() = default;
+
 KIVRectangle KIVPixmap::get_frame() const
 {
     return {origin.x(), origin.y(), origin.x() + width * units_per_pixel(x_dpi),
@@ -91,35 +94,65 @@ template <class Sample> void put_colour(unsigned char* pixel, const KIVColour& c
     };
     const double cover = std::clamp(colour.inq_alpha(), 0.0, 1.0);
     const Sample values[4] = {level(colour.inq_red() * cover), level(colour.inq_green() * cover),
-                              level(colour.inq_blue() * cover), level(cover)};
-    std::memcpy(pixel, values, (alpha ? 4 : 3) * sizeof(Sample));
+                              level(colour.inq_blue() * cover), level(alpha ? cover : 1.0)};
+    std::memcpy(pixel, values, sizeof(values));
 }
 } // namespace
 
 void KIVPixmap::set_colour(const KIVColour& colour)
 {
-    if (!pixels)
-        return;
-    unsigned char* first = inq_row(0);
+    unsigned char pixel[8];
     if (inq_bits_per_sample() == 8)
-        put_colour<std::uint8_t>(first, colour, inq_alpha());
+        put_colour<std::uint8_t>(pixel, colour, inq_alpha());
     else
-        put_colour<std::uint16_t>(first, colour, inq_alpha());
-    const std::size_t row = static_cast<std::size_t>(width * inq_bytes_per_pixel());
-    std::size_t done = static_cast<std::size_t>(inq_bytes_per_pixel());
-    while (done < row) { // what is there twice over
-        const std::size_t more = std::min(done, row - done);
-        std::memcpy(first + done, first, more);
-        done += more;
-    }
-    for (int y = 1; y < height; ++y)
-        std::memcpy(inq_row(y), first, row);
+        put_colour<std::uint16_t>(pixel, colour, inq_alpha());
+    begin_with(pixel);
 }
 
 void KIVPixmap::clear()
 {
+    const unsigned char pixel[8] = {};
+    begin_with(pixel);
+}
+
+/// What was there, and what was to be drawn over it, is of no more interest.
+void KIVPixmap::begin_with(const unsigned char* pixel_with_alpha)
+{
+    if (!pixels)
+        return;
+    waiting = std::make_unique<DrawList>(DrawList::Beginning::WITH_A_FILL);
+    prepare_change();
+    waiting->add(std::make_unique<Fill>(width, height, pixel_with_alpha,
+                                        4 * inq_bits_per_sample() / 8));
+}
+
+/// Whoever still has to draw the old pixels keeps them.
+void KIVPixmap::prepare_change()
+{
+    blocks.reset();
+    if (pixels.use_count() < 2)
+        return;
+    const std::shared_ptr<unsigned char> old = pixels;
+    allocate(width, height);
     if (pixels)
-        std::memset(pixels.get(), 0, inq_bytes());
+        std::memcpy(pixels.get(), old.get(), inq_bytes());
+    else
+        waiting.reset();
+}
+
+void KIVPixmap::fix_pixels()
+{
+    draw_what_waits();
+    if (pixels && inq_alpha())
+        blocks = std::make_shared<BlockMap>(pixels.get(), row_bytes, width, height,
+                                            inq_bits_per_sample());
+}
+
+bool KIVPixmap::finish_drawing(AbortPanel* abort) const
+{
+    const std::unique_ptr<DrawList> list = std::move(waiting);
+    return !list || list->play({pixels.get(), row_bytes, type, inq_bytes_per_pixel()}, width,
+                               height, abort);
 }
 
 namespace {
@@ -138,6 +171,7 @@ struct Overlap {
 
 void KIVPixmap::copy(const KIVPixmap* source, const IntVector2& pos)
 {
+    prepare_change();
     const Overlap columns(pos.x(), source->width, width);
     const Overlap lines(pos.y(), source->height, height);
     if (columns.size <= 0)
@@ -151,9 +185,38 @@ void KIVPixmap::copy(const KIVPixmap* source, const IntVector2& pos)
     }
 }
 
+namespace {
+/// False if the source is not a picture that waits to be drawn.
+bool place_picture(KIVPixmap& target, KIVPixmap& source, const IntVector2& pos, Manner manner)
+{
+    std::unique_ptr<DrawList> picture = PixmapDrawing::take_picture(source, target);
+    if (!picture)
+        return false;
+    auto layer = std::make_unique<PictureLayer>(std::move(picture), source.inq_type(),
+                                                source.inq_width(), source.inq_height(), pos.x(),
+                                                pos.y(), manner, PixmapDrawing::inq_area(target));
+    PixmapDrawing::draw(target, std::move(layer), PixmapDrawing::Time::LATER);
+    return true;
+}
+} // namespace
+
 void KIVPixmap::composite(const KIVPixmap* source, const IntVector2& pos)
 {
     composite_unscaled(*this, *source, pos.x(), pos.y(), {false});
+}
+
+void KIVPixmap::copy_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos)
+{
+    const std::unique_ptr<KIVPixmap> taken(source);
+    if (!place_picture(*this, *taken, pos, Manner::REPLACE))
+        copy(source, pos);
+}
+
+void KIVPixmap::composite_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos)
+{
+    const std::unique_ptr<KIVPixmap> taken(source);
+    if (!place_picture(*this, *taken, pos, Manner::OVER))
+        composite(source, pos);
 }
 
 bool KIVPixmap::convert(int samples, int bits)
@@ -168,6 +231,7 @@ bool KIVPixmap::convert(int samples, int bits)
     type = wanted;
     row_bytes = converted.row_bytes;
     pixels = std::move(converted.pixels);
+    blocks.reset();
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "kivlib/hdr/ClassManager.h"
 #include "kivlib/hdr/FileHandle.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <unistd.h>
@@ -18,14 +19,22 @@ std::string add_extension(const KIVString& file, const char* extension)
     return has_one ? file.str() : file.str() + "." + extension;
 }
 
+/// Why the last call failed: there was no room, or `otherwise`.
+KIVPixmapWriter::WriteError inq_last_error(KIVPixmapWriter::WriteError otherwise)
+{
+    const bool is_full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
+    return is_full ? KIVPixmapWriter::WRITE_NO_ROOM : otherwise;
+}
+
 KIVPixmapWriter::WriteError put_on_disc(const std::string& path, const ByteBuffer& contents)
 {
     FileHandle file = FileHandle::open_to_write(path.c_str(), PERMISSIONS);
     if (!file.is_open())
-        return KIVPixmapWriter::WRITE_CANNOT_OPEN;
-    const bool is_written = file.write_all(contents.data(), contents.size()) && file.sync();
-    const bool is_closed = file.close();
-    return is_written && is_closed ? KIVPixmapWriter::WRITE_OKAY : KIVPixmapWriter::WRITE_NO_ROOM;
+        return inq_last_error(KIVPixmapWriter::WRITE_CANNOT_OPEN);
+    const bool is_whole =
+        file.write_all(contents.data(), contents.size()) && file.sync() && file.close();
+    return is_whole ? KIVPixmapWriter::WRITE_OKAY
+                    : inq_last_error(KIVPixmapWriter::WRITE_DISC_FAILED);
 }
 
 /// The other name is this process's own, so that two renders of one frame do not meet.
@@ -39,6 +48,35 @@ KIVPixmapWriter::WriteError replace_file(const std::string& path, const ByteBuff
         ::unlink(other.c_str());
     return error;
 }
+
+/// Memory for the contents of a file. That of the last one is taken again, since fresh pages cost
+/// more than copying a frame into them.
+class FileContents {
+public:
+    FileContents() : buffer(std::move(our_last))
+    {
+        if (!buffer || buffer->has_failed())
+            buffer = std::make_unique<ByteBuffer>();
+        buffer->set_size(0);
+    }
+    FileContents(const FileContents&) = delete;
+    FileContents& operator=(const FileContents&) = delete;
+    ~FileContents()
+    {
+        constexpr std::size_t MOST_KEPT = std::size_t{64} << 20;
+        if (buffer->capacity() <= MOST_KEPT)
+            our_last = std::move(buffer);
+    }
+
+    ByteBuffer& operator*() { return *buffer; }
+
+private:
+    static thread_local std::unique_ptr<ByteBuffer> our_last;
+
+    std::unique_ptr<ByteBuffer> buffer;
+};
+
+thread_local std::unique_ptr<ByteBuffer> FileContents::our_last;
 } // namespace
 
 bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
@@ -46,12 +84,12 @@ bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
     error = WRITE_NO_PIXELS;
     if (!pixmap || !pixmap->inq_data())
         return false;
-    ByteBuffer contents;
-    error = encode(*pixmap, contents);
-    if (error == WRITE_OKAY && contents.has_failed())
+    FileContents contents;
+    error = encode(*pixmap, *contents);
+    if (error == WRITE_OKAY && (*contents).has_failed())
         error = WRITE_NO_MEMORY;
     if (error == WRITE_OKAY)
-        error = replace_file(add_extension(file, inq_extension()), contents);
+        error = replace_file(add_extension(file, inq_extension()), *contents);
     return error == WRITE_OKAY;
 }
 

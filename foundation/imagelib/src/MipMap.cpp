@@ -28,6 +28,7 @@ MipMap::MipMap(gsl::owner<KIVPixmap*> picture)
     if (!taken || !taken->inq_data() || !taken->convert(4, taken->inq_bits_per_sample()))
         return;
     set_size(taken->inq_width(), taken->inq_height(), taken->inq_x_dpi(), taken->inq_y_dpi());
+    taken->fix_pixels();
     levels.push_back(std::move(taken));
 }
 
@@ -112,6 +113,7 @@ bool MipMap::make_level(std::size_t level)
         usable = usable && level > 0; // to read it again would end the same
         return false;
     }
+    made->fix_pixels();
     levels.push_back(std::move(made));
     return true;
 }

@@ -1,16 +1,12 @@
 #pragma once
 
-#include "imagelib/hdr/KIVPixmap.h"
-#include "imagelib/src/Mapping.h"
-#include "imagelib/src/kernels.h"
+#include "imagelib/src/FixedPixels.h"
+#include "imagelib/src/Layer.h"
 #include "imagelib/src/samples.h"
 
 #include <cstring>
 #include <limits>
 #include <vector>
-
-constexpr int STRIP = 512;        // pixels of a row drawn at once
-constexpr int TURNED_STRIP = 256; // of a turned source, so that its rows stay cached
 
 /// One filtered sample a pixel leaves out too much of the image below this scale.
 constexpr double SAMPLE_FOUR_BELOW = 0.8;
@@ -44,60 +40,87 @@ inline unsigned to_share(double value)
     return static_cast<unsigned>(std::lround(std::clamp(value, 0.0, 1.0) * WHOLE_SHARE));
 }
 
-/// Rows of a target as pixels with alpha. Rows without are brought there strip by strip.
-template <class Sample> class TargetRow {
+/// A source with alpha that is drawn through a mapping. What a pixel gets does not depend on the
+/// tile that it is drawn with.
+template <class Sample> class Painter : public Layer {
 public:
-    explicit TargetRow(KIVPixmap& target)
-        : target(target), has_alpha(target.inq_alpha()),
-          type_with_alpha(make_pix_type(4, target.inq_bits_per_sample()))
-    {}
-
-    void draw(int x, int y, const Sample* pixels, int count)
-    {
-        const Kernels<Sample>& kernels = inq_kernels<Sample>();
-        unsigned char* at =
-            target.inq_row(y) + static_cast<std::ptrdiff_t>(x) * target.inq_bytes_per_pixel();
-        if (has_alpha)
-            return kernels.over(reinterpret_cast<Sample*>(at), pixels, count);
-        convert_pixels(strip, type_with_alpha, at, target.inq_type(), count);
-        kernels.over(strip, pixels, count);
-        convert_pixels(at, target.inq_type(), strip, type_with_alpha, count);
-    }
-
-private:
-    KIVPixmap& target;
-    const bool has_alpha;
-    const PixType type_with_alpha;
-    alignas(64) Sample strip[4 * STRIP];
-};
-
-/// Draws a source of the target's depth, with alpha, through a mapping.
-template <class Sample> class Painter {
-public:
-    Painter(KIVPixmap& target, const KIVPixmap& source, const Mapping& mapping,
-            const DrawOptions& options)
-        : rows(target), kernels(inq_kernels<Sample>()), m(mapping),
-          options(options), pixels{source.inq_data(), static_cast<int>(source.inq_row_bytes()),
-                                   source.inq_width(), source.inq_height()},
+    Painter(const FixedPixels& source, const Mapping& mapping, const DrawOptions& options,
+            Interval columns, Interval lines)
+        : Layer(columns, lines), m(mapping), options(options), source(source),
+          pixels(source.pixels),
           takes_four(options.filtered &&
                      std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW + SAFE),
           is_level(std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
                    std::abs(m.u_x) < MOST_LEVEL_STEP &&
                    (!takes_four || std::abs(m.v_y) < MOST_LEVEL_STEP)),
           is_exact((std::abs(m.u_0) + std::abs(m.v_0) +
-                    (std::abs(m.u_x) + std::abs(m.v_x)) * target.inq_width() +
-                    (std::abs(m.u_y) + std::abs(m.v_y)) * target.inq_height()) *
+                    (std::abs(m.u_x) + std::abs(m.v_x)) * columns.end +
+                    (std::abs(m.u_y) + std::abs(m.v_y)) * lines.end) *
                        std::numeric_limits<double>::epsilon() <
-                   0.01 * SAFE)
+                   0.01 * SAFE),
+          share(to_share(options.opacity))
     {}
 
-    void paint(Interval columns, Interval lines)
+    Effect look_at(const Tile& tile) override
     {
-        is_level ? paint_level(columns, lines) : paint_strips(columns, lines);
+        Effect effect;
+        for_each_block(tile, inq_blocks(tile), [&](const Tile& block, Blocks bit) {
+            const Reach reach = reach_of(block);
+            const BlockMap::Content content = inq_content(reach);
+            if (content.is_empty)
+                return;
+            effect.drawn |= bit;
+            if (content.is_opaque && is_within(reach) && is_around(block))
+                effect.opaque |= bit;
+        });
+        effect.visible = effect.drawn;
+        effect.replaced = effect.opaque;
+        return effect;
     }
 
+    void draw(const Canvas& onto, const Tile& tile, Blocks chosen, Scratch& scratch) override
+    {
+        for_each_run(tile, chosen, [&](Tile run) {
+            run.columns.cut(columns);
+            run.lines.cut(lines);
+            paint(onto, run, scratch);
+        });
+    }
+
+    /// A turned walk hides the rows that it will want from the processor's own guess.
+    void prefetch(const Tile& tile, Blocks chosen) const override
+    {
+        if (is_level)
+            return;
+        for_each_block(tile, chosen, [&](const Tile& block, Blocks) {
+            const Reach reach = reach_of(block);
+            Interval rows = {to_int(std::floor(reach.top)), to_int(std::ceil(reach.bottom))};
+            Interval across = {to_int(std::floor(reach.left)), to_int(std::ceil(reach.right))};
+            rows.cut({0, pixels.height});
+            across.cut({0, pixels.width});
+            prefetch_rows(rows, across);
+        });
+    }
+
+    /// Any number of rows, strip by strip.
+    void paint(const Canvas& onto, const Tile& area, Scratch& scratch)
+    {
+        strips = &scratch.inq_strips<Sample>();
+        for (int x = area.columns.begin; x < area.columns.end; x = strip_begin(x) + TILE_WIDTH) {
+            const Tile part = {
+                {x, std::min(strip_begin(x) + TILE_WIDTH, area.columns.end)}, area.lines};
+            const bool is_inner = !is_level && is_exact && is_within(reach_of(part));
+            for (int y = part.lines.begin; y < part.lines.end; ++y)
+                paint_strip(onto, part.columns, y, is_inner);
+        }
+    }
+
+    const void* inq_pinned() const override { return source.memory.get(); }
+    std::size_t inq_pinned_bytes() const override { return source.bytes; }
+
 private:
-    static constexpr int SAMPLES = 4;
+    static constexpr int SAMPLES = Strips<Sample>::SAMPLES;
+    static constexpr int CACHE_LINE = 64; // bytes
 
     /// Source pixels, against rounding where an edge meets a sample.
     static constexpr double SAFE = 1e-6;
@@ -115,46 +138,108 @@ private:
     /// Source pixels between neighbours in a level row or column; beyond, rows are not mixed whole
     /// and four samples reach farther than the taps.
     static constexpr double MOST_LEVEL_STEP = 2.05;
-    static constexpr int MOST_MIXED = static_cast<int>(MOST_LEVEL_STEP * STRIP) + 2 * TAPS;
+    static_assert(MOST_LEVEL_STEP * TILE_WIDTH + 2 * TAPS < Strips<Sample>::MOST_MIXED);
 
     /// What the rows of a source that lies level have in common, for a strip of the target.
     struct LevelStrip {
+        bool is_known = false;
         Interval inner = {0, 0}; // pixels whose samples have all their neighbours
-        int first_column = 0;    // of the source
-        int mixed_columns = 0;
-        alignas(64) int columns[STRIP]; // of the inner pixels, from the first
-        alignas(64) std::uint32_t fractions[STRIP];
+        int first_column = 0;    // of the source that any of them needs
+        int columns[TILE_WIDTH]; // of the inner pixels, from the first
+        std::uint32_t fractions[TILE_WIDTH];
         std::vector<Taps<Sample>> taps; // instead, of pixels with four samples
     };
 
-    static Interval strip_at(int x, Interval columns, int width)
+    /// What part of the source the centres of some pixels come to lie in.
+    struct Reach {
+        double left;
+        double right;
+        double top;
+        double bottom;
+    };
+
+    Reach reach_of(const Tile& part) const
     {
-        return {x, std::min(x + width, columns.end)};
+        const double du = m.u_x * (part.columns.size() - 1);
+        const double dv = m.v_x * (part.columns.size() - 1);
+        const double eu = m.u_y * (part.lines.size() - 1);
+        const double ev = m.v_y * (part.lines.size() - 1);
+        const double u = m.u_at(part.columns.begin, part.lines.begin);
+        const double v = m.v_at(part.columns.begin, part.lines.begin);
+        return {u + std::min(du, 0.0) + std::min(eu, 0.0), u + std::max(du, 0.0) + std::max(eu, 0.0),
+                v + std::min(dv, 0.0) + std::min(ev, 0.0),
+                v + std::max(dv, 0.0) + std::max(ev, 0.0)};
     }
 
-    /// Strip after strip, so that the rows of a turned source are met again while they are cached.
-    void paint_strips(Interval columns, Interval lines)
+    /// Of all pixels of the source that samples there are made of.
+    BlockMap::Content inq_content(const Reach& reach) const
     {
-        for (int x = columns.begin; x < columns.end; x += TURNED_STRIP)
-            for (int y = lines.begin; y < lines.end; ++y)
-                paint_strip(strip_at(x, columns, TURNED_STRIP), y);
+        const double spread = options.filtered ? 1.5 : 0.5; // and a part of a pixel for safety
+        const double beyond_u = spread + 0.5 * m.u_length;
+        const double beyond_v = spread + 0.5 * m.v_length;
+        const Interval across = {to_int(std::floor(reach.left - beyond_u)),
+                                 to_int(std::ceil(reach.right + beyond_u)) + 1};
+        const Interval down = {to_int(std::floor(reach.top - beyond_v)),
+                               to_int(std::ceil(reach.bottom + beyond_v)) + 1};
+        const bool misses = across.end <= 0 || across.begin >= pixels.width || down.end <= 0 ||
+                            down.begin >= pixels.height;
+        if (misses)
+            return {true, false};
+        if (!source.blocks)
+            return {false, false};
+        BlockMap::Content content = source.blocks->inq_content(across, down);
+        content.is_opaque = content.is_opaque && share == WHOLE_SHARE && !weighs();
+        return content;
     }
 
-    void paint_level(Interval columns, Interval lines)
+    /// Weighed taps of opaque pixels may come out a little less than opaque.
+    bool weighs() const { return is_level && takes_four; }
+
+    /// Whether all samples have all their neighbours, in pixels that are wholly covered.
+    bool is_within(const Reach& reach) const
     {
-        std::vector<LevelStrip> strips;
-        for (int x = columns.begin; x < columns.end; x += STRIP)
-            find_columns(strips.emplace_back(), strip_at(x, columns, STRIP), lines.begin);
-        for (int y = lines.begin; y < lines.end; ++y) {
-            level = strips.data();
-            for (int x = columns.begin; x < columns.end; x += STRIP, ++level)
-                paint_strip(strip_at(x, columns, STRIP), y);
-        }
+        const double margin_u = find_margin(m.u_x, m.u_y, m.u_length);
+        const double margin_v = find_margin(m.v_x, m.v_y, m.v_length);
+        return is_exact && reach.left >= margin_u && reach.right <= m.width - margin_u &&
+               reach.top >= margin_v && reach.bottom <= m.height - margin_v;
+    }
+
+    void prefetch_rows(Interval rows, Interval across) const
+    {
+        const unsigned char* row =
+            reinterpret_cast<const unsigned char*>(plain::pixel_at<Sample>(pixels, 0, rows.begin));
+        const int begin = across.begin * 4 * static_cast<int>(sizeof(Sample));
+        const int end = across.end * 4 * static_cast<int>(sizeof(Sample));
+        for (int y = rows.begin; y < rows.end; ++y, row += pixels.row_bytes)
+            for (int at = begin; at < end; at += CACHE_LINE)
+                __builtin_prefetch(row + at);
+        asm volatile("" ::: "memory"); // a call that only prefetches would be dropped
+    }
+
+    /// The strips of a row begin at the same places for every tile.
+    static int strip_begin(int x)
+    {
+        static_assert(std::has_single_bit(unsigned{TILE_WIDTH}));
+        return x & ~(TILE_WIDTH - 1);
+    }
+
+    LevelStrip& find_level_strip(int x)
+    {
+        const int first = strip_begin(columns.begin);
+        if (level_strips.empty())
+            level_strips.resize(
+                static_cast<std::size_t>((columns.end - first + TILE_WIDTH - 1) / TILE_WIDTH));
+        LevelStrip& strip = level_strips[static_cast<std::size_t>((x - first) / TILE_WIDTH)];
+        if (!strip.is_known)
+            find_columns(strip, {strip_begin(x), strip_begin(x) + TILE_WIDTH}, lines.begin);
+        return strip;
     }
 
     void find_columns(LevelStrip& found, Interval strip, int y) const
     {
+        found.is_known = true;
         found.inner = strip;
+        found.inner.cut(columns);
         found.inner.cut(find_inner_columns(y));
         if (found.inner.size() == 0)
             return;
@@ -162,9 +247,7 @@ private:
             return find_taps(found, y);
         SourceWalk walk = make_walk(found.inner.begin, y);
         const std::int64_t last = walk.u + (found.inner.size() - 1) * walk.du;
-        const std::int64_t most = std::max(walk.u, last) >> plain::ONE_SHIFT;
         found.first_column = static_cast<int>(std::min(walk.u, last) >> plain::ONE_SHIFT);
-        found.mixed_columns = static_cast<int>(most) - found.first_column + 2;
         for (int i = 0; i < found.inner.size(); ++i, walk.u += walk.du) {
             found.columns[i] = static_cast<int>(walk.u >> plain::ONE_SHIFT) - found.first_column;
             found.fractions[i] = static_cast<std::uint32_t>(walk.u);
@@ -188,56 +271,70 @@ private:
     void find_taps(LevelStrip& found, int y) const
     {
         const int count = found.inner.size();
-        const std::int64_t one = make_walk(found.inner.begin - SPREAD, y).u;
-        const std::int64_t other = make_walk(found.inner.begin + SPREAD, y).u;
+        const std::int64_t one = make_walk(found.inner.begin, y, {-SPREAD, 0.0}).u;
+        const std::int64_t other = make_walk(found.inner.begin, y, {SPREAD, 0.0}).u;
         const std::int64_t step = to_walk(m.u_x);
         found.taps.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i)
             found.taps.push_back(make_taps(one + i * step, other + i * step));
-        const int begin = std::min(found.taps.front().first, found.taps.back().first);
-        const int end = std::max(found.taps.front().first, found.taps.back().first) + TAPS;
-        found.first_column = begin;
-        found.mixed_columns = std::min(end, pixels.width) - begin;
+        found.first_column = std::min(found.taps.front().first, found.taps.back().first);
         for (Taps<Sample>& taps : found.taps)
-            taps.first -= begin;
+            taps.first -= found.first_column;
     }
 
     /// Four samples to a pixel lie in two rows and two columns, which are weighed one after the
     /// other.
-    void weigh_level(Sample* out, Interval inner, int y)
+    void weigh_level(Sample* out, const LevelStrip& level, Interval inner, int y)
     {
-        const std::int64_t one = make_walk(inner.begin, y - SPREAD).v;
-        const std::int64_t other = make_walk(inner.begin, y + SPREAD).v;
+        const std::int64_t one = make_walk(inner.begin, y, {0.0, -SPREAD}).v;
+        const std::int64_t other = make_walk(inner.begin, y, {0.0, SPREAD}).v;
         const Taps<Sample> down = make_taps(one, other);
         const auto last = static_cast<int>(std::max(one, other) >> plain::ONE_SHIFT) + 1;
-        const Sample* lines[TAPS] = {};
+        const Taps<Sample>* taps = level.taps.data() + (inner.begin - level.inner.begin);
+        const int count = inner.size();
+        const int begin = std::min(taps[0].first, taps[count - 1].first);
+        const int end = std::max(taps[0].first, taps[count - 1].first) + TAPS;
+        const Sample* rows[TAPS] = {};
         for (int line = down.first; line <= last; ++line)
-            lines[line - down.first] = plain::pixel_at<Sample>(pixels, level->first_column, line);
-        if (kernels.weigh_rows(mixed, lines, down.shares, last - down.first + 1,
-                               level->mixed_columns))
-            kernels.weigh_columns(
-                out, mixed, level->taps.data() + (inner.begin - level->inner.begin), inner.size());
+            rows[line - down.first] =
+                plain::pixel_at<Sample>(pixels, level.first_column + begin, line);
+        if (inq_kernels<Sample>().weigh_rows(
+                strips->mixed + std::ptrdiff_t{4} * begin, rows, down.shares,
+                last - down.first + 1, std::min(end, pixels.width - level.first_column) - begin))
+            inq_kernels<Sample>().weigh_columns(out, strips->mixed, taps, count);
         else
-            std::memset(out, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(inner.size()));
+            make_empty(out, count);
+    }
+
+    static void make_empty(Sample* out, int count)
+    {
+        std::memset(out, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(count));
     }
 
     void sample_level(Sample* out, Interval inner, int y)
     {
+        const LevelStrip& level = find_level_strip(inner.begin);
         if (takes_four)
-            return weigh_level(out, inner, y);
+            return weigh_level(out, level, inner, y);
         const SourceWalk walk = make_walk(inner.begin, y);
         const int line = static_cast<int>(walk.v >> plain::ONE_SHIFT);
-        const Sample* row = plain::pixel_at<Sample>(pixels, level->first_column, line);
-        const int skipped = inner.begin - level->inner.begin;
-        const Columns at = {level->columns + skipped, level->fractions + skipped};
+        const int skipped = inner.begin - level.inner.begin;
+        const Columns at = {level.columns + skipped, level.fractions + skipped};
+        const int count = inner.size();
+        const Kernels<Sample>& kernels = inq_kernels<Sample>();
         if (!options.filtered)
-            return kernels.pick(out, row, at, inner.size());
-        const Sample* next = plain::pixel_at<Sample>(pixels, level->first_column, line + 1);
-        if (kernels.mix_rows(mixed, row, next, static_cast<std::uint32_t>(walk.v),
-                             level->mixed_columns))
-            kernels.mix_columns(out, mixed, at, inner.size());
+            return kernels.pick(
+                out, plain::pixel_at<Sample>(pixels, level.first_column, line), at, count);
+        const int begin = std::min(at.columns[0], at.columns[count - 1]);
+        const int end = std::max(at.columns[0], at.columns[count - 1]) + 2;
+        const int first = level.first_column + begin;
+        if (kernels.mix_rows(strips->mixed + std::ptrdiff_t{4} * begin,
+                             plain::pixel_at<Sample>(pixels, first, line),
+                             plain::pixel_at<Sample>(pixels, first, line + 1),
+                             static_cast<std::uint32_t>(walk.v), end - begin))
+            kernels.mix_columns(out, strips->mixed, at, count);
         else
-            std::memset(out, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(inner.size()));
+            make_empty(out, count);
     }
 
     /// Where the samples of a pixel are taken, from its centre; in pixels of the target.
@@ -247,22 +344,28 @@ private:
                           : Place{0.0, 0.0};
     }
 
-    void paint_strip(Interval strip, int y)
+    /// Pixels of one row and one strip. `is_inner`: all of them have all that they need.
+    void paint_strip(const Canvas& onto, Interval strip, int y, bool is_inner)
     {
-        strip.cut(find_touched(y));
-        if (strip.size() == 0)
-            return;
         Interval inner = strip;
-        inner.cut(find_inner(y));
-        if (inner.size() == 0)
-            inner = {strip.end, strip.end};
-        sample_edge({strip.begin, inner.begin}, y, strip.begin);
+        if (!is_inner) {
+            strip.cut(find_touched(y));
+            if (strip.size() == 0)
+                return;
+            inner = strip;
+            inner.cut(find_inner(y));
+            if (inner.size() == 0)
+                inner = {strip.end, strip.end};
+            sample_edge({strip.begin, inner.begin}, y, strip.begin);
+        }
         if (inner.size() > 0)
-            sample_inner(inner, y, strip.begin);
-        sample_edge({inner.end, strip.end}, y, strip.begin);
-        if (options.opacity < 1.0)
-            dim(buffer, strip.size(), to_share(options.opacity));
-        rows.draw(strip.begin, y, buffer, strip.size());
+            sample_inner(strips->strip + std::ptrdiff_t{4} * (inner.begin - strip.begin), inner, y);
+        if (!is_inner)
+            sample_edge({inner.end, strip.end}, y, strip.begin);
+        if (share != WHOLE_SHARE)
+            dim(strips->strip, strip.size(), share);
+        inq_kernels<Sample>().over(reinterpret_cast<Sample*>(onto.at(strip.begin, y)),
+                                   strips->strip, strip.size());
     }
 
     /// The pixels of a row that the source covers a part of; unfiltered, those whose centre it
@@ -308,16 +411,21 @@ private:
         return inner;
     }
 
-    SourceWalk make_walk(double x, double y) const
+    /// From a pixel on, or a part of a pixel beside its centre. Places are counted from the
+    /// beginning of the pixel's strip, so that all walks over it meet the same.
+    SourceWalk make_walk(int x, int y, Place offset = {0.0, 0.0}) const
     {
         const double centre = options.filtered ? 0.5 : -TIE;
-        return {to_walk(m.u_at(x, y) - centre), to_walk(m.v_at(x, y) - centre), to_walk(m.u_x),
-                to_walk(m.v_x)};
+        const int from = strip_begin(x);
+        const SourceWalk walk = {to_walk(m.u_at(from + offset.x, y + offset.y) - centre),
+                                 to_walk(m.v_at(from + offset.x, y + offset.y) - centre),
+                                 to_walk(m.u_x), to_walk(m.v_x)};
+        return {walk.u + (x - from) * walk.du, walk.v + (x - from) * walk.dv, walk.du, walk.dv};
     }
 
-    void sample_inner(Interval inner, int y, int strip_begin)
+    void sample_inner(Sample* out, Interval inner, int y)
     {
-        Sample* out = buffer + std::ptrdiff_t{4} * (inner.begin - strip_begin);
+        const Kernels<Sample>& kernels = inq_kernels<Sample>();
         if (is_level)
             return sample_level(out, inner, y);
         if (!options.filtered)
@@ -326,18 +434,17 @@ private:
             return kernels.sample_bilinear(out, pixels, make_walk(inner.begin, y), inner.size());
         const Sample* parts[SAMPLES];
         for (int i = 0; i < SAMPLES; ++i) {
-            const Place offset = offset_of(i);
-            kernels.sample_bilinear(samples_of[i], pixels,
-                                    make_walk(inner.begin + offset.x, y + offset.y), inner.size());
-            parts[i] = samples_of[i];
+            kernels.sample_bilinear(strips->samples_of[i], pixels,
+                                    make_walk(inner.begin, y, offset_of(i)), inner.size());
+            parts[i] = strips->samples_of[i];
         }
         kernels.average(out, parts, inner.size());
     }
 
-    void sample_edge(Interval edge, int y, int strip_begin)
+    void sample_edge(Interval edge, int y, int first)
     {
         for (int x = edge.begin; x < edge.end; ++x) {
-            Sample* out = buffer + std::ptrdiff_t{4} * (x - strip_begin);
+            Sample* out = strips->strip + std::ptrdiff_t{4} * (x - first);
             if (!options.filtered) {
                 sample_clamped(out, make_walk(x, y));
                 continue;
@@ -354,8 +461,7 @@ private:
         Sample four[SAMPLES][4];
         const Sample* parts[SAMPLES];
         for (int i = 0; i < SAMPLES; ++i) {
-            const Place offset = offset_of(i);
-            blend_clamped(four[i], make_walk(x + offset.x, y + offset.y));
+            blend_clamped(four[i], make_walk(x, y, offset_of(i)));
             parts[i] = four[i];
         }
         plain::average(out, parts, 1);
@@ -403,16 +509,14 @@ private:
                           static_cast<std::uint32_t>(walk.v));
     }
 
-    TargetRow<Sample> rows;
-    const Kernels<Sample>& kernels;
     const Mapping m;
     const DrawOptions options;
+    const FixedPixels source;
     const SourcePixels pixels;
     const bool takes_four;
     const bool is_level;
     const bool is_exact; // places are known well enough to go without looking at the edges
-    const LevelStrip* level = nullptr;                    // not owned; that of the present strip
-    alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED] = {}; // taps without a share may look beyond
-    alignas(64) Sample buffer[4 * STRIP];
-    alignas(64) Sample samples_of[SAMPLES][4 * STRIP];
+    const unsigned share;
+    std::vector<LevelStrip> level_strips; // made when they are wanted
+    Strips<Sample>* strips = nullptr;     // not owned; of the present drawing
 };

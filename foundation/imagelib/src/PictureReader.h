@@ -1,6 +1,7 @@
 #pragma once
 
 #include "imagelib/hdr/PixmapReader.h"
+#include "imagelib/src/Alpha.h"
 
 #include <cstddef>
 #include <memory>
@@ -10,8 +11,6 @@ class FileHandle;
 class KIVPixmap;
 
 using Bytes = std::span<const unsigned char>;
-
-enum class Alpha { NONE, STRAIGHT, PREMULTIPLIED };
 
 /// Pixels as a file has them: grey or colour, at 8 bits or at 16 in the processor's byte order.
 struct RowLayout {

@@ -13,7 +13,8 @@ bool PixOpAddInterlace::transform(KIVPixmap* pixmap)
         pixmap->inq_width() != second_field->inq_width() ||
         pixmap->inq_height() != second_field->inq_height())
         return false;
-    for (int y = 1; y < pixmap->inq_height(); y += 2)
+    const int first_row = order == FieldOrder::UPPER_FIRST ? 1 : 0;
+    for (int y = first_row; y < pixmap->inq_height(); y += 2)
         std::memcpy(pixmap->inq_row(y), second_field->inq_row(y), pixmap->inq_row_bytes());
     return true;
 }

@@ -1,11 +1,13 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
-#include "imagelib/src/samples.h"
+#include "imagelib/src/FileRows.h"
+#include "imagelib/src/row_kernels.h"
 #include "imagelib/src/targa_format.h"
 #include "kivlib/hdr/ByteBuffer.h"
 
 namespace {
-/// Uncompressed Targa at 8 bits per sample. Alpha is straight, and said to be so.
+/// Uncompressed Targa at 8 bits per sample, which every reader knows. Alpha is straight, since few
+/// readers look where the file says so.
 class TargaWriter : public KIVPixmapWriter {
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
@@ -28,30 +30,12 @@ void put_head(unsigned char* head, const KIVPixmap& pixmap)
     head[targa::DESCRIPTOR] = pixmap.inq_alpha() ? targa::FROM_TOP | 8 : targa::FROM_TOP;
 }
 
-/// Blue, green, red and perhaps a straight alpha.
-void put_pixel(unsigned char* to, const unsigned char* from, bool has_alpha)
-{
-    const unsigned alpha = has_alpha ? from[3] : 0xFFU;
-    for (int c = 0; c < 3; ++c) {
-        const unsigned straight = alpha ? (from[c] * 0xFFU + alpha / 2) / alpha : 0;
-        to[2 - c] = static_cast<unsigned char>(std::min(straight, 0xFFU));
-    }
-    if (has_alpha)
-        to[3] = from[3];
-}
-
 void put_rows(unsigned char* to, const KIVPixmap& pixmap)
 {
-    const bool has_alpha = pixmap.inq_alpha();
     const int samples = pixmap.inq_samples_per_pixel();
-    std::vector<unsigned char> row(static_cast<std::size_t>(pixmap.inq_width() * samples));
-    for (int y = 0; y < pixmap.inq_height(); ++y) {
-        convert_pixels(row.data(), make_pix_type(samples, 8), pixmap.inq_row(y), pixmap.inq_type(),
-                       pixmap.inq_width());
-        const unsigned char* from = row.data();
-        for (int x = 0; x < pixmap.inq_width(); ++x, to += samples, from += samples)
-            put_pixel(to, from, has_alpha);
-    }
+    FileRows rows(pixmap, make_pix_type(samples, 8), Alpha::STRAIGHT);
+    for (int y = 0; y < pixmap.inq_height(); ++y, to += pixmap.inq_width() * samples)
+        swap_red_and_blue(to, rows.inq_row(y), pixmap.inq_width(), samples);
 }
 
 /// Says what the alpha is, and where that is said.
@@ -72,7 +56,7 @@ KIVPixmapWriter::WriteError TargaWriter::encode(const KIVPixmap& pixmap, ByteBuf
 {
     constexpr int MOST = 0xFFFF;
     if (pixmap.inq_width() > MOST || pixmap.inq_height() > MOST)
-        return WRITE_CANNOT_ENCODE;
+        return WRITE_WRONG_SIZE;
     const std::size_t pixel_bytes = static_cast<std::size_t>(pixmap.inq_width()) *
                                     static_cast<std::size_t>(pixmap.inq_height()) *
                                     static_cast<std::size_t>(pixmap.inq_samples_per_pixel());

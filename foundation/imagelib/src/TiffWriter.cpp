@@ -1,9 +1,14 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/hdr/TiffCompression.h"
 #include "imagelib/src/TiffStream.h"
+#include "imagelib/src/ZlibPacker.h"
+#include "imagelib/src/row_kernels.h"
 #include "kivlib/hdr/ByteBuffer.h"
 
 namespace {
+TiffCompression our_tiff_compression = TiffCompression::DEFLATE;
+
 /// TIFF at the pixmap's own depth, compressed without loss or plain. Alpha is associated, which is
 /// what a pixmap holds.
 class TiffWriter : public KIVPixmapWriter {
@@ -19,7 +24,7 @@ private:
 };
 
 constexpr int ROWS_PER_STRIP = 64;
-constexpr int FASTEST_LEVEL = 1;
+constexpr const char* SOFTWARE = "montaraystore";
 
 void set_layout(TIFF* tiff, const KIVPixmap& pixmap)
 {
@@ -31,6 +36,7 @@ void set_layout(TIFF* tiff, const KIVPixmap& pixmap)
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, ROWS_PER_STRIP);
+    TIFFSetField(tiff, TIFFTAG_SOFTWARE, SOFTWARE);
     if (pixmap.inq_alpha()) {
         const std::uint16_t kind = EXTRASAMPLE_ASSOCALPHA;
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
@@ -46,44 +52,116 @@ void set_resolution(TIFF* tiff, const KIVPixmap& pixmap)
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, pixmap.inq_y_dpi());
 }
 
-/// Of the ways to compress, the fast level of deflate gives the smaller file in less time.
-void set_compression(TIFF* tiff, bool is_compressed)
+void set_compression(TIFF* tiff, int scheme)
 {
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION,
-                 is_compressed ? COMPRESSION_ADOBE_DEFLATE : COMPRESSION_NONE);
-    if (!is_compressed)
-        return;
-    TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, FASTEST_LEVEL);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, scheme);
+    if (scheme != COMPRESSION_NONE)
+        TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
 }
 
-bool write_strips(TIFF* tiff, const KIVPixmap& pixmap)
-{
-    const auto row = static_cast<std::size_t>(pixmap.inq_width() * pixmap.inq_bytes_per_pixel());
-    std::vector<unsigned char> strip(row * ROWS_PER_STRIP);
-    std::uint32_t number = 0;
-    for (int first = 0; first < pixmap.inq_height(); first += ROWS_PER_STRIP, ++number) {
-        const int rows = std::min(ROWS_PER_STRIP, pixmap.inq_height() - first);
-        for (int y = 0; y < rows; ++y)
-            std::memcpy(strip.data() + static_cast<std::size_t>(y) * row, pixmap.inq_row(first + y),
-                        row);
-        const auto bytes = static_cast<tmsize_t>(row * static_cast<std::size_t>(rows));
-        if (TIFFWriteEncodedStrip(tiff, number, strip.data(), bytes) != bytes)
+/// Gives a pixmap to a file in strips.
+class StripWriter {
+public:
+    StripWriter(TIFF* tiff, const KIVPixmap& pixmap)
+        : tiff(tiff), pixmap(pixmap),
+          row_bytes(static_cast<std::size_t>(pixmap.inq_width()) *
+                    static_cast<std::size_t>(pixmap.inq_bytes_per_pixel()))
+    {}
+
+    /// False without memory.
+    bool prepare(int scheme)
+    {
+        const std::size_t most = row_bytes * ROWS_PER_STRIP;
+        if (!strip.reset(most))
             return false;
+        if (scheme != COMPRESSION_ADOBE_DEFLATE)
+            return true;
+        packer = std::make_unique<ZlibPacker>();
+        return packed.reset(ZlibPacker::inq_most(most)) != nullptr;
     }
-    return true;
+
+    bool write()
+    {
+        for (first = 0; first < pixmap.inq_height(); first += ROWS_PER_STRIP)
+            if (!(packer ? write_packed() : write_plain()))
+                return false;
+        return true;
+    }
+
+private:
+    std::size_t inq_rows() const
+    {
+        return static_cast<std::size_t>(std::min(ROWS_PER_STRIP, pixmap.inq_height() - first));
+    }
+    std::uint32_t inq_number() const { return static_cast<std::uint32_t>(first / ROWS_PER_STRIP); }
+
+    /// The strip is compressed here and not by the format's library, which is several times slower.
+    bool write_packed()
+    {
+        for (std::size_t y = 0; y < inq_rows(); ++y)
+            put_differences(strip.data() + y * row_bytes,
+                            pixmap.inq_row(first + static_cast<int>(y)), row_bytes,
+                            static_cast<std::size_t>(pixmap.inq_bytes_per_pixel()),
+                            pixmap.inq_bits_per_sample());
+        const std::size_t size = packer->pack(strip.data(), inq_rows() * row_bytes, packed.data());
+        const auto bytes = static_cast<tmsize_t>(size);
+        return size > 0 && TIFFWriteRawStrip(tiff, inq_number(), packed.data(), bytes) == bytes;
+    }
+
+    bool write_plain()
+    {
+        const auto bytes = static_cast<tmsize_t>(inq_rows() * row_bytes);
+        return TIFFWriteEncodedStrip(tiff, inq_number(), gather_rows(), bytes) == bytes;
+    }
+
+    /// The rows of the strip without gaps; they are not written to.
+    void* gather_rows()
+    {
+        if (row_bytes == pixmap.inq_row_bytes())
+            return const_cast<unsigned char*>(pixmap.inq_row(first));
+        for (std::size_t y = 0; y < inq_rows(); ++y)
+            std::memcpy(strip.data() + y * row_bytes, pixmap.inq_row(first + static_cast<int>(y)),
+                        row_bytes);
+        return strip.data();
+    }
+
+    TIFF* tiff; // not owned
+    const KIVPixmap& pixmap;
+    std::size_t row_bytes;
+    int first = 0; // row of the strip in hand
+    std::unique_ptr<ZlibPacker> packer;
+    ByteBuffer strip;
+    ByteBuffer packed;
+};
+
+int inq_scheme(bool is_compressed)
+{
+    if (!is_compressed)
+        return COMPRESSION_NONE;
+    return our_tiff_compression == TiffCompression::LZW ? COMPRESSION_LZW
+                                                        : COMPRESSION_ADOBE_DEFLATE;
 }
 
 KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
+    constexpr std::size_t MOST = 0xFFF00000; // places in the file have 32 bits
+    if (pixmap.inq_bytes() > MOST)
+        return WRITE_WRONG_SIZE;
+    const int scheme = inq_scheme(is_compressed);
+    constexpr std::size_t TAGS = 4096;
+    if (!contents.make_room(TAGS + pixmap.inq_bytes() / (is_compressed ? 8 : 1)))
+        return WRITE_NO_MEMORY;
     TiffStream stream(contents);
     TIFF* tiff = stream.open_to_write();
     if (!tiff)
         return WRITE_CANNOT_ENCODE;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
-    set_compression(tiff, is_compressed);
-    const bool is_whole = write_strips(tiff, pixmap) && TIFFFlush(tiff) == 1;
+    set_compression(tiff, scheme);
+    StripWriter strips(tiff, pixmap);
+    if (!strips.prepare(scheme))
+        return WRITE_NO_MEMORY;
+    const bool is_whole = strips.write() && TIFFFlush(tiff) == 1;
     return is_whole && stream.close() ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
 }
 
@@ -92,3 +170,13 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
         return new TiffWriter(variant != 0);
     });
 } // namespace
+
+void set_tiff_compression(TiffCompression compression)
+{
+    our_tiff_compression = compression;
+}
+
+TiffCompression inq_tiff_compression()
+{
+    return our_tiff_compression;
+}

@@ -1,7 +1,10 @@
 #include "imagelib/src/composite.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/src/DrawList.h"
 #include "imagelib/src/Painter.h"
+#include "imagelib/src/PixmapDrawing.h"
+#include "imagelib/src/layers.h"
 #include "imagelib/src/reduce.h"
 
 namespace {
@@ -16,6 +19,11 @@ constexpr double HALVE_BELOW = 0.49 - 1e-9;
 
 /// How far from whole pixels an image may lie and still be drawn without resampling.
 constexpr double WHOLE_PIXEL = 1.0 / 1024;
+
+PixmapDrawing::Time inq_time(const KIVPixmap& source)
+{
+    return PixmapDrawing::is_fixed(source) ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
+}
 
 /// The least box of whole pixels around the four corners, inside the target. What a resampled edge
 /// would spill beyond it is cut off, as it is in a pixmap of just that box.
@@ -71,8 +79,10 @@ void paint(KIVPixmap& target, const KIVPixmap& source, const Sides& sides, Place
     find_box(target, sides, source, top_left, columns, lines);
     if (columns.size() == 0 || lines.size() == 0)
         return;
-    Painter<Sample> painter(target, source, make_mapping(source, sides, top_left), options);
-    painter.paint(columns, lines);
+    auto painter = std::make_unique<Painter<Sample>>(PixmapDrawing::inq_pixels(source),
+                                                     make_mapping(source, sides, top_left),
+                                                     options, columns, lines);
+    PixmapDrawing::draw(target, std::move(painter), inq_time(source));
 }
 
 /// `source` with alpha and at the target's depth: itself, or a copy in `made`. Null without
@@ -95,7 +105,7 @@ const KIVPixmap* bring_to_depth(const KIVPixmap& source, const KIVPixmap& target
 bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left, Place top_right,
                       Place bottom_left, const DrawOptions& options)
 {
-    if (!source.inq_data() || !target.inq_data() || !is_placeable(top_left) ||
+    if (source.inq_is_empty() || target.inq_is_empty() || !is_placeable(top_left) ||
         !is_placeable(top_right) || !is_placeable(bottom_left))
         return false;
     Sides sides = make_sides(source, top_left, top_right, bottom_left);
@@ -127,51 +137,16 @@ bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left
     return true;
 }
 
-namespace {
-template <class Sample>
-void paint_unscaled(KIVPixmap& target, const KIVPixmap& source, Interval columns, Interval lines,
-                    long x, long y, const DrawOptions& options)
-{
-    const PixType type = make_pix_type(4, target.inq_bits_per_sample());
-    const bool is_ready = source.inq_type() == type && options.opacity >= 1.0;
-    TargetRow<Sample> rows(target);
-    alignas(64) Sample buffer[4 * STRIP];
-    for (int line = lines.begin; line < lines.end; ++line)
-        for (int at = columns.begin; at < columns.end; at += STRIP) {
-            const int count = std::min(STRIP, columns.end - at);
-            const unsigned char* from = source.inq_row(static_cast<int>(line - y)) +
-                                        (at - x) * source.inq_bytes_per_pixel();
-            const auto* pixels = reinterpret_cast<const Sample*>(from);
-            if (!is_ready) {
-                convert_pixels(buffer, type, from, source.inq_type(), count);
-                if (options.opacity < 1.0)
-                    dim(buffer, count, to_share(options.opacity));
-                pixels = buffer;
-            }
-            rows.draw(at, line, pixels, count);
-        }
-}
-
-/// The part of a target's side that an image of `size` at `at` covers.
-Interval find_covered(long at, int size, int target_size)
-{
-    Interval covered = {to_int(static_cast<double>(at)), to_int(static_cast<double>(at) + size)};
-    covered.cut({0, target_size});
-    return covered;
-}
-} // namespace
-
 void composite_unscaled(KIVPixmap& target, const KIVPixmap& source, long x, long y,
                         const DrawOptions& options)
 {
-    const Interval columns = find_covered(x, source.inq_width(), target.inq_width());
-    const Interval lines = find_covered(y, source.inq_height(), target.inq_height());
-    if (columns.size() == 0 || lines.size() == 0)
+    if (source.inq_is_empty() || target.inq_is_empty())
         return;
-    if (target.inq_bits_per_sample() == 8)
-        paint_unscaled<std::uint8_t>(target, source, columns, lines, x, y, options);
-    else
-        paint_unscaled<std::uint16_t>(target, source, columns, lines, x, y, options);
+    auto layer = std::make_unique<UnscaledLayer>(PixmapDrawing::inq_pixels(source),
+                                                 source.inq_type(), x, y,
+                                                 to_share(options.opacity),
+                                                 PixmapDrawing::inq_area(target));
+    PixmapDrawing::draw(target, std::move(layer), inq_time(source));
 }
 
 namespace {
@@ -204,11 +179,16 @@ Mapping make_row_mapping(const KIVPixmap& source, const KIVPixmap& target, const
 template <class Sample>
 void resample(KIVPixmap& target, const KIVPixmap& source, const Place corners[4])
 {
+    const Canvas canvas = PixmapDrawing::inq_canvas(target);
+    const FixedPixels pixels = PixmapDrawing::inq_pixels(source);
+    const Interval columns = {0, target.inq_width()};
+    Scratch scratch;
     for (int y = 0; y < target.inq_height(); ++y) {
         const Mapping mapping = make_row_mapping(source, target, corners, y);
-        if (mapping.u_length == 0.0 || mapping.v_length == 0.0)
-            continue;
-        Painter<Sample>(target, source, mapping, {true}).paint({0, target.inq_width()}, {y, y + 1});
+        const Interval row = {y, y + 1};
+        if (mapping.u_length != 0.0 && mapping.v_length != 0.0)
+            Painter<Sample>(pixels, mapping, {true}, columns, row)
+                .paint(canvas, {columns, row}, scratch);
     }
 }
 } // namespace

@@ -113,6 +113,13 @@ AVX2 __m256i mix_columns(__m256i a, __m256i b, __m256i weight)
     return _mm256_srli_epi16(_mm256_add_epi16(mix(left, right, weight), half), 6);
 }
 
+AVX2 void prefetch_below(const SourcePixels& source, std::ptrdiff_t offset)
+{
+    _mm_prefetch(reinterpret_cast<const char*>(source.data) + offset +
+                     ROWS_AHEAD * std::ptrdiff_t{source.row_bytes},
+                 _MM_HINT_T0);
+}
+
 AVX2 void sample_bilinear_8(std::uint8_t* out, const SourcePixels& source, SourceWalk walk,
                             int pixels)
 {
@@ -135,9 +142,7 @@ AVX2 void sample_bilinear_8(std::uint8_t* out, const SourcePixels& source, Sourc
             lower[i] = load_two_pairs(a + source.row_bytes, b + source.row_bytes);
             all = _mm256_or_si256(all, _mm256_or_si256(upper[i], lower[i]));
         }
-        _mm_prefetch(reinterpret_cast<const char*>(source.data) + offsets[0] +
-                         ROWS_AHEAD * std::ptrdiff_t{source.row_bytes},
-                     _MM_HINT_T0);
+        prefetch_below(source, offsets[0]);
         if (is_zero(all)) {
             store(out, all);
             continue;
@@ -172,6 +177,7 @@ AVX2 void sample_nearest_8(std::uint8_t* out, const SourcePixels& source, Source
         _mm256_store_si256(reinterpret_cast<__m256i*>(offsets),
                            _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), row_bytes),
                                             _mm256_slli_epi32(u.wholes(), 2)));
+        prefetch_below(source, offsets[0]);
         store(out, gather(source.data, offsets, 1));
     }
     const std::int64_t done = pixels - left;
@@ -383,6 +389,7 @@ AVX2 void sample_bilinear_16(std::uint16_t* out, const SourcePixels& source, Sou
             walk.v += walk.dv;
         }
         _mm256_store_ps(shares, _mm256_mul_ps(_mm256_cvtepi32_ps(load(fractions)), unit));
+        prefetch_below(source, at[0] - source.data);
         const __m256 p0 = mix_rows(at[0], source.row_bytes, shares[4]);
         const __m256 p1 = mix_rows(at[1], source.row_bytes, shares[5]);
         const __m256 p2 = mix_rows(at[2], source.row_bytes, shares[6]);

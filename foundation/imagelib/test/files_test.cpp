@@ -12,7 +12,6 @@
 // after <cstdio>, which it needs
 #include <jpeglib.h>
 #include <png.h>
-#include <sys/stat.h>
 #include <tiffio.h>
 
 namespace {
@@ -182,7 +181,8 @@ TEST(Alpha, keeps_a_soft_edge_through_every_writer)
         {"TiffWriter", 1, PT_RGBA_8, ".tif", 0},  {"TiffWriter", 0, PT_RGBA_8, ".tif", 0},
         {"TiffWriter", 1, PT_RGBA_16, ".tif", 0}, {"TiffWriter", 0, PT_RGB_16, ".tif", 0},
         {"TiffWriter", 1, PT_RGB_8, ".tif", 0},   {"TargaWriter", 0, PT_RGBA_8, ".tga", 1},
-        {"TargaWriter", 0, PT_RGB_8, ".tga", 0}};
+        {"TargaWriter", 0, PT_RGB_8, ".tga", 0},  {"PngWriter", 0, PT_RGBA_8, ".png", 1},
+        {"PngWriter", 0, PT_RGB_16, ".png", 0},   {"PngWriter", 0, PT_RGBA_16, ".png", 1}};
     for (const Case& c : cases) {
         const TempFolder folder;
         const auto patch = make_soft_patch(90, 130, c.type); // more rows than a strip has
@@ -194,34 +194,12 @@ TEST(Alpha, keeps_a_soft_edge_through_every_writer)
         ASSERT_TRUE(folder.has(name));
         const Pixmap back = read(folder.path(name), patch->inq_bits_per_sample());
         ASSERT_TRUE(back);
-        const bool is_tiff = c.writer == std::string("TiffWriter");
-        EXPECT_FLOAT_EQ(static_cast<float>(back->inq_x_dpi()), is_tiff ? 120.0F : 0.0F);
-        EXPECT_FLOAT_EQ(static_cast<float>(back->inq_y_dpi()), is_tiff ? 180.0F : 0.0F);
+        const bool has_resolution = c.writer != std::string("TargaWriter");
+        EXPECT_NEAR(back->inq_x_dpi(), has_resolution ? 120.0 : 0.0, 0.02);
+        EXPECT_NEAR(back->inq_y_dpi(), has_resolution ? 180.0 : 0.0, 0.02);
         ASSERT_TRUE(back->convert(patch->inq_samples_per_pixel(), patch->inq_bits_per_sample()));
         EXPECT_LE(inq_difference(*back, *patch), c.tolerance) << c.writer << c.type;
     }
-}
-
-TEST(KIVPixmapWriter, leaves_nothing_half_written)
-{
-    const TempFolder folder;
-    const auto patch = make_soft_patch(9, 9, PT_RGBA_16);
-    const auto writer = make_writer("TargaWriter", 0);
-    EXPECT_FALSE(writer->write_pixmap(folder.path("none/0001"), patch.get()));
-    EXPECT_EQ(writer->inq_error(), KIVPixmapWriter::WRITE_CANNOT_OPEN);
-    ::mkdir(folder.path("0002.tga").c_str(), 0777); // in the way
-    EXPECT_FALSE(writer->write_pixmap(folder.path("0002"), patch.get()));
-    EXPECT_EQ(writer->inq_error(), KIVPixmapWriter::WRITE_CANNOT_RENAME);
-    KIVPixmap none(0, 0, PT_RGB_8, nullptr, false);
-    EXPECT_FALSE(writer->write_pixmap(folder.path("0003"), &none));
-    EXPECT_FALSE(writer->write_pixmap(folder.path("0003"), nullptr));
-    EXPECT_TRUE(writer->write_pixmap(folder.path("0004.image"), patch.get()));
-    EXPECT_EQ(writer->inq_error(), 0);
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path("").str()))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"0002.tga", "0004.image"}));
 }
 
 TEST(PixmapReader, reads_gif_at_its_place_on_the_screen)

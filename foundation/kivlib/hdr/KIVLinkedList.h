@@ -112,14 +112,23 @@ public:
     };
     template <class T> Objects<T> of() const { return Objects<T>(first); }
 
+    /// From now on every change to the list is counted there too.
+    void count_changes_in(unsigned long* counter) { changes = counter; }
+
 private:
     void put_between(KIVLinkOb* before, KIVLinkOb* link, KIVLinkOb* behind);
     KIVLinkOb* find_link_at(int index) const;
+    void count_change()
+    {
+        if (changes)
+            ++*changes;
+    }
 
     KIVLinkOb* first = nullptr;
     KIVLinkOb* last = nullptr;
     int size = 0;
     bool owns;
+    unsigned long* changes = nullptr; // not owned; null: nobody counts
 };
 
 /// A walk over a list that only looks: `while (iterator++) use(iterator())`.

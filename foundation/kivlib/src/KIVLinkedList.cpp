@@ -52,6 +52,7 @@ void KIVLinkedList::put_between(KIVLinkOb* before, KIVLinkOb* link, KIVLinkOb* b
     (before ? before->next : first) = link;
     (behind ? behind->prev : last) = link;
     ++size;
+    count_change();
 }
 
 KIVLinkOb* KIVLinkedList::add(KIVObject* object)
@@ -117,6 +118,7 @@ gsl::owner<KIVLinkOb*> KIVLinkedList::remove_link(KIVLinkOb* link)
     (link->next ? link->next->prev : last) = link->prev;
     link->prev = link->next = nullptr;
     --size;
+    count_change();
     return link;
 }
 

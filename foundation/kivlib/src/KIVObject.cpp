@@ -1,8 +1,8 @@
 #include "kivlib/hdr/KIVObject.h"
 
 #include "kivlib/hdr/KIVOStream.h"
+#include "kivlib/hdr/ObjectBlocks.h"
 #include "kivlib/hdr/StoredClass.h"
-#include "kivlib/src/ObjectBlocks.h"
 
 namespace {
 ClassDescriptor* object_descriptor()

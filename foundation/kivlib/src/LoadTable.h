@@ -2,7 +2,7 @@
 
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/KIVObject.h"
-#include "kivlib/src/ObjectBlocks.h"
+#include "kivlib/hdr/ObjectBlocks.h"
 
 #include <cstdint>
 #include <new>

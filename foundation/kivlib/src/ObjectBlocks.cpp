@@ -1,4 +1,4 @@
-#include "kivlib/src/ObjectBlocks.h"
+#include "kivlib/hdr/ObjectBlocks.h"
 
 #include <atomic>
 #include <sys/mman.h>

@@ -58,6 +58,9 @@ public:
     void transform(const Matrix44& m) { node_to_view_transform = node_to_view_transform * m; }
     void set_immediate_data(const IntBBox& covered, bool opaque);
 
+protected:
+    bool inq_is_asked_like(const CDataRender& other) const;
+
 private:
     int find_topmost_cover(const CNodeOpArray& inputs, const IntArray& order, AbortPanel* abort);
 

@@ -49,6 +49,14 @@ void CDataRender::copy_request_data_from(CData* consumer)
     inkpaint_quality = from->inkpaint_quality;
 }
 
+bool CDataRender::inq_is_asked_like(const CDataRender& other) const
+{
+    return frameno == other.frameno && is_colour == other.is_colour &&
+           is_16_bps == other.is_16_bps && render_quality == other.render_quality &&
+           inkpaint_quality == other.inkpaint_quality && image_ibbox_v == other.image_ibbox_v &&
+           node_to_view_transform == other.node_to_view_transform;
+}
+
 void CDataRender::copy_immediate_data_to(CData* consumer)
 {
     static_cast<CDataRender*>(consumer)->set_immediate_data(image_ibbox_v, image_is_opaque);

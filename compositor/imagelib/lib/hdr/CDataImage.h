@@ -38,6 +38,7 @@ public:
     /// A datum that drew itself into a shared target keeps its mark; only `reset_data` takes it.
     void clear_generated_data() override;
     void reset_data() override;
+    bool inq_request_equals(const CData* other) const override;
 
     /// Gives the pixmap, which may be null, away to the caller. Its origin becomes (0, 0).
     gsl::owner<KIVPixmap*> extract_pixmap();

@@ -132,6 +132,11 @@ int CDataImage::inq_type() const
     return inq_type_s();
 }
 
+bool CDataImage::inq_request_equals(const CData* other) const
+{
+    return inq_is_asked_like(*static_cast<const CDataImage*>(other));
+}
+
 gsl::owner<KIVPixmap*> CDataImage::extract_pixmap()
 {
     if (pixmap)
@@ -203,6 +208,8 @@ void CDataImage::composite_generated_data(MipMap* image, const Vector2* corners,
     const int height = round_length(placed[BOTTOM_RIGHT].distance(placed[TOP_RIGHT]));
     const std::unique_ptr<KIVPixmap> region(
         new_visible_region(*image, placed, width, height, *target));
+    if (region)
+        region->fix_pixels(); // so that its drawing can wait
     KIVPixmap* source = region ? region.get() : image->inq_pixmap(width, height);
     if (!source)
         return;
@@ -242,11 +249,11 @@ void CDataImage::union_generated_data_from(CData* input, AbortPanel*)
         return;
     const IntVector2 offset = find_offset(layer->inq_image_ibbox_v(), inq_image_ibbox_v());
     if (pixmap)
-        pixmap->composite(picture.get(), offset);
+        pixmap->composite_and_delete(picture.release(), offset);
     else if (layer->inq_image_ibbox_v() == inq_image_ibbox_v())
         pixmap = std::move(picture);
     else
-        make_empty_layer()->copy(picture.get(), offset);
+        make_empty_layer()->copy_and_delete(picture.release(), offset);
 }
 
 void CDataImage::union_generated_data_from(CNodeOpArray* inputs, AbortPanel* abort)

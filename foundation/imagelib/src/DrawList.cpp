@@ -1,0 +1,158 @@
+#include "imagelib/src/DrawList.h"
+
+#include "imagelib/hdr/BitmapProvider.h"
+#include "imagelib/src/samples.h"
+#include "kivlib/hdr/AbortPanel.h"
+
+namespace {
+constexpr std::size_t MOST_LAYERS = 4096;
+
+int tile_begin(int place, int size)
+{
+    return place / size * size;
+}
+
+void convert_blocks(const Canvas& to, const Canvas& from, const Tile& tile, Blocks chosen)
+{
+    for_each_run(tile, chosen, [&](const Tile& run) {
+        for (int y = run.lines.begin; y < run.lines.end; ++y)
+            convert_pixels(to.at(run.columns.begin, y), to.type, from.at(run.columns.begin, y),
+                           from.type, run.columns.size());
+    });
+}
+} // namespace
+
+void put_over(unsigned char* target, const unsigned char* source, PixType type, int pixels)
+{
+    if (type == PT_RGBA_8)
+        return inq_kernels<std::uint8_t>().over(target, source, pixels);
+    inq_kernels<std::uint16_t>().over(reinterpret_cast<std::uint16_t*>(target),
+                                      reinterpret_cast<const std::uint16_t*>(source), pixels);
+}
+
+Canvas Scratch::take_canvas(const Tile& tile, PixType type)
+{
+    if (canvases_in_use == tiles.size())
+        tiles.emplace_back(new TileOfPixels);
+    const int bytes = inq_bytes_per_pixel(type);
+    return {tiles[canvases_in_use++]->bytes,
+            static_cast<std::size_t>(TILE_WIDTH * bytes),
+            type,
+            bytes,
+            tile.columns.begin,
+            tile.lines.begin};
+}
+
+void DrawList::add(std::unique_ptr<Layer> layer)
+{
+    if (layer->inq_pinned() && pinned.insert(layer->inq_pinned()).second)
+        pinned_bytes += layer->inq_pinned_bytes();
+    depth = std::max(depth, layer->inq_depth() + 1);
+    items.push_back({std::move(layer), 0});
+}
+
+bool DrawList::is_full() const
+{
+    return items.size() >= MOST_LAYERS || pinned_bytes >= BitmapProvider::inq_cache_limit();
+}
+
+Tile DrawList::inq_box() const
+{
+    Tile box = {{0, 0}, {0, 0}};
+    for (const Item& item : items) {
+        const Tile other = {item.layer->inq_columns(), item.layer->inq_lines()};
+        if (other.inq_is_empty())
+            continue;
+        const bool is_first = box.inq_is_empty();
+        const auto join = [&](Interval& a, const Interval& b) {
+            a = is_first ? b : Interval{std::min(a.begin, b.begin), std::max(a.end, b.end)};
+        };
+        join(box.columns, other.columns);
+        join(box.lines, other.lines);
+    }
+    return box;
+}
+
+bool DrawList::play(const Canvas& picture, int width, int height, AbortPanel* abort)
+{
+    const Tile box = inq_box();
+    Scratch scratch;
+    for (int y = tile_begin(box.lines.begin, TILE_HEIGHT); y < box.lines.end; y += TILE_HEIGHT) {
+        if (abort && abort->inq_abort())
+            return false;
+        const Interval lines = {y, std::min(y + TILE_HEIGHT, height)};
+        for (int x = tile_begin(box.columns.begin, TILE_WIDTH); x < box.columns.end;
+             x += TILE_WIDTH)
+            play_tile(picture, {{x, std::min(x + TILE_WIDTH, width)}, lines}, scratch);
+    }
+    return true;
+}
+
+/// From the top, until every block is hidden.
+Layer::Effect DrawList::look_at(const Tile& tile)
+{
+    Layer::Effect all;
+    open = inq_blocks(tile);
+    for (auto item = items.rbegin(); item != items.rend(); ++item) {
+        item->chosen = 0;
+        if (open == 0 || !item->layer->meets(tile))
+            continue;
+        const Layer::Effect effect = item->layer->look_at(tile);
+        item->chosen = effect.drawn & open;
+        all.visible |= effect.visible & open;
+        all.opaque |= effect.opaque & open;
+        open &= ~effect.replaced;
+    }
+    return all;
+}
+
+/// Layers are drawn with alpha: in a picture without, they are drawn aside.
+void DrawList::play_tile(const Canvas& picture, const Tile& tile, Scratch& scratch)
+{
+    look_at(tile);
+    Blocks drawn = 0;
+    for (const Item& item : items)
+        drawn |= item.chosen;
+    if (drawn == 0)
+        return;
+    if (has_alpha(picture.type))
+        return draw(picture, tile, drawn, scratch);
+    const Canvas aside = scratch.take_canvas(tile, make_pix_type(4, inq_bits(picture.type)));
+    convert_blocks(aside, picture, tile, drawn & open);
+    draw(aside, tile, drawn, scratch);
+    convert_blocks(picture, aside, tile, drawn);
+    scratch.give_back_canvas();
+}
+
+const DrawList::Item* DrawList::find_next(std::size_t from, Blocks wanted) const
+{
+    for (; from < items.size(); ++from)
+        if ((items[from].chosen & wanted) != 0)
+            return &items[from];
+    return nullptr;
+}
+
+void DrawList::draw(const Canvas& canvas, const Tile& tile, Blocks wanted, Scratch& scratch)
+{
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const Blocks chosen = items[i].chosen & wanted;
+        if (chosen == 0)
+            continue;
+        if (const Item* next = find_next(i + 1, wanted))
+            next->layer->prefetch(tile, next->chosen & wanted);
+        items[i].layer->draw(canvas, tile, chosen, scratch);
+    }
+}
+
+void DrawList::prefetch_first(const Tile& tile, Blocks chosen) const
+{
+    if (const Item* first = find_next(0, chosen))
+        first->layer->prefetch(tile, first->chosen & chosen);
+}
+
+Canvas DrawList::draw_aside(const Tile& tile, PixType type, Blocks chosen, Scratch& scratch)
+{
+    const Canvas aside = scratch.take_canvas(tile, type);
+    draw(aside, tile, chosen, scratch);
+    return aside;
+}

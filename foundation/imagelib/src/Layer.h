@@ -1,0 +1,94 @@
+#pragma once
+
+#include "imagelib/src/Tile.h"
+#include "imagelib/src/kernels.h"
+
+#include <cstddef>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+/// Room for a strip of pixels on their way to a tile.
+template <class Sample> struct Strips {
+    static constexpr int MOST_MIXED = 2 * TILE_WIDTH + 64; // pixels of rows mixed for a strip
+    static constexpr int SAMPLES = 4;
+
+    Strips() { std::fill(std::begin(mixed), std::end(mixed), Mixed<Sample>{}); }
+
+    alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED]; // taps without a share may look beyond
+    alignas(64) Sample strip[4 * TILE_WIDTH];
+    alignas(64) Sample samples_of[SAMPLES][4 * TILE_WIDTH];
+};
+
+/// What one playing of layers works in; all of them share it.
+class Scratch {
+public:
+    template <class Sample> Strips<Sample>& inq_strips()
+    {
+        auto& strips = std::get<std::unique_ptr<Strips<Sample>>>(both);
+        if (!strips)
+            strips.reset(new Strips<Sample>);
+        return *strips;
+    }
+
+    /// Undefined pixels for a tile that is drawn aside. They are given back in the other order.
+    Canvas take_canvas(const Tile& tile, PixType type);
+    void give_back_canvas() { --canvases_in_use; }
+
+private:
+    struct alignas(64) TileOfPixels {
+        unsigned char bytes[TILE_WIDTH * TILE_HEIGHT * 8];
+    };
+
+    std::tuple<std::unique_ptr<Strips<std::uint8_t>>, std::unique_ptr<Strips<std::uint16_t>>> both;
+    std::vector<std::unique_ptr<TileOfPixels>> tiles;
+    std::size_t canvases_in_use = 0;
+};
+
+/// Something that is drawn over a picture, tile by tile.
+class Layer {
+public:
+    /// What a layer does to the blocks of a tile.
+    struct Effect {
+        Blocks drawn = 0;    // it has to be drawn there
+        Blocks replaced = 0; // nothing of what lies below is seen there any more
+        Blocks visible = 0;  // it leaves something there
+        Blocks opaque = 0;   // it leaves nothing transparent there
+    };
+
+    Layer(Interval columns, Interval lines) : columns(columns), lines(lines) {}
+    Layer(const Layer&) = delete;
+    Layer& operator=(const Layer&) = delete;
+    virtual ~Layer() = default;
+
+    /// The box outside of which nothing changes.
+    const Interval& inq_columns() const { return columns; }
+    const Interval& inq_lines() const { return lines; }
+    bool is_around(const Tile& part) const { return part.is_inside(columns, lines); }
+    bool meets(const Tile& tile) const
+    {
+        return columns.begin < tile.columns.end && columns.end > tile.columns.begin &&
+               lines.begin < tile.lines.end && lines.end > tile.lines.begin;
+    }
+
+    /// Comes before the drawing of a tile.
+    virtual Effect look_at(const Tile& tile) = 0;
+
+    /// Draws some blocks of a tile on a canvas with alpha, of the layer's depth.
+    virtual void draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& scratch) = 0;
+
+    /// Brings near what the blocks will want.
+    virtual void prefetch(const Tile& /*tile*/, Blocks /*chosen*/) const {}
+
+    /// The pixels that wait to be drawn, and how many bytes they are; null if they are nobody's
+    /// else.
+    virtual const void* inq_pinned() const { return nullptr; }
+    virtual std::size_t inq_pinned_bytes() const { return 0; }
+
+    /// How many pictures lie within one another in this layer.
+    virtual std::size_t inq_depth() const { return 0; }
+
+protected:
+    Interval columns;
+    Interval lines;
+};
