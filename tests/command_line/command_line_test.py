@@ -198,6 +198,44 @@ Rendering frame 3
         self.assertGreaterEqual(decibels, 45)
 
 
+class Colours(InFolder):
+    def setUp(self):
+        super().setUp()
+        run("write_profiles", self.folder)
+
+    def test_a_profile_that_is_not_of_colours_ends_the_run(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        for profile, reason in (("grey.icc", "it is not the profile of a device's red, green and "
+                                             "blue"), ("none.icc", "No such file or directory")):
+            path = self.folder / profile
+            result, frames = self.render(scene, "-silent", "-color", path)
+            self.assertEqual((result.returncode, result.stdout),
+                             (207, "Failed to initialise CMS: Can't use colour profile "
+                                   f"{path}: {reason}\n"))
+            self.assertFalse(frames.exists())
+
+    def test_pictures_are_brought_to_the_output_profile_once(self):
+        orange, swapped, tolerance = [255, 64, 0], [64, 255, 0], 3
+        own, grey = ["-profile", self.folder / "swap.icc"], self.folder / "grey.icc"
+        cels = [("plain.png", "xc:#ff4000", [], swapped)]
+        cels += [(f"own.{ext}", "xc:#ff4000", own, orange) for ext in ("png", "tif", "jpg")]
+        cels += [("grey.png", "xc:#404040", ["-colorspace", "Gray", "-profile", grey], 3 * [81])]
+        for name, colour, profile, _ in cels:
+            convert("-size", "360x540", colour, *profile, self.folder / name)
+        scene = self.make_scene([output("cel", "card"), card("card", 1, 0.25, 0),
+                                 images("cel", *(self.folder / cel[0] for cel in cels))],
+                                length=len(cels))
+        for option in ("-tiff", "-tiff16"):
+            result, frames = self.render(scene, "-silent", "-width", 72, option, "-color",
+                                         self.folder / "swap.icc")
+            self.assertEqual(result.returncode, 0)
+            for index, (name, _, _, wanted) in enumerate(cels):
+                frame = frames / f"{index + 1:04}.tif"
+                for x, colour in ((36, wanted), (2, orange)):
+                    for a, b in zip(pixel(frame, x, 27), colour):
+                        self.assertLessEqual(abs(a - b), tolerance, (name, option, x))
+
+
 class Descriptions(InFolder):
     def expect_mistake(self, pointer, nodes, **more):
         built = self.build(nodes, **more)
