@@ -1,39 +1,77 @@
-#include "kivlib/hdr/KIVStringList.h"
+#include "frontend/CMontaray/JobPool.h"
+#include "frontend/CMontaray/Options.h"
+#include "frontend/CMontaray/RenderRun.h"
+#include "frontend/CMontaray/RunReport.h"
+#include "frontend/CMontaray/exit_codes.h"
+#include "frontend/CMontaray/list_references.h"
+#include "imagelib/hdr/BitmapProvider.h"
+#include "kivlib/hdr/montaray_version.h"
 #include "render/hdr/CommandOutput.h"
-#include "scene/hdr/KIVScene.h"
 
 #include <cstring>
 #include <iostream>
-#include <memory>
 
 namespace {
-/// `list_refs [-1] scene_file`: a file a line.
-int list_references(int argc, char** argv)
+int run_alone(CommandOutput& output, const Options& options, FrameQueue& queue, RunReport& report)
 {
-    const bool direct_only = std::strcmp(argv[2], "-1") == 0;
-    if (argc != (direct_only ? 4 : 3)) {
-        std::cout << "Usage: CMontaray list_refs [-1] scene_file\n";
-        return CommandOutput::BAD_USAGE;
-    }
-    const KIVString folder = argv[argc - 1];
-    const std::unique_ptr<KIVScene> scene(KIVScene::load_from_file(folder, nullptr, false));
-    if (!scene) {
-        std::cout << "Failed to load scene '" << folder.c_str() << "'.\n";
-        return CommandOutput::NO_SCENE;
-    }
-    KIVStringList files;
-    scene->get_dependencies(files, direct_only);
-    for (int i = 0; i < files.count(); ++i)
-        std::cout << files.at_index(i).c_str() << '\n';
-    return CommandOutput::SUCCESS;
+    RenderRun run(options, queue, 0, {}, report);
+    return output.perform_output(run);
+}
+
+/// Pictures that are kept take as much memory as those of one process.
+int run_together(const CommandOutput& output, const Options& options, FrameQueue& queue,
+                 RunReport& report)
+{
+    const std::size_t cache = BitmapProvider::inq_cache_limit();
+    const JobWork work = [&](int job, const std::vector<int>& first_places, RunListener& listener) {
+        BitmapProvider::set_cache_limit(cache / static_cast<std::size_t>(options.jobs));
+        CommandOutput their_output = output;
+        RenderRun run(options, queue, job, first_places, listener);
+        return their_output.perform_output(run);
+    };
+    JobPool pool(queue, output.inq_settings().output_dir.str(), work, report);
+    return pool.run(options.jobs);
+}
+
+int refuse(const std::string& reason)
+{
+    std::cerr << "CMontaray: " << reason << '\n';
+    return CommandOutput::BAD_USAGE;
+}
+
+int render(const Options& options)
+{
+    CommandOutput output;
+    const std::vector<char*>& words = options.words;
+    const int result = output.use_command_line_args(static_cast<int>(words.size()), words.data());
+    if (result != CommandOutput::SUCCESS)
+        return result;
+    if (options.file_type)
+        output.set_file_type(*options.file_type);
+    set_tiff_compression(options.tiff_compression);
+    FrameQueue queue(options.jobs);
+    RunReport report(options, output);
+    if (!queue.is_usable())
+        return refuse("There is no memory to share.");
+    if (!report.is_good())
+        return refuse("Can't write to '" + options.log_file + "'.");
+    StopSignal::watch();
+    return report.finish(options.jobs == 1 ? run_alone(output, options, queue, report)
+                                           : run_together(output, options, queue, report));
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc > 2 && std::strcmp(argv[1], "list_refs") == 0)
-        return list_references(argc, argv);
-    CommandOutput output;
-    const int result = output.use_command_line_args(argc, argv);
-    return result == CommandOutput::SUCCESS ? output.perform_output() : result;
+    Options options;
+    if (!options.read(argc, argv))
+        return options.mistake;
+    if (options.help || options.version) {
+        std::cout << (options.help ? OPTIONS_HELP : "CMontaray " MONTARAY_VERSION "\n");
+        return CommandOutput::SUCCESS;
+    }
+    const std::vector<char*>& words = options.words;
+    if (words.size() > 2 && std::strcmp(words[1], "list_refs") == 0)
+        return list_references(options);
+    return render(options);
 }

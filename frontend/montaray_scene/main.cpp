@@ -13,6 +13,7 @@ constexpr char USAGE[] =
     "       montaray-scene check [SEARCH] SCENE_FOLDER\n"
     "       montaray-scene recover SCENE_FOLDER\n"
     "       montaray-scene backup SCENE_FOLDER [--keep N]\n"
+    "       montaray-scene tile IMAGE OUT.tif\n"
     "\n"
     "build    makes a scene folder from a description\n"
     "show     prints the exposure sheet and the graph of a scene\n"
@@ -20,6 +21,7 @@ constexpr char USAGE[] =
     "         exit status 0: sound, 1: it is not\n"
     "recover  ends or undoes a save that was interrupted\n"
     "backup   copies a scene to SCENE_FOLDER.backup-0001 and so on, and keeps the newest N copies\n"
+    "tile     writes an image in tiles, with smaller copies, so that a frame reads what it shows\n"
     "\n"
     "SEARCH says where artwork may be that is not at its place, as often as needed:\n"
     "  --map OLD=NEW    what was under the folder OLD is under NEW\n"
@@ -73,6 +75,8 @@ const std::map<std::string, Verb> VERBS{
      {{"--search", "--map"}, 1, [](const Arguments& a) { return show_or_check(a, true); }}},
     {"recover", {{}, 1, [](const Arguments& a) { return recover_scene(a.inq_only_name()); }}},
     {"backup", {{"--keep"}, 1, back_up}},
+    {"tile",
+     {{}, 2, [](const Arguments& a) { return tile_image(a.inq_names()[0], a.inq_names()[1]); }}},
 };
 } // namespace
 

@@ -24,3 +24,6 @@ int recover_scene(const std::string& scene_folder);
 
 /// Makes a numbered copy beside a scene, and deletes older ones beyond `keep`, if it is given.
 int back_up_scene(const std::string& scene_folder, std::optional<int> keep);
+
+/// Writes an image in tiles, with its smaller copies.
+int tile_image(const std::string& image, const std::string& tiled_image);

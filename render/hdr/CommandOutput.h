@@ -4,9 +4,13 @@
 
 #include <memory>
 
+class HeldFrame;
 class KIVPixmap;
+class KIVPixmapWriter;
 class KIVScene;
+class OutputRun;
 class RenderScene;
+struct FrameReport;
 
 /// A run of the command line: reads the arguments, renders the frames of a scene and writes them.
 /// One object serves one run; what it says goes to `coutp`.
@@ -33,29 +37,44 @@ public:
     /// the above. The first file that can't be written ends it; those before stay.
     int perform_output();
 
+    /// The same, with the frames that `run` asks for; it hears of each.
+    int perform_output(OutputRun& run);
+
     /// The frame as a file of the type, which may change the pixels to 8 bits; the pixmap stays
     /// the caller's.
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type);
 
     const OutputSettings& inq_settings() const { return settings; }
 
+    /// In place of the type that the arguments name.
+    void set_file_type(int file_type) { settings.file_type = file_type; }
+
 private:
     friend class ArgumentReader;
 
     bool parse_limits_argument(const char* argument, int* first, int* last);
 
-    int output_scene();
+    int output_scene(OutputRun& run);
     bool set_up_colour();
     bool create_output_dir();
-    bool complete_range(int scene_length);
+    bool has_output_dir() const;
+    bool check_output_dir();
+    bool complete_range(int scene_length, OutputRun& run);
     void complete_size(double camera_aspect);
     int inq_bits_per_channel() const;
     void report_settings();
     void report_tv_filter();
-    int output_frames(KIVScene& scene);
+    int output_frames(KIVScene& scene, OutputRun& run);
     KIVString inq_frame_file(int frame) const;
-    std::unique_ptr<KIVPixmap> render(RenderScene& renderer, KIVScene& scene, int frame);
-    std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, int frame);
+    FrameReport output_frame(RenderScene& renderer, KIVScene& scene, OutputRun& run,
+                             HeldFrame& held, int frame);
+    bool copy_frame(const HeldFrame& held, FrameReport& report);
+    void write_frame(const KIVString& name, KIVPixmap* pixmap, FrameReport& report);
+    std::unique_ptr<KIVPixmapWriter> make_writer(int file_type) const;
+    std::unique_ptr<KIVPixmap> render(RenderScene& renderer, KIVScene& scene, OutputRun& run,
+                                      int frame);
+    std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, OutputRun& run, int frame);
+    int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, int& writer_error);
 
     OutputSettings settings;
 };

@@ -1,7 +1,7 @@
 #include "render/hdr/CommandOutput.h"
 
 #include "kivlib/hdr/ConsoleOStream.h"
-#include "render/src/OutputFileType.h"
+#include "render/hdr/OutputFileType.h"
 
 #include <climits>
 #include <cstdlib>

@@ -6,14 +6,19 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/PixOpFilter.h"
+#include "kivlib/hdr/AbortPanel.h"
 #include "kivlib/hdr/ConsoleOStream.h"
 #include "kivlib/hdr/entry_point.h"
 #include "kivlib/hdr/file_operations.h"
 #include "render/hdr/CommandOutput.h"
+#include "render/hdr/OutputFileType.h"
+#include "render/hdr/OutputRun.h"
 #include "render/hdr/RenderScene.h"
-#include "render/src/OutputFileType.h"
+#include "render/src/HeldFrame.h"
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
+
+#include <unistd.h>
 
 namespace {
 constexpr double LEAST_PIXEL_ASPECT = 0.001;
@@ -85,14 +90,20 @@ int result_for_writer_error(int error)
 
 int CommandOutput::perform_output()
 {
-    return without_exceptions<int>(NO_SCENE, [this] { return output_scene(); });
+    OutputRun whole_range;
+    return perform_output(whole_range);
 }
 
-int CommandOutput::output_scene()
+int CommandOutput::perform_output(OutputRun& run)
+{
+    return without_exceptions<int>(NO_SCENE, [&] { return output_scene(run); });
+}
+
+int CommandOutput::output_scene(OutputRun& run)
 {
     if (!set_up_colour())
         return NO_COLOUR_PROFILE;
-    if (!create_output_dir())
+    if (run.is_rehearsal() ? !check_output_dir() : !create_output_dir())
         return NO_OUTPUT;
     const std::unique_ptr<KIVScene> scene(
         KIVScene::load_from_file(settings.scene_file, nullptr, false));
@@ -100,7 +111,7 @@ int CommandOutput::output_scene()
         *coutp << "Failed to load scene '" << settings.scene_file << "'.\n";
         return NO_SCENE;
     }
-    if (!complete_range(scene->inq_scene_length())) {
+    if (!complete_range(scene->inq_scene_length(), run)) {
         if (!settings.silent)
             *coutp << "Invalid range - output aborted.\n";
         return BAD_RANGE;
@@ -108,7 +119,7 @@ int CommandOutput::output_scene()
     complete_size(scene->inq_camera()->inq_aspect_ratio());
     if (!settings.silent)
         report_settings();
-    return output_frames(*scene);
+    return output_frames(*scene, run);
 }
 
 bool CommandOutput::set_up_colour()
@@ -127,12 +138,17 @@ bool CommandOutput::set_up_colour()
     return true;
 }
 
+bool CommandOutput::has_output_dir() const
+{
+    if (settings.output_dir.is_null())
+        *coutp << "No output directory specified.\n";
+    return !settings.output_dir.is_null();
+}
+
 bool CommandOutput::create_output_dir()
 {
-    if (settings.output_dir.is_null()) {
-        *coutp << "No output directory specified.\n";
+    if (!has_output_dir())
         return false;
-    }
     const int result = makedir(settings.output_dir, ALL_MAY_USE_IT, false);
     if (result == 0 || result == EXISTS)
         return true;
@@ -141,13 +157,28 @@ bool CommandOutput::create_output_dir()
     return false;
 }
 
-bool CommandOutput::complete_range(int scene_length)
+/// Whether files could be written to the folder, or it could be made.
+bool CommandOutput::check_output_dir()
+{
+    if (!has_output_dir())
+        return false;
+    KIVString folder = settings.output_dir;
+    if (!inq_file_exists(folder))
+        folder = folder.get_path();
+    if (inq_is_directory(folder) && ::access(folder.c_str(), W_OK | X_OK) == 0)
+        return true;
+    if (!settings.silent)
+        *coutp << "Failed to create output directory: " << settings.output_dir << "\n";
+    return false;
+}
+
+bool CommandOutput::complete_range(int scene_length, OutputRun& run)
 {
     if (settings.first_frame <= 0)
         settings.first_frame = 1;
     if (settings.last_frame <= 0)
         settings.last_frame = scene_length;
-    return settings.last_frame >= settings.first_frame && settings.last_frame <= scene_length;
+    return run.choose_range(scene_length, settings.first_frame, settings.last_frame);
 }
 
 void CommandOutput::complete_size(double camera_aspect)
@@ -162,7 +193,8 @@ void CommandOutput::complete_size(double camera_aspect)
 
 int CommandOutput::inq_bits_per_channel() const
 {
-    return settings.file_type == TIFF_16_FILE || settings.gamma > 0.0F ? 16 : 8;
+    const bool is_deep = settings.file_type == TIFF_16_FILE || settings.file_type == PNG_16_FILE;
+    return is_deep || settings.gamma > 0.0F ? 16 : 8;
 }
 
 void CommandOutput::report_settings()
@@ -209,24 +241,70 @@ void CommandOutput::report_tv_filter()
     }
 }
 
-int CommandOutput::output_frames(KIVScene& scene)
+int CommandOutput::output_frames(KIVScene& scene, OutputRun& run)
 {
     RenderScene renderer(&scene, settings.width, settings.height, settings.pixel_aspect,
                          settings.anti_alias ? 0 : 1, 0, inq_bits_per_channel(),
                          settings.low_quality_ink_paint ? 1 : 0);
     if (settings.transparent)
         renderer.set_background_colour(KIVColour(0.0, 0.0, 0.0, 0.0));
+    HeldFrame held(scene, renderer, inq_bits_per_channel(), settings.interlace);
+    run.begin();
     int result = SUCCESS;
-    for (int frame = settings.first_frame; frame <= settings.last_frame && result == SUCCESS;
-         ++frame) {
-        if (!settings.silent)
-            *coutp << "Rendering frame " << frame << "\n";
-        renderer.set_camera_view();
-        const std::unique_ptr<KIVPixmap> pixmap = render(renderer, scene, frame);
-        if (pixmap)
-            result = write_file(inq_frame_file(frame), pixmap.get(), settings.file_type);
+    while (result == SUCCESS) {
+        const int frame = run.next_frame([&held](int a, int b) { return held.is_same(a, b); });
+        if (frame <= 0)
+            break;
+        const FrameReport report = output_frame(renderer, scene, run, held, frame);
+        run.frame_ended(report);
+        result = report.result;
     }
     return result;
+}
+
+FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, OutputRun& run,
+                                        HeldFrame& held, int frame)
+{
+    const KIVString name = inq_frame_file(frame);
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
+    FrameReport report;
+    report.frame = frame;
+    report.file = writer ? writer->inq_path(name) : name;
+    if (!run.wants_frame(frame, report.file, settings.width, settings.height)) {
+        report.outcome = FrameReport::LEFT_OUT;
+    } else {
+        if (!settings.silent)
+            *coutp << "Rendering frame " << frame << "\n";
+        held.will_render(frame);
+        if (!held.can_stand_for(frame) || !copy_frame(held, report)) {
+            renderer.set_camera_view();
+            const std::unique_ptr<KIVPixmap> pixmap = render(renderer, scene, run, frame);
+            if (pixmap)
+                write_frame(name, pixmap.get(), report);
+        }
+        if (report.outcome == FrameReport::WRITTEN || report.outcome == FrameReport::COPIED)
+            held.was_written(frame, report.file);
+    }
+    if (run.looks_for_images())
+        report.no_images = held.find_unreadable_images(frame);
+    return report;
+}
+
+/// False if the frame has to be rendered after all.
+bool CommandOutput::copy_frame(const HeldFrame& held, FrameReport& report)
+{
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
+    if (!writer || !writer->write_copy(held.inq_file(), report.file))
+        return false;
+    report.outcome = FrameReport::COPIED;
+    return true;
+}
+
+void CommandOutput::write_frame(const KIVString& name, KIVPixmap* pixmap, FrameReport& report)
+{
+    report.result = write_file(name, pixmap, settings.file_type, report.writer_error);
+    const bool is_written = report.result == SUCCESS && report.writer_error == 0;
+    report.outcome = is_written ? FrameReport::WRITTEN : FrameReport::NOT_WRITTEN;
 }
 
 KIVString CommandOutput::inq_frame_file(int frame) const
@@ -235,24 +313,26 @@ KIVString CommandOutput::inq_frame_file(int frame) const
     return file.append_path(KIVString(frame, FRAME_NUMBER_WIDTH));
 }
 
-std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene& scene, int frame)
+std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene& scene,
+                                                 OutputRun& run, int frame)
 {
-    std::unique_ptr<KIVPixmap> pixmap = render_field(renderer, frame);
+    std::unique_ptr<KIVPixmap> pixmap = render_field(renderer, run, frame);
     if (!pixmap || !settings.interlace)
         return pixmap;
     const SecondField later(scene.inq_xsheet());
     if (!settings.silent)
         *coutp << "Rendering interlace frame " << frame << ".5\n";
-    const std::unique_ptr<KIVPixmap> second = render_field(renderer, frame);
+    const std::unique_ptr<KIVPixmap> second = render_field(renderer, run, frame);
     if (!second)
         return nullptr; // half a frame is none
     PixOpAddInterlace(second.get(), inq_field_order(settings.file_type)).transform(pixmap.get());
     return pixmap;
 }
 
-std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, int frame)
+std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, OutputRun& run,
+                                                       int frame)
 {
-    std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, nullptr));
+    std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, run.inq_abort_panel()));
     if (!pixmap)
         return nullptr;
     if (settings.tv_filter)
@@ -261,7 +341,29 @@ std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, in
     return pixmap;
 }
 
+/// Null for a type without a writer.
+std::unique_ptr<KIVPixmapWriter> CommandOutput::make_writer(int file_type) const
+{
+    const OutputFileKind* kind = find_output_file_kind(file_type);
+    const char* writer_class = kind && kind->writer_class ? kind->writer_class : "";
+    const ClassDescriptor* descriptor = ClassManager::inq_main()->find_cd_for(writer_class);
+    if (!descriptor)
+        return nullptr;
+    int argument = kind->writer_argument;
+    if (file_type == CINEON_FULL_FILE || file_type == CINEON_HALF_FILE)
+        argument = cineon_argument(settings.cineon_format, argument);
+    return std::unique_ptr<KIVPixmapWriter>(
+        static_cast<const KIVPixmapWriterDescriptor*>(descriptor)->new_writer(argument));
+}
+
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type)
+{
+    int writer_error = 0;
+    return write_file(name, pixmap, file_type, writer_error);
+}
+
+int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
+                              int& writer_error)
 {
     if (file_type == NO_FILE)
         return NO_OUTPUT;
@@ -272,18 +374,14 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
         PixOpConvertType(pixmap->inq_samples_per_pixel(), 8, true).transform(pixmap);
 
     const KIVString writer_class = kind ? kind->writer_class : "";
-    const ClassDescriptor* descriptor = ClassManager::inq_main()->find_cd_for(writer_class.c_str());
-    if (!descriptor) {
+    if (!ClassManager::inq_main()->find_cd_for(writer_class.c_str())) {
         *coutp << "Can not write file '" << name << "', since failed to find image writer class '"
                << writer_class << "'\n";
         return NO_WRITER;
     }
-    int argument = kind->writer_argument;
-    if (file_type == CINEON_FULL_FILE || file_type == CINEON_HALF_FILE)
-        argument = cineon_argument(settings.cineon_format, argument);
-    const std::unique_ptr<KIVPixmapWriter> writer(
-        static_cast<const KIVPixmapWriterDescriptor*>(descriptor)->new_writer(argument));
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(file_type);
     if (!writer || writer->write_pixmap(name, pixmap))
         return SUCCESS;
-    return result_for_writer_error(writer->inq_error());
+    writer_error = writer->inq_error();
+    return result_for_writer_error(writer_error);
 }

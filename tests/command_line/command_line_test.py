@@ -67,6 +67,40 @@ Rendering frame 3
 """)
         self.assertEqual(sorted(file.name for file in frames.iterdir()), ["0002.tif", "0003.tif"])
 
+    def test_options_are_told(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)], length=1)
+        for options, lines in (
+                (["-alias", "-transparent"], "Options: Aliased.  Transparent.  \n"),
+                (["-low_quality_ink_paint"], "Options: \nLower quality Ink & Paint.\nWidth: "),
+                (["-gamma", "2"], "Color Profile: none\nGamma: 2\nRendering with 16 bits per"),
+                (["-gamma", "0.09"], "Color Profile: none\nRendering with 8 bits per channel.\n"),
+                (["-tiff16"], "Rendering with 16 bits per channel.\n"),
+                (["-tv", "-interlace"], "none\nTV filter enabled (interlace flicker removal).\n"
+                 "TV interlace enabled (for smooth movement).\nRendering with 8"),
+                (["-width", "100"], "Height: 75.  \n"), (["-height", "75"], "Width: 100.  \n"),
+                (["-par", "2", "-width", "100"], "Height: 150.  \nPixel aspect ratio: 2.  \n"),
+                (["-height", "5", "-par", "2"], "Width: 3.  \n"),  # 3.33
+                *((["-tv", kind], "-tv ignored - automatic for YUV or YIQ.\nRendering with 8")
+                  for kind in ("-yuv625", "-yuv525", "-yiq625", "-yiq525")),
+                *(([kind], f"\nFile type: {told}\nRendering frame 1\n") for kind, told in (
+                    ("-tiff", "tiff compressed"), ("-tiffuncompressed", "tiff not compressed"),
+                    ("-tga", "TGA"), ("-yuv625", "YUV 625"), ("-yuv525", "YUV 525"),
+                    ("-yiq625", "YIQ 625"), ("-yiq525", "YIQ 525"), ("-pict", "PICT"),
+                    ("-tiff16", "tiff 16bps"), ("-cineon_full", "Cineon full"),
+                    ("-cineon_half", "Cineon half"), ("-no_output", "No frames will be output")))):
+            self.assertIn(lines, self.render(scene, *options)[0].stdout, options)
+
+    def test_a_silent_run_filters_what_it_would_not_otherwise(self):
+        line = self.folder / "line.png"
+        convert("-size", "720x540", "xc:black", "-fill", "white", "-draw", "rectangle 0,270 719,271",
+                line)
+        scene = self.make_scene([output("line"), images("line", line)], length=1)
+        def filtered(*options):
+            _, frames = self.render(scene, *options, "-yuv625", "-pal")
+            return (frames / "0001.yuv").read_bytes()
+        self.assertEqual(filtered("-tv"), filtered())
+        self.assertNotEqual(filtered("-tv", "-silent"), filtered("-silent"))
+
     def test_layers_stand_in_their_order_and_hold_between_keys(self):
         half, whole = self.folder / "half.png", self.folder / "whole.png"
         convert("-size", "360x540", "xc:#00ff0080", half)
@@ -162,6 +196,44 @@ Rendering frame 3
         decibels = psnr(*both)
         print(f"PSNR to ImageMagick outside the edge: {decibels:.1f} dB", file=sys.stderr)
         self.assertGreaterEqual(decibels, 45)
+
+
+class Colours(InFolder):
+    def setUp(self):
+        super().setUp()
+        run("write_profiles", self.folder)
+
+    def test_a_profile_that_is_not_of_colours_ends_the_run(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0, 0)])
+        for profile, reason in (("grey.icc", "it is not the profile of a device's red, green and "
+                                             "blue"), ("none.icc", "No such file or directory")):
+            path = self.folder / profile
+            result, frames = self.render(scene, "-silent", "-color", path)
+            self.assertEqual((result.returncode, result.stdout),
+                             (207, "Failed to initialise CMS: Can't use colour profile "
+                                   f"{path}: {reason}\n"))
+            self.assertFalse(frames.exists())
+
+    def test_pictures_are_brought_to_the_output_profile_once(self):
+        orange, swapped, tolerance = [255, 64, 0], [64, 255, 0], 3
+        own, grey = ["-profile", self.folder / "swap.icc"], self.folder / "grey.icc"
+        cels = [("plain.png", "xc:#ff4000", [], swapped)]
+        cels += [(f"own.{ext}", "xc:#ff4000", own, orange) for ext in ("png", "tif", "jpg")]
+        cels += [("grey.png", "xc:#404040", ["-colorspace", "Gray", "-profile", grey], 3 * [81])]
+        for name, colour, profile, _ in cels:
+            convert("-size", "360x540", colour, *profile, self.folder / name)
+        scene = self.make_scene([output("cel", "card"), card("card", 1, 0.25, 0),
+                                 images("cel", *(self.folder / cel[0] for cel in cels))],
+                                length=len(cels))
+        for option in ("-tiff", "-tiff16"):
+            result, frames = self.render(scene, "-silent", "-width", 72, option, "-color",
+                                         self.folder / "swap.icc")
+            self.assertEqual(result.returncode, 0)
+            for index, (name, _, _, wanted) in enumerate(cels):
+                frame = frames / f"{index + 1:04}.tif"
+                for x, colour in ((36, wanted), (2, orange)):
+                    for a, b in zip(pixel(frame, x, 27), colour):
+                        self.assertLessEqual(abs(a - b), tolerance, (name, option, x))
 
 
 class Descriptions(InFolder):

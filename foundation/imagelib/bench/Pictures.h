@@ -167,8 +167,8 @@ private:
         const int left = static_cast<int>(u);
         const int top = static_cast<int>(v);
         for (int c = 0; c < 4; ++c) {
-            const double upper = std::lerp(sample(from, left, top, c),
-                                           sample(from, left + 1, top, c), u - left);
+            const double upper =
+                std::lerp(sample(from, left, top, c), sample(from, left + 1, top, c), u - left);
             const double lower = std::lerp(sample(from, left, top + 1, c),
                                            sample(from, left + 1, top + 1, c), u - left);
             sum[c] += std::lerp(upper, lower, v - top);

@@ -56,8 +56,7 @@ public:
         QPainter painter(&image);
         painter.setRenderHint(QPainter::SmoothPixmapTransform, filter == FILTERED);
         painter.setRenderHint(QPainter::Antialiasing, filter == FILTERED);
-        painter.setTransform(
-            QTransform(p.cosine(), p.sine(), -p.sine(), p.cosine(), p.x, p.y));
+        painter.setTransform(QTransform(p.cosine(), p.sine(), -p.sine(), p.cosine(), p.x, p.y));
         painter.drawImage(0, 0, wrap(const_cast<KIVPixmap&>(*layer.source)));
     }
     void finish() { benchmark::DoNotOptimize(image.bits()); }
@@ -161,7 +160,8 @@ template <class Painter, class Sample, Filter FILTER> void place(benchmark::Stat
 {
     const auto source = make_picture<Sample>(static_cast<int>(state.range(1)));
     source->fix_pixels();
-    const std::vector<Layer> layers = {{source.get(), inq_placing(static_cast<int>(state.range(0)))}};
+    const std::vector<Layer> layers = {
+        {source.get(), inq_placing(static_cast<int>(state.range(0)))}};
     Painter painter(1920, 1080);
     painter.begin();
     painter.finish();
@@ -189,8 +189,8 @@ template <class Painter, class Sample, Filter FILTER> void frame(benchmark::Stat
     const double fit = width / 1920.0;
     std::vector<Layer> layers = {{sources[0].get(), {fit * 0.95, 0.0, fit * -10.3, fit * -100.7}}};
     for (int i = 0; i < n; ++i)
-        layers.push_back({sources[static_cast<std::size_t>(1 + i % DISTINCT)].get(),
-                          inq_cel_placing(i, width)});
+        layers.push_back(
+            {sources[static_cast<std::size_t>(1 + i % DISTINCT)].get(), inq_cel_placing(i, width)});
     Painter painter(width, height);
     for (auto _ : state)
         draw_all(painter, layers, FILTER);

@@ -38,6 +38,7 @@ public:
     static std::size_t inq_cached_bytes();
 
 private:
+    friend class CMSBitmapProvider;
     struct Contents;
     const std::unique_ptr<Contents> contents;
 };

@@ -15,7 +15,8 @@ class KIVRectangle;
 /// A rectangle of pixels with its place and its resolution. Colours are premultiplied by alpha;
 /// row 0 is the top row, and every row begins on a boundary of 64 bytes. Without memory for its
 /// pixels a pixmap is empty: 0 by 0, without data, and every operation on it does nothing. What is
-/// drawn over it may wait until somebody looks at the pixels; that changes nothing of the result.
+/// drawn over it may wait until somebody looks at the pixels; that changes nothing of the result,
+/// but until `finish_drawing` even readers must be of one thread.
 class KIVPixmap : public KIVObject {
 public:
     using Base = KIVObject;
@@ -42,6 +43,8 @@ public:
     unsigned char* inq_data()
     {
         draw_what_waits();
+        if (blocks)
+            prepare_change();
         return pixels.get();
     }
     const unsigned char* inq_data() const
@@ -86,11 +89,12 @@ public:
     void copy_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos);
     void composite_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos);
 
-    /// Nobody changes the pixels any more. To draw such a pixmap over another may then wait, even
-    /// until after its end.
+    /// The pixels stay as they are: to draw such a pixmap over another may then wait, even until
+    /// after its end. A later change, or the writable `inq_data`, ends that.
     void fix_pixels();
 
-    /// Draws what waits. False if the panel stopped it; the pixels are then undefined.
+    /// Draws what waits. False if the panel stopped it; the pixels are then undefined, as they are
+    /// after an exception for want of memory.
     bool finish_drawing(AbortPanel* abort) const;
 
     /// Changes the layout of the pixels. False, and no change, without memory for it.
@@ -122,9 +126,9 @@ private:
     int height = 0;
     PixType type;
     std::size_t row_bytes = 0;
-    std::shared_ptr<unsigned char> pixels;         // shared with what waits to draw them
-    std::shared_ptr<const BlockMap> blocks;        // null unless the pixels are fixed
-    mutable std::unique_ptr<DrawList> waiting;     // to be drawn here; null if nothing waits
+    std::shared_ptr<unsigned char> pixels;     // shared with what waits to draw them
+    std::shared_ptr<const BlockMap> blocks;    // null unless the pixels are fixed
+    mutable std::unique_ptr<DrawList> waiting; // to be drawn here; null if nothing waits
     Vector2 origin;
     double x_dpi = 0.0;
     double y_dpi = 0.0;

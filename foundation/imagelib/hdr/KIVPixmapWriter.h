@@ -26,6 +26,12 @@ public:
     /// Adds the format's extension to a `file` without one. False leaves an error.
     bool write_pixmap(const KIVString& file, KIVPixmap* pixmap);
 
+    /// A further file with the contents of `original`, which this writer wrote.
+    bool write_copy(const KIVString& original, const KIVString& file);
+
+    /// The file that `write_pixmap` makes of the name.
+    KIVString inq_path(const KIVString& file) const;
+
     int inq_error() const { return error; }
 
 protected:

@@ -45,16 +45,36 @@ public:
     /// Why there is no picture, for the user; empty if all is well.
     const KIVString& inq_error_msg() const { return error; }
 
+    /// Forgets the pixels that can be had again.
+    virtual void drop_pixels() {}
+
+    /// Of all copies in memory.
+    std::size_t inq_bytes() const;
+
 protected:
+    struct CopySize {
+        int width;
+        int height;
+    };
+
     MipMap();
 
-    /// Reads the full picture. Null, with a text for the user, if it can't.
-    virtual gsl::owner<KIVPixmap*> load_picture(KIVString& error);
+    /// Reads one of the copies that the file has, 0 being the full picture. Null, with a text for
+    /// the user, if it can't.
+    virtual gsl::owner<KIVPixmap*> load_copy(std::size_t level, KIVString& error);
+
+    /// The largest copy that may be in memory as a whole.
+    virtual std::size_t inq_first_level() const { return 0; }
 
     void set_size(int width, int height, double x_dpi, double y_dpi);
+
+    /// The same for a file that has copies, the largest first; below them they are made.
+    void set_sizes(const std::vector<CopySize>& stored, double x_dpi, double y_dpi);
     void set_unusable(const KIVString& reason);
-    void drop_pixels();
-    std::size_t inq_bytes() const;
+
+    /// The smallest copy that is not smaller than this either way.
+    std::size_t find_level(int wanted_width, int wanted_height) const;
+    void forget_copies();
 
     /// Pixels have been made.
     virtual void note_growth() {}
@@ -64,7 +84,9 @@ private:
     KIVPixmap* inq_level(std::size_t level);
     bool make_level(std::size_t level);
 
-    std::vector<std::unique_ptr<KIVPixmap>> levels;
+    std::vector<CopySize> sizes;
+    std::size_t stored_count = 0;                   // of the copies that the file has
+    std::vector<std::unique_ptr<KIVPixmap>> levels; // by size; null while not in memory
     double x_dpi = 0.0;
     double y_dpi = 0.0;
     KIVString error;

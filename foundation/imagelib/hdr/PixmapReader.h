@@ -1,5 +1,6 @@
 #pragma once
 
+#include "imagelib/hdr/ProfileData.h"
 #include "kivlib/hdr/KIVString.h"
 
 class KIVPixmap;
@@ -14,6 +15,9 @@ struct PictureInfo {
     int height = 0;
     double x_dpi = 0.0; // 0: not told
     double y_dpi = 0.0;
+    int bits = 8;          // per sample that are worth reading, 8 or 16
+    bool is_tiled = false; // it may hold smaller copies of the picture, too
+    ProfileData profile;   // that the colours are meant for
 };
 
 /// False, with a text for the user, for a file that is no picture. The format is known by the
@@ -21,5 +25,7 @@ struct PictureInfo {
 bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error);
 
 /// The picture with alpha at 8 or 16 bits per sample, for the caller to delete; null, with a text
-/// for the user, if any of it can't be read.
+/// for the user, if any of it can't be read. The colours are those of the file.
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
+                                            KIVString& error);
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error);

@@ -9,8 +9,8 @@ template <class Sample>
 using Pixel = std::conditional_t<sizeof(Sample) == 1, std::uint32_t, std::uint64_t>;
 
 template <class Sample>
-constexpr Pixel<Sample> ALPHA = Pixel<Sample>{std::numeric_limits<Sample>::max()}
-                                << (3 * 8 * sizeof(Sample));
+constexpr Pixel<Sample> ALPHA =
+    Pixel<Sample>{std::numeric_limits<Sample>::max()} << (3 * 8 * sizeof(Sample));
 
 int count_blocks(int size)
 {

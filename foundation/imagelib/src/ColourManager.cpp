@@ -1,14 +1,221 @@
 #include "imagelib/hdr/ColourManager.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/src/ProfileTransform.h"
 #include "imagelib/src/samples.h"
+#include "kivlib/hdr/file_operations.h"
+
+#include <list>
 
 namespace {
-KIVString explain_refusal(const KIVString& profile)
+using Profile = ProfileTransform::Profile;
+using Transform = std::unique_ptr<ProfileTransform>;
+
+KIVString explain(const KIVString& path, const KIVString& reason)
 {
-    return "Colour profiles can't be used in this release: " + profile;
+    return "Can't use colour profile " + path + ": " + reason;
 }
 
+/// A way that an id has been given out for.
+struct NamedTransform {
+    explicit NamedTransform(const KIVString& path) : path(path) {}
+
+    const KIVString path;
+    int holds = 1;
+    int locks = 0;
+    int revision = 0; // of the output profile that the transform leads to
+    Transform transform;
+};
+
+/// The way of pictures that hold one profile; null if it can't be used.
+struct PictureTransform {
+    ProfileData embedded;
+    Transform transform;
+};
+} // namespace
+
+struct ColourManager::Profiles {
+    /// False, and no change, with a reason for the user, for one that no colours lead to.
+    bool set_output(const KIVString& path, const Profile& profile, KIVString& reason);
+    void clear_output();
+
+    void refresh(NamedTransform& named, KIVString& error) const;
+    ProfileTransform* find_for_picture(const ProfileData& embedded);
+
+    NamedTransform* find(int id) const
+    {
+        const bool is_known = id >= 0 && static_cast<std::size_t>(id) < named.size();
+        return is_known ? named[static_cast<std::size_t>(id)].get() : nullptr;
+    }
+    void delete_if_unused(int id)
+    {
+        const NamedTransform* transform = find(id);
+        if (transform->holds == 0 && transform->locks == 0)
+            named[static_cast<std::size_t>(id)].reset();
+    }
+
+    KIVString output_path;
+    Profile output;                                     // null for none
+    int revision = 0;                                   // counts the output profiles
+    std::vector<std::unique_ptr<NamedTransform>> named; // by id; null once it is given back
+    std::unordered_map<std::string, int> ids;
+    Transform from_srgb;                  // null without an output profile
+    std::list<PictureTransform> pictures; // the last used one first
+};
+
+bool ColourManager::Profiles::set_output(const KIVString& path, const Profile& profile,
+                                         KIVString& reason)
+{
+    const Profile srgb = ColourProfile::make_srgb();
+    Transform transform = srgb ? ProfileTransform::make(srgb, profile, reason) : nullptr;
+    if (!transform)
+        return false;
+    output_path = path;
+    if (output && output->inq_data() == profile->inq_data())
+        return true;
+    clear_output();
+    output_path = path;
+    output = profile;
+    from_srgb = std::move(transform);
+    ++revision;
+    return true;
+}
+
+void ColourManager::Profiles::clear_output()
+{
+    output_path = KIVString();
+    output.reset();
+    from_srgb.reset();
+    pictures.clear();
+}
+
+void ColourManager::Profiles::refresh(NamedTransform& wanted, KIVString& error) const
+{
+    if (wanted.transform && output && wanted.revision == revision)
+        return;
+    wanted.transform.reset();
+    KIVString reason = "there is no output profile";
+    if (const Profile from = output ? ColourProfile::read(wanted.path, reason) : nullptr)
+        wanted.transform = ProfileTransform::make(from, output, reason);
+    wanted.revision = revision;
+    if (!wanted.transform)
+        error = explain(wanted.path, reason);
+}
+
+ProfileTransform* ColourManager::Profiles::find_for_picture(const ProfileData& embedded)
+{
+    constexpr std::size_t MOST_KEPT = 16;
+    if (embedded.empty())
+        return from_srgb.get();
+    auto place = std::ranges::find(pictures, embedded, &PictureTransform::embedded);
+    if (place == pictures.end()) {
+        KIVString reason;
+        const Profile from = ColourProfile::make_for_picture(embedded);
+        pictures.push_front(
+            {embedded, from ? ProfileTransform::make(from, output, reason) : nullptr});
+        place = pictures.begin();
+    }
+    pictures.splice(pictures.begin(), pictures, place);
+    if (pictures.size() > MOST_KEPT)
+        pictures.pop_back();
+    return place->transform ? place->transform.get() : from_srgb.get();
+}
+
+ColourManager::ColourManager() : profiles(new Profiles) {}
+ColourManager::~ColourManager() = default;
+
+const KIVString& ColourManager::inq_output_profile_path() const
+{
+    return profiles->output_path;
+}
+
+const ProfileData& ColourManager::inq_output_profile_data() const
+{
+    static const ProfileData none;
+    return profiles->output ? profiles->output->inq_data() : none;
+}
+
+int ColourManager::inq_output_revision() const
+{
+    return profiles->output ? profiles->revision : 0;
+}
+
+void ColourManager::set_output_profile_path(const KIVString& path)
+{
+    error = KIVString();
+    if (path.is_null())
+        return profiles->clear_output();
+    KIVString reason = "not enough memory";
+    try {
+        const Profile profile = ColourProfile::read(path, reason);
+        if (profile && profiles->set_output(path, profile, reason))
+            return;
+    } catch (const std::bad_alloc&) {
+        // which the reason says
+    }
+    error = explain(path, reason);
+}
+
+bool ColourManager::bring_to_output(KIVPixmap& picture, const ProfileData& embedded)
+{
+    if (!profiles->output)
+        return true;
+    try {
+        return profiles->find_for_picture(embedded)->transform(picture);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+int ColourManager::new_transform_id(const KIVString& profile)
+{
+    const KIVString path = inq_absolute_path(profile);
+    const auto [place, is_new] =
+        profiles->ids.try_emplace(path.str(), static_cast<int>(profiles->named.size()));
+    if (is_new)
+        profiles->named.push_back(std::make_unique<NamedTransform>(path));
+    else
+        hold_object_id(place->second);
+    return place->second;
+}
+
+ColourTransform* ColourManager::lock(int id)
+{
+    error = KIVString();
+    NamedTransform* named = profiles->find(id);
+    if (!named)
+        return nullptr;
+    if (named->locks++ == 0)
+        profiles->refresh(*named, error);
+    return named->transform.get();
+}
+
+void ColourManager::unlock(int id)
+{
+    NamedTransform* named = profiles->find(id);
+    if (!named || named->locks == 0)
+        return;
+    --named->locks;
+    profiles->delete_if_unused(id);
+}
+
+void ColourManager::hold_object_id(int id)
+{
+    if (NamedTransform* named = profiles->find(id))
+        ++named->holds;
+}
+
+void ColourManager::delete_object_id(int id)
+{
+    NamedTransform* named = profiles->find(id);
+    if (!named || named->holds == 0)
+        return;
+    if (--named->holds == 0)
+        profiles->ids.erase(named->path.str());
+    profiles->delete_if_unused(id);
+}
+
+namespace {
 template <class Sample> std::vector<Sample> make_table(double exponent)
 {
     constexpr unsigned MOST = samples::FULL<Sample>;
@@ -59,13 +266,6 @@ void apply_gamma(KIVPixmap& pixmap, std::vector<Sample>& table, double exponent)
 }
 } // namespace
 
-void ColourManager::set_output_profile_path(const KIVString& path)
-{
-    error = path.is_null() ? KIVString() : explain_refusal(path);
-    if (path.is_null())
-        output_profile = path;
-}
-
 void ColourManager::set_output_gamma(double exponent)
 {
     if (!(exponent > 0.0) || !std::isfinite(exponent) || exponent == gamma)
@@ -84,21 +284,6 @@ void ColourManager::add_gamma(KIVPixmap* pixmap)
     else
         apply_gamma(*pixmap, table_16, gamma);
 }
-
-int ColourManager::new_transform_id(const KIVString& profile)
-{
-    error = explain_refusal(profile);
-    return -1;
-}
-
-ColourTransform* ColourManager::lock(int /*id*/)
-{
-    return nullptr; // no id is ever given out
-}
-
-void ColourManager::unlock(int /*id*/) {}
-void ColourManager::hold_object_id(int /*id*/) {}
-void ColourManager::delete_object_id(int /*id*/) {}
 
 ColourManager* inq_colour_manager()
 {

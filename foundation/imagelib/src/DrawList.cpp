@@ -5,7 +5,10 @@
 #include "kivlib/hdr/AbortPanel.h"
 
 namespace {
-constexpr std::size_t MOST_LAYERS = 4096;
+constexpr std::size_t MOST_LAYERS = 1024;
+
+/// Bytes that layers everywhere keep for their drawing.
+std::size_t all_pinned_bytes = 0;
 
 int tile_begin(int place, int size)
 {
@@ -45,15 +48,22 @@ Canvas Scratch::take_canvas(const Tile& tile, PixType type)
 
 void DrawList::add(std::unique_ptr<Layer> layer)
 {
-    if (layer->inq_pinned() && pinned.insert(layer->inq_pinned()).second)
+    if (layer->inq_pinned() && pinned.insert(layer->inq_pinned()).second) {
         pinned_bytes += layer->inq_pinned_bytes();
+        all_pinned_bytes += layer->inq_pinned_bytes();
+    }
     depth = std::max(depth, layer->inq_depth() + 1);
     items.push_back({std::move(layer), 0});
 }
 
 bool DrawList::is_full() const
 {
-    return items.size() >= MOST_LAYERS || pinned_bytes >= BitmapProvider::inq_cache_limit();
+    return items.size() >= MOST_LAYERS || all_pinned_bytes >= BitmapProvider::inq_cache_limit();
+}
+
+DrawList::~DrawList()
+{
+    all_pinned_bytes -= pinned_bytes;
 }
 
 Tile DrawList::inq_box() const
@@ -100,7 +110,8 @@ Layer::Effect DrawList::look_at(const Tile& tile)
         const Layer::Effect effect = item->layer->look_at(tile);
         item->chosen = effect.drawn & open;
         all.visible |= effect.visible & open;
-        all.opaque |= effect.opaque & open;
+        all.opaque |= effect.opaque & open & ~all.holed;
+        all.holed |= effect.holed & open;
         open &= ~effect.replaced;
     }
     return all;

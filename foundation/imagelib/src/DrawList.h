@@ -15,18 +15,20 @@ public:
     enum class Beginning { WITH_A_FILL, OVER_WHAT_IS_THERE };
 
     explicit DrawList(Beginning beginning) : beginning(beginning) {}
+    DrawList(const DrawList&) = delete;
+    DrawList& operator=(const DrawList&) = delete;
+    ~DrawList();
 
     void add(std::unique_ptr<Layer> layer);
 
     bool is_complete() const { return beginning == Beginning::WITH_A_FILL; }
 
-    /// Whether its layers hold on to so much that they should be drawn before another comes.
+    /// Whether there are so many layers, or all that wait anywhere hold on to so much, that these
+    /// should be drawn before another comes.
     bool is_full() const;
 
     /// How many lists lie within one another here.
     std::size_t inq_depth() const { return depth; }
-
-    std::size_t inq_pinned_bytes() const { return pinned_bytes; }
 
     /// Draws all on the pixels of a picture. False if the panel stopped it: some of the pixels are
     /// then undefined.

@@ -1,9 +1,13 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
 
 #include <gif_lib.h>
 
 namespace {
+/// The parts of a screen that its picture leaves open cost the file nothing.
+constexpr std::uint64_t LARGEST_SCREEN = 1 << 26;
+
+constexpr RowLayout LAYOUT = {4, 8, Alpha::STRAIGHT};
+
 /// The first picture of a GIF file, at its place on the file's screen.
 class GifReader : public PictureReader {
 public:
@@ -15,13 +19,20 @@ public:
     }
 
     bool read_head(PictureInfo& info) override;
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override
+    {
+        return std::min(LARGEST_SCREEN, MOST_BY_LZW * file_bytes);
+    }
+    bool is_from_top() const override { return !gif->Image.Interlace; }
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool find_picture();
     bool read_extension();
+    bool read_to_end();
     bool fail_with_code(int code);
-    bool put_line(KIVPixmap& picture, const ColorMapObject& colours, int line);
+    bool put_line(RowTarget& target, const ColorMapObject& colours, int line);
+    bool put_margin(RowTarget& target, int first, int end);
     static int read(GifFileType* gif, GifByteType* to, int count);
 
     Bytes file;
@@ -31,7 +42,7 @@ private:
     int screen_width = 0;
     int screen_height = 0;
     std::vector<GifPixelType> line_pixels;
-    std::vector<unsigned char> line_colours;
+    std::vector<unsigned char> row; // of the screen
 };
 
 int GifReader::read(GifFileType* gif, GifByteType* to, int count)
@@ -96,12 +107,11 @@ bool GifReader::read_extension()
     return result == GIF_OK || fail_with_code(gif->Error);
 }
 
-bool GifReader::put_line(KIVPixmap& picture, const ColorMapObject& colours, int line)
+bool GifReader::put_line(RowTarget& target, const ColorMapObject& colours, int line)
 {
-    const int width = gif->Image.Width;
-    if (DGifGetLine(gif, line_pixels.data(), width) == GIF_ERROR)
+    if (DGifGetLine(gif, line_pixels.data(), gif->Image.Width) == GIF_ERROR)
         return fail_with_code(gif->Error);
-    unsigned char* to = line_colours.data();
+    unsigned char* to = row.data() + 4 * static_cast<std::size_t>(gif->Image.Left);
     for (const GifPixelType pixel : line_pixels) {
         if (pixel >= colours.ColorCount)
             return fail("the GIF file has a pixel without a colour");
@@ -111,12 +121,46 @@ bool GifReader::put_line(KIVPixmap& picture, const ColorMapObject& colours, int 
         *to++ = colour.Blue;
         *to++ = pixel == transparent ? 0 : 0xFF;
     }
-    put_pixels(picture, gif->Image.Left, gif->Image.Top + line, line_colours.data(), width,
-               {4, 8, Alpha::STRAIGHT});
+    return target.put_row(gif->Image.Top + line, row.data(), LAYOUT) || fail_by_target();
+}
+
+/// Rows of the screen that the picture leaves open; the row is still empty, or is made so.
+bool GifReader::put_margin(RowTarget& target, int first, int end)
+{
+    std::ranges::fill(row, 0);
+    for (int y = first; y < end; ++y)
+        if (!target.put_row(y, row.data(), LAYOUT))
+            return fail_by_target();
     return true;
 }
 
-bool GifReader::read_pixels(KIVPixmap& picture)
+/// Of the pictures that follow only their being there counts: a file that lacks its end is cut.
+bool GifReader::read_to_end()
+{
+    for (;;) {
+        GifRecordType type = UNDEFINED_RECORD_TYPE;
+        if (DGifGetRecordType(gif, &type) == GIF_ERROR)
+            return fail_with_code(gif->Error);
+        if (type == TERMINATE_RECORD_TYPE)
+            return true;
+        if (type == EXTENSION_RECORD_TYPE) {
+            if (!read_extension())
+                return false;
+            continue;
+        }
+        int code_size = 0;
+        GifByteType* block = nullptr;
+        int result = DGifGetImageDesc(gif);
+        if (result == GIF_OK)
+            result = DGifGetCode(gif, &code_size, &block);
+        while (result == GIF_OK && block)
+            result = DGifGetCodeNext(gif, &block);
+        if (result != GIF_OK)
+            return fail_with_code(gif->Error);
+    }
+}
+
+bool GifReader::read_pixels(RowTarget& target)
 {
     struct Pass {
         int first;
@@ -127,17 +171,17 @@ bool GifReader::read_pixels(KIVPixmap& picture)
     const ColorMapObject* colours = gif->Image.ColorMap ? gif->Image.ColorMap : gif->SColorMap;
     if (!colours || gif->Image.Width <= 0)
         return fail("the GIF file has no colours");
-    if (gif->Image.Width < screen_width || gif->Image.Height < screen_height)
-        picture.clear();
     line_pixels.resize(static_cast<std::size_t>(gif->Image.Width));
-    line_colours.resize(4 * line_pixels.size());
+    row.resize(4 * static_cast<std::size_t>(screen_width));
+    if (!put_margin(target, 0, gif->Image.Top))
+        return false;
     const std::span<const Pass> passes =
         gif->Image.Interlace ? std::span<const Pass>(INTERLACED) : std::span<const Pass>(PLAIN);
     for (const Pass& pass : passes)
         for (int line = pass.first; line < gif->Image.Height; line += pass.step)
-            if (!put_line(picture, *colours, line))
+            if (!put_line(target, *colours, line))
                 return false;
-    return true;
+    return put_margin(target, gif->Image.Top + gif->Image.Height, screen_height) && read_to_end();
 }
 } // namespace
 

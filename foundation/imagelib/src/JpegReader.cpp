@@ -1,14 +1,20 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/orientation.h"
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 // after <cstdio>, which it needs
 #include <jerror.h>
 #include <jpeglib.h>
 
 namespace {
 constexpr double CENTIMETRES_PER_INCH = 2.54;
+constexpr int EXIF_MARKER = JPEG_APP0 + 1;
+constexpr unsigned LARGEST_MARKER = 0xFFFF;
+constexpr long MOST_MEMORY = 1L << 29; // of the library, for a picture told in several scans
+constexpr int MOST_SCANS = 256;        // few files have a dozen
+constexpr int PROFILE_MARKER = JPEG_APP0 + 2;
 
 /// As with PNG, errors jump into the step that called the library.
 class JpegReader : public PictureReader {
@@ -19,24 +25,34 @@ public:
         errors.error_exit = take_error;
         errors.emit_message = take_message;
         state.client_data = this;
+        progress.progress_monitor = count_scans;
     }
     ~JpegReader() override { jpeg_destroy_decompress(&state); }
 
     bool read_head(PictureInfo& info) override { return prepare_head(info) || fail(message); }
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override
+    {
+        constexpr std::uint64_t MOST_PER_BYTE = 512; // a block of 8 by 8 takes a bit at least
+        return MOST_PER_BYTE * file_bytes;
+    }
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool prepare_head(PictureInfo& info);
-    bool read_rows(KIVPixmap& picture);
+    bool read_rows(RowTarget& target);
     void note_resolution(PictureInfo& info) const;
-    void turn_inks_to_colours(int width);
+    void note_orientation();
+    void turn_inks_to_colours();
+    void note_profile(PictureInfo& info);
 
     static void take_error(j_common_ptr common);
     static void take_message(j_common_ptr common, int level);
+    static void count_scans(j_common_ptr common);
 
     Bytes file;
     jpeg_decompress_struct state = {};
     jpeg_error_mgr errors = {};
+    jpeg_progress_mgr progress = {};
     std::jmp_buf jump;
     std::vector<unsigned char> row;
     char message[JMSG_LENGTH_MAX] = "";
@@ -49,13 +65,23 @@ void JpegReader::take_error(j_common_ptr common)
     std::longjmp(reader->jump, 1);
 }
 
-/// What the library would patch up in silence is an error where pixels are missing.
+/// The library patches up what is damaged or missing, and warns. Only a strange number in the head
+/// or a damaged profile changes nothing of the picture.
 void JpegReader::take_message(j_common_ptr common, int level)
 {
     const int code = common->err->msg_code;
-    if (level < 0 &&
-        (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE))
+    if (level < 0 && code != JWRN_JFIF_MAJOR && code != JWRN_BOGUS_ICC)
         take_error(common);
+}
+
+void JpegReader::count_scans(j_common_ptr common)
+{
+    const auto* state = reinterpret_cast<j_decompress_ptr>(common);
+    if (state->input_scan_number <= MOST_SCANS)
+        return;
+    auto* reader = static_cast<JpegReader*>(common->client_data);
+    std::strncpy(reader->message, "the JPEG file has too many scans", sizeof(reader->message) - 1);
+    std::longjmp(reader->jump, 1);
 }
 
 bool JpegReader::prepare_head(PictureInfo& info)
@@ -63,12 +89,29 @@ bool JpegReader::prepare_head(PictureInfo& info)
     if (setjmp(jump))
         return false;
     jpeg_create_decompress(&state);
+    state.progress = &progress;
+    state.mem->max_memory_to_use = MOST_MEMORY;
     jpeg_mem_src(&state, file.data(), file.size());
+    jpeg_save_markers(&state, EXIF_MARKER, LARGEST_MARKER);
+    jpeg_save_markers(&state, PROFILE_MARKER, LARGEST_MARKER);
     jpeg_read_header(&state, TRUE);
     info.width = static_cast<int>(state.image_width);
     info.height = static_cast<int>(state.image_height);
     note_resolution(info);
+    note_orientation();
+    note_profile(info);
     return true;
+}
+
+void JpegReader::note_orientation()
+{
+    constexpr unsigned char MARK[] = {'E', 'x', 'i', 'f', 0, 0};
+    for (const auto* marker = state.marker_list; marker; marker = marker->next) {
+        const Bytes data(marker->data, marker->data_length);
+        if (marker->marker == EXIF_MARKER && data.size() > sizeof(MARK) &&
+            std::memcmp(data.data(), MARK, sizeof(MARK)) == 0)
+            return set_orientation(find_exif_orientation(data.subspan(sizeof(MARK))));
+    }
 }
 
 void JpegReader::note_resolution(PictureInfo& info) const
@@ -82,25 +125,35 @@ void JpegReader::note_resolution(PictureInfo& info) const
     info.y_dpi = state.Y_density * factor;
 }
 
-bool JpegReader::read_pixels(KIVPixmap& picture)
+void JpegReader::note_profile(PictureInfo& info)
 {
-    row.resize(static_cast<std::size_t>(picture.inq_width()) * 4);
-    return read_rows(picture) || fail(message);
+    JOCTET* data = nullptr;
+    unsigned bytes = 0;
+    if (!jpeg_read_icc_profile(&state, &data, &bytes))
+        return;
+    const std::unique_ptr<JOCTET, decltype(&std::free)> owned(data, std::free);
+    info.profile.assign(data, data + bytes);
+}
+
+bool JpegReader::read_pixels(RowTarget& target)
+{
+    row.resize(std::size_t{state.image_width} * 4);
+    return read_rows(target) || fail(message);
 }
 
 /// The files that hold inks hold them inverted: the more, the lighter.
-void JpegReader::turn_inks_to_colours(int width)
+void JpegReader::turn_inks_to_colours()
 {
     unsigned char* to = row.data();
     const unsigned char* from = row.data();
-    for (int x = 0; x < width; ++x, to += 3, from += 4) {
+    for (JDIMENSION x = 0; x < state.image_width; ++x, to += 3, from += 4) {
         const unsigned black = from[3];
         for (int c = 0; c < 3; ++c)
             to[c] = static_cast<unsigned char>(from[c] * black / 0xFF);
     }
 }
 
-bool JpegReader::read_rows(KIVPixmap& picture)
+bool JpegReader::read_rows(RowTarget& target)
 {
     if (setjmp(jump))
         return false;
@@ -108,13 +161,13 @@ bool JpegReader::read_rows(KIVPixmap& picture)
     const bool is_grey = state.jpeg_color_space == JCS_GRAYSCALE;
     state.out_color_space = has_inks ? JCS_CMYK : is_grey ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_start_decompress(&state);
-    for (int y = 0; y < picture.inq_height(); ++y) {
+    for (JDIMENSION y = 0; y < state.image_height; ++y) {
         JSAMPROW to = row.data();
         jpeg_read_scanlines(&state, &to, 1);
         if (has_inks)
-            turn_inks_to_colours(picture.inq_width());
-        put_pixels(picture, 0, y, row.data(), picture.inq_width(),
-                   {is_grey ? 1 : 3, 8, Alpha::NONE});
+            turn_inks_to_colours();
+        if (!target.put_row(static_cast<int>(y), row.data(), {is_grey ? 1 : 3, 8, Alpha::NONE}))
+            return false;
     }
     jpeg_finish_decompress(&state);
     return true;

@@ -118,12 +118,15 @@ void KIVPixmap::clear()
 /// What was there, and what was to be drawn over it, is of no more interest.
 void KIVPixmap::begin_with(const unsigned char* pixel_with_alpha)
 {
+    waiting.reset();
+    blocks.reset();
+    if (pixels.use_count() > 1)
+        allocate(width, height);
     if (!pixels)
         return;
     waiting = std::make_unique<DrawList>(DrawList::Beginning::WITH_A_FILL);
-    prepare_change();
-    waiting->add(std::make_unique<Fill>(width, height, pixel_with_alpha,
-                                        4 * inq_bits_per_sample() / 8));
+    waiting->add(
+        std::make_unique<Fill>(width, height, pixel_with_alpha, 4 * inq_bits_per_sample() / 8));
 }
 
 /// Whoever still has to draw the old pixels keeps them.
@@ -134,10 +137,10 @@ void KIVPixmap::prepare_change()
         return;
     const std::shared_ptr<unsigned char> old = pixels;
     allocate(width, height);
-    if (pixels)
-        std::memcpy(pixels.get(), old.get(), inq_bytes());
-    else
+    if (!pixels)
         waiting.reset();
+    else if (!waiting || !waiting->is_complete())
+        std::memcpy(pixels.get(), old.get(), inq_bytes());
 }
 
 void KIVPixmap::fix_pixels()
@@ -151,8 +154,8 @@ void KIVPixmap::fix_pixels()
 bool KIVPixmap::finish_drawing(AbortPanel* abort) const
 {
     const std::unique_ptr<DrawList> list = std::move(waiting);
-    return !list || list->play({pixels.get(), row_bytes, type, inq_bytes_per_pixel()}, width,
-                               height, abort);
+    return !list ||
+           list->play({pixels.get(), row_bytes, type, inq_bytes_per_pixel()}, width, height, abort);
 }
 
 namespace {
@@ -189,12 +192,16 @@ namespace {
 /// False if the source is not a picture that waits to be drawn.
 bool place_picture(KIVPixmap& target, KIVPixmap& source, const IntVector2& pos, Manner manner)
 {
-    std::unique_ptr<DrawList> picture = PixmapDrawing::take_picture(source, target);
+    constexpr long FAR = std::numeric_limits<int>::max() / 2;
+    const bool is_near = std::abs(pos.x()) < FAR && std::abs(pos.y()) < FAR;
+    std::unique_ptr<DrawList> picture =
+        is_near ? PixmapDrawing::take_picture(source, target) : nullptr;
     if (!picture)
         return false;
-    auto layer = std::make_unique<PictureLayer>(std::move(picture), source.inq_type(),
-                                                source.inq_width(), source.inq_height(), pos.x(),
-                                                pos.y(), manner, PixmapDrawing::inq_area(target));
+    auto layer = std::make_unique<PictureLayer>(
+        std::move(picture), source.inq_type(), source.inq_width(), source.inq_height(),
+        static_cast<int>(pos.x()), static_cast<int>(pos.y()), manner,
+        PixmapDrawing::inq_area(target));
     PixmapDrawing::draw(target, std::move(layer), PixmapDrawing::Time::LATER);
     return true;
 }

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -47,6 +48,20 @@ KIVPixmapWriter::WriteError replace_file(const std::string& path, const ByteBuff
     if (error != KIVPixmapWriter::WRITE_OKAY && error != KIVPixmapWriter::WRITE_CANNOT_OPEN)
         ::unlink(other.c_str());
     return error;
+}
+
+KIVPixmapWriter::WriteError read_file(const KIVString& path, ByteBuffer& contents)
+{
+    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    struct stat facts {};
+    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
+        return KIVPixmapWriter::WRITE_CANNOT_OPEN;
+    const auto size = static_cast<std::size_t>(facts.st_size);
+    char* memory = contents.reset(size);
+    if (!memory)
+        return KIVPixmapWriter::WRITE_NO_MEMORY;
+    return file.read_all(memory, size) ? KIVPixmapWriter::WRITE_OKAY
+                                       : KIVPixmapWriter::WRITE_CANNOT_OPEN;
 }
 
 /// Memory for the contents of a file. That of the last one is taken again, since fresh pages cost
@@ -89,8 +104,22 @@ bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
     if (error == WRITE_OKAY && (*contents).has_failed())
         error = WRITE_NO_MEMORY;
     if (error == WRITE_OKAY)
-        error = replace_file(add_extension(file, inq_extension()), *contents);
+        error = replace_file(inq_path(file).str(), *contents);
     return error == WRITE_OKAY;
+}
+
+bool KIVPixmapWriter::write_copy(const KIVString& original, const KIVString& file)
+{
+    FileContents contents;
+    error = read_file(original, *contents);
+    if (error == WRITE_OKAY)
+        error = replace_file(inq_path(file).str(), *contents);
+    return error == WRITE_OKAY;
+}
+
+KIVString KIVPixmapWriter::inq_path(const KIVString& file) const
+{
+    return add_extension(file, inq_extension());
 }
 
 KIVPixmapWriterDescriptor::KIVPixmapWriterDescriptor(const char* name, NewWriter make)

@@ -54,6 +54,7 @@ public:
         Blocks replaced = 0; // nothing of what lies below is seen there any more
         Blocks visible = 0;  // it leaves something there
         Blocks opaque = 0;   // it leaves nothing transparent there
+        Blocks holed = 0;    // it may leave something transparent where nothing was
     };
 
     Layer(Interval columns, Interval lines) : columns(columns), lines(lines) {}
@@ -80,8 +81,7 @@ public:
     /// Brings near what the blocks will want.
     virtual void prefetch(const Tile& /*tile*/, Blocks /*chosen*/) const {}
 
-    /// The pixels that wait to be drawn, and how many bytes they are; null if they are nobody's
-    /// else.
+    /// The pixels of its source, and how many bytes they are; null if the layer does not keep them.
     virtual const void* inq_pinned() const { return nullptr; }
     virtual std::size_t inq_pinned_bytes() const { return 0; }
 

@@ -1,9 +1,7 @@
 #include "imagelib/hdr/MipMap.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
-#include "imagelib/hdr/TiledMipMap.h"
 #include "imagelib/src/reduce.h"
-#include "kivlib/hdr/KIVStringList.h"
 
 namespace {
 constexpr double UNITS_PER_INCH = 60.0;
@@ -29,7 +27,7 @@ MipMap::MipMap(gsl::owner<KIVPixmap*> picture)
         return;
     set_size(taken->inq_width(), taken->inq_height(), taken->inq_x_dpi(), taken->inq_y_dpi());
     taken->fix_pixels();
-    levels.push_back(std::move(taken));
+    levels[0] = std::move(taken);
 }
 
 gsl::owner<KIVPixmap*> MipMap::new_region_pixmap(Vector2* /*corners*/, int /*width*/,
@@ -38,19 +36,30 @@ gsl::owner<KIVPixmap*> MipMap::new_region_pixmap(Vector2* /*corners*/, int /*wid
     return nullptr;
 }
 
-gsl::owner<KIVPixmap*> MipMap::load_picture(KIVString& /*error*/)
+gsl::owner<KIVPixmap*> MipMap::load_copy(std::size_t /*level*/, KIVString& /*error*/)
 {
     return nullptr;
 }
 
 void MipMap::set_size(int new_width, int new_height, double new_x_dpi, double new_y_dpi)
 {
-    width = new_width;
-    height = new_height;
+    set_sizes({{new_width, new_height}}, new_x_dpi, new_y_dpi);
+}
+
+void MipMap::set_sizes(const std::vector<CopySize>& stored, double new_x_dpi, double new_y_dpi)
+{
+    width = stored[0].width;
+    height = stored[0].height;
     x_dpi = new_x_dpi;
     y_dpi = new_y_dpi;
     usable = true;
     error = KIVString();
+    sizes = stored;
+    stored_count = stored.size();
+    while (sizes.back().width > 1 || sizes.back().height > 1)
+        sizes.push_back({half_of(sizes.back().width), half_of(sizes.back().height)});
+    levels.clear();
+    levels.resize(sizes.size());
 }
 
 void MipMap::set_unusable(const KIVString& reason)
@@ -61,16 +70,17 @@ void MipMap::set_unusable(const KIVString& reason)
     error = reason;
 }
 
-void MipMap::drop_pixels()
+void MipMap::forget_copies()
 {
-    levels.clear();
+    for (auto& level : levels)
+        level.reset();
 }
 
 std::size_t MipMap::inq_bytes() const
 {
     std::size_t bytes = 0;
     for (const auto& level : levels)
-        bytes += level->inq_bytes();
+        bytes += level ? level->inq_bytes() : 0;
     return bytes;
 }
 
@@ -83,42 +93,42 @@ KIVPixmap* MipMap::inq_pixmap(int wanted_width, int wanted_height)
 {
     if (!usable)
         return nullptr;
+    return inq_level(std::max(find_level(wanted_width, wanted_height), inq_first_level()));
+}
+
+std::size_t MipMap::find_level(int wanted_width, int wanted_height) const
+{
     std::size_t level = 0;
-    int level_width = width;
-    int level_height = height;
-    while ((level_width > 1 || level_height > 1) && half_of(level_width) >= wanted_width &&
-           half_of(level_height) >= wanted_height) {
-        level_width = half_of(level_width);
-        level_height = half_of(level_height);
+    while (level + 1 < sizes.size() && sizes[level + 1].width >= wanted_width &&
+           sizes[level + 1].height >= wanted_height)
         ++level;
-    }
-    return inq_level(level);
+    return level;
 }
 
 KIVPixmap* MipMap::inq_level(std::size_t level)
 {
-    const std::size_t before = levels.size();
-    while (levels.size() <= level && make_level(levels.size())) {
-    }
-    if (levels.size() != before)
-        note_growth(); // which drops them again if nobody has locked the picture
-    return levels.empty() ? nullptr : levels[std::min(level, levels.size() - 1)].get();
+    if (levels[level])
+        return levels[level].get();
+    std::size_t next = level; // from the next larger copy that is there, or is in the file
+    while (next >= stored_count && !levels[next - 1])
+        --next;
+    while (next <= level && make_level(next))
+        ++next;
+    note_growth(); // which drops them again if nobody has locked the picture
+    return next > 0 ? levels[next - 1].get() : nullptr;
 }
 
 bool MipMap::make_level(std::size_t level)
 {
-    std::unique_ptr<KIVPixmap> made(
-        level == 0 ? load_picture(error) : make_reduced(*levels[level - 1], true, true).release());
+    const bool is_stored = level < stored_count;
+    std::unique_ptr<KIVPixmap> made(is_stored
+                                        ? load_copy(level, error)
+                                        : make_reduced(*levels[level - 1], true, true).release());
     if (!made) {
-        usable = usable && level > 0; // to read it again would end the same
+        usable = usable && !is_stored; // to read it again would end the same
         return false;
     }
     made->fix_pixels();
-    levels.push_back(std::move(made));
+    levels[level] = std::move(made);
     return true;
-}
-
-KIVStringSet TiledMipMap::inq_tiled_extensions()
-{
-    return {}; // no tiled format can be read yet
 }

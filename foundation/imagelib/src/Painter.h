@@ -47,9 +47,8 @@ public:
     Painter(const FixedPixels& source, const Mapping& mapping, const DrawOptions& options,
             Interval columns, Interval lines)
         : Layer(columns, lines), m(mapping), options(options), source(source),
-          pixels(source.pixels),
-          takes_four(options.filtered &&
-                     std::max(m.u_length, m.v_length) > 1.0 / SAMPLE_FOUR_BELOW + SAFE),
+          pixels(source.pixels), takes_four(options.filtered && std::max(m.u_length, m.v_length) >
+                                                                    1.0 / SAMPLE_FOUR_BELOW + SAFE),
           is_level(std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
                    std::abs(m.u_x) < MOST_LEVEL_STEP &&
                    (!takes_four || std::abs(m.v_y) < MOST_LEVEL_STEP)),
@@ -107,8 +106,8 @@ public:
     {
         strips = &scratch.inq_strips<Sample>();
         for (int x = area.columns.begin; x < area.columns.end; x = strip_begin(x) + TILE_WIDTH) {
-            const Tile part = {
-                {x, std::min(strip_begin(x) + TILE_WIDTH, area.columns.end)}, area.lines};
+            const Tile part = {{x, std::min(strip_begin(x) + TILE_WIDTH, area.columns.end)},
+                               area.lines};
             const bool is_inner = !is_level && is_exact && is_within(reach_of(part));
             for_each_line(
                 part.lines, [&](int y) { prefetch_line(onto, part.columns, y); },
@@ -166,9 +165,9 @@ private:
         const double ev = m.v_y * (part.lines.size() - 1);
         const double u = m.u_at(part.columns.begin, part.lines.begin);
         const double v = m.v_at(part.columns.begin, part.lines.begin);
-        return {u + std::min(du, 0.0) + std::min(eu, 0.0), u + std::max(du, 0.0) + std::max(eu, 0.0),
-                v + std::min(dv, 0.0) + std::min(ev, 0.0),
-                v + std::max(dv, 0.0) + std::max(ev, 0.0)};
+        return {
+            u + std::min(du, 0.0) + std::min(eu, 0.0), u + std::max(du, 0.0) + std::max(eu, 0.0),
+            v + std::min(dv, 0.0) + std::min(ev, 0.0), v + std::max(dv, 0.0) + std::max(ev, 0.0)};
     }
 
     /// Of all pixels of the source that samples there are made of.
@@ -221,8 +220,7 @@ private:
     /// Of the target, and of a source that lies level.
     void prefetch_line(const Canvas& onto, const Interval& strip, int y) const
     {
-        prefetch_span(onto.at(strip.begin, y),
-                      std::ptrdiff_t{strip.size()} * onto.bytes_per_pixel);
+        prefetch_span(onto.at(strip.begin, y), std::ptrdiff_t{strip.size()} * onto.bytes_per_pixel);
         if (!is_level)
             return;
         const Reach reach = reach_of({strip, {y, y + 1}});
@@ -316,8 +314,8 @@ private:
             rows[line - down.first] =
                 plain::pixel_at<Sample>(pixels, level.first_column + begin, line);
         if (inq_kernels<Sample>().weigh_rows(
-                strips->mixed + std::ptrdiff_t{4} * begin, rows, down.shares,
-                last - down.first + 1, std::min(end, pixels.width - level.first_column) - begin))
+                strips->mixed + std::ptrdiff_t{4} * begin, rows, down.shares, last - down.first + 1,
+                std::min(end, pixels.width - level.first_column) - begin))
             inq_kernels<Sample>().weigh_columns(out, strips->mixed, taps, count);
         else
             make_empty(out, count);
@@ -340,8 +338,8 @@ private:
         const int count = inner.size();
         const Kernels<Sample>& kernels = inq_kernels<Sample>();
         if (!options.filtered)
-            return kernels.pick(
-                out, plain::pixel_at<Sample>(pixels, level.first_column, line), at, count);
+            return kernels.pick(out, plain::pixel_at<Sample>(pixels, level.first_column, line), at,
+                                count);
         const int begin = std::min(at.columns[0], at.columns[count - 1]);
         const int end = std::max(at.columns[0], at.columns[count - 1]) + 2;
         const int first = level.first_column + begin;

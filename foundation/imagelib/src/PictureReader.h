@@ -4,6 +4,8 @@
 #include "imagelib/src/Alpha.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -19,15 +21,27 @@ struct RowLayout {
     Alpha alpha;
 
     std::size_t inq_bytes() const { return static_cast<std::size_t>(samples * bits / 8); }
+    bool operator==(const RowLayout&) const = default;
 };
 
 /// Puts pixels into row `y` from column `x`, with alpha and premultiplied.
 void put_pixels(KIVPixmap& picture, int x, int y, const void* pixels, int count,
                 const RowLayout& layout);
 
-/// Whether a file of this size can hold the picture at all: the best of coders goes some way beyond
-/// a thousand pixels to a byte.
-bool is_plausible(long width, long height, std::size_t file_bytes);
+/// Takes the rows of a picture as the file has them, each whole and once.
+class RowTarget {
+public:
+    virtual ~RowTarget() = default;
+
+    /// False if there is no use in going on.
+    virtual bool put_row(int y, const void* pixels, const RowLayout& layout) = 0;
+};
+
+/// The most that deflate can make of a byte.
+constexpr std::uint64_t MOST_BY_DEFLATE = 1032;
+
+/// The most that the LZW of GIF and TIFF can make of a byte: strings of 3838 by codes of 12 bits.
+constexpr std::uint64_t MOST_BY_LZW = 2560;
 
 /// Reads one file, which outlives it. The steps are made in order, each once, and none after one
 /// that failed. A head that can be read from the file's beginning alone is the same as from all of
@@ -39,12 +53,21 @@ public:
     /// In memory, for the pixels.
     virtual bool needs_whole_file() const { return true; }
 
+    /// Sizes are as the file has them, before they are turned by the orientation.
     virtual bool read_head(PictureInfo& info) = 0;
 
-    /// `picture` is of the size that the head told, and with alpha.
-    virtual bool read_pixels(KIVPixmap& picture) = 0;
+    /// From here on the head has been read. No file of so many bytes can hold more pixels.
+    virtual std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const = 0;
 
-    /// Why a step failed, without the name of the file.
+    /// Whether the rows come in their order.
+    virtual bool is_from_top() const { return true; }
+
+    virtual bool read_pixels(RowTarget& target) = 0;
+
+    /// How the picture lies in the file, as TIFF and EXIF count: 1 for upright, to 8.
+    int inq_orientation() const { return orientation; }
+
+    /// Why a step failed, without the name of the file. The target knows more if it gave up.
     const KIVString& inq_error() const { return error; }
 
 protected:
@@ -55,8 +78,12 @@ protected:
         return false;
     }
 
+    bool fail_by_target() { return fail("the rows of the image could not be taken"); }
+    void set_orientation(int told) { orientation = told >= 1 && told <= 8 ? told : 1; }
+
 private:
     KIVString error;
+    int orientation = 1;
 };
 
 // A reader for the file or its beginning, or null if the contents are of another format.
@@ -65,6 +92,10 @@ private:
 std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& file,
                                                 std::size_t size);
 
+/// The same for one of the pages of a TIFF file, counted from 0.
+std::unique_ptr<PictureReader> make_tiff_page_reader(const FileHandle& file, std::size_t size,
+                                                     int page);
+
 std::unique_ptr<PictureReader> make_png_reader(Bytes file);
 std::unique_ptr<PictureReader> make_jpeg_reader(Bytes file);
 std::unique_ptr<PictureReader> make_gif_reader(Bytes file);
@@ -72,3 +103,11 @@ std::unique_ptr<PictureReader> make_pnm_reader(Bytes file);
 
 /// The format has no mark of its own, so it is asked last.
 std::unique_ptr<PictureReader> make_targa_reader(Bytes file);
+
+/// Asks for a target once the head is known; null ends the reading.
+using TargetMaker = std::function<RowTarget*(const PictureInfo& info)>;
+
+/// Reads the rows of a file, upright and from the top. Most formats need little memory for it; the
+/// rows of those that have them in another order are gathered first. False with a text for the
+/// user; the target knows more if it gave up.
+bool read_picture_rows(const KIVString& file, const TargetMaker& make_target, KIVString& error);

@@ -33,9 +33,9 @@ Tile PixmapDrawing::inq_area(const KIVPixmap& pixmap)
 
 void PixmapDrawing::draw(KIVPixmap& target, std::unique_ptr<Layer> layer, Time time)
 {
+    target.prepare_change();
     if (!target.pixels)
         return;
-    target.prepare_change();
     if (time == Time::NOW || (target.waiting && target.waiting->is_full()))
         target.draw_what_waits();
     if (!target.waiting)

@@ -2,6 +2,7 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/orientation.h"
 #include "imagelib/src/samples.h"
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/FileHandle.h"
@@ -18,15 +19,20 @@ PCharArray inq_pixmap_readable_file_exts()
     return extensions;
 }
 
-bool is_plausible(long width, long height, std::size_t file_bytes)
+namespace {
+/// Whether a file of this size can hold the picture at all.
+bool is_plausible(const PictureInfo& info, const PictureReader& reader, std::uint64_t file_bytes)
 {
-    constexpr long MOST_PER_BYTE = 4096;
-    constexpr long LONGEST_SIDE = 1000000;
-    return width > 0 && height > 0 && width <= LONGEST_SIDE && height <= LONGEST_SIDE &&
-           width * height / MOST_PER_BYTE <= static_cast<long>(file_bytes);
+    constexpr std::uint64_t MOST_PER_BYTE = 4096; // whatever the format would allow
+    constexpr int LONGEST_SIDE = 1000000;
+    if (info.width <= 0 || info.height <= 0 || info.width > LONGEST_SIDE ||
+        info.height > LONGEST_SIDE)
+        return false;
+    const std::uint64_t pixels =
+        std::uint64_t{static_cast<unsigned>(info.width)} * static_cast<unsigned>(info.height);
+    return pixels <= MOST_PER_BYTE * file_bytes && pixels <= reader.inq_most_pixels(file_bytes);
 }
 
-namespace {
 /// At the greater of the two depths, so that nothing is lost before the last rounding.
 template <class To, class From> void put_samples(To* out, const From* in, const RowLayout& layout)
 {
@@ -93,13 +99,23 @@ public:
     /// Reads the head. False, with a text for the user, for what is no picture.
     bool open(const KIVString& path, Wanted wanted, PictureInfo& info, KIVString& error);
 
-    gsl::owner<KIVPixmap*> new_pixmap(const PictureInfo& info, int bits);
+    /// Null without memory, or if the pixels can't be read.
+    std::unique_ptr<KIVPixmap> make_pixmap(const PictureInfo& info, int bits);
+
+    /// From the top. False if the target or the file gave up.
+    bool read_rows(const PictureInfo& info, RowTarget& target);
+
     KIVString explain(const KIVString& reason) const
     {
         return "Can't read image " + path + ": " + reason;
     }
 
-    const PictureReader& inq_reader() const { return *reader; }
+    /// Why the last step failed.
+    KIVString explain_failure() const
+    {
+        const KIVString& reason = reader->inq_error();
+        return explain(reason.is_null() ? KIVString("not enough memory") : reason);
+    }
 
 private:
     bool find_head(Wanted wanted, PictureInfo& info);
@@ -108,6 +124,7 @@ private:
     bool load_rest();
     void choose_reader();
     bool read_head(Wanted wanted, PictureInfo& info);
+    void turn(PictureInfo& info) const;
 
     /// Gives false, for the step to return.
     bool fail(const KIVString& reason)
@@ -192,8 +209,19 @@ bool PictureFile::find_head(Wanted wanted, PictureInfo& info)
         return fail("no known image format");
     if (!read_head(wanted, info))
         return fail(failure.is_null() ? reader->inq_error() : failure);
-    return is_plausible(info.width, info.height, size) ||
-           fail("the size of the image doesn't fit the file");
+    if (!is_plausible(info, *reader, size))
+        return fail("the size of the image doesn't fit the file");
+    turn(info);
+    return true;
+}
+
+/// The head that the reader told, for the upright picture, and the other way round.
+void PictureFile::turn(PictureInfo& info) const
+{
+    if (!is_on_its_side(reader->inq_orientation()))
+        return;
+    std::swap(info.width, info.height);
+    std::swap(info.x_dpi, info.y_dpi);
 }
 
 bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& info,
@@ -206,15 +234,49 @@ bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& i
     return false;
 }
 
-gsl::owner<KIVPixmap*> PictureFile::new_pixmap(const PictureInfo& info, int bits)
+/// A pixmap that takes the rows of a reader.
+class PixmapRows : public RowTarget {
+public:
+    explicit PixmapRows(KIVPixmap& pixmap) : pixmap(pixmap) {}
+
+    bool put_row(int y, const void* pixels, const RowLayout& layout) override
+    {
+        put_pixels(pixmap, 0, y, pixels, pixmap.inq_width(), layout);
+        return true;
+    }
+
+private:
+    KIVPixmap& pixmap;
+};
+
+std::unique_ptr<KIVPixmap> PictureFile::make_pixmap(const PictureInfo& info, int bits)
 {
-    auto pixmap = std::make_unique<KIVPixmap>(info.width, info.height, make_pix_type(4, bits),
+    const int orientation = reader->inq_orientation();
+    PictureInfo stored = info;
+    turn(stored);
+    auto pixmap = std::make_unique<KIVPixmap>(stored.width, stored.height, make_pix_type(4, bits),
                                               nullptr, false);
-    if (!pixmap->inq_data() || !reader->read_pixels(*pixmap))
+    if (!pixmap->inq_data())
         return nullptr;
-    if (info.x_dpi > 0.0)
+    PixmapRows rows(*pixmap);
+    if (!reader->read_pixels(rows))
+        return nullptr;
+    if (orientation != 1)
+        pixmap = make_upright(*pixmap, orientation);
+    if (pixmap && info.x_dpi > 0.0)
         pixmap->set_dpi(info.x_dpi, info.y_dpi / info.x_dpi);
-    return pixmap.release();
+    return pixmap;
+}
+
+bool PictureFile::read_rows(const PictureInfo& info, RowTarget& target)
+{
+    if (reader->is_from_top() && reader->inq_orientation() == 1)
+        return reader->read_pixels(target);
+    const std::unique_ptr<KIVPixmap> pixmap = make_pixmap(info, info.bits);
+    bool goes_on = pixmap != nullptr;
+    for (int y = 0; goes_on && y < info.height; ++y)
+        goes_on = target.put_row(y, pixmap->inq_row(y), {4, info.bits, Alpha::PREMULTIPLIED});
+    return goes_on;
 }
 
 /// A resolution that no scanner or painter means is as good as none.
@@ -231,41 +293,53 @@ void check_resolution(PictureInfo& info)
 } // namespace
 
 namespace {
-gsl::owner<KIVPixmap*> read_file(const KIVString& file, int bits, KIVString& error)
+/// Runs `read(picture, info)` on a file whose head can be read. False, with a text for the user, if
+/// either fails.
+template <class Read>
+bool with_file(const KIVString& file, Wanted wanted, PictureInfo& info, KIVString& error, Read read)
 {
-    PictureFile picture;
-    PictureInfo info;
-    if (!picture.open(file, Wanted::PIXELS, info, error))
-        return nullptr;
-    check_resolution(info);
-    KIVPixmap* pixmap = picture.new_pixmap(info, bits);
-    if (!pixmap) {
-        const KIVString& reason = picture.inq_reader().inq_error();
-        error = picture.explain(reason.is_null() ? KIVString("not enough memory") : reason);
+    try {
+        PictureFile picture;
+        if (!picture.open(file, wanted, info, error))
+            return false;
+        check_resolution(info);
+        if (read(picture))
+            return true;
+        error = picture.explain_failure();
+    } catch (const std::bad_alloc&) {
+        error = "Can't read image " + file + ": not enough memory";
     }
-    return pixmap;
+    return false;
 }
 } // namespace
 
 bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error)
 {
-    try {
-        PictureFile picture;
-        const bool is_open = picture.open(file, Wanted::HEAD, info, error);
-        check_resolution(info);
-        return is_open;
-    } catch (const std::bad_alloc&) {
-        error = "Can't read image " + file + ": not enough memory";
-        return false;
-    }
+    return with_file(file, Wanted::HEAD, info, error, [](const PictureFile&) { return true; });
+}
+
+gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
+                                            KIVString& error)
+{
+    std::unique_ptr<KIVPixmap> pixmap;
+    with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
+        pixmap = picture.make_pixmap(info, bits);
+        return pixmap != nullptr;
+    });
+    return pixmap.release();
+}
+
+bool read_picture_rows(const KIVString& file, const TargetMaker& make_target, KIVString& error)
+{
+    PictureInfo info;
+    return with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
+        RowTarget* target = make_target(info);
+        return target && picture.read_rows(info, *target);
+    });
 }
 
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error)
 {
-    try {
-        return read_file(file, bits, error);
-    } catch (const std::bad_alloc&) {
-        error = "Can't read image " + file + ": not enough memory";
-        return nullptr;
-    }
+    PictureInfo info;
+    return new_pixmap_from_file(file, bits, info, error);
 }

@@ -1,5 +1,5 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/orientation.h"
 
 #include <csetjmp>
 #include <png.h>
@@ -17,13 +17,20 @@ public:
     ~PngReader() override { png_destroy_read_struct(&png, &head, nullptr); }
 
     bool read_head(PictureInfo& info) override;
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override
+    {
+        return MOST_BY_DEFLATE * 8 * file_bytes / std::max(1U, stored_bits);
+    }
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool prepare_head(PictureInfo& info);
-    bool read_rows(KIVPixmap& picture);
-    bool read_interlaced(KIVPixmap& picture);
+    bool read_rows(RowTarget& target);
+    bool read_interlaced(RowTarget& target);
     void note_resolution(PictureInfo& info) const;
+    void note_orientation();
+    std::uint32_t inq_height() const { return png_get_image_height(png, head); }
+    void note_profile(PictureInfo& info) const;
 
     static void read(png_structp png, png_bytep to, std::size_t count);
     [[noreturn]] static void take_error(png_structp png, png_const_charp text);
@@ -33,9 +40,10 @@ private:
     std::size_t position = 0;
     png_structp png = nullptr;
     png_infop head = nullptr;
+    unsigned stored_bits = 0; // of a pixel
     RowLayout layout = {};
     int passes = 1;
-    std::vector<unsigned char> rows; // one, or all of an interlaced picture
+    std::unique_ptr<unsigned char[]> rows; // one, or all of an interlaced picture
     char message[128] = "damaged PNG file";
 };
 
@@ -72,6 +80,7 @@ bool PngReader::prepare_head(PictureInfo& info)
     png_set_user_limits(png, LONGEST_SIDE, LONGEST_SIDE);
     png_set_chunk_malloc_max(png, LARGEST_CHUNK);
     png_read_info(png, head);
+    stored_bits = unsigned{png_get_bit_depth(png, head)} * png_get_channels(png, head);
     png_set_expand(png); // no palettes, nothing below 8 bits, transparent colours as alpha
     png_set_swap(png);   // 16 bits in the processor's order
     passes = png_set_interlace_handling(png);
@@ -81,8 +90,19 @@ bool PngReader::prepare_head(PictureInfo& info)
     layout.samples = png_get_channels(png, head);
     layout.bits = png_get_bit_depth(png, head);
     layout.alpha = layout.samples % 2 == 0 ? Alpha::STRAIGHT : Alpha::NONE;
+    info.bits = layout.bits;
     note_resolution(info);
+    note_orientation();
+    note_profile(info);
     return true;
+}
+
+void PngReader::note_orientation()
+{
+    png_uint_32 size = 0;
+    png_bytep block = nullptr;
+    if (png_get_eXIf_1(png, head, &size, &block) & PNG_INFO_eXIf)
+        set_orientation(find_exif_orientation({block, size}));
 }
 
 void PngReader::note_resolution(PictureInfo& info) const
@@ -96,36 +116,50 @@ void PngReader::note_resolution(PictureInfo& info) const
     info.y_dpi = y * METRES_PER_INCH;
 }
 
-bool PngReader::read_pixels(KIVPixmap& picture)
+void PngReader::note_profile(PictureInfo& info) const
+{
+    png_charp name = nullptr;
+    int compression = 0;
+    png_bytep data = nullptr;
+    png_uint_32 bytes = 0;
+    if (png_get_iCCP(png, head, &name, &compression, &data, &bytes))
+        info.profile.assign(data, data + bytes);
+}
+
+bool PngReader::read_pixels(RowTarget& target)
 {
     const std::size_t row = png_get_rowbytes(png, head);
-    rows.resize(passes == 1 ? row : row * static_cast<std::size_t>(picture.inq_height()));
-    const bool is_read = passes == 1 ? read_rows(picture) : read_interlaced(picture);
+    rows = std::make_unique_for_overwrite<unsigned char[]>(passes == 1 ? row : row * inq_height());
+    const bool is_read = passes == 1 ? read_rows(target) : read_interlaced(target);
     return is_read || fail(message);
 }
 
-bool PngReader::read_rows(KIVPixmap& picture)
+/// To the end of the file, which must be there.
+bool PngReader::read_rows(RowTarget& target)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
-    for (int y = 0; y < picture.inq_height(); ++y) {
-        png_read_row(png, rows.data(), nullptr);
-        put_pixels(picture, 0, y, rows.data(), picture.inq_width(), layout);
+    for (std::uint32_t y = 0; y < inq_height(); ++y) {
+        png_read_row(png, rows.get(), nullptr);
+        if (!target.put_row(static_cast<int>(y), rows.get(), layout))
+            return false;
     }
+    png_read_end(png, nullptr);
     return true;
 }
 
-bool PngReader::read_interlaced(KIVPixmap& picture)
+bool PngReader::read_interlaced(RowTarget& target)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
     const std::size_t row = png_get_rowbytes(png, head);
     for (int pass = 0; pass < passes; ++pass)
-        for (int y = 0; y < picture.inq_height(); ++y)
-            png_read_row(png, rows.data() + static_cast<std::size_t>(y) * row, nullptr);
-    for (int y = 0; y < picture.inq_height(); ++y)
-        put_pixels(picture, 0, y, rows.data() + static_cast<std::size_t>(y) * row,
-                   picture.inq_width(), layout);
+        for (std::uint32_t y = 0; y < inq_height(); ++y)
+            png_read_row(png, rows.get() + y * row, nullptr);
+    png_read_end(png, nullptr);
+    for (std::uint32_t y = 0; y < inq_height(); ++y)
+        if (!target.put_row(static_cast<int>(y), rows.get() + y * row, layout))
+            return false;
     return true;
 }
 } // namespace

@@ -1,4 +1,3 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
 
 namespace {
@@ -10,7 +9,8 @@ public:
     PnmReader(Bytes file, int kind) : file(file), kind(kind) {}
 
     bool read_head(PictureInfo& info) override;
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override;
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool is_text() const { return kind <= 3; }
@@ -27,6 +27,8 @@ private:
     Bytes file;
     int kind;
     std::size_t position = 2;
+    int width = 0;
+    int height = 0;
     int levels = 1;
 };
 
@@ -68,7 +70,19 @@ bool PnmReader::read_head(PictureInfo& info)
     if (!is_okay || levels < 1 || levels > MOST_LEVELS)
         return fail("the head of the PNM file is damaged");
     ++position;
+    width = info.width;
+    height = info.height;
+    info.bits = levels > 0xFF ? 16 : 8;
     return true;
+}
+
+/// Numbers of a text have blanks between them, or behind the last the end.
+std::uint64_t PnmReader::inq_most_pixels(std::uint64_t file_bytes) const
+{
+    if (is_bits())
+        return is_text() ? file_bytes : 8 * file_bytes;
+    const std::uint64_t sample_bytes = is_text() || levels > 0xFF ? 2 : 1;
+    return (file_bytes + 1) / (sample_bytes * static_cast<std::uint64_t>(inq_samples()));
 }
 
 /// Digits of bits need no blanks between them.
@@ -122,15 +136,16 @@ bool PnmReader::read_row(std::vector<std::uint16_t>& row)
     return true;
 }
 
-bool PnmReader::read_pixels(KIVPixmap& picture)
+bool PnmReader::read_pixels(RowTarget& target)
 {
     const int samples = inq_samples();
-    std::vector<std::uint16_t> row(static_cast<std::size_t>(picture.inq_width()) *
+    std::vector<std::uint16_t> row(static_cast<std::size_t>(width) *
                                    static_cast<std::size_t>(samples));
-    for (int y = 0; y < picture.inq_height(); ++y) {
+    for (int y = 0; y < height; ++y) {
         if (!read_row(row))
             return fail("the PNM file ends too early, or is damaged");
-        put_pixels(picture, 0, y, row.data(), picture.inq_width(), {samples, 16, Alpha::NONE});
+        if (!target.put_row(y, row.data(), {samples, 16, Alpha::NONE}))
+            return fail_by_target();
     }
     return true;
 }

@@ -1,4 +1,3 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/targa_format.h"
 
@@ -23,11 +22,15 @@ public:
 
     bool is_sane() const;
     bool read_head(PictureInfo& info) override;
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override;
+    bool is_from_top() const override { return (flags & targa::FROM_TOP) != 0; }
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool is_compressed() const { return (file[targa::IMAGE_TYPE] & targa::COMPRESSED) != 0; }
     Alpha inq_alpha() const;
+    bool has_foot() const;
+    bool lacks_foot() const;
     int inq_map_depth() const { return file[targa::MAP_DEPTH]; }
     bool read_packet();
     bool read_row(unsigned char* row, int width);
@@ -61,17 +64,39 @@ bool TargaReader::is_sane() const
            get_16_bits(file, targa::WIDTH) > 0 && get_16_bits(file, targa::HEIGHT) > 0;
 }
 
+bool TargaReader::has_foot() const
+{
+    if (file.size() < targa::HEAD_BYTES + targa::FOOT_BYTES)
+        return false;
+    const Bytes foot = file.last(targa::FOOT_BYTES);
+    return std::memcmp(foot.data() + targa::SIGNATURE_AT, targa::SIGNATURE,
+                       sizeof(targa::SIGNATURE)) == 0;
+}
+
+/// Behind the pixels, an extension area begins with its own size; without the foot it would not be
+/// found, and alpha be misunderstood.
+bool TargaReader::lacks_foot() const
+{
+    return file.size() - position >= 2 && get_16_bits(file, position) == targa::EXTENSION_BYTES &&
+           !has_foot();
+}
+
+std::uint64_t TargaReader::inq_most_pixels(std::uint64_t file_bytes) const
+{
+    constexpr std::uint64_t LONGEST_PACKET = 128;
+    const auto pixel_bytes = static_cast<std::uint64_t>(bytes_of(depth));
+    return is_compressed() ? file_bytes * LONGEST_PACKET / (1 + pixel_bytes)
+                           : file_bytes / pixel_bytes;
+}
+
 /// Alpha counts if the head gives it bits, unless the extension area says that it means nothing.
 Alpha TargaReader::inq_alpha() const
 {
     if (depth != 32 || kind != targa::TRUE_COLOUR || (flags & targa::ALPHA_BITS) != 8)
         return Alpha::NONE;
-    if (file.size() < targa::HEAD_BYTES + targa::FOOT_BYTES)
+    if (!has_foot())
         return Alpha::STRAIGHT;
     const Bytes foot = file.last(targa::FOOT_BYTES);
-    if (std::memcmp(foot.data() + targa::SIGNATURE_AT, targa::SIGNATURE,
-                    sizeof(targa::SIGNATURE)) != 0)
-        return Alpha::STRAIGHT;
     const std::size_t at = static_cast<std::size_t>(get_16_bits(foot, 0)) |
                            static_cast<std::size_t>(get_16_bits(foot, 2)) << 16;
     if (at == 0 || at + targa::EXTENSION_BYTES > file.size())
@@ -162,10 +187,10 @@ bool TargaReader::read_row(unsigned char* row, int width)
     return true;
 }
 
-bool TargaReader::read_pixels(KIVPixmap& picture)
+bool TargaReader::read_pixels(RowTarget& target)
 {
-    const int width = picture.inq_width();
-    const int height = picture.inq_height();
+    const int width = get_16_bits(file, targa::WIDTH);
+    const int height = get_16_bits(file, targa::HEIGHT);
     const RowLayout layout = {4, 8, inq_alpha()};
     std::vector<unsigned char> row(static_cast<std::size_t>(width) * 4);
     for (int i = 0; i < height; ++i) {
@@ -174,10 +199,10 @@ bool TargaReader::read_pixels(KIVPixmap& picture)
         auto* pixels = reinterpret_cast<std::uint32_t*>(row.data());
         if (flags & targa::FROM_RIGHT)
             std::reverse(pixels, pixels + width);
-        put_pixels(picture, 0, flags & targa::FROM_TOP ? i : height - 1 - i, row.data(), width,
-                   layout);
+        if (!target.put_row(is_from_top() ? i : height - 1 - i, row.data(), layout))
+            return fail_by_target();
     }
-    return true;
+    return !lacks_foot() || fail("the Targa file ends too early");
 }
 } // namespace
 

@@ -1,43 +1,43 @@
-#include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/TiffPage.h"
 #include "imagelib/src/TiffStream.h"
 
 namespace {
-constexpr double CENTIMETRES_PER_INCH = 2.54;
-constexpr std::size_t LARGEST_BLOCK = std::size_t{1} << 30;
-
-/// TIFF. Whole samples of 8 and 16 bits in common layouts are taken as they are; the many others
-/// as the format's library turns them into 8 bits.
+/// One of the pictures of a TIFF file.
 class TiffReader : public PictureReader {
 public:
-    TiffReader(const FileHandle& file, std::size_t size) : stream(file, size, LARGEST_BLOCK) {}
+    TiffReader(const FileHandle& file, std::size_t size, int number)
+        : stream(file, size, LARGEST_TIFF_BLOCK), number(number)
+    {}
 
     bool needs_whole_file() const override { return false; }
 
     bool read_head(PictureInfo& info) override;
-    bool read_pixels(KIVPixmap& picture) override;
+    std::uint64_t inq_most_pixels(std::uint64_t file_bytes) const override;
+    bool read_pixels(RowTarget& target) override;
 
 private:
     bool fail_as_told(const char* otherwise);
-    void note_resolution(PictureInfo& info) const;
-    Alpha inq_alpha() const;
-    bool is_plain() const;
-    bool read_strips(KIVPixmap& picture, const RowLayout& layout);
-    bool read_tiles(KIVPixmap& picture, const RowLayout& layout);
-    bool read_tile(KIVPixmap& picture, const RowLayout& layout, int x, int y);
-    bool read_through_library(KIVPixmap& picture);
+    void note_profile(PictureInfo& info) const;
+    bool read_bands(RowTarget& target);
+    bool read_band(int first, int rows);
+    bool read_block(unsigned char* to, int x, int y, int rows, int plane);
+    void put_block(int x, int rows, int plane);
+    bool read_through_library(RowTarget& target);
+    std::size_t inq_row_bytes() const
+    {
+        return page.layout.inq_bytes() * static_cast<std::size_t>(page.width);
+    }
 
     TiffStream stream;
+    int number;
     TIFF* tiff = nullptr;
-    std::vector<unsigned char> block;
+    TiffPage page;
+    // Not cleared: what a damaged file only claims to hold costs no memory.
+    std::size_t band_bytes = 0;
+    std::unique_ptr<unsigned char[]> band;  // the rows of a strip, or of tiles side by side
+    std::unique_ptr<unsigned char[]> block; // null if blocks are bands
 };
-
-template <class Value> Value get_field(TIFF* tiff, std::uint32_t tag)
-{
-    Value value = {};
-    TIFFGetFieldDefaulted(tiff, tag, &value);
-    return value;
-}
 
 bool TiffReader::fail_as_told(const char* otherwise)
 {
@@ -48,136 +48,149 @@ bool TiffReader::fail_as_told(const char* otherwise)
 bool TiffReader::read_head(PictureInfo& info)
 {
     tiff = stream.open_to_read();
-    if (!tiff)
+    if (!tiff || (number > 0 && !TIFFSetDirectory(tiff, static_cast<tdir_t>(number))))
         return fail_as_told("damaged TIFF file");
-    const auto width = get_field<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH);
-    const auto height = get_field<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH);
-    constexpr std::uint32_t MOST = std::numeric_limits<int>::max();
-    info.width = static_cast<int>(std::min(width, MOST));
-    info.height = static_cast<int>(std::min(height, MOST));
-    note_resolution(info);
+    page = TiffPage::look(tiff);
+    info.width = page.width;
+    info.height = page.height;
+    info.bits = page.is_plain ? page.layout.bits : 8;
+    info.is_tiled = page.is_tiled;
+    set_orientation(page.orientation);
+    get_tiff_resolution(tiff, info.x_dpi, info.y_dpi);
+    note_profile(info);
     return true;
 }
 
-void TiffReader::note_resolution(PictureInfo& info) const
+std::uint64_t TiffReader::inq_most_pixels(std::uint64_t file_bytes) const
 {
-    const auto unit = get_field<std::uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT);
-    if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER)
-        return;
-    const double factor = unit == RESUNIT_INCH ? 1.0 : CENTIMETRES_PER_INCH;
-    float x = 0.0F;
-    float y = 0.0F;
-    if (!TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) ||
-        !TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y))
-        return;
-    info.x_dpi = static_cast<double>(x) * factor;
-    info.y_dpi = static_cast<double>(y) * factor;
+    const auto pixel_bits = static_cast<std::uint64_t>(page.layout.samples * page.layout.bits);
+    const std::uint64_t pixels = 8 * file_bytes / std::max(std::uint64_t{1}, pixel_bits);
+    constexpr std::uint64_t MOST_BY_PACKBITS = 64;
+    constexpr std::uint64_t MOST_BY_OTHERS = 4096;
+    if (!page.is_plain)
+        return MOST_BY_OTHERS * file_bytes;
+    switch (get_tiff_field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION)) {
+    case COMPRESSION_NONE:
+        return pixels;
+    case COMPRESSION_PACKBITS:
+        return MOST_BY_PACKBITS * pixels;
+    case COMPRESSION_LZW:
+        return MOST_BY_LZW * pixels;
+    case COMPRESSION_DEFLATE:
+    case COMPRESSION_ADOBE_DEFLATE:
+        return MOST_BY_DEFLATE * pixels;
+    default:
+        return MOST_BY_OTHERS * pixels;
+    }
 }
 
-/// A fourth sample of which nothing is said counts as associated alpha.
-Alpha TiffReader::inq_alpha() const
+void TiffReader::note_profile(PictureInfo& info) const
 {
-    const auto samples = get_field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL);
-    std::uint16_t count = 0;
-    const std::uint16_t* kinds = nullptr;
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds);
-    if (samples % 2 == 1)
-        return Alpha::NONE;
-    return count > 0 && kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::STRAIGHT : Alpha::PREMULTIPLIED;
+    std::uint32_t bytes = 0;
+    const unsigned char* data = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &bytes, &data) && bytes <= LARGEST_PROFILE)
+        info.profile.assign(data, data + bytes);
 }
 
-bool TiffReader::is_plain() const
+bool TiffReader::read_pixels(RowTarget& target)
 {
-    const auto samples = get_field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL);
-    const auto bits = get_field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE);
-    std::uint16_t colours = PHOTOMETRIC_PALETTE;
-    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &colours);
-    const bool is_colour = colours == PHOTOMETRIC_RGB && (samples == 3 || samples == 4);
-    const bool is_grey = colours == PHOTOMETRIC_MINISBLACK && (samples == 1 || samples == 2);
-    return (is_colour || is_grey) && (bits == 8 || bits == 16) &&
-           get_field<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT) == SAMPLEFORMAT_UINT &&
-           get_field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG) == PLANARCONFIG_CONTIG &&
-           get_field<std::uint16_t>(tiff, TIFFTAG_ORIENTATION) == ORIENTATION_TOPLEFT;
+    const bool is_read = page.is_plain ? read_bands(target) : read_through_library(target);
+    return is_read && (!stream.has_ended_early() || fail("the TIFF file ends too early"));
 }
 
-bool TiffReader::read_pixels(KIVPixmap& picture)
+bool TiffReader::read_bands(RowTarget& target)
 {
-    if (!is_plain())
-        return read_through_library(picture);
-    const RowLayout layout = {get_field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL),
-                              get_field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE), inq_alpha()};
-    return TIFFIsTiled(tiff) ? read_tiles(picture, layout) : read_strips(picture, layout);
-}
-
-bool TiffReader::read_strips(KIVPixmap& picture, const RowLayout& layout)
-{
-    const std::size_t row = layout.inq_bytes() * static_cast<std::size_t>(picture.inq_width());
-    const auto told = get_field<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP);
-    const auto height = static_cast<std::uint32_t>(picture.inq_height());
-    const int rows_per_strip = static_cast<int>(std::clamp(told, 1U, height));
-    block.resize(row * static_cast<std::size_t>(rows_per_strip));
-    std::uint32_t strip = 0;
-    for (int first = 0; first < picture.inq_height(); first += rows_per_strip, ++strip) {
-        const int rows = std::min(rows_per_strip, picture.inq_height() - first);
-        const auto bytes = static_cast<tmsize_t>(row * static_cast<std::size_t>(rows));
-        if (TIFFReadEncodedStrip(tiff, strip, block.data(), bytes) != bytes)
-            return fail_as_told("the TIFF file ends too early, or is damaged");
-        for (int y = 0; y < rows; ++y)
-            put_pixels(picture, 0, first + y, block.data() + static_cast<std::size_t>(y) * row,
-                       picture.inq_width(), layout);
+    if (!page.is_sane())
+        return fail("the blocks of the TIFF file have no sane size");
+    const int band_height = std::min(page.block_height, page.height);
+    band_bytes = inq_row_bytes() * static_cast<std::size_t>(band_height);
+    band = std::make_unique_for_overwrite<unsigned char[]>(band_bytes);
+    if (page.is_tiled || page.is_in_planes)
+        block = std::make_unique_for_overwrite<unsigned char[]>(page.inq_block_bytes());
+    for (int first = 0; first < page.height; first += page.block_height) {
+        const int rows = std::min(band_height, page.height - first);
+        if (!read_band(first, rows))
+            return false;
+        for (int i = 0; i < rows; ++i)
+            if (!target.put_row(first + i,
+                                band.get() + static_cast<std::size_t>(i) * inq_row_bytes(),
+                                page.layout))
+                return fail_by_target();
     }
     return true;
 }
 
-bool TiffReader::read_tiles(KIVPixmap& picture, const RowLayout& layout)
+bool TiffReader::read_band(int first, int rows)
 {
-    const auto width = get_field<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH);
-    const auto height = get_field<std::uint32_t>(tiff, TIFFTAG_TILELENGTH);
-    constexpr std::uint32_t LARGEST = 1 << 14;
-    if (width == 0 || height == 0 || width > LARGEST || height > LARGEST)
-        return fail("the tiles of the TIFF file have no sane size");
-    block.resize(layout.inq_bytes() * width * height);
-    for (int y = 0; y < picture.inq_height(); y += static_cast<int>(height))
-        for (int x = 0; x < picture.inq_width(); x += static_cast<int>(width))
-            if (!read_tile(picture, layout, x, y))
-                return false;
+    const int planes = page.is_in_planes ? page.layout.samples : 1;
+    for (int plane = 0; plane < planes; ++plane)
+        for (int x = 0; x < page.width; x += page.block_width) {
+            if (!read_block(block ? block.get() : band.get(), x, first, rows, plane))
+                return fail_as_told("the TIFF file ends too early, or is damaged");
+            if (block)
+                put_block(x, rows, plane);
+        }
+    if (page.is_negative)
+        for (std::size_t i = 0; i < band_bytes; ++i)
+            band[i] = static_cast<unsigned char>(~band[i]);
     return true;
 }
 
-bool TiffReader::read_tile(KIVPixmap& picture, const RowLayout& layout, int x, int y)
+bool TiffReader::read_block(unsigned char* to, int x, int y, int rows, int plane)
 {
-    const std::uint32_t tile =
-        TIFFComputeTile(tiff, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), 0, 0);
-    const auto bytes = static_cast<tmsize_t>(block.size());
-    if (TIFFReadEncodedTile(tiff, tile, block.data(), bytes) != bytes)
-        return fail_as_told("the TIFF file ends too early, or is damaged");
-    const int width = static_cast<int>(get_field<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH));
-    const int height = static_cast<int>(get_field<std::uint32_t>(tiff, TIFFTAG_TILELENGTH));
-    const std::size_t row = layout.inq_bytes() * static_cast<std::size_t>(width);
-    const int columns = std::min(width, picture.inq_width() - x);
-    const int rows = std::min(height, picture.inq_height() - y);
-    for (int i = 0; i < rows; ++i)
-        put_pixels(picture, x, y + i, block.data() + static_cast<std::size_t>(i) * row, columns,
-                   layout);
-    return true;
+    const auto row = static_cast<std::uint32_t>(y);
+    const auto sample = static_cast<std::uint16_t>(plane);
+    if (page.is_tiled) {
+        const std::uint32_t tile =
+            TIFFComputeTile(tiff, static_cast<std::uint32_t>(x), row, 0, sample);
+        const auto bytes = static_cast<tmsize_t>(page.inq_block_bytes());
+        return TIFFReadEncodedTile(tiff, tile, to, bytes) == bytes;
+    }
+    const auto bytes =
+        static_cast<tmsize_t>(page.inq_block_bytes() / static_cast<std::size_t>(page.block_height) *
+                              static_cast<std::size_t>(rows));
+    return TIFFReadEncodedStrip(tiff, TIFFComputeStrip(tiff, row, sample), to, bytes) == bytes;
 }
 
-/// The library gives premultiplied pixels.
-bool TiffReader::read_through_library(KIVPixmap& picture)
+/// From the block into the band, as whole pixels or as one sample of each.
+void TiffReader::put_block(int x, int rows, int plane)
+{
+    const auto sample_bytes = static_cast<std::size_t>(page.layout.bits / 8);
+    const std::size_t pixel_bytes = page.layout.inq_bytes();
+    const std::size_t step = page.is_in_planes ? sample_bytes : pixel_bytes;
+    const auto columns = static_cast<std::size_t>(std::min(page.block_width, page.width - x));
+    for (int i = 0; i < rows; ++i) {
+        unsigned char* to = band.get() + static_cast<std::size_t>(i) * inq_row_bytes() +
+                            static_cast<std::size_t>(x) * pixel_bytes +
+                            static_cast<std::size_t>(plane) * sample_bytes;
+        const unsigned char* from =
+            block.get() + static_cast<std::size_t>(i * page.block_width) * step;
+        if (!page.is_in_planes)
+            std::memcpy(to, from, columns * step);
+        else
+            for (std::size_t n = 0; n < columns; ++n, to += pixel_bytes, from += step)
+                std::memcpy(to, from, step);
+    }
+}
+
+/// The library gives premultiplied pixels. Asked for them as they lie, it turns nothing.
+bool TiffReader::read_through_library(RowTarget& target)
 {
     constexpr int STOP_AT_ERRORS = 1;
     char reason[1024] = "";
     if (!TIFFRGBAImageOK(tiff, reason))
         return fail(reason);
-    const auto width = static_cast<std::uint32_t>(picture.inq_width());
-    const auto height = static_cast<std::uint32_t>(picture.inq_height());
-    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) * height);
-    if (!TIFFReadRGBAImageOriented(tiff, width, height, pixels.data(), ORIENTATION_TOPLEFT,
+    const auto width = static_cast<std::uint32_t>(page.width);
+    const auto height = static_cast<std::uint32_t>(page.height);
+    const auto pixels =
+        std::make_unique_for_overwrite<std::uint32_t[]>(std::size_t{width} * height);
+    if (!TIFFReadRGBAImageOriented(tiff, width, height, pixels.get(), inq_orientation(),
                                    STOP_AT_ERRORS))
         return fail_as_told("damaged TIFF file");
-    for (int y = 0; y < picture.inq_height(); ++y)
-        put_pixels(picture, 0, y, pixels.data() + static_cast<std::size_t>(y) * width,
-                   picture.inq_width(), {4, 8, Alpha::PREMULTIPLIED});
+    for (int y = 0; y < page.height; ++y)
+        if (!target.put_row(y, pixels.get() + std::size_t{width} * static_cast<unsigned>(y),
+                            {4, 8, Alpha::PREMULTIPLIED}))
+            return fail_by_target();
     return true;
 }
 } // namespace
@@ -194,5 +207,12 @@ std::unique_ptr<PictureReader> make_tiff_reader(Bytes start, const FileHandle& f
     constexpr int BIG = 43;
     if (!is_tiff || (version != CLASSIC && version != BIG))
         return nullptr;
-    return std::make_unique<TiffReader>(file, size);
+    constexpr int FIRST_PAGE = 0;
+    return make_tiff_page_reader(file, size, FIRST_PAGE);
+}
+
+std::unique_ptr<PictureReader> make_tiff_page_reader(const FileHandle& file, std::size_t size,
+                                                     int page)
+{
+    return std::make_unique<TiffReader>(file, size, page);
 }

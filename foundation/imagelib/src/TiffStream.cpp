@@ -67,6 +67,7 @@ tmsize_t TiffStream::read(thandle_t self, void* to, tmsize_t count)
 {
     TiffStream& m = *to_stream(self);
     const std::size_t end = m.size_now();
+    m.ended_early = m.ended_early || m.position + static_cast<std::size_t>(count) > end;
     if (count <= 0 || m.position >= end)
         return 0;
     std::size_t n = std::min(static_cast<std::size_t>(count), end - m.position);

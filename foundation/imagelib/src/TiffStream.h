@@ -33,6 +33,10 @@ public:
 
     const KIVString& inq_error() const { return error; }
 
+    /// Whether anything was looked for behind the end of the file, even if the library makes do
+    /// without.
+    bool has_ended_early() const { return ended_early; }
+
 private:
     TIFF* open(const char* mode);
     static tmsize_t read(thandle_t self, void* to, tmsize_t count);
@@ -49,6 +53,7 @@ private:
     std::size_t largest_block = 0;
     std::size_t position = 0;
     bool has_failed = false;
+    bool ended_early = false;
     TIFF* tiff = nullptr;
     KIVString error;
 };

@@ -80,8 +80,8 @@ void paint(KIVPixmap& target, const KIVPixmap& source, const Sides& sides, Place
     if (columns.size() == 0 || lines.size() == 0)
         return;
     auto painter = std::make_unique<Painter<Sample>>(PixmapDrawing::inq_pixels(source),
-                                                     make_mapping(source, sides, top_left),
-                                                     options, columns, lines);
+                                                     make_mapping(source, sides, top_left), options,
+                                                     columns, lines);
     PixmapDrawing::draw(target, std::move(painter), inq_time(source));
 }
 
@@ -142,10 +142,9 @@ void composite_unscaled(KIVPixmap& target, const KIVPixmap& source, long x, long
 {
     if (source.inq_is_empty() || target.inq_is_empty())
         return;
-    auto layer = std::make_unique<UnscaledLayer>(PixmapDrawing::inq_pixels(source),
-                                                 source.inq_type(), x, y,
-                                                 to_share(options.opacity),
-                                                 PixmapDrawing::inq_area(target));
+    auto layer =
+        std::make_unique<UnscaledLayer>(PixmapDrawing::inq_pixels(source), source.inq_type(), x, y,
+                                        to_share(options.opacity), PixmapDrawing::inq_area(target));
     PixmapDrawing::draw(target, std::move(layer), inq_time(source));
 }
 

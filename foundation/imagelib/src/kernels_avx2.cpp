@@ -420,15 +420,13 @@ AVX2_INLINE __m256i load_neighbours(const unsigned char* a, const unsigned char*
 /// Two pixels, each of four that are weighed, as signed numbers of 32 bits. `which`: the places of
 /// their weights.
 AVX2_INLINE __m256i weigh_neighbours(const unsigned char* a, const unsigned char* b, int row_bytes,
-                              const FourWeights& weights, __m256i which)
+                                     const FourWeights& weights, __m256i which)
 {
-    const __m256i upper =
-        _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.upper), which);
-    const __m256i lower =
-        _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.lower), which);
-    const __m256i sum = _mm256_add_epi32(
-        _mm256_madd_epi16(load_neighbours(a, b), upper),
-        _mm256_madd_epi16(load_neighbours(a + row_bytes, b + row_bytes), lower));
+    const __m256i upper = _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.upper), which);
+    const __m256i lower = _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(weights.lower), which);
+    const __m256i sum =
+        _mm256_add_epi32(_mm256_madd_epi16(load_neighbours(a, b), upper),
+                         _mm256_madd_epi16(load_neighbours(a + row_bytes, b + row_bytes), lower));
     return _mm256_srai_epi32(
         _mm256_add_epi32(sum, _mm256_set1_epi32(1 << (plain::NEIGHBOUR_BITS - 1))),
         plain::NEIGHBOUR_BITS);
@@ -446,17 +444,15 @@ AVX2 void sample_bilinear_16(std::uint16_t* out, const SourcePixels& source, Sou
     int left = pixels;
     for (; left >= STEP_16; left -= STEP_16, out += 4 * STEP_16, u.advance(), v.advance()) {
         alignas(16) int offsets[STEP_16];
-        _mm_store_si128(reinterpret_cast<__m128i*>(offsets),
-                        _mm_add_epi32(_mm_mullo_epi32(v.wholes(), row_bytes),
-                                      _mm_slli_epi32(u.wholes(), 3)));
+        _mm_store_si128(
+            reinterpret_cast<__m128i*>(offsets),
+            _mm_add_epi32(_mm_mullo_epi32(v.wholes(), row_bytes), _mm_slli_epi32(u.wholes(), 3)));
         const auto at = [&](int i) { return source.data + offsets[i]; };
         prefetch_below(source, offsets[0]);
         const FourWeights weights(_mm_srli_epi32(u.fractions(), SHIFT),
                                   _mm_srli_epi32(v.fractions(), SHIFT));
-        const __m256i a =
-            weigh_neighbours(at(0), at(2), source.row_bytes, weights, first_two);
-        const __m256i b =
-            weigh_neighbours(at(1), at(3), source.row_bytes, weights, last_two);
+        const __m256i a = weigh_neighbours(at(0), at(2), source.row_bytes, weights, first_two);
+        const __m256i b = weigh_neighbours(at(1), at(3), source.row_bytes, weights, last_two);
         store(out, _mm256_xor_si256(_mm256_packs_epi32(a, b), _mm256_set1_epi16(-0x8000)));
     }
     const std::int64_t done = pixels - left;

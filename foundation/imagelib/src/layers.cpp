@@ -134,16 +134,6 @@ PictureLayer::PictureLayer(std::unique_ptr<DrawList> picture, PixType type, int 
 
 PictureLayer::~PictureLayer() = default;
 
-const void* PictureLayer::inq_pinned() const
-{
-    return picture.get();
-}
-
-std::size_t PictureLayer::inq_pinned_bytes() const
-{
-    return picture->inq_pinned_bytes();
-}
-
 std::size_t PictureLayer::inq_depth() const
 {
     return picture->inq_depth();
@@ -159,7 +149,7 @@ Tile PictureLayer::inside(const Tile& tile) const
 Layer::Effect PictureLayer::look_at(const Tile& tile)
 {
     const Effect found = picture->look_at(inside(tile));
-    Effect effect = {found.visible, found.opaque, found.visible, found.opaque};
+    Effect effect = {found.visible, found.opaque, found.visible, found.opaque, 0};
     for_each_block(tile, inq_blocks(tile), [&](const Tile& block, Blocks bit) {
         if (!meets(block))
             effect.drawn &= ~bit;
@@ -168,6 +158,7 @@ Layer::Effect PictureLayer::look_at(const Tile& tile)
         if (!is_around(block)) {
             effect.replaced &= ~bit;
             effect.opaque &= ~bit;
+            effect.holed |= manner == Manner::REPLACE && meets(block) ? bit : 0;
         } else if (manner == Manner::REPLACE) {
             effect.replaced |= bit;
         }

@@ -65,8 +65,6 @@ public:
     void draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& scratch) override;
     void prefetch(const Tile& tile, Blocks chosen) const override;
 
-    const void* inq_pinned() const override;
-    std::size_t inq_pinned_bytes() const override;
     std::size_t inq_depth() const override;
 
 private:

@@ -24,58 +24,116 @@ template <class Sample> std::vector<Taps<Sample>> make_taps(int size, int reduce
     return taps;
 }
 
-/// As many rows as a reduced one is made of, and have a share.
-int count_rows(int size, int reduced)
-{
-    return (size + reduced - 1) / reduced;
-}
+/// Each row from the rows and columns that it stands for, in their shares.
+template <class Sample> class WeighedRows : public RowMaker {
+public:
+    WeighedRows(int source_width, int source_height, int width, int height)
+        : RowMaker(source_height, height), source_width(source_width), width(width),
+          across(make_taps<Sample>(source_width, width)),
+          down(make_taps<Sample>(source_height, height)),
+          mixed(4 * static_cast<std::size_t>(source_width + TAPS - 1))
+    {}
 
-template <class Sample> void reduce(KIVPixmap& out, const KIVPixmap& source)
-{
-    const Kernels<Sample>& kernels = inq_kernels<Sample>();
-    const auto across = make_taps<Sample>(source.inq_width(), out.inq_width());
-    const auto down = make_taps<Sample>(source.inq_height(), out.inq_height());
-    const int row_count = count_rows(source.inq_height(), out.inq_height());
-    const auto columns = static_cast<std::size_t>(source.inq_width() + TAPS - 1);
-    std::vector<Mixed<Sample>> mixed(4 * columns);
-    for (int y = 0; y < out.inq_height(); ++y) {
+    void make_row(unsigned char* out, const unsigned char* const* rows, int y) override
+    {
+        const Kernels<Sample>& kernels = inq_kernels<Sample>();
         const Taps<Sample>& taps = down[static_cast<std::size_t>(y)];
-        const Sample* rows[TAPS];
-        for (int k = 0; k < row_count; ++k)
-            rows[k] = reinterpret_cast<const Sample*>(source.inq_row(taps.first + k));
-        auto* row = reinterpret_cast<Sample*>(out.inq_row(y));
-        if (kernels.weigh_rows(mixed.data(), rows, taps.shares, row_count, source.inq_width()))
-            kernels.weigh_columns(row, mixed.data(), across.data(), out.inq_width());
+        const Sample* samples[TAPS] = {};
+        for (int k = 0; k < inq_count(); ++k)
+            samples[k] = reinterpret_cast<const Sample*>(rows[k]);
+        if (kernels.weigh_rows(mixed.data(), samples, taps.shares, inq_count(), source_width))
+            kernels.weigh_columns(reinterpret_cast<Sample*>(out), mixed.data(), across.data(),
+                                  width);
         else
-            std::memset(row, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(out.inq_width()));
+            std::memset(out, 0, sizeof(Sample) * 4 * static_cast<std::size_t>(width));
     }
+
+private:
+    const int source_width;
+    const int width;
+    const std::vector<Taps<Sample>> across;
+    const std::vector<Taps<Sample>> down;
+    std::vector<Mixed<Sample>> mixed;
+};
+
+/// Each row the mean of two, which is quicker.
+template <class Sample> class HalvedRows : public RowMaker {
+public:
+    HalvedRows(int width, int height) : RowMaker(2 * height, height), width(width) {}
+
+    void make_row(unsigned char* out, const unsigned char* const* rows, int /*y*/) override
+    {
+        inq_kernels<Sample>().halve(reinterpret_cast<Sample*>(out),
+                                    reinterpret_cast<const Sample*>(rows[0]),
+                                    reinterpret_cast<const Sample*>(rows[1]), width);
+    }
+
+private:
+    const int width;
+};
+
+template <class Sample>
+std::unique_ptr<RowMaker> make_maker(int source_width, int source_height, int width, int height)
+{
+    if (2 * width == source_width && 2 * height == source_height)
+        return std::make_unique<HalvedRows<Sample>>(width, height);
+    return std::make_unique<WeighedRows<Sample>>(source_width, source_height, width, height);
 }
 
-template <class Sample> void reduce_by_two(KIVPixmap& out, const KIVPixmap& source)
+std::unique_ptr<RowMaker> make_maker(int bits, int source_width, int source_height, int width,
+                                     int height)
 {
-    const Kernels<Sample>& kernels = inq_kernels<Sample>();
-    for (int y = 0; y < out.inq_height(); ++y)
-        kernels.halve(reinterpret_cast<Sample*>(out.inq_row(y)),
-                      reinterpret_cast<const Sample*>(source.inq_row(2 * y)),
-                      reinterpret_cast<const Sample*>(source.inq_row(2 * y + 1)), out.inq_width());
+    return bits == 8 ? make_maker<std::uint8_t>(source_width, source_height, width, height)
+                     : make_maker<std::uint16_t>(source_width, source_height, width, height);
+}
+
+int half_of(int size)
+{
+    return std::max(1, size / 2);
+}
+
+std::size_t count_row_bytes(int width, int bits)
+{
+    return static_cast<std::size_t>(width) * static_cast<std::size_t>(bits / 2);
 }
 } // namespace
 
 std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
                                         bool halve_height)
 {
-    const int width = halve_width ? std::max(1, source.inq_width() / 2) : source.inq_width();
-    const int height = halve_height ? std::max(1, source.inq_height() / 2) : source.inq_height();
+    const int width = halve_width ? half_of(source.inq_width()) : source.inq_width();
+    const int height = halve_height ? half_of(source.inq_height()) : source.inq_height();
     std::unique_ptr<KIVPixmap> out(new (std::nothrow)
                                        KIVPixmap(width, height, source.inq_type(), nullptr, false));
     if (!out || !out->inq_data())
         return nullptr;
-    const bool is_even = 2 * width == source.inq_width() && 2 * height == source.inq_height();
-    const bool is_8 = source.inq_bits_per_sample() == 8;
-    if (is_even)
-        is_8 ? reduce_by_two<std::uint8_t>(*out, source)
-             : reduce_by_two<std::uint16_t>(*out, source);
-    else
-        is_8 ? reduce<std::uint8_t>(*out, source) : reduce<std::uint16_t>(*out, source);
+    const auto maker = make_maker(source.inq_bits_per_sample(), source.inq_width(),
+                                  source.inq_height(), width, height);
+    const unsigned char* rows[TAPS];
+    for (int y = 0; y < height; ++y) {
+        for (int k = 0; k < maker->inq_count(); ++k)
+            rows[k] = source.inq_row(maker->inq_first(y) + k);
+        maker->make_row(out->inq_row(y), rows, y);
+    }
     return out;
+}
+
+RowReducer::RowReducer(int source_width, int source_height, int bits)
+    : width(half_of(source_width)), height(half_of(source_height)),
+      row_bytes(count_row_bytes(source_width, bits)),
+      maker(make_maker(bits, source_width, source_height, width, height)),
+      last_rows(TAPS, std::vector<unsigned char>(row_bytes)), made(count_row_bytes(width, bits))
+{}
+
+const unsigned char* RowReducer::take_row(const void* row)
+{
+    std::memcpy(last_rows[static_cast<std::size_t>(taken++ % TAPS)].data(), row, row_bytes);
+    const int first = maker->inq_first(given);
+    if (given == height || taken < first + maker->inq_count())
+        return nullptr;
+    const unsigned char* rows[TAPS];
+    for (int k = 0; k < maker->inq_count(); ++k)
+        rows[k] = last_rows[static_cast<std::size_t>((first + k) % TAPS)].data();
+    maker->make_row(made.data(), rows, given++);
+    return made.data();
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 class KIVPixmap;
 
@@ -9,3 +11,48 @@ class KIVPixmap;
 /// memory.
 std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
                                         bool halve_height);
+
+/// Makes single rows of such a copy.
+class RowMaker {
+public:
+    virtual ~RowMaker() = default;
+
+    /// From this row on, so many rows of the source go into row `y`.
+    int inq_first(int y) const
+    {
+        return static_cast<int>(std::int64_t{y} * source_height / height);
+    }
+    int inq_count() const { return (source_height + height - 1) / height; }
+
+    virtual void make_row(unsigned char* out, const unsigned char* const* rows, int y) = 0;
+
+protected:
+    RowMaker(int source_height, int height) : source_height(source_height), height(height) {}
+
+private:
+    const int source_height;
+    const int height;
+};
+
+/// The same for rows that come one by one, with both sides halved.
+class RowReducer {
+public:
+    RowReducer(int source_width, int source_height, int bits);
+
+    int inq_width() const { return width; }
+    int inq_height() const { return height; }
+
+    /// Takes the next row of the source, and gives the row of the copy that it completes, until the
+    /// next call; null for none.
+    const unsigned char* take_row(const void* row);
+
+private:
+    const int width;
+    const int height;
+    const std::size_t row_bytes; // of the source
+    const std::unique_ptr<RowMaker> maker;
+    std::vector<std::vector<unsigned char>> last_rows; // of the source, by number
+    std::vector<unsigned char> made;
+    int taken = 0;
+    int given = 0;
+};

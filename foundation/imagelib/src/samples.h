@@ -2,6 +2,7 @@
 
 #include "imagelib/hdr/PixType.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -33,6 +34,15 @@ template <class To, class From> To change_depth(From value)
         return static_cast<To>(value * 0x101);
     else
         return static_cast<To>((value * 0xFFU + 0x807FU) >> 16);
+}
+
+/// What a premultiplied sample stands for, in 16 bits. `alpha` isn't 0.
+template <class Sample> std::uint16_t to_straight(Sample sample, unsigned alpha)
+{
+    if (alpha == FULL<Sample>)
+        return change_depth<std::uint16_t>(sample);
+    constexpr unsigned MOST = FULL<std::uint16_t>;
+    return static_cast<std::uint16_t>(std::min((sample * MOST + alpha / 2) / alpha, MOST));
 }
 
 /// One pixel over another, both premultiplied.

@@ -24,7 +24,9 @@ std::unique_ptr<KIVPixmap> make_cel(int width, int height, PixType type, std::mt
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             const int away = std::min({x, y, width - x, height - y});
-            const unsigned alpha = is_card || away > 60 ? full : away > 25 ? below(random, full) : 0;
+            const unsigned alpha = is_card || away > 60 ? full
+                                   : away > 25          ? below(random, full)
+                                                        : 0;
             for (int c = 0; c < 3; ++c)
                 set_sample(*cel, x, y, c, alpha == 0 ? 0 : below(random, alpha));
             set_sample(*cel, x, y, 3, alpha);
@@ -150,6 +152,20 @@ TEST(WaitingLayers, keep_the_pixels_of_a_source_that_goes_or_changes)
         goes ? cel.reset() : cel->set_colour(KIVColour(1.0));
         EXPECT_EQ(inq_difference(target, expected), 0U);
     }
+}
+
+TEST(WaitingLayers, leave_holes_where_a_copy_made_them)
+{
+    auto* card = new KIVPixmap(64, 64, PT_RGBA_8, nullptr, false);
+    card->set_colour(KIVColour(0.5));
+    auto* copied = new KIVPixmap(40, 40, PT_RGBA_8, nullptr, false);
+    copied->clear();
+    card->copy_and_delete(copied, IntVector2(0, 0));
+    KIVPixmap target(64, 64, PT_RGBA_8, nullptr, false);
+    target.set_colour(KIVColour(1.0, 0.0, 0.0));
+    target.composite_and_delete(card, IntVector2(0, 0));
+    EXPECT_EQ(inq_sample(target, 36, 36, 0), 255U);
+    EXPECT_EQ(inq_sample(target, 36, 36, 3), 255U);
 }
 
 namespace {

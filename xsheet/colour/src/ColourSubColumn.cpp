@@ -133,7 +133,8 @@ bool ColourSubColumn::load_finished_with_abort()
     return false;
 }
 
-// Without a transform the colours stay what they were, and so does the name of their profile.
+// Without a transform the colours stay what they were, and so does the name of their profile. The
+// id is kept, for the scene's other columns come from the same profile.
 void ColourSubColumn::change_to_output_profile()
 {
     ColourManager* manager = inq_colour_manager();

@@ -1,5 +1,7 @@
 #include "kivlib/hdr/KIVDefaults.h"
 #include "tests/support/OldRecord.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/TestProfile.h"
 #include "xsheet/colour/hdr/ColourKeyCell.h"
 #include "xsheet/colour/hdr/ColourSubColumn.h"
 #include "xsheet/node/hdr/ColourSubColPrefs.h"
@@ -132,6 +134,44 @@ TEST(ColourSubColumn, comes_back_and_gives_its_mode_to_another)
     other.apply_preferences_object(nullptr);
     other.apply_preferences_object(prefs.get());
     EXPECT_EQ(other.inq_colour_interp_mode(), ColourSubColumn::CMY_INTERP);
+}
+
+TEST(ColourSubColumn, goes_to_the_output_profile_when_it_is_read)
+{
+    const TempFolder folder;
+    const std::string screen = folder.path("screen.icc").str();
+    const std::string swap = folder.path("swap.icc").str();
+    folder.write("screen.icc", as_text(take_data(cmsCreate_sRGBProfile())));
+    folder.write("swap.icc", as_text(take_data(make_swapping_profile())));
+    auto colours = std::make_unique<RedToBlue>(int{ColourSubColumn::RGB_INTERP});
+    const auto expect_read = [&](const std::string& profile, const KIVColour& first) {
+        const auto read = stored_and_read(colours->column);
+        ASSERT_TRUE(read);
+        for (int times = 0; times < 2; ++times) // the second time it is there already
+            EXPECT_FALSE(read->load_finished_with_abort());
+        EXPECT_EQ(read->inq_profile(), profile.c_str());
+        for (const auto& [got, wanted] :
+             {std::pair{read->inq_colour(1), first}, {read->inq_colour(3), BLUE}}) {
+            EXPECT_NEAR(got.inq_red(), wanted.inq_red(), 0.002);
+            EXPECT_NEAR(got.inq_green(), wanted.inq_green(), 0.002);
+            EXPECT_NEAR(got.inq_blue(), wanted.inq_blue(), 0.002);
+        }
+    };
+    {
+        const OutputProfile output(swap);
+        expect_read("", RED);
+    }
+    {
+        const OutputProfile output(screen);
+        colours = std::make_unique<RedToBlue>(int{ColourSubColumn::RGB_INTERP});
+    }
+    expect_read(screen, RED);
+    const OutputProfile output(swap);
+    expect_read(swap, KIVColour(0.0, 1.0, 0.0));
+    folder.write("screen.icc", "no profile any more");
+    inq_colour_manager()->set_output_profile_path("");
+    inq_colour_manager()->set_output_profile_path(swap.c_str());
+    expect_read(screen, RED);
 }
 
 TEST(ColourSubColumn, reads_old_forms)

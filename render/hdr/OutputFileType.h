@@ -15,7 +15,9 @@ enum OutputFileType {
     PICT_FILE = 9,
     TIFF_16_FILE = 10,
     CINEON_FULL_FILE = 11,
-    CINEON_HALF_FILE = 12
+    CINEON_HALF_FILE = 12,
+    PNG_FILE = 13, // this and the next have no option of their own
+    PNG_16_FILE = 14
 };
 
 /// How the frames of a type are told of and written.
@@ -27,7 +29,7 @@ struct OutputFileKind {
     bool is_written_in_8_bits;
 };
 
-inline constexpr std::array<OutputFileKind, 12> OUTPUT_FILE_KINDS{{
+inline constexpr std::array<OutputFileKind, 14> OUTPUT_FILE_KINDS{{
     {NO_FILE, "No frames will be output", nullptr, 0, false},
     {TIFF_FILE, "tiff compressed", "TiffWriter", 1, true},
     {TIFF_UNCOMPRESSED_FILE, "tiff not compressed", "TiffWriter", 0, true},
@@ -40,6 +42,8 @@ inline constexpr std::array<OutputFileKind, 12> OUTPUT_FILE_KINDS{{
     {TIFF_16_FILE, "tiff 16bps", "TiffWriter", 0, false},
     {CINEON_FULL_FILE, "Cineon full", "CinesiteWriter", 0, false},
     {CINEON_HALF_FILE, "Cineon half", "CinesiteWriter", 1, false},
+    {PNG_FILE, "PNG", "PngWriter", 0, true},
+    {PNG_16_FILE, "PNG 16bps", "PngWriter", 0, false},
 }};
 
 /// Null for a number that is not given out.

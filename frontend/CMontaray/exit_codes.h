@@ -1,0 +1,10 @@
+#pragma once
+
+/// Exit codes of this program beside those of CommandOutput.
+enum ExitCode {
+    BAD_FRAME_LIST = 220,
+    NOT_STRICT = 221,   // of `--strict`: something was not as it should be
+    FILE_MISSING = 222, // of `--check` and `--dry-run`
+    FRAMES_LOST = 223,  // the process that had them ended
+    SIGNAL_BASE = 128   // and the number of the signal
+};

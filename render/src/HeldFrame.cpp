@@ -1,0 +1,120 @@
+#include "render/src/HeldFrame.h"
+
+#include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "compositor/lib/hdr/CNodeGraph.h"
+#include "imagelib/hdr/BitmapProvider.h"
+#include "imagelib/hdr/MipMap.h"
+#include "render/hdr/RenderScene.h"
+#include "scene/hdr/KIVScene.h"
+
+#include <ctime>
+#include <dlfcn.h>
+
+namespace {
+const void* find_library(const void* address)
+{
+    Dl_info info;
+    return ::dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+/// Nodes of this library look at the frame number to read their columns and for nothing else.
+bool is_node_of_ours(const CNode& node)
+{
+    static const void* const ours = find_library(&typeid(RenderScene));
+    const std::type_info& type = typeid(node);
+    return ours && find_library(&type) == ours;
+}
+
+bool is_at(const timespec& a, const timespec& b)
+{
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+} // namespace
+
+FileState::FileState(const KIVString& path) : exists(::stat(path.c_str(), &facts) == 0) {}
+
+bool FileState::operator==(const FileState& other) const
+{
+    if (!exists || !other.exists)
+        return exists == other.exists;
+    return facts.st_dev == other.facts.st_dev && facts.st_ino == other.facts.st_ino &&
+           facts.st_size == other.facts.st_size && is_at(facts.st_mtim, other.facts.st_mtim) &&
+           is_at(facts.st_ctim, other.facts.st_ctim);
+}
+
+// The clock of a file system goes in steps, and within one a file may change without a trace.
+bool FileState::is_settled() const
+{
+    constexpr std::time_t MARGIN = 2; // seconds
+    return !exists || facts.st_mtim.tv_sec + MARGIN < std::time(nullptr);
+}
+
+HeldFrame::HeldFrame(KIVScene& scene, RenderScene& renderer, int bits, bool is_hopeless)
+    : renderer(renderer), bits(bits), is_provable(!is_hopeless && scene.inq_graph())
+{
+    if (!scene.inq_graph())
+        return;
+    const std::unique_ptr<KIVLinkedList> nodes(scene.inq_graph()->make_ordered_nodes_list());
+    for (ReadOnlyIterator node(*nodes); node++;)
+        take(*static_cast<CNode*>(node()));
+}
+
+void HeldFrame::take(CNode& node)
+{
+    if (!is_node_of_ours(node))
+        is_provable = false;
+    else if (std::strcmp(node.class_name(), CNodeRasterImage::inq_class_name_s()) == 0)
+        images.push_back(static_cast<CNodeRasterImage*>(&node));
+}
+
+bool HeldFrame::is_same(int a, int b) const
+{
+    return is_provable && renderer.inq_is_frame_the_same(a, b);
+}
+
+void HeldFrame::will_render(int frame)
+{
+    rendered_from.clear();
+    are_settled = true;
+    if (!is_provable)
+        return;
+    for (const CNodeRasterImage* image : images) {
+        rendered_from.emplace_back(image->inq_filename(frame));
+        are_settled &= rendered_from.back().is_settled();
+    }
+}
+
+void HeldFrame::was_written(int frame, const KIVString& to)
+{
+    held_frame = frame;
+    held_from = rendered_from;
+    was_settled = are_settled;
+    file = to;
+    file_state = FileState(to);
+}
+
+bool HeldFrame::can_stand_for(int frame) const
+{
+    return held_frame > 0 && was_settled && is_same(held_frame, frame) &&
+           rendered_from == held_from && file_state.is_there() && file_state == FileState(file);
+}
+
+KIVStringList HeldFrame::find_unreadable_images(int frame) const
+{
+    BitmapProvider* provider = inq_bitmap_provider_16();
+    if (bits == 8)
+        provider = inq_bitmap_provider_8();
+    KIVStringList found;
+    for (const CNodeRasterImage* image : images) {
+        const int id = image->inq_mipmap_id(frame, bits);
+        if (id < 0 || image->inq_is_disabled())
+            continue;
+        const MipMap* picture = provider->lock(id);
+        if (!picture || !picture->usable)
+            found.add_to_end(image->inq_filename(frame) + ": " +
+                                 (picture ? picture->inq_error_msg() : "it is not known"),
+                             true);
+        provider->unlock(id);
+    }
+    return found;
+}

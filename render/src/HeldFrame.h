@@ -1,0 +1,67 @@
+#pragma once
+
+#include "kivlib/hdr/KIVString.h"
+#include "kivlib/hdr/KIVStringList.h"
+
+#include <sys/stat.h>
+#include <vector>
+
+class CNode;
+class CNodeRasterImage;
+class KIVScene;
+class RenderScene;
+
+/// A file as it is on disc. Equal states of one path mean that nobody has written to it meanwhile.
+class FileState {
+public:
+    explicit FileState(const KIVString& path);
+
+    bool is_there() const { return exists; }
+    bool operator==(const FileState& other) const;
+
+    /// False for a file so new that its next change might not show.
+    bool is_settled() const;
+
+private:
+    struct stat facts {}; // filled while `exists` is found out
+    bool exists;
+};
+
+/// The frame that was written last. Its file serves for the next one where that is proved to look
+/// the same: every cell of the sheet is held, every picture is the same file in the same state, and
+/// the graph has no node of an outside module, which might look at the frame number.
+class HeldFrame {
+public:
+    /// A hopeless one, of frames in two fields, proves nothing: half a frame on, what is held may
+    /// have moved.
+    HeldFrame(KIVScene& scene, RenderScene& renderer, int bits, bool is_hopeless);
+
+    /// As far as the scene goes, whatever happens to its files.
+    bool is_same(int a, int b) const;
+
+    /// Before the frame is rendered: a picture that changes later counts as changed.
+    void will_render(int frame);
+    void was_written(int frame, const KIVString& file);
+
+    /// After `will_render`.
+    bool can_stand_for(int frame) const;
+    const KIVString& inq_file() const { return file; }
+
+    /// Those that the graph refers to on the frame and nobody can read.
+    KIVStringList find_unreadable_images(int frame) const;
+
+private:
+    void take(CNode& node);
+
+    RenderScene& renderer;
+    int bits;
+    bool is_provable;
+    std::vector<CNodeRasterImage*> images; // not owned
+    std::vector<FileState> rendered_from;
+    bool are_settled = true;
+    std::vector<FileState> held_from;
+    bool was_settled = true;
+    int held_frame = 0; // 0: none
+    KIVString file;
+    FileState file_state{""};
+};
