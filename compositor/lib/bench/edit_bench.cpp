@@ -159,6 +159,21 @@ template <bool DOWNWARDS> void grow_chain(benchmark::State& state)
     }
 }
 
+/// Unchecked, from the last consumer to the first source: every input, and half of the second ones.
+void build_from_root(benchmark::State& state)
+{
+    const int n = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        EditedGraph edited(n);
+        for (int to = n - 1; to > 0; --to) {
+            edited.graph.make_connection(edited.node(to - 1)->output(), edited.node(to)->input(0),
+                                         false);
+            if (to % 2 == 0)
+                edited.connect_to(to, 1);
+        }
+    }
+}
+
 struct BoostNode {
     bool is_universal = false;
     std::uint64_t types = 0; // as bits
@@ -219,3 +234,4 @@ BENCHMARK(boost_copy_sort_type)->Arg(100)->Arg(1000)->Arg(10000);
 BENCHMARK(build_and_check_once)->Args({10000, 15000})->Unit(benchmark::kMillisecond);
 BENCHMARK(grow_chain<true>)->Arg(5000)->Unit(benchmark::kMillisecond);
 BENCHMARK(grow_chain<false>)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(build_from_root)->Arg(10000)->Unit(benchmark::kMillisecond);

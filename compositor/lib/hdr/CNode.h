@@ -209,6 +209,9 @@ public:
     void update_and_propogate_inchoate_flag(BoundingBox* box);
 
 protected:
+    /// Whether a file that holds this node holds the other one too, which may be gone.
+    bool is_stored_with(const CNode* other) const;
+
     /// For a node whose record names more nodes than its group and macro: a graph that is read
     /// with one of them missing is refused. The list is the node's own.
     void set_named_nodes(const KIVLinkedList* nodes) { named_nodes = nodes; }
@@ -217,11 +220,13 @@ private:
     friend class GraphClaims;
     friend class InchoateWalk;
     friend class NodeWalk;
+    friend class ReaderWalk;
 
     template <class Record> void record(Record& r);
     bool inq_flag(int flag) const { return (flags & flag) != 0; }
     void set_flag(int flag, bool on) { flags = on ? flags | flag : flags & ~flag; }
     bool should_be_inchoate() const;
+    CNode* find_effective_node();
     void lay_out_channels();
 
     bool is_disabled = false;
@@ -243,5 +248,6 @@ private:
     double dw_tag_pos = 0.0;
     unsigned int label;
     mutable unsigned long last_walk = 0; // the walk that met this node last
+    unsigned long last_reader_walk = 0;
     const KIVLinkedList* named_nodes = nullptr;
 };

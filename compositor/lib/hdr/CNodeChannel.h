@@ -65,6 +65,8 @@ public:
     void remove_connection(CNodeConnection* connection);
 
 private:
+    friend class CNodeChannelSet;
+
     template <class Record> void record(Record& r);
     bool is_ordered_input() const;
     double inq_step() const;
@@ -74,4 +76,5 @@ private:
     KIVRectangle border_rect;
     bool is_selected = false;
     bool is_in_macro = false;
+    mutable int likely_index = 0; // in the set
 };

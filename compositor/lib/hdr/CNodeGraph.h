@@ -2,6 +2,8 @@
 
 #include "kivlib/hdr/KIVLinkedList.h"
 
+#include <unordered_set>
+
 class CNode;
 class CNodeChannel;
 class CNodeConnection;
@@ -52,12 +54,16 @@ public:
     bool inq_channels_selected() const;
     bool inq_contains_node(unsigned int label) const { return find_node(label) != nullptr; }
     CNode* find_node(unsigned int label) const;
+
+    /// Asks by address alone: the node may be gone.
+    bool inq_holds(const CNode* node) const;
     bool is_connected_to_root(const CNode* node) const;
     CNodeChannel* find_channel_at(const Vector2& point) const;
     CNodeChannel* find_channel_near(const Vector2& point, double tolerance) const;
     void record_dll_usage(KIVDLLUsageList* usage) const;
 
-    /// Whether a connection may be made. `make_connection` itself asks only for the data types.
+    /// Whether a connection may be made from an output to an input. `make_connection` itself asks
+    /// only for the data types.
     bool inq_can_connect_data_types(CNodeChannel* output, CNodeChannel* input);
     bool inq_can_connect_acyclic(CNodeChannel* output, CNodeChannel* input);
 
@@ -69,9 +75,9 @@ public:
     CNodeConnection* find_connection_between(const CNodeChannel* output,
                                              const CNodeChannel* input) const;
 
-    /// Null, and nothing changed but the stored lists of types, if the data types do not fit or a
-    /// channel stands on no node. Without indices the connection goes to the head of both lists.
-    /// With `notify`, the two nodes are told.
+    /// Null, and nothing changed but the stored lists of types, if the data types do not fit or the
+    /// channels are not an output and an input of nodes. Without indices the connection goes to the
+    /// head of both lists. With `notify`, the two nodes are told.
     CNodeConnection* make_connection(CNodeChannel* output, CNodeChannel* input, bool notify);
     CNodeConnection* make_connection(CNodeChannel* output, int output_index, CNodeChannel* input,
                                      int input_index, bool notify);
@@ -81,14 +87,15 @@ public:
 
     /// Off for a batch of edits. Turning it on checks the graph and says whether its types fit.
     bool set_type_checker_enabled();
-    void set_type_checker_disabled() { type_checker_enabled = false; }
+    void set_type_checker_disabled();
 
-    /// Takes the node over.
+    /// Takes the node over, unless it is there already. A root that was removed is the root again.
     void add_node(gsl::owner<CNode*> node);
 
-    /// Gives the node back, whose connections have to be gone; null for a stranger.
+    /// Gives the node back, whose connections have to be gone; null for a stranger. Without its
+    /// root the graph has none.
     gsl::owner<CNode*> remove_node(CNode* node);
-    void set_root_node(CNode* node) { root_node = node; }
+    void set_root_node(CNode* node);
 
     /// Tells the node and all that it leads to, down to the root.
     void update_input_connections(CNode* node);
@@ -118,12 +125,14 @@ public:
     bool load_finished_with_abort(XSheet* sheet, bool check);
 
 private:
+    static constexpr unsigned int NO_NODE = 0; // labels are above it
+
     template <class Record> void record(Record& r);
     bool update_readers(CNode* node);
     void tell_connections_changed(bool connected_to_root);
     void delete_all_connections();
     void delete_connection_from_destructor(gsl::owner<CNodeConnection*> connection);
-    void empty_channel(CNodeChannel& channel);
+    void empty_channel(CNodeChannel& channel, std::unordered_set<const KIVObject*>& gone);
     bool abort_of_load_finished();
 
     XSheet* xsheet = nullptr; // not owned
@@ -135,4 +144,6 @@ private:
     bool type_checker_enabled = true;
     std::unique_ptr<KIVString> end_change_name;
     std::unique_ptr<GraphUpkeep> upkeep;
+    unsigned int removed_root = NO_NODE;           // its label
+    std::unordered_set<const CNode*> stored_nodes; // while the graph is being stored
 };

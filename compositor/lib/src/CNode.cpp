@@ -13,6 +13,8 @@
 #include "kivlib/hdr/BoundingBox.h"
 #include "kivlib/hdr/Record.h"
 
+#include <unordered_set>
+
 KIV_STORED_CLASS(CNode, 146);
 
 bool CNode::read_tags_pos_info = true;
@@ -77,11 +79,11 @@ double width_of_first(const CNodeChannelSet* set, int n)
     return width;
 }
 
-/// A link is stored only to a node that the file holds as well.
-CNode* if_in_same_graph(CNode* other, const CNode* node)
-{
-    return other && other->inq_graph() == node->inq_graph() ? other : nullptr;
-}
+/// The group that a walk from group to group is asking, until it leaves the answer to the walk.
+const CNode* asked_group = nullptr;
+
+constexpr int MOST_WALKS = 100; // each asked for by a group on the way of the one before
+int n_walks = 0;
 } // namespace
 
 CNode::CNode() : label(new_label()) {}
@@ -124,12 +126,19 @@ CNode::CNode(KIVIStream& stream) : KIVObject(stream), label(new_label())
 void CNode::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
-    CNode* const real_group = std::exchange(group, if_in_same_graph(group, this));
-    CNode* const real_macro = std::exchange(macro, if_in_same_graph(macro, this));
+    CNode* const real_group = std::exchange(group, is_stored_with(group) ? group : nullptr);
+    CNode* const real_macro = std::exchange(macro, is_stored_with(macro) ? macro : nullptr);
     RecordWriter r(stream);
     record(r);
     group = real_group;
     macro = real_macro;
+}
+
+bool CNode::is_stored_with(const CNode* other) const
+{
+    if (graph)
+        return graph->inq_holds(other);
+    return other && !other->inq_graph();
 }
 
 void CNode::init()
@@ -243,10 +252,32 @@ CNode* CNode::inq_group() const
 
 CNode* CNode::inq_effective_node()
 {
-    const NodeWalk walk; // groups may hold one another in a damaged scene
+    if (asked_group == this) {
+        asked_group = nullptr;
+        return this;
+    }
+    if (n_walks == MOST_WALKS)
+        return this;
+    ++n_walks;
+    CNode* found = find_effective_node();
+    --n_walks;
+    return found;
+}
+
+/// From group to group, up to a class that gives its own answer. Groups may hold one another in a
+/// damaged scene.
+CNode* CNode::find_effective_node()
+{
     CNode* node = this;
-    while (node->is_hidden && node->group && walk.enter(node))
+    std::unordered_set<const CNode*> met;
+    while (node->is_hidden && node->group && met.insert(node).second) {
         node = node->group;
+        asked_group = node;
+        CNode* answer = node->inq_effective_node();
+        const bool was_left = std::exchange(asked_group, nullptr) != node;
+        if (!was_left || answer != node)
+            return answer;
+    }
     return node;
 }
 
@@ -433,7 +464,7 @@ CNode* CNode::inq_source_node_channel_names(CNodeChannel* channel, KIVString* na
     const KIVLinkOb* link = channel ? channel->inq_connections_list()->inq_last_link() : nullptr;
     for (; link && (names || !first); link = link->inq_prev()) {
         const auto* connection = static_cast<const CNodeConnection*>(link->value());
-        const CNodeChannel* output = connection->inq_output_channel();
+        const CNodeChannel* output = connection ? connection->inq_output_channel() : nullptr;
         CNode* source = inq_source_node_names(output ? output->inq_node() : nullptr, names);
         if (!first)
             first = source;

@@ -49,6 +49,7 @@ CNodeChannelSet::CNodeChannelSet(KIVIStream& stream) : KIVObject(stream)
             return;
         }
         channel->set_channel_set(this);
+        channel->likely_index = inq_n_channels();
         channels.push_back(std::move(channel));
     }
 }
@@ -142,7 +143,11 @@ void CNodeChannelSet::set_n_channels(int n)
 void CNodeChannelSet::resize(int n)
 {
     channels.resize(static_cast<std::size_t>(std::max(n, 0)));
-    for (auto& channel : channels)
-        if (!channel)
-            channel = std::make_unique<CNodeChannel>(this);
+    for (int index = 0; index < inq_n_channels(); ++index) {
+        if (inq_channel(index))
+            continue;
+        auto channel = std::make_unique<CNodeChannel>(this);
+        channel->likely_index = index;
+        channels[static_cast<std::size_t>(index)] = std::move(channel);
+    }
 }

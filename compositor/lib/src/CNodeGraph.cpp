@@ -10,7 +10,7 @@
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/report_error.h"
 
-#include <unordered_set>
+#include <ranges>
 
 KIV_STORED_CLASS(CNodeGraph, 92);
 
@@ -93,9 +93,16 @@ bool shows_no_use(const CNode& node)
     return true;
 }
 
-bool stands_on_node(const CNodeChannel* channel)
+bool is_output(const CNodeChannel* channel)
 {
-    return channel && channel->inq_node();
+    const CNodeChannelSet* set = channel ? channel->inq_channel_set() : nullptr;
+    return set && set->inq_is_output_channel_set();
+}
+
+bool is_input(const CNodeChannel* channel)
+{
+    const CNodeChannelSet* set = channel ? channel->inq_channel_set() : nullptr;
+    return set && set->inq_is_input_channel_set();
 }
 
 /// Tells the watchers of now, of which some may go meanwhile.
@@ -105,41 +112,6 @@ template <class Watcher, class Tell> void tell_all(const KIVLinkedList& watchers
     for (KIVObject* watcher : told.of<KIVObject>())
         if (watchers.find(watcher))
             tell(*static_cast<Watcher*>(watcher));
-}
-
-/// The node and all that it leads to, each once and behind all that leads to it, else in the order
-/// of the lists. Nothing beyond the root.
-std::vector<CNode*> nodes_down_to(const CNode* root, CNode* from)
-{
-    struct Step {
-        CNode* node;
-        std::size_t first_parent; // of those still to be entered, the last one first
-    };
-    std::vector<CNode*> found;
-    std::vector<CNode*> parents;
-    std::vector<Step> way;
-    const NodeWalk walk;
-    const auto enter = [&](CNode* node) {
-        if (!walk.enter(node))
-            return;
-        way.push_back({node, parents.size()});
-        Neighbours readers = Neighbours::parents_of(node);
-        while (CNode* reader = node == root ? nullptr : readers.next())
-            parents.push_back(reader);
-    };
-    enter(from);
-    while (!way.empty()) {
-        if (parents.size() == way.back().first_parent) {
-            found.push_back(way.back().node);
-            way.pop_back();
-        } else {
-            CNode* parent = parents.back();
-            parents.pop_back();
-            enter(parent);
-        }
-    }
-    std::ranges::reverse(found);
-    return found;
 }
 
 /// Whether all that feeds the node and all that it feeds is of the graph. A missing end is no
@@ -193,14 +165,23 @@ CNodeGraph::CNodeGraph(KIVIStream& stream)
 void CNodeGraph::storer(KIVOStream& stream)
 {
     KIVObject::storer(stream);
-    for (const CNode* node : NodesOf(*nodes))
+    for (const CNode* node : NodesOf(*nodes)) {
+        stored_nodes.insert(node);
         if (!is_connected_within(this, *node))
             stream.set_error_state(KIVStream::BAD_DATA); // no reader would take it
-    const bool has_root = root_node && root_node->inq_graph() == this;
-    CNode* const real_root = std::exchange(root_node, has_root ? root_node : nullptr);
+    }
+    CNode* const real_root = std::exchange(root_node, inq_holds(root_node) ? root_node : nullptr);
     RecordWriter r(stream);
     record(r);
     root_node = real_root;
+    stored_nodes.clear();
+}
+
+bool CNodeGraph::inq_holds(const CNode* node) const
+{
+    if (!node || !stored_nodes.empty())
+        return node && stored_nodes.contains(node);
+    return nodes->find(node);
 }
 
 CNodeGraph::~CNodeGraph()
@@ -325,12 +306,13 @@ void CNodeGraph::record_dll_usage(KIVDLLUsageList* usage) const
 
 bool CNodeGraph::inq_can_connect_data_types(CNodeChannel* output, CNodeChannel* input)
 {
-    return upkeep->check_types(TypeLists::DROPPED, output, input);
+    return is_output(output) && is_input(input) &&
+           upkeep->check_types(TypeLists::DROPPED, output, input);
 }
 
 bool CNodeGraph::inq_can_connect_acyclic(CNodeChannel* output, CNodeChannel* input)
 {
-    if (!stands_on_node(output) || !stands_on_node(input))
+    if (!is_output(output) || !is_input(input))
         return false;
     for (CNode* node : NodesOf(*nodes))
         node->set_acyclic_flag(false);
@@ -342,7 +324,7 @@ bool CNodeGraph::inq_is_connected(const CNodeChannel* output, const CNodeChannel
 {
     const KIVLinkedList& connections = *input->inq_connections_list();
     for (const auto* connection : connections.of<CNodeConnection>())
-        if (connection->inq_output_channel() == output)
+        if (connection && connection->inq_output_channel() == output)
             return true;
     return connections.inq_is_empty();
 }
@@ -351,7 +333,7 @@ CNodeConnection* CNodeGraph::find_connection_between(const CNodeChannel* output,
                                                      const CNodeChannel* input) const
 {
     for (auto* connection : output->inq_connections_list()->of<CNodeConnection>())
-        if (connection->inq_input_channel() == input)
+        if (connection && connection->inq_input_channel() == input)
             return connection;
     return nullptr;
 }
@@ -365,7 +347,7 @@ CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, CNodeChannel*
 CNodeConnection* CNodeGraph::make_connection(CNodeChannel* output, int output_index,
                                              CNodeChannel* input, int input_index, bool notify)
 {
-    if (!stands_on_node(output) || !stands_on_node(input))
+    if (!is_output(output) || !is_input(input))
         return nullptr;
     if (type_checker_enabled && !upkeep->check_types(TypeLists::STORED, output, input))
         return nullptr;
@@ -401,8 +383,15 @@ void CNodeGraph::delete_connection(gsl::owner<CNodeConnection*> connection, bool
     }
     if (type_checker_enabled)
         upkeep->check_types(TypeLists::STORED, nullptr, nullptr);
-    if (stands_on_node(input))
+    if (input && input->inq_node())
         update_input_connections(input->inq_node());
+}
+
+/// What is kept of checks would cost time with each of the edits to come.
+void CNodeGraph::set_type_checker_disabled()
+{
+    type_checker_enabled = false;
+    upkeep->drop_checker();
 }
 
 bool CNodeGraph::set_type_checker_enabled()
@@ -413,10 +402,12 @@ bool CNodeGraph::set_type_checker_enabled()
 
 void CNodeGraph::add_node(gsl::owner<CNode*> node)
 {
-    if (!node)
+    if (!node || (node->inq_graph() == this && nodes->find(node)))
         return;
     node->set_graph(this);
     upkeep->add_node(node);
+    if (node->inq_label() == removed_root)
+        set_root_node(node);
     node->node_just_added_to_graph();
     notify_number_of_nodes_changed();
 }
@@ -425,10 +416,20 @@ gsl::owner<CNode*> CNodeGraph::remove_node(CNode* node)
 {
     if (!node || !nodes->remove(node))
         return nullptr;
+    if (node == root_node) {
+        set_root_node(nullptr); // the caller may delete it
+        removed_root = node->inq_label();
+    }
     node->set_graph(nullptr);
     node->node_just_removed_from_graph();
     notify_number_of_nodes_changed();
     return node;
+}
+
+void CNodeGraph::set_root_node(CNode* node)
+{
+    root_node = node;
+    removed_root = NO_NODE;
 }
 
 void CNodeGraph::update_input_connections(CNode* node)
@@ -441,12 +442,14 @@ bool CNodeGraph::update_readers(CNode* node)
 {
     const CNode* const root = root_node;
     const unsigned long seen_changes = GraphChanges::our_count;
-    const std::vector<CNode*> readers = nodes_down_to(root, node);
-    for (CNode* reader : readers)
+    ReaderWalk& walk = upkeep->inq_reader_walk();
+    const std::vector<CNode*> readers = walk.find(root, node);
+    const bool leads_to_root = walk.inq_meets_root();
+    for (CNode* reader : readers | std::views::reverse)
         reader->input_connections_updated();
     if (root_node != root || GraphChanges::our_count != seen_changes)
         return is_connected_to_root(node); // a node has changed the graph
-    return std::ranges::find(readers, root) != readers.end();
+    return leads_to_root;
 }
 
 void CNodeGraph::update_inchoate_flags()
@@ -558,20 +561,21 @@ bool CNodeGraph::abort_of_load_finished()
 
 void CNodeGraph::delete_all_connections()
 {
+    std::unordered_set<const KIVObject*> gone; // in a damaged list a connection stands again
     for (const CNode* node : NodesOf(*nodes))
         for (const CNodeChannelSet* set : {node->inq_outputs(), node->inq_inputs()})
             for (int i = 0; set && i < set->inq_n_channels(); ++i)
-                empty_channel(*set->inq_channel(i));
+                empty_channel(*set->inq_channel(i), gone);
 }
 
 /// Guarded against a list that does not get shorter.
-void CNodeGraph::empty_channel(CNodeChannel& channel)
+void CNodeGraph::empty_channel(CNodeChannel& channel, std::unordered_set<const KIVObject*>& gone)
 {
     const KIVObject* previous = nullptr; // gone by the time it is compared
     const KIVLinkedList& connections = *channel.inq_connections_list();
     for (int round = 0; !connections.inq_is_empty(); ++round) {
-        KIVObject* head = connections.inq_first_link()->value();
-        if (head == previous) {
+        auto* head = static_cast<CNodeConnection*>(connections.inq_first_link()->value());
+        if (round > 0 && head == previous) {
             report_here() << "Program error (repeated value).\n";
             return;
         }
@@ -579,7 +583,10 @@ void CNodeGraph::empty_channel(CNodeChannel& channel)
             report_here() << "Program error (timeout).\n";
             return;
         }
-        delete_connection_from_destructor(static_cast<CNodeConnection*>(head));
+        if (head && gone.insert(head).second)
+            delete_connection_from_destructor(head);
+        else
+            channel.remove_connection(head);
         previous = head;
     }
 }

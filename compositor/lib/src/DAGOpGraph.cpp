@@ -55,7 +55,7 @@ void DAGOpGraph::connect_outputs_of(const DAGOpNode& node)
         const CNodeChannel* real = node.inq_c_node()->inq_outputs()->inq_channel(i);
         for (const auto* made : real->inq_connections_list()->of<CNodeConnection>())
             make_connection(node.inq_outputs()->inq_channel(i),
-                            find_input(made->inq_input_channel()));
+                            find_input(made ? made->inq_input_channel() : nullptr));
     }
 }
 

@@ -59,7 +59,8 @@ void FlatGraph::connect_outputs(int number)
     for (int i = 0; i < node.n_outputs; ++i) {
         const CNodeChannel& channel = *node.real->inq_outputs()->inq_channel(i);
         for (const auto* made : channel.inq_connections_list()->of<CNodeConnection>())
-            if (const int input = find_input(made->inq_input_channel()); input != NONE)
+            if (const int input = find_input(made ? made->inq_input_channel() : nullptr);
+                input != NONE)
                 connect(node.first_output + i, input, Position::BY_OUTPUT);
     }
 }

@@ -34,12 +34,13 @@ void GraphUpkeep::catch_up()
     if (seen_changes == GraphChanges::our_count)
         return;
     checker.reset();
+    reader_walk.forget();
     edits.clear();
     are_flags_known = false;
     seen_changes = GraphChanges::our_count;
 }
 
-/// A node whose connections come with it, or that is there already, changes more than itself.
+/// A node whose connections come with it, or that a list holds twice, changes more than itself.
 void GraphUpkeep::add_node(CNode* node)
 {
     catch_up();
@@ -64,6 +65,7 @@ void GraphUpkeep::connect(CNodeConnection& connection, int output_index, int inp
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->add_connection(output, input);
+    reader_walk.note_edit(output->inq_node());
     note_edit({output->inq_node(), input->inq_node(), has_one_connection(*output)});
     note_edit({input->inq_node(), nullptr, has_one_connection(*input)});
 }
@@ -78,6 +80,7 @@ void GraphUpkeep::leave_output(CNodeConnection& connection)
     seen_changes = GraphChanges::our_count;
     if (checker)
         checker->remove_connection(connection.inq_output_channel(), connection.inq_input_channel());
+    reader_walk.note_edit(connection.inq_output_channel()->inq_node());
     note_edit({connection.inq_output_channel()->inq_node()});
 }
 
@@ -98,6 +101,12 @@ bool GraphUpkeep::check_types(FlatTypeChecker::Lists lists, const CNodeChannel* 
     if (!checker || !checker->ask_nodes())
         checker = std::make_unique<FlatTypeChecker>(graph);
     return output && input ? checker->check_with(output, input, lists) : checker->check(lists);
+}
+
+ReaderWalk& GraphUpkeep::inq_reader_walk()
+{
+    catch_up();
+    return reader_walk;
 }
 
 /// The flags of other graphs' nodes are not known. With too many edits all may as well be set anew.
@@ -125,6 +134,6 @@ void GraphUpkeep::update_inchoate_flags()
         update_all_inchoate_flags();
         return;
     }
-    InchoateWalk::flag_after(edits);
+    InchoateWalk::flag_after(edits, *graph.inq_nodes_list());
     edits.clear();
 }

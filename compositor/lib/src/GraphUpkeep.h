@@ -2,6 +2,7 @@
 
 #include "compositor/lib/src/FlatTypeChecker.h"
 #include "compositor/lib/src/InchoateWalk.h"
+#include "compositor/lib/src/ReaderWalk.h"
 
 #include <memory>
 #include <vector>
@@ -10,9 +11,9 @@ class CNode;
 class CNodeConnection;
 class CNodeGraph;
 
-/// What a graph keeps up to date from edit to edit: the type check and the inchoate flags. The
-/// graph makes its edits here; what changes in any other way is noticed by `GraphChanges`, and all
-/// is worked out anew.
+/// What a graph keeps up to date from edit to edit: the type check, the inchoate flags, and what a
+/// node leads to. The graph makes its edits here; what changes in any other way is noticed by
+/// `GraphChanges`, and all is worked out anew.
 class GraphUpkeep {
 public:
     explicit GraphUpkeep(CNodeGraph& graph) : graph(graph) {}
@@ -29,6 +30,9 @@ public:
     /// Whether the data types fit, with one more connection if two channels are given.
     bool check_types(FlatTypeChecker::Lists lists, const CNodeChannel* output,
                      const CNodeChannel* input);
+    void drop_checker() { checker.reset(); }
+
+    ReaderWalk& inq_reader_walk();
 
     void update_all_inchoate_flags();
 
@@ -41,6 +45,7 @@ private:
 
     CNodeGraph& graph;
     std::unique_ptr<FlatTypeChecker> checker; // made when there is none to keep
+    ReaderWalk reader_walk;
     unsigned long seen_changes = 0;
     bool are_flags_known = false;
     std::vector<InchoateWalk::Edit> edits; // since the flags were known

@@ -22,12 +22,12 @@ public:
     /// On all nodes of a graph.
     static void flag_anew(const KIVLinkedList& nodes);
 
-    /// The same after these edits. It costs what they concern, also on a channel that has very many
-    /// connections.
-    static void flag_after(const std::vector<Edit>& edits);
+    /// The same after these edits of a graph with these nodes. It costs what they concern, and at
+    /// most a few times what all flags cost anew.
+    static void flag_after(const std::vector<Edit>& edits, const KIVLinkedList& nodes);
 
 private:
     static void set_flag(CNode& node, bool inchoate);
-    static bool leads_to_incomplete(CNode* node, std::vector<CNode*>& passed);
-    static void unflag(std::vector<CNode*> nodes);
+    static bool leads_to_incomplete(CNode* node, std::vector<CNode*>& passed, int& steps_left);
+    static bool unflag(std::vector<CNode*> nodes, int steps_left);
 };

@@ -51,7 +51,7 @@ public:
                 continue;
             const auto* connection = static_cast<const CNodeConnection*>(link->value());
             link = link->inq_next();
-            const CNodeChannel* far_channel = (connection->*far_end)();
+            const CNodeChannel* far_channel = connection ? (connection->*far_end)() : nullptr;
             if (CNode* node = far_channel ? far_channel->inq_node() : nullptr)
                 return node;
         }

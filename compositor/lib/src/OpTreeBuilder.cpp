@@ -114,7 +114,7 @@ void OpTreeBuilder::follow_connection(Unfinished& now)
     const auto* connection = static_cast<const CNodeConnection*>(now.link->value());
     now.link = now.link->inq_prev();
     const int place = now.next_place--;
-    if (const CNodeChannel* output = connection->inq_output_channel())
+    if (const CNodeChannel* output = connection ? connection->inq_output_channel() : nullptr)
         start(now.array, place, now.array_type, output->inq_node(), output->find_channel_index());
 }
 

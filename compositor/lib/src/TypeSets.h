@@ -8,8 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
-/// The sets of data types that one check meets, each kept once: sets are compared, and what was
-/// worked out of them is found again, by address.
+/// The sets of data types that a checker meets, each kept once and from check to check: sets are
+/// compared, and what was worked out of them is found again, by address.
 class TypeSets {
 public:
     using Set = const cdata_tDArray*;

@@ -298,7 +298,7 @@ TEST(CNodeGraph, carries_long_chains_and_many_nodes)
     EXPECT_EQ(groups, ALL - 1);
 }
 
-TEST(CNodeGraph, passes_over_nulls_and_refuses_what_stands_on_no_node)
+TEST(CNodeGraph, passes_over_nulls_and_refuses_what_is_no_output_and_input_of_nodes)
 {
     CNodeGraph graph(nullptr);
     graph.add_node(nullptr);
@@ -309,6 +309,11 @@ TEST(CNodeGraph, passes_over_nulls_and_refuses_what_stands_on_no_node)
     EXPECT_EQ(graph.make_connection(&stray, in(line), true), nullptr);
     EXPECT_EQ(graph.make_connection(out(line), &stray, true), nullptr);
     EXPECT_FALSE(graph.inq_can_connect_acyclic(&stray, in(line)));
+    auto* reader = add<SampleLine>(graph);
+    EXPECT_EQ(graph.make_connection(in(line), out(reader), true), nullptr);
+    EXPECT_FALSE(graph.inq_can_connect_acyclic(in(line), in(reader)));
+    EXPECT_FALSE(graph.inq_can_connect_data_types(out(line), out(reader)));
+    delete graph.remove_node(reader);
     EXPECT_EQ(graph.remove_node(nullptr), nullptr);
     EXPECT_EQ(graph.find_node(0), nullptr);
     EXPECT_FALSE(graph.is_connected_to_root(nullptr));
@@ -339,6 +344,58 @@ TEST(CNodeGraph, bears_loops_half_connections_and_a_strange_root)
     graph.delete_connection(loop, true);
     EXPECT_EQ(anything->inq_types()->size(), 1);
     graph.set_root_node(nullptr);
+}
+
+TEST(CNodeGraph, deletes_once_what_stands_twice_on_its_lists_and_passes_over_nulls)
+{
+    const Captured captured;
+    {
+        CNodeGraph graph(nullptr);
+        auto* source = add<SampleSource>(graph);
+        auto* line = add<SampleLine>(graph);
+        CNodeConnection* twice = join(source, line);
+        out(source)->add_connection(twice, 0);
+        in(line)->add_connection(twice, 0);
+        in(line)->add_connection(nullptr, 0);
+        out(line)->add_connection(nullptr, 0);
+        graph.set_type_checker_enabled();
+        graph.update_input_connections(source);
+    }
+    EXPECT_NE(captured.inq_errors().find("(repeated value)"), std::string::npos);
+}
+
+TEST(CNodeGraph, forgets_nodes_that_were_deleted)
+{
+    CNodeGraph graph(nullptr);
+    auto* root = add<SampleLine>(graph);
+    auto* folded = add<SampleLine>(graph);
+    graph.add_node(folded);
+    EXPECT_EQ(graph.inq_nodes_list()->count(), 2);
+    folded->add_to_group(root);
+    graph.set_root_node(root);
+    EXPECT_EQ(graph.remove_node(root), root);
+    EXPECT_EQ(graph.inq_root_node(), nullptr);
+    graph.add_node(root); // as an undo does
+    EXPECT_EQ(graph.inq_root_node(), root);
+    delete graph.remove_node(root);
+    const auto read = stored_and_read(graph);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(static_cast<CNode*>(read->inq_nodes_list()->at_index(0))->inq_group(), nullptr);
+}
+
+TEST(CNodeGraph, flags_no_node_for_those_of_other_graphs)
+{
+    const std::unique_ptr<SampleLine> stranger(new_node<SampleLine>());
+    CNodeGraph graph(nullptr);
+    auto* source = add<SampleSource>(graph);
+    auto* line = add<SampleLine>(graph);
+    stranger->set_inchoate_flag(true);
+    join(source, stranger.get());
+    CNodeConnection* made = graph.make_connection(out(source), in(line), false);
+    EXPECT_TRUE(source->inq_inchoate_flag());
+    graph.delete_connection(made, false);
+    graph.make_connection(out(line), in(add<SampleAnything>(graph)), false);
+    EXPECT_FALSE(source->inq_inchoate_flag());
 }
 
 TEST(CNodeGraph, gives_up_on_a_list_that_does_not_end)

@@ -42,6 +42,14 @@ void put_nulls(OldRecord& r, int n)
     for (; n > 0; --n)
         r.insert_with_class_hdr(nullptr);
 }
+
+/// A group that gives an answer of its own: what another node says, or nothing.
+class StandIn : public SampleLine {
+public:
+    CNode* inq_effective_node() override { return asked ? asked->inq_effective_node() : nullptr; }
+
+    CNode* asked = nullptr;
+};
 } // namespace
 
 TEST(CNode, has_a_label_of_its_own_also_as_a_copy)
@@ -143,6 +151,11 @@ TEST(CNode, keeps_its_place_relative_to_its_group_while_folded)
     node->set_is_hidden(true);
     EXPECT_EQ(node->inq_effective_node(), node.get()); // groups that hold one another
     EXPECT_EQ(group->inq_effective_node(), group.get());
+    StandIn stand_in;
+    group->add_to_group(&stand_in);
+    EXPECT_EQ(node->inq_effective_node(), nullptr);
+    stand_in.asked = node.get();
+    EXPECT_EQ(group->inq_effective_node(), node.get());
 }
 
 TEST(CNode, names_its_sources_from_the_last_input_on)

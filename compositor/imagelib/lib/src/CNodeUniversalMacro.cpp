@@ -34,7 +34,7 @@ void CNodeUniversalMacro::storer(KIVOStream& stream)
     DWNode::storer(stream);
     const KIVLinkedList all(constituent_nodes);
     for (const CNode* node : all.of<CNode>())
-        if (node->inq_graph() != inq_graph())
+        if (!is_stored_with(node))
             constituent_nodes.remove(node);
     RecordWriter r(stream);
     record(r);
