@@ -1,13 +1,12 @@
+#include "imagelib/bench/Pictures.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapImage.h"
 #include "imagelib/src/reduce.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <pixman.h>
 
@@ -15,13 +14,16 @@
 // choose the placement and the picture.
 
 namespace {
-constexpr int SOURCE_WIDTH = 2048;
-constexpr int SOURCE_HEIGHT = 1556;
 constexpr int FRAME_WIDTH = 1920;
 constexpr int FRAME_HEIGHT = 1080;
 
 enum Placing { TURNED, SCALED, MOVED, SHRUNK, LEVEL_50, LEVEL_60, LEVEL_70, LEVEL_80, LEVEL_90 };
-enum Picture { HALF_TRANSPARENT, CEL, OPAQUE };
+using bench::CEL;
+using bench::HALF_TRANSPARENT;
+using bench::make_picture;
+using bench::OPAQUE;
+using bench::SOURCE_HEIGHT;
+using bench::SOURCE_WIDTH;
 
 struct Placement {
     double scale;
@@ -50,37 +52,11 @@ Placement inq_placement(int placing)
     }
 }
 
-/// A cel is painted inside a circle that covers a third of it, with a soft edge.
-double cover_at(int picture, int x, int y)
-{
-    if (picture != CEL)
-        return picture == OPAQUE ? 1.0 : 0.5;
-    const double radius = std::sqrt(SOURCE_WIDTH * SOURCE_HEIGHT / 3.0 / 3.14159);
-    const double away = std::hypot(x - SOURCE_WIDTH / 2, y - SOURCE_HEIGHT / 2);
-    return std::clamp(radius - away, 0.0, 1.0);
-}
-
-template <class Sample> std::unique_ptr<KIVPixmap> make_source(int picture)
-{
-    constexpr double MOST = std::numeric_limits<Sample>::max();
-    auto source = std::make_unique<KIVPixmap>(
-        SOURCE_WIDTH, SOURCE_HEIGHT, sizeof(Sample) == 1 ? PT_RGBA_8 : PT_RGBA_16, nullptr, false);
-    for (int y = 0; y < SOURCE_HEIGHT; ++y) {
-        auto* pixel = reinterpret_cast<Sample*>(source->inq_row(y));
-        for (int x = 0; x < SOURCE_WIDTH; ++x, pixel += 4) {
-            const double cover = cover_at(picture, x, y);
-            for (int c = 0; c < 3; ++c)
-                pixel[c] = static_cast<Sample>(MOST * cover * ((x * (c + 3) + y * 5) % 256) / 256);
-            pixel[3] = static_cast<Sample>(MOST * cover);
-        }
-    }
-    return source;
-}
-
 template <class Sample> void draw_with_imagelib(benchmark::State& state, bool filtered)
 {
     const Placement p = inq_placement(static_cast<int>(state.range(0)));
-    const auto source = make_source<Sample>(static_cast<int>(state.range(1)));
+    const auto source = make_picture<Sample>(static_cast<int>(state.range(1)));
+    source->fix_pixels(); // as a provider's are
     KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, source->inq_type(), nullptr, false);
     frame.clear();
     PixmapImage image(source.get());
@@ -143,7 +119,7 @@ void weigh_all_pixels(pixman_image_t* image, double scale)
 void draw_with_pixman(benchmark::State& state, pixman_filter_t filter)
 {
     const Placement p = inq_placement(static_cast<int>(state.range(0)));
-    const auto source = make_source<std::uint8_t>(static_cast<int>(state.range(1)));
+    const auto source = make_picture<std::uint8_t>(static_cast<int>(state.range(1)));
     KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, PT_RGBA_8, nullptr, false);
     frame.clear();
     pixman_image_t* image = wrap(*source);
@@ -196,7 +172,7 @@ void all_placements(benchmark::internal::Benchmark* bench)
 template <class Sample> void halve(benchmark::State& state)
 {
     const int odd = static_cast<int>(state.range(0));
-    const auto source = make_source<Sample>(OPAQUE);
+    const auto source = make_picture<Sample>(OPAQUE);
     KIVPixmap picture(SOURCE_WIDTH - odd, SOURCE_HEIGHT - odd, source->inq_type(), nullptr, false);
     picture.copy(source.get(), IntVector2(0, 0));
     for (auto _ : state)
