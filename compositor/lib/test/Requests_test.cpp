@@ -89,7 +89,7 @@ public:
         CData* input = inq_n_inputs() > 0 ? inq_inputs(0)->inq_data() : nullptr;
         if (input && inq_label() % 3 == 0)
             ask_again(input, abort);
-        if (inq_label() % 7 == 0 && inq_n_inputs() > 0)
+        if (inq_label() % 2 == 0 && inq_n_inputs() > 0)
             turn(*inq_inputs(0));
         if (kind == 'b' && inq_label() % 11 == 0 && inq_n_inputs() > 0)
             ask_by_hand(inq_inputs(0)->inq_node_op(0));
