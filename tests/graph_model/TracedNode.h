@@ -56,6 +56,10 @@ public:
     {
         facts_of(to)->generated = facts.generated;
     }
+    bool inq_request_equals(const CData* other) const override
+    {
+        return facts.request == static_cast<const TracedData*>(other)->facts.request;
+    }
     void clear_immediate_data() override { facts.immediate = 0; }
     void clear_generated_data() override { facts.generated = 0; }
 

@@ -239,10 +239,17 @@ TEST(LayerStacks, leave_the_files_of_hidden_layers_closed)
     Stack stack;
     auto* moved = stack.put(new CNodeEWTranslate, stack.put(new CNodeRostrum, stack.output));
     CNodeScreen* card = stack.put_card(moved, green);
+    auto* group = stack.put(new CNodeRostrum, stack.output);
+    auto* inner_group = stack.put(new CNodeRostrum, group);
     for (std::size_t i = 0; i < N_LAYERS; ++i) {
-        CNode* const consumers[] = {stack.output, moved, stack.put(new CNodeScale, stack.output),
+        CNode* const consumers[] = {stack.output,
+                                    moved,
+                                    group,
+                                    inner_group,
+                                    stack.put(new CNodeScale, stack.output),
                                     stack.put(new Wall, stack.output)};
-        stack.put_picture(consumers[i % 4], cels.path("cel" + std::to_string(i) + ".tif"));
+        stack.put_picture(consumers[i % std::size(consumers)],
+                          cels.path("cel" + std::to_string(i) + ".tif"));
     }
     const TempFolder saved;
     ASSERT_TRUE(stack.scene->save_to_file(saved.path(), true, true, false));

@@ -48,7 +48,8 @@ public:
     virtual void reset_data();
 
     /// Whether an op would give the same answer to the request of `other`, which has the datum's
-    /// type. Data that can't tell equal nothing, not even themselves.
+    /// type. Data that can't tell equal nothing, not even themselves. A class that adds to the
+    /// request of its base has to override it.
     virtual bool inq_request_equals(const CData* other) const;
 
     bool inq_cache_enabled() const { return cache_enabled; }

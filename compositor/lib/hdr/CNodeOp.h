@@ -124,6 +124,7 @@ protected:
     void promise_cover();
 
 private:
+    friend class CNodeOpArray;
     friend class GraphExec;
     struct Asked;
 
@@ -133,10 +134,13 @@ private:
     int inq_n_passed_inputs() const;
     CData* inq_input_data(int i) const;
     void hand_request_on();
+    void take_request();
+    void answer(AbortPanel* abort);
     void note_request();
     bool take_earlier_answer();
     void note_answer();
     void forget_request();
+    void forget_answers();
     unsigned long inq_direct_phase() const;
     bool inq_composites_directly();
     bool inq_knows_all_direct(unsigned long phase) const;

@@ -10,7 +10,6 @@ class AbortPanel;
 class CData;
 class CNodeOp;
 class CNodeOpArraySet;
-class GraphExec;
 
 /// The ops that feed one input channel, one for each connection, in compositing order. With more
 /// than one, their data are merged in data of the array's own.
@@ -63,7 +62,6 @@ private:
     bool inq_is_permutation(const IntArray& places) const;
     bool inq_is_order(const IntArray& places) const;
     void undo_order();
-    GraphExec* find_graph() const;
 
     int n_nodes;
     Ops nodes;                         // not owned

@@ -78,13 +78,14 @@ public:
     void set_needs_reorder(bool needs) { needs_reorder = needs; }
 
 private:
+    GraphExec(CNode* root, int channel);
+
     bool inq_reports_status() const { return reporters && !is_interactive; }
     void reset_data(CNodeOp& op);
     void bring_immediate_data(AbortPanel* panel);
     void bring_generated_data(AbortPanel* panel);
     void reorder_graph();
-    static void ask(CNodeOp& op, AbortPanel* panel);
-    void rec_do_request(CNodeOp* op, AbortPanel* panel);
+    void rec_do_request(CNodeOp* op);
     void rec_do_immediate(CNodeOp* op, AbortPanel* panel);
 
     ObjectBlocks blocks; // where the ops and what is theirs lie

@@ -195,6 +195,8 @@ void CNodeOp::do_setup_data(bool is_quiescent)
     hand_request_on();
     quiescent = q;
     awaits_answer = true;
+    if (asked)
+        asked->run = 0;
 }
 
 // Requests come to the upper layers first. A node that only hands its one input on covers with it.
@@ -241,14 +243,28 @@ void CNodeOp::hand_request_on()
         inputs->update_request_data();
 }
 
+// What an op is asked by hand, what feeds it need not be asked: its answer is not kept.
 void CNodeOp::do_request_data(AbortPanel*)
 {
+    take_request();
+    forget_request();
+}
+
+void CNodeOp::do_immediate_data(AbortPanel* abort)
+{
+    forget_request();
+    answer(abort);
+}
+
+void CNodeOp::take_request()
+{
+    note_request();
     if (convertor)
         convertor->convert_request(node_data.get(), converted_data.get());
     hand_request_on();
 }
 
-void CNodeOp::do_immediate_data(AbortPanel* abort)
+void CNodeOp::answer(AbortPanel* abort)
 {
     is_answering = true;
     auto_union_immediate_data(abort);
@@ -259,13 +275,14 @@ void CNodeOp::do_immediate_data(AbortPanel* abort)
     if (convertor)
         convertor->convert_immediate(node_data.get(), converted_data.get());
     is_answering = false;
-    awaits_answer = false;
     note_answer();
 }
 
 void CNodeOp::note_request()
 {
     awaits_answer = true;
+    if (asked)
+        asked->run = 0;
     CData* output = inq_output_data();
     if (!graph || !output || !output->inq_request_equals(output))
         return;
@@ -279,20 +296,30 @@ void CNodeOp::note_request()
     asked->request->copy_request_data_from(output);
 }
 
+/// An answer that was not asked for leaves no request that it answers.
 void CNodeOp::note_answer()
 {
-    if (asked && asked->run == graph->inq_run())
-        inq_output_data()->copy_immediate_data_to(asked->answer.get());
+    const bool was_asked = std::exchange(awaits_answer, false);
+    if (!asked)
+        return;
+    if (!was_asked)
+        asked->run = 0;
+    if (asked->run != graph->inq_run())
+        return;
+    CData* output = inq_output_data();
+    asked->answer->copy_request_data_from(output);
+    output->copy_immediate_data_to(asked->answer.get());
 }
 
 /// Whether the op has answered the request that its consumer has just handed it. The request took
-/// the answer's place: the answer stands there again.
+/// the answer's place: the answer stands there again, with what the op made of the request.
 bool CNodeOp::take_earlier_answer()
 {
     CData* output = inq_output_data();
     const bool is_answered = asked && asked->run == graph->inq_run() && !awaits_answer;
     if (!is_answered || !output->inq_request_equals(asked->request.get()))
         return false;
+    output->copy_request_data_from(asked->answer.get());
     asked->answer->copy_immediate_data_to(output);
     return true;
 }
@@ -302,6 +329,14 @@ bool CNodeOp::take_earlier_answer()
 void CNodeOp::forget_request()
 {
     for (CNodeOp* op = this; op && !op->is_answering; op = op->inq_consumer())
+        if (op->asked)
+            op->asked->run = 0;
+}
+
+/// The op would not answer the same again, nor would its consumers.
+void CNodeOp::forget_answers()
+{
+    for (CNodeOp* op = this; op; op = op->inq_consumer())
         if (op->asked)
             op->asked->run = 0;
 }

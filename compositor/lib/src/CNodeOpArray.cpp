@@ -92,6 +92,7 @@ void CNodeOpArray::reorder(const IntArray* new_order, bool forget)
         report_here() << "Program error.\n";
         return;
     }
+    const Ops before = nodes;
     if (!forget)
         undo_order();
     const Ops old = nodes;
@@ -100,7 +101,12 @@ void CNodeOpArray::reorder(const IntArray* new_order, bool forget)
         order[i] = new_order->inq_element(static_cast<int>(i));
         nodes[i] = old[static_cast<std::size_t>(order[i])];
     }
-    if (GraphExec* graph = find_graph())
+    CNodeOp* consumer = parent ? parent->inq_node() : nullptr;
+    if (!consumer)
+        return;
+    if (nodes != before)
+        consumer->forget_answers();
+    if (GraphExec* graph = consumer->inq_graph())
         graph->set_needs_reorder(true);
 }
 
@@ -133,10 +139,4 @@ bool CNodeOpArray::inq_is_permutation(const IntArray& places) const
         is_taken[static_cast<std::size_t>(place)] = true;
     }
     return true;
-}
-
-GraphExec* CNodeOpArray::find_graph() const
-{
-    const CNodeOp* consumer = parent ? parent->inq_node() : nullptr;
-    return consumer ? consumer->inq_graph() : nullptr;
 }

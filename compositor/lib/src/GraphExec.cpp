@@ -22,8 +22,10 @@ gsl::owner<KIVError*> copy_of(const KIVError& error)
 }
 } // namespace
 
-GraphExec::GraphExec(int requested_type, CNode* root, int channel)
-    : root_node(root), root_channel(channel)
+GraphExec::GraphExec(CNode* root, int channel) : root_node(root), root_channel(channel) {}
+
+// The ops that are finished are let go even if one of a module's can't be made.
+GraphExec::GraphExec(int requested_type, CNode* root, int channel) : GraphExec(root, channel)
 {
     const OpMemory::Use use(blocks);
     OpTreeBuilder builder(*this, ops);
@@ -86,7 +88,7 @@ void GraphExec::bring_immediate_data(AbortPanel* panel)
     for (CNodeOp* op : ops) {
         if (inq_stops(panel))
             return;
-        op->do_immediate_data(panel);
+        op->answer(panel);
     }
 }
 
@@ -127,30 +129,24 @@ void GraphExec::changed_request(int i, CNodeOp* op, AbortPanel* panel)
     op->forget_request();
     for (int k = 0; k < n; ++k)
         if (CNodeOp* input = array->inq_node_op(k); input && !input->take_earlier_answer())
-            rec_do_request(input, panel);
+            rec_do_request(input);
     for (int k = 0; k < n; ++k)
         if (CNodeOp* input = array->inq_node_op(k); input && input->awaits_answer)
             rec_do_immediate(input, panel);
 }
 
-void GraphExec::ask(CNodeOp& op, AbortPanel* panel)
-{
-    op.note_request();
-    op.do_request_data(panel);
-}
-
 /// Ends where an op has answered the same request already: all that feeds it would too.
-void GraphExec::rec_do_request(CNodeOp* op, AbortPanel* panel)
+void GraphExec::rec_do_request(CNodeOp* op)
 {
     const std::size_t base = walk.size();
-    ask(*op, panel);
+    op->take_request();
     walk.push_back({op});
     while (walk.size() > base) {
         CNodeOp* input = walk.back().next_input();
         if (!input) {
             walk.pop_back();
         } else if (!input->take_earlier_answer()) {
-            ask(*input, panel);
+            input->take_request();
             walk.push_back({input});
         }
     }
@@ -166,7 +162,7 @@ void GraphExec::rec_do_immediate(CNodeOp* op, AbortPanel* panel)
         if (!input) {
             CNodeOp* ready = walk.back().op;
             walk.pop_back();
-            ready->do_immediate_data(panel);
+            ready->answer(panel);
         } else if (input->awaits_answer) {
             walk.push_back({input});
         }

@@ -144,9 +144,10 @@ bool OpTreeBuilder::finish(Unfinished& now)
     now.op->set_outputs(now.requested_type, CDataDescriptor::new_data(*now.output_type));
     now.op->set_inputs(now.inputs.release());
     now.op->set_graph(&exec);
+    ops.push_back(now.op.get());
+    CNodeOp* op = now.op.release();
     if (now.parent)
-        now.parent->set_nodeop(now.place, now.op.get());
-    ops.push_back(now.op.release());
+        now.parent->set_nodeop(now.place, op);
     path.pop_back();
     return true;
 }

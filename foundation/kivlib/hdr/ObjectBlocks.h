@@ -5,9 +5,10 @@
 #include <new>
 #include <utility>
 
-/// Memory for the objects that one stream reads, side by side in the order of reading. A block goes
-/// back to the system with the last of its objects, in whatever order and thread they go. The first
-/// objects of a stream, and all where the system has no room for blocks, are ordinary memory.
+/// Memory for the objects that one stream reads or one evaluation makes, side by side in the order
+/// of making. A block goes back to the system with the last of its objects, in whatever order and
+/// thread they go. The first objects, and all where the system has no room for blocks, are ordinary
+/// memory.
 class ObjectBlocks {
 public:
     ObjectBlocks() = default;
@@ -25,7 +26,7 @@ public:
         return std::exchange(free_place, free_place + size);
     }
 
-    /// Takes back what any stream allocated, or any other memory of the process.
+    /// Takes back what any blocks gave out, or any other memory of the process.
     static void release(void* memory) noexcept;
 
 private:

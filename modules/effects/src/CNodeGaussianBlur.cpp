@@ -5,6 +5,7 @@
 #include "effects/src/amounts.h"
 #include "effects/src/effect_pixmaps.h"
 #include "effects/src/gaussian_blur.h"
+#include "kivlib/hdr/AbortPanel.h"
 
 namespace {
 constexpr unsigned long RADIUS = 1;
@@ -47,6 +48,8 @@ public:
                                                    picture->inq_type(), nullptr, false);
         const IntVector2 place = find_output_in(*output, *input, inq_process_rect());
         blur_gaussian(*blurred, *picture, place, across, down, abort);
+        if (abort && abort->inq_abort())
+            return;
         output->set_generated_data(blurred.release());
     }
 

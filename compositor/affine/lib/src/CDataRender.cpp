@@ -10,6 +10,17 @@ CDataRender* inq_render_data(const CNodeOpArray& inputs, int i)
 {
     return static_cast<CDataRender*>(inputs.inq_data(i));
 }
+
+/// A request that was taken away from the op reaches each layer of a group that feeds it.
+void hide(CNodeOp& op, AbortPanel* abort)
+{
+    op.changed_request(abort);
+    for (int k = 0; k < op.inq_n_inputs(); ++k) {
+        const CNodeOpArray* layers = op.inq_inputs(k);
+        if (layers && layers->inq_n_nodes() > 1)
+            op.changed_request(k, abort);
+    }
+}
 } // namespace
 
 int CDataRender::inq_samples_per_pixel() const
@@ -91,7 +102,7 @@ void CDataRender::union_immediate_data_from(CNodeOpArray* inputs, AbortPanel* ab
         const int hidden = order->inq_element(i);
         if (CDataRender* datum = inq_render_data(*inputs, hidden)) {
             datum->clear_immediate_data();
-            inputs->inq_node_op(hidden)->changed_request(abort);
+            hide(*inputs->inq_node_op(hidden), abort);
         }
     }
 }

@@ -38,7 +38,13 @@ public:
     /// A datum that drew itself into a shared target keeps its mark; only `reset_data` takes it.
     void clear_generated_data() override;
     void reset_data() override;
+
+    /// Derived data equal nothing until they compare what their own requests hold.
     bool inq_request_equals(const CData* other) const override;
+
+    /// Draws what waits to be drawn on the pixmap. False if the panel stopped it; the pixels are
+    /// then undefined.
+    bool finish_drawing(AbortPanel* abort) const;
 
     /// Gives the pixmap, which may be null, away to the caller. Its origin becomes (0, 0).
     gsl::owner<KIVPixmap*> extract_pixmap();

@@ -63,8 +63,10 @@ protected:
 private:
     void build_effect_data();
     void clear_effect_data() { effect_data.reset(); }
+    void hand_on_request_of(CDataImage& output);
     void copy_effect_data_inputs();
     void init_effect();
+    bool finish_inputs(AbortPanel* abort) const;
     bool inq_is_wanted() const;
 
     /// Null out of range, and where no request has come down yet.

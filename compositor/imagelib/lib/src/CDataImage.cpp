@@ -10,6 +10,7 @@
 #include "kivlib/hdr/Matrix.h"
 
 #include <limits>
+#include <typeinfo>
 
 namespace {
 
@@ -134,7 +135,8 @@ int CDataImage::inq_type() const
 
 bool CDataImage::inq_request_equals(const CData* other) const
 {
-    return inq_is_asked_like(*static_cast<const CDataImage*>(other));
+    return typeid(*this) == typeid(CDataImage) &&
+           inq_is_asked_like(*static_cast<const CDataImage*>(other));
 }
 
 gsl::owner<KIVPixmap*> CDataImage::extract_pixmap()
@@ -142,6 +144,11 @@ gsl::owner<KIVPixmap*> CDataImage::extract_pixmap()
     if (pixmap)
         pixmap->set_origin(Vector2());
     return pixmap.release();
+}
+
+bool CDataImage::finish_drawing(AbortPanel* abort) const
+{
+    return !pixmap || pixmap->finish_drawing(abort);
 }
 
 void CDataImage::set_generated_data(gsl::owner<KIVPixmap*> picture)

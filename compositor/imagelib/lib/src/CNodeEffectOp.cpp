@@ -2,7 +2,6 @@
 
 #include "compositor/imagelib/lib/hdr/CDataImage.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
-#include "compositor/lib/hdr/CNodeOpArraySet.h"
 #include "kivlib/hdr/KIVColour.h"
 
 namespace {
@@ -17,10 +16,10 @@ IntVector2 twice(const IntVector2& v)
     return v + v;
 }
 
-gsl::owner<KIVPixmap*> new_padded(const KIVPixmap& picture, const IntRect& area,
-                                  const IntVector2& offset)
+std::unique_ptr<KIVPixmap> new_padded(const KIVPixmap& picture, const IntRect& area,
+                                      const IntVector2& offset)
 {
-    auto* padded = new KIVPixmap(
+    auto padded = std::make_unique<KIVPixmap>(
         static_cast<int>(area.get_width()), static_cast<int>(area.get_height()),
         picture.inq_samples_per_pixel(), picture.inq_bits_per_sample(), nullptr, false);
     padded->set_colour(KIVColour(0.0, 0.0, 0.0, 0.0));
@@ -140,15 +139,23 @@ IntVector2 CNodeEffectOp::inq_int_effect_radius(int i) const
 void CNodeEffectOp::copy_request_data_to_inputs()
 {
     clear_effect_data();
-    if (!inq_input_image())
+    CDataImage* output = inq_output_image();
+    if (!inq_input_image() || !output)
         return;
     if (!inq_is_wanted()) {
-        inq_nodeop_array_set()->copy_request_data_from(inq_node_data());
+        hand_on_request_of(*output);
         return;
     }
     copy_effect_data_inputs();
     set_effect_request();
     copy_effect_data_inputs();
+}
+
+void CNodeEffectOp::hand_on_request_of(CDataImage& output)
+{
+    for (int i = 0; i < inq_n_inputs(); ++i)
+        if (CDataImage* input = inq_input_image(i))
+            input->copy_request_data_from(&output);
 }
 
 void CNodeEffectOp::copy_effect_data_inputs()
@@ -200,10 +207,21 @@ void CNodeEffectOp::init_effect()
 
 void CNodeEffectOp::generate_data(AbortPanel* abort)
 {
-    if (!inq_input_image())
+    if (!inq_input_image() || !finish_inputs(abort))
         return;
     pad_border();
     generate_effect(abort);
+}
+
+/// Draws what waits in the inputs, as long as it can be stopped. False if it was.
+bool CNodeEffectOp::finish_inputs(AbortPanel* abort) const
+{
+    for (int i = 0; i < inq_n_inputs(); ++i) {
+        const CDataImage* input = inq_input_image(i);
+        if (input && !input->finish_drawing(abort))
+            return false;
+    }
+    return true;
 }
 
 void CNodeEffectOp::pad_border()
@@ -233,6 +251,6 @@ void CNodeEffectOp::pad_border(int i)
         IntRect(offset, area.get_width() - offset.x(), area.get_height() - offset.y()));
     std::unique_ptr<KIVPixmap> picture(input->extract_pixmap());
     if (picture && area != delivered)
-        picture.reset(new_padded(*picture, area, offset));
+        picture = new_padded(*picture, area, offset);
     input->set_generated_data(picture.release());
 }

@@ -5,6 +5,15 @@
 #include <gtest/gtest.h>
 
 // A soft picture has a known value at every point, whatever resamples it.
+TEST(CDataImage, tells_equal_requests_but_not_for_derived_data)
+{
+    const CDataImage plain;
+    const class : public CDataImage {
+    } derived;
+    EXPECT_TRUE(plain.inq_request_equals(&plain));
+    EXPECT_FALSE(derived.inq_request_equals(&derived));
+}
+
 TEST(CDataImage, keeps_pixel_centres_under_any_affine_map)
 {
     constexpr int SIZE = 96;

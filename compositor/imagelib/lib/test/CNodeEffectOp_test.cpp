@@ -3,6 +3,7 @@
 #include "compositor/imagelib/lib/test/Pixels.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/test/SketchGraph.h"
+#include "kivlib/hdr/AbortPanel.h"
 #include "kivlib/hdr/KIVColour.h"
 
 #include <functional>
@@ -128,7 +129,7 @@ protected:
         auto* root = static_cast<CDataImage*>(exec.inq_root_data());
         root->set_request_data(1, true, false, 0, to_view, wanted);
         exec.setup_data();
-        exec.generate_data(nullptr);
+        exec.generate_data(panel);
         is_opaque = root->inq_image_is_opaque();
         return text_of(root->inq_image_ibbox_v());
     }
@@ -137,9 +138,17 @@ protected:
     SketchNode* effect;
     bool is_opaque = false;
     bool is_interactive = false;
+    AbortPanel* panel = nullptr;
 };
 
 const IntBBox FRAME(area(0, 0, 40, 30));
+
+/// Stops the effect once it has begun.
+class Impatient : public AbortPanel {
+public:
+    bool inq_abort() override { return PatchOp::drawn && ++n_asked > 1; }
+    int n_asked = 0;
+};
 
 } // namespace
 
@@ -187,6 +196,34 @@ TEST_F(Effect, does_nothing_without_an_area_or_an_input)
     EXPECT_EQ(run(FRAME), "0 0 10 10");
     EXPECT_EQ(TrialOp::n_asked, 1);
     EXPECT_EQ(TrialOp::n_made, 2);
+}
+
+TEST_F(Effect, may_have_an_output_that_is_no_image)
+{
+    static constexpr int IMAGE = CDataImage::inq_type_s();
+    static constexpr int UNKNOWN = 987;
+    static auto* const descriptor =
+        new CNodeDescriptor("EffectWithoutImage", "CNode", nullptr, -1, nullptr, "", 0, true, 1, 1,
+                            &IMAGE, &UNKNOWN, nullptr);
+    effect = new SketchNode(descriptor, "effect", sketch.new_op);
+    sketch.graph.add_node(effect);
+    add_patch<0, 0, 10, 10>();
+    GraphExec exec(UNKNOWN, effect, 0);
+    exec.setup_data();
+    exec.generate_data(nullptr);
+    EXPECT_EQ(TrialOp::n_asked, 0);
+    EXPECT_EQ(TrialOp::n_made, 1);
+}
+
+TEST_F(Effect, can_be_stopped_while_its_input_is_drawn)
+{
+    add_patch<0, 0, 10, 10>();
+    Impatient impatient;
+    panel = &impatient;
+    PatchOp::drawn = nullptr;
+    run(FRAME);
+    EXPECT_EQ(impatient.n_asked, 2);
+    EXPECT_EQ(TrialOp::n_made, 0);
 }
 
 TEST_F(Effect, sees_its_input_with_a_clear_border)
