@@ -1,4 +1,5 @@
 #include "imagelib/bench/Pictures.h"
+#include "imagelib/bench/TiffFiles.h"
 #include "imagelib/hdr/PixmapImage.h"
 
 #include <QImage>
@@ -33,6 +34,7 @@ public:
                               p.x + width * p.cosine(), top - width * p.sine(), &onto, 0);
     }
     void finish() { benchmark::DoNotOptimize(frame.inq_data()); }
+    void write(const std::string& file) { new_writer("TiffWriter", 1)->write_pixmap(file, &frame); }
     const KIVPixmap& inq_frame() { return frame; }
     static bool can(const Layer&) { return true; }
 
@@ -60,6 +62,7 @@ public:
         painter.drawImage(0, 0, wrap(const_cast<KIVPixmap&>(*layer.source)));
     }
     void finish() { benchmark::DoNotOptimize(image.bits()); }
+    void write(const std::string& file) { write_with_libtiff(file, frame, COMPRESSION_LZW); }
     const KIVPixmap& inq_frame() { return frame; }
 
 private:
@@ -173,29 +176,55 @@ template <class Painter, class Sample, Filter FILTER> void place(benchmark::Stat
         report_fidelity(state, painter, layers, FILTER, state.range(0) == SHRUNK ? 6 : 1);
 }
 
-/// A cleared frame with an opaque background and cels.
+/// An opaque background and cels over it.
+template <class Sample> class Stack {
+public:
+    Stack(int cels, int width)
+    {
+        constexpr int DISTINCT = 12;
+        sources.push_back(make_picture<Sample>(OPAQUE));
+        for (int i = 0; i < std::min(cels, DISTINCT); ++i)
+            sources.push_back(make_picture<Sample>(CEL, i));
+        for (const auto& source : sources)
+            source->fix_pixels();
+        const double fit = width / 1920.0;
+        layers.push_back({sources[0].get(), {fit * 0.95, 0.0, fit * -10.3, fit * -100.7}});
+        for (int i = 0; i < cels; ++i)
+            layers.push_back({sources[static_cast<std::size_t>(1 + i % DISTINCT)].get(),
+                              inq_cel_placing(i, width)});
+    }
+
+    const std::vector<Layer>& inq_layers() const { return layers; }
+
+private:
+    std::vector<std::unique_ptr<KIVPixmap>> sources;
+    std::vector<Layer> layers;
+};
+
 template <class Painter, class Sample, Filter FILTER> void frame(benchmark::State& state)
 {
     const int n = static_cast<int>(state.range(0));
     const int width = static_cast<int>(state.range(1));
-    const int height = width == 1920 ? 1080 : 3112;
-    constexpr int DISTINCT = 12;
-    std::vector<std::unique_ptr<KIVPixmap>> sources;
-    sources.push_back(make_picture<Sample>(OPAQUE));
-    for (int i = 0; i < std::min(n, DISTINCT); ++i)
-        sources.push_back(make_picture<Sample>(CEL, i));
-    for (const auto& source : sources)
-        source->fix_pixels();
-    const double fit = width / 1920.0;
-    std::vector<Layer> layers = {{sources[0].get(), {fit * 0.95, 0.0, fit * -10.3, fit * -100.7}}};
-    for (int i = 0; i < n; ++i)
-        layers.push_back(
-            {sources[static_cast<std::size_t>(1 + i % DISTINCT)].get(), inq_cel_placing(i, width)});
-    Painter painter(width, height);
+    const Stack<Sample> stack(n, width);
+    Painter painter(width, width == 1920 ? 1080 : 3112);
     for (auto _ : state)
-        draw_all(painter, layers, FILTER);
-    if (FILTER == FILTERED && width == 1920 && n <= DISTINCT)
-        report_fidelity(state, painter, layers, FILTER, 1);
+        draw_all(painter, stack.inq_layers(), FILTER);
+    if (FILTER == FILTERED && width == 1920 && n <= 12)
+        report_fidelity(state, painter, stack.inq_layers(), FILTER, 1);
+}
+
+/// A frame of 12 cels and its compressed file.
+template <class Painter> void frame_and_file(benchmark::State& state)
+{
+    const Stack<std::uint8_t> stack(12, 1920);
+    Painter painter(1920, 1080);
+    const std::string file = inq_file("frame.bench") + ".tif";
+    for (auto _ : state) {
+        draw_all(painter, stack.inq_layers(), FILTERED);
+        painter.write(file);
+    }
+    state.counters["megabytes"] = static_cast<double>(std::filesystem::file_size(file)) / 1e6;
+    std::filesystem::remove(file);
 }
 
 void placements(benchmark::internal::Benchmark* bench)
@@ -227,3 +256,5 @@ BENCHMARK(frame<Ours<Byte>, Byte, FILTERED>)->Apply(frames);
 BENCHMARK(frame<QtRaster<Byte>, Byte, FILTERED>)->Apply(frames);
 BENCHMARK(frame<Ours<Word>, Word, FILTERED>)->Apply(frames);
 BENCHMARK(frame<QtRaster<Word>, Word, FILTERED>)->Apply(frames);
+BENCHMARK(frame_and_file<Ours<Byte>>)->Unit(benchmark::kMillisecond);
+BENCHMARK(frame_and_file<QtRaster<Byte>>)->Unit(benchmark::kMillisecond);

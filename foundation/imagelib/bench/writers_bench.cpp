@@ -1,22 +1,17 @@
-#include "imagelib/hdr/KIVPixmap.h"
-#include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/bench/TiffFiles.h"
 #include "imagelib/hdr/TiffCompression.h"
-#include "kivlib/hdr/ClassManager.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <tiffio.h>
 
 // One frame of 1920 by 1080 as a file, by this library's writers and by libtiff. `kind` 0 is a
 // frame of flat shapes with soft edges over nothing, 1 the same over a painted background.
 
 namespace {
+using bench::inq_file;
+using bench::new_writer;
+
 constexpr int WIDTH = 1920;
 constexpr int HEIGHT = 1080;
 
@@ -78,16 +73,6 @@ const KIVPixmap& inq_frame(std::int64_t kind)
     return *frame;
 }
 
-/// In memory where there is a folder for that, so that no disc is measured.
-std::string inq_file(const char* name)
-{
-    const std::filesystem::path memory = "/dev/shm";
-    const bool is_there = std::filesystem::is_directory(memory);
-    return ((is_there ? memory : std::filesystem::temp_directory_path()) /
-            (name + std::to_string(std::rand())))
-        .string();
-}
-
 void note_and_remove(benchmark::State& state, const std::string& file)
 {
     state.counters["megabytes"] = static_cast<double>(std::filesystem::file_size(file)) / 1e6;
@@ -97,16 +82,13 @@ void note_and_remove(benchmark::State& state, const std::string& file)
 void write_with_imagelib(benchmark::State& state, const char* writer_class, int variant,
                          int bits = 8)
 {
-    const auto* descriptor = static_cast<const KIVPixmapWriterDescriptor*>(
-        ClassManager::inq_main()->find_cd_for(writer_class));
     const KIVPixmap& frame = inq_frame(state.range(0));
     KIVPixmap copy(WIDTH, HEIGHT, PT_RGBA_8, nullptr, false);
     copy.copy(&frame, IntVector2(0, 0));
     copy.convert(4, bits);
     const std::string file = inq_file("frame.bench");
     for (auto _ : state) {
-        const std::unique_ptr<KIVPixmapWriter> writer(descriptor->new_writer(variant));
-        if (!writer->write_pixmap(file, &copy))
+        if (!new_writer(writer_class, variant)->write_pixmap(file, &copy))
             state.SkipWithError("not written");
     }
     note_and_remove(state, file + (file.find(".bench") == std::string::npos ? ".tif" : ""));
@@ -116,29 +98,8 @@ void write_with_libtiff(benchmark::State& state, int scheme)
 {
     const KIVPixmap& frame = inq_frame(state.range(0));
     const std::string file = inq_file("peer.bench");
-    const auto row_bytes = static_cast<std::size_t>(WIDTH) * 4;
-    for (auto _ : state) {
-        TIFF* tiff = TIFFOpen(file.c_str(), "w");
-        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, WIDTH);
-        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, HEIGHT);
-        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 4);
-        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-        TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 64);
-        TIFFSetField(tiff, TIFFTAG_COMPRESSION, scheme);
-        if (scheme != COMPRESSION_NONE)
-            TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-        if (scheme == COMPRESSION_ADOBE_DEFLATE)
-            TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, 1);
-        for (int y = 0; y < HEIGHT; y += 64) {
-            const int rows = std::min(64, HEIGHT - y);
-            TIFFWriteEncodedStrip(tiff, static_cast<std::uint32_t>(y / 64),
-                                  const_cast<unsigned char*>(frame.inq_row(y)),
-                                  static_cast<tmsize_t>(row_bytes) * rows);
-        }
-        TIFFClose(tiff);
-    }
+    for (auto _ : state)
+        bench::write_with_libtiff(file, frame, scheme);
     note_and_remove(state, file);
 }
 

@@ -1,5 +1,6 @@
 #include "imagelib/hdr/KIVPixmap.h"
 
+#include "imagelib/src/AlignedMemory.h"
 #include "imagelib/src/BlockMap.h"
 #include "imagelib/src/DrawList.h"
 #include "imagelib/src/PixmapDrawing.h"
@@ -9,11 +10,7 @@
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVRectangle.h"
 
-#include <new>
-
 namespace {
-constexpr std::size_t ALIGNMENT = 64;
-
 /// Places in a pixmap are worked out in 32 bits.
 constexpr std::size_t MOST_BYTES = std::numeric_limits<std::int32_t>::max();
 
@@ -26,7 +23,7 @@ double units_per_pixel(double dpi)
 
 std::size_t round_up_to_alignment(std::size_t bytes)
 {
-    return (bytes + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
+    return (bytes + PIXEL_ALIGNMENT - 1) / PIXEL_ALIGNMENT * PIXEL_ALIGNMENT;
 }
 } // namespace
 
@@ -43,12 +40,10 @@ void KIVPixmap::allocate(int wanted_width, int wanted_height)
     const auto rows = static_cast<std::size_t>(wanted_height);
     if (row > MOST_BYTES / rows)
         return;
-    void* memory = ::operator new (row* rows, std::align_val_t{ALIGNMENT}, std::nothrow);
+    void* memory = new_aligned(row * rows, std::nothrow);
     if (!memory)
         return;
-    pixels.reset(static_cast<unsigned char*>(memory), [](unsigned char* given) {
-        ::operator delete (given, std::align_val_t{ALIGNMENT});
-    });
+    pixels.reset(static_cast<unsigned char*>(memory), delete_aligned);
     width = wanted_width;
     height = wanted_height;
     row_bytes = row;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "imagelib/src/AlignedMemory.h"
 #include "imagelib/src/Tile.h"
 #include "imagelib/src/kernels.h"
 
@@ -9,15 +10,16 @@
 #include <vector>
 
 /// Room for a strip of pixels on their way to a tile.
-template <class Sample> struct Strips {
+template <class Sample> struct Strips : InAlignedMemory {
     static constexpr int MOST_MIXED = 2 * TILE_WIDTH + 64; // pixels of rows mixed for a strip
     static constexpr int SAMPLES = 4;
 
     Strips() { std::fill(std::begin(mixed), std::end(mixed), Mixed<Sample>{}); }
 
-    alignas(64) Mixed<Sample> mixed[4 * MOST_MIXED]; // taps without a share may look beyond
-    alignas(64) Sample strip[4 * TILE_WIDTH];
-    alignas(64) Sample samples_of[SAMPLES][4 * TILE_WIDTH];
+    /// Taps without a share may look beyond what is mixed.
+    alignas(PIXEL_ALIGNMENT) Mixed<Sample> mixed[4 * MOST_MIXED];
+    alignas(PIXEL_ALIGNMENT) Sample strip[4 * TILE_WIDTH];
+    alignas(PIXEL_ALIGNMENT) Sample samples_of[SAMPLES][4 * TILE_WIDTH];
 };
 
 /// What one playing of layers works in; all of them share it.
@@ -36,7 +38,7 @@ public:
     void give_back_canvas() { --canvases_in_use; }
 
 private:
-    struct alignas(64) TileOfPixels {
+    struct alignas(PIXEL_ALIGNMENT) TileOfPixels : InAlignedMemory {
         unsigned char bytes[TILE_WIDTH * TILE_HEIGHT * 8];
     };
 
