@@ -75,7 +75,8 @@ int list_references(const Options& options)
     coutp = cerrp; // what loading says is not part of the list
     const std::unique_ptr<KIVScene> scene(KIVScene::load_from_file(words.back(), nullptr, false));
     if (!scene) {
-        std::cout << "Failed to load scene '" << words.back() << "'.\n";
+        (options.json ? std::cerr : std::cout)
+            << "Failed to load scene '" << words.back() << "'.\n";
         return CommandOutput::NO_SCENE;
     }
     const std::vector<Reference> references = list_files(*scene, direct_only);

@@ -4,7 +4,6 @@
 #include "frontend/CMontaray/RunReport.h"
 #include "frontend/CMontaray/exit_codes.h"
 #include "frontend/CMontaray/list_references.h"
-#include "imagelib/hdr/BitmapProvider.h"
 #include "kivlib/hdr/montaray_version.h"
 #include "render/hdr/CommandOutput.h"
 
@@ -18,13 +17,12 @@ int run_alone(CommandOutput& output, const Options& options, FrameQueue& queue, 
     return output.perform_output(run);
 }
 
-/// Pictures that are kept take as much memory as those of one process.
+/// Each process may keep as many pictures as one alone: the limit also chooses the copy of a large
+/// picture that is shown, and that must not depend on the number of processes.
 int run_together(const CommandOutput& output, const Options& options, FrameQueue& queue,
                  RunReport& report)
 {
-    const std::size_t cache = BitmapProvider::inq_cache_limit();
     const JobWork work = [&](int job, const std::vector<int>& first_places, RunListener& listener) {
-        BitmapProvider::set_cache_limit(cache / static_cast<std::size_t>(options.jobs));
         CommandOutput their_output = output;
         RenderRun run(options, queue, job, first_places, listener);
         return their_output.perform_output(run);

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,7 +101,11 @@ bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
     if (!pixmap || !pixmap->inq_data())
         return false;
     FileContents contents;
-    error = encode(*pixmap, *contents);
+    try {
+        error = encode(*pixmap, *contents);
+    } catch (const std::bad_alloc&) {
+        error = WRITE_NO_MEMORY;
+    }
     if (error == WRITE_OKAY && (*contents).has_failed())
         error = WRITE_NO_MEMORY;
     if (error == WRITE_OKAY)

@@ -3,13 +3,14 @@
 #include <cstddef>
 #include <memory>
 
-/// Compresses blocks of bytes, each to a whole zlib stream, as fast as the processor can and with
-/// no more effort than pays.
+/// Compresses blocks of bytes, each to a whole zlib stream, with no more effort than pays. The same
+/// block comes out the same each time, but for the fastest way: there a few bytes now and then
+/// differ, of a stream that means the same.
 class ZlibPacker {
 public:
-    enum Way { FASTEST, WITHOUT_VECTORS };
+    enum Way { FASTEST, REPEATABLE };
 
-    explicit ZlibPacker(Way way = FASTEST);
+    explicit ZlibPacker(Way way = REPEATABLE);
     ZlibPacker(const ZlibPacker&) = delete;
     ZlibPacker& operator=(const ZlibPacker&) = delete;
     ~ZlibPacker();
@@ -26,6 +27,6 @@ public:
 private:
     struct Vectors;
     struct Plain;
-    std::unique_ptr<Vectors> vectors; // where the processor is made for it
-    std::unique_ptr<Plain> plain;     // elsewhere
+    std::unique_ptr<Vectors> vectors; // for the fastest way, where the processor is made for it
+    std::unique_ptr<Plain> plain;     // else
 };
