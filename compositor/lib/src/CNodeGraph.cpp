@@ -572,9 +572,9 @@ void CNodeGraph::delete_all_connections()
 void CNodeGraph::empty_channel(CNodeChannel& channel, std::unordered_set<const KIVObject*>& gone)
 {
     const KIVObject* previous = nullptr; // gone by the time it is compared
-    const KIVLinkedList& connections = *channel.inq_connections_list();
+    KIVLinkedList& connections = *channel.inq_connections_list();
     for (int round = 0; !connections.inq_is_empty(); ++round) {
-        auto* head = static_cast<CNodeConnection*>(connections.inq_first_link()->value());
+        KIVObject* head = connections.inq_first_link()->value();
         if (round > 0 && head == previous) {
             report_here() << "Program error (repeated value).\n";
             return;
@@ -584,9 +584,9 @@ void CNodeGraph::empty_channel(CNodeChannel& channel, std::unordered_set<const K
             return;
         }
         if (head && gone.insert(head).second)
-            delete_connection_from_destructor(head);
+            delete_connection_from_destructor(static_cast<CNodeConnection*>(head));
         else
-            channel.remove_connection(head);
+            connections.remove(head);
         previous = head;
     }
 }
