@@ -8,6 +8,7 @@
 
 class KIVStringSet;
 class PyramidFile;
+struct PictureInfo;
 
 /// A picture whose file holds it and its smaller copies in tiles. It delivers parts of itself and
 /// reads only the tiles that they need, which stay in memory under the limit of the providers.
@@ -16,9 +17,9 @@ public:
     /// What becomes of pixels once they are read. False without memory.
     using Change = std::function<bool(KIVPixmap& pixels)>;
 
-    /// `bits` per sample of what is given out. `change` may be empty. `note_growth` is called when
-    /// a whole copy has come into memory.
-    TiledMipMap(std::unique_ptr<PyramidFile> file, int bits, Change change,
+    /// `info` is what the head of the file tells, `bits` per sample of what is given out. `change`
+    /// may be empty. `note_growth` is called when a whole copy has come into memory.
+    TiledMipMap(std::unique_ptr<PyramidFile> file, const PictureInfo& info, int bits, Change change,
                 std::function<void()> note_growth);
     ~TiledMipMap() override;
 

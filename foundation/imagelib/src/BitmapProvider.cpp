@@ -8,6 +8,7 @@
 #include "imagelib/hdr/TiledMipMap.h"
 #include "imagelib/src/PixelCache.h"
 #include "imagelib/src/PyramidFile.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/file_operations.h"
 
 #include <sys/stat.h>
@@ -69,7 +70,7 @@ gsl::owner<KIVPixmap*> FileMipMap::load_copy(std::size_t /*level*/, KIVString& e
     if (picture->inq_width() != width || picture->inq_height() != height)
         error = "Can't read image " + path + ": it has changed since it was looked at";
     else if (is_for_output && !inq_colour_manager()->bring_to_output(*picture, info.profile))
-        error = "Can't read image " + path + ": not enough memory";
+        error = "Can't read image " + path + ": " + WANT_OF_MEMORY;
     else
         return picture.release();
     return nullptr;
@@ -124,7 +125,7 @@ TiledMipMap::Change KeptPicture::make_change(const PictureInfo& info) const
 void KeptPicture::refresh(int colours)
 {
     const FileStamp now = inq_stamp(path, colours);
-    if (is_looked_at && now == stamp)
+    if (is_looked_at && now == stamp && !is_want_of_memory(inq_mip()->inq_error_msg()))
         return;
     is_looked_at = true;
     stamp = now;
@@ -136,7 +137,7 @@ void KeptPicture::refresh(int colours)
         return whole.set_unusable(error);
     whole.set_head(info, stamp.colours != 0);
     if (auto file = info.is_tiled ? PyramidFile::open(path, error) : nullptr)
-        tiled = std::make_unique<TiledMipMap>(std::move(file), bits, make_change(info),
+        tiled = std::make_unique<TiledMipMap>(std::move(file), info, bits, make_change(info),
                                               [this] { inq_pixel_cache().note_use(*this); });
     if (!error.is_null())
         whole.set_unusable(error);

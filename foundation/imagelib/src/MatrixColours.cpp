@@ -129,8 +129,9 @@ template <class Sample> void MatrixColours::transform_block(Sample* pixels) cons
         alpha[i] = pixel[3];
         const float scale = pixel[3] == 0 ? 0.0F : static_cast<float>(MOST) / alpha[i];
         for (int c = 0; c < 3; ++c) {
-            const int level = static_cast<int>(static_cast<float>(pixel[c]) * scale + 0.5F);
-            light[c][i] = lights[light_curves[c]][static_cast<std::size_t>(std::min(level, MOST))];
+            // A glow has far more colour than alpha.
+            const float level = std::min(static_cast<float>(pixel[c]) * scale, float{MOST});
+            light[c][i] = lights[light_curves[c]][static_cast<std::size_t>(level + 0.5F)];
         }
     }
     for (int c = 0; c < 3; ++c) {

@@ -125,7 +125,7 @@ bool MipMap::make_level(std::size_t level)
                                         ? load_copy(level, error)
                                         : make_reduced(*levels[level - 1], true, true).release());
     if (!made) {
-        usable = usable && !is_stored; // to read it again would end the same
+        usable = usable && !is_stored; // reading it again would end the same
         return false;
     }
     made->fix_pixels();

@@ -4,6 +4,7 @@
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/orientation.h"
 #include "imagelib/src/samples.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/FileHandle.h"
 #include "kivlib/hdr/PCharArray.h"
@@ -114,7 +115,7 @@ public:
     KIVString explain_failure() const
     {
         const KIVString& reason = reader->inq_error();
-        return explain(reason.is_null() ? KIVString("not enough memory") : reason);
+        return explain(reason.is_null() ? KIVString(WANT_OF_MEMORY) : reason);
     }
 
 private:
@@ -148,7 +149,7 @@ bool PictureFile::open_file()
     if (!file.is_open() || ::fstat(file.inq_descriptor(), &state) != 0)
         return false;
     if (!S_ISREG(state.st_mode)) {
-        errno = EISDIR;
+        errno = S_ISDIR(state.st_mode) ? EISDIR : EINVAL;
         return false;
     }
     size = static_cast<std::size_t>(state.st_size);
@@ -307,7 +308,7 @@ bool with_file(const KIVString& file, Wanted wanted, PictureInfo& info, KIVStrin
             return true;
         error = picture.explain_failure();
     } catch (const std::bad_alloc&) {
-        error = "Can't read image " + file + ": not enough memory";
+        error = "Can't read image " + file + ": " + WANT_OF_MEMORY;
     }
     return false;
 }

@@ -1,5 +1,6 @@
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/orientation.h"
+#include "imagelib/src/want_of_memory.h"
 
 #include <csetjmp>
 #include <png.h>
@@ -68,7 +69,7 @@ bool PngReader::read_head(PictureInfo& info)
     png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, take_error, take_warning);
     head = png ? png_create_info_struct(png) : nullptr;
     if (!head)
-        return fail("not enough memory");
+        return fail(WANT_OF_MEMORY);
     return prepare_head(info) || fail(message);
 }
 

@@ -68,7 +68,6 @@ std::unique_ptr<PyramidFile> PyramidFile::open(const KIVString& path, KIVString&
     std::unique_ptr<PyramidFile> pyramid(new PyramidFile(path));
     if (!pyramid->open_file())
         return nullptr;
-    get_tiff_resolution(pyramid->tiff, pyramid->x_dpi, pyramid->y_dpi);
     pyramid->levels = find_levels(pyramid->tiff);
     if (pyramid->stream->has_ended_early())
         error = "Can't read image " + path + ": the TIFF file ends too early";

@@ -21,8 +21,6 @@ public:
 
     /// The largest first.
     const std::vector<Level>& inq_levels() const { return levels; }
-    double inq_x_dpi() const { return x_dpi; }
-    double inq_y_dpi() const { return y_dpi; }
 
     /// Puts a tile at a place in a pixmap with alpha, where what juts out is cut off. False, with a
     /// text for the user, if it can't be read.
@@ -45,7 +43,5 @@ private:
     TIFF* tiff = nullptr; // null while closed
     std::vector<Level> levels;
     std::size_t current = 0; // level that the open file stands at
-    double x_dpi = 0.0;
-    double y_dpi = 0.0;
     std::vector<unsigned char> block;
 };

@@ -1,9 +1,11 @@
 #include "imagelib/hdr/TiledMipMap.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/PixmapReader.h"
 #include "imagelib/src/PixelCache.h"
 #include "imagelib/src/PyramidFile.h"
 #include "imagelib/src/TileMemory.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/KIVStringList.h"
 
 /// A tile as it is in memory, without what juts out of the picture.
@@ -56,7 +58,7 @@ void TiledMipMap::Tile::put_into(KIVPixmap& region, int x, int y) const
 }
 
 namespace {
-constexpr char NO_MEMORY[] = "Not enough memory for an image";
+const KIVString NO_MEMORY = KIVString("Can't read image: ") + WANT_OF_MEMORY;
 
 /// Pixels of one side of a copy, counted from the left or from the top.
 struct Span {
@@ -103,15 +105,15 @@ struct TiledMipMap::Area {
     }
 };
 
-TiledMipMap::TiledMipMap(std::unique_ptr<PyramidFile> pyramid, int bits, Change change,
-                         std::function<void()> note_growth)
+TiledMipMap::TiledMipMap(std::unique_ptr<PyramidFile> pyramid, const PictureInfo& info, int bits,
+                         Change change, std::function<void()> note_growth)
     : file(std::move(pyramid)), bits(bits), change(std::move(change)),
       tell_growth(std::move(note_growth))
 {
     std::vector<CopySize> sizes;
     for (const PyramidFile::Level& level : file->inq_levels())
         sizes.push_back({level.page.width, level.page.height});
-    set_sizes(sizes, file->inq_x_dpi(), file->inq_y_dpi());
+    set_sizes(sizes, info.x_dpi, info.y_dpi);
 }
 
 TiledMipMap::~TiledMipMap() = default;
@@ -167,7 +169,7 @@ std::unique_ptr<KIVPixmap> TiledMipMap::make_copy(std::size_t level, KIVString& 
     return is_okay ? std::move(copy) : nullptr;
 }
 
-/// The best copy, or the best of which the part takes no more than half of the limit.
+/// The best copy, or the best of which the part takes no more than the limit.
 TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width,
                                          int shown_height) const
 {
@@ -182,7 +184,7 @@ TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width
         const TiffPage& page = levels[level].page;
         area = {level, find_span(across.min, across.max, page.width, shown_width),
                 find_span(1.0 - up.max, 1.0 - up.min, page.height, shown_height)};
-        if (area.inq_bytes(bits) <= inq_pixel_cache().inq_limit() / 2)
+        if (area.inq_bytes(bits) <= inq_pixel_cache().inq_limit())
             break;
     }
     return area;
@@ -234,7 +236,7 @@ bool TiledMipMap::fill(KIVPixmap& region, const Area& area)
             Tile* tile = find_tile(area.level, column, row, error);
             if (!tile) {
                 file->close();
-                set_unusable(error); // to read it again would end the same
+                set_unusable(error); // reading it again would end the same
                 return false;
             }
             tile->put_into(region, column * page.block_width - area.columns.first,

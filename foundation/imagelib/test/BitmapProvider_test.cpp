@@ -9,6 +9,7 @@
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace {
 /// A picture file of one grey.
@@ -197,6 +198,23 @@ TEST(BitmapProvider, reads_a_damaged_file_once_until_it_changes)
     write_grey(folder, "a.pgm", 20, 10, 77);
     EXPECT_TRUE(provider.lock(id)->usable);
     EXPECT_EQ(inq_grey(mip), 77U);
+    provider.unlock(id);
+}
+
+TEST(BitmapProvider, tries_again_where_the_process_lacked_something)
+{
+    const TempFolder folder;
+    BitmapProvider_8 provider;
+    write_grey(folder, "a.pgm", 20, 10, 77);
+    const int id = provider.new_image_id(folder.path("a.pgm"));
+    rlimit files{};
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none{0, files.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_FALSE(provider.lock(id)->usable);
+    ::setrlimit(RLIMIT_NOFILE, &files);
+    provider.unlock(id);
+    EXPECT_EQ(inq_grey(provider.lock(id)), 77U);
     provider.unlock(id);
 }
 

@@ -178,6 +178,21 @@ TEST(CMSBitmapProvider, brings_pictures_to_the_output_profile_once)
     }
 }
 
+TEST(ColourManager, brings_a_glow_as_the_most_that_a_colour_can_be)
+{
+    const TempFolder folder;
+    folder.write("swap.icc", as_text(take_data(make_swapping_profile())));
+    ColourManager manager;
+    manager.set_output_profile_path(folder.path("swap.icc"));
+    KIVPixmap glow(16, 1, PT_RGBA_16, nullptr, false);
+    const std::uint16_t pixel[] = {65535, 40000, 0, 1};
+    for (int x = 0; x < 16; ++x)
+        std::memcpy(glow.inq_row(0) + 8 * x, pixel, sizeof pixel);
+    ASSERT_TRUE(manager.bring_to_output(glow, {}));
+    for (const auto& [sample, value] : {std::pair{0, 1U}, {1, 1U}, {2, 0U}, {3, 1U}})
+        EXPECT_EQ(inq_sample(glow, 9, 0, sample), value) << sample;
+}
+
 TEST(ColourManager, raises_straight_colours_to_the_gamma)
 {
     ColourManager manager;

@@ -25,7 +25,7 @@ Hsb to_hsb(double red, double green, double blue)
     const double high = std::max({red, green, blue});
     const double low = std::min({red, green, blue});
     const double range = high - low;
-    if (range <= 0.0 || high <= 0.0)
+    if (!(range > 0.0 && std::isfinite(range)) || high <= 0.0)
         return {0.0, 0.0, high};
     double sixths = 0.0;
     if (high == red)
@@ -84,7 +84,7 @@ void KIVColour::set_rgb(double r, double g, double b)
 
 void KIVColour::set_hsb(double hue, double saturation, double brightness)
 {
-    const double sixths = (hue - std::floor(hue)) * 6.0;
+    const double sixths = std::isfinite(hue) ? (hue - std::floor(hue)) * 6.0 : 0.0;
     const int sector = static_cast<int>(sixths) % 6;
     const double part = sixths - std::floor(sixths);
     const double low = brightness * (1.0 - saturation);

@@ -12,7 +12,9 @@ KIV_STORED_CLASS(KIVDateAndTime, -1);
 namespace {
 std::tm to_local_time(std::time_t seconds)
 {
+    constexpr std::time_t MOST = std::time_t{1} << 55; // whose year an int holds
     std::tm parts{};
+    seconds = std::clamp(seconds, -MOST, MOST);
     ::localtime_r(&seconds, &parts);
     return parts;
 }

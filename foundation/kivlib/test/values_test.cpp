@@ -103,6 +103,9 @@ TEST(KIVColour, goes_the_short_way_round_the_hues)
     grey.inq_hsb(&hue, &saturation, &brightness);
     EXPECT_NEAR(hue, 0.15F, 1e-6F);
     EXPECT_NEAR(saturation, 0.5F, 1e-6F);
+    KIVColour beyond(1.7e308, -1.7e308, 0.0);
+    beyond.interpolate_hsb_to(target, 0.5F); // whose hue is no number
+    EXPECT_FALSE(std::isnan(beyond.inq_red()));
 }
 
 TEST(UnitHandler, shows_and_reads_its_units)

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-// A soft picture has a known value at every point, whatever resamples it.
 TEST(CDataImage, tells_equal_requests_but_not_for_derived_data)
 {
     const CDataImage plain;
@@ -14,6 +13,7 @@ TEST(CDataImage, tells_equal_requests_but_not_for_derived_data)
     EXPECT_FALSE(derived.inq_request_equals(&derived));
 }
 
+// A soft picture has a known value at every point, whatever resamples it.
 TEST(CDataImage, keeps_pixel_centres_under_any_affine_map)
 {
     constexpr int SIZE = 96;
