@@ -27,8 +27,12 @@ struct BatchTask {
     BatchState state = BatchState::UNKNOWN;
     KIVString host; // where it runs or ran, if it is known
 
-    bool is_alive() const { return state == BatchState::WAITING || state == BatchState::RUNNING; }
+    /// Also in a state of a strange name.
+    bool may_run() const { return state != BatchState::ENDED; }
 };
+
+/// Whether any of them may still run.
+bool is_alive(const std::vector<BatchTask>& tasks);
 
 /// What really queues and runs the jobs. Wherever false is given, `*error` has words for the user.
 class BatchEngine {

@@ -29,11 +29,6 @@ KIVString find_fault(const BatchJob& job)
     return {};
 }
 
-bool is_alive(const std::vector<BatchTask>& tasks)
-{
-    return std::ranges::any_of(tasks, &BatchTask::is_alive);
-}
-
 bool has_all(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
 {
     return std::ranges::includes(tasks, indices, {}, &BatchTask::index);
