@@ -11,8 +11,8 @@ struct BatchJob {
     std::vector<KIVString> arguments; // the program first; a task gets its index as the last
     std::vector<int> tasks;           // their indices, from 0 and ascending
     KIVString folder;                 // absolute: where the tasks work
-    KIVString log; // absolute: where a task's output goes, added to what is there
-                   // at a second try. "{task}" in it becomes the index
+    KIVString log;                    // absolute: where a task's output goes, with "{task}" for its
+                                      // index; a second try adds to what is there
 };
 
 enum class BatchState {
@@ -28,7 +28,7 @@ struct BatchTask {
     KIVString host; // where it runs or ran, if it is known
 
     /// Also in a state of a strange name.
-    bool may_run() const { return state != BatchState::ENDED; }
+    bool is_alive() const { return state != BatchState::ENDED; }
 };
 
 /// Whether any of them may still run.

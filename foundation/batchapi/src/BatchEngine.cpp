@@ -2,5 +2,5 @@
 
 bool is_alive(const std::vector<BatchTask>& tasks)
 {
-    return std::ranges::any_of(tasks, &BatchTask::may_run);
+    return std::ranges::any_of(tasks, &BatchTask::is_alive);
 }

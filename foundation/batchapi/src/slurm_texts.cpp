@@ -74,7 +74,7 @@ bool read_task(std::string_view line, std::vector<BatchTask>* tasks)
     if (!is_state_name(state) || line.find(' ') != std::string_view::npos)
         return false;
     BatchTask task{0, find_state(state), line};
-    if (index == "N/A" && !task.may_run())
+    if (index == "N/A" && !task.is_alive())
         return true; // tasks that were cancelled together before they ran
     if (!read_number(index, &task.index))
         return false;
@@ -85,7 +85,7 @@ bool read_task(std::string_view line, std::vector<BatchTask>* tasks)
 /// By index, and those that may run first.
 bool comes_first(const BatchTask& a, const BatchTask& b)
 {
-    return a.index != b.index ? a.index < b.index : a.may_run() && !b.may_run();
+    return a.index != b.index ? a.index < b.index : a.is_alive() && !b.is_alive();
 }
 } // namespace
 
