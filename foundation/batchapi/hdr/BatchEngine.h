@@ -11,8 +11,8 @@ struct BatchJob {
     std::vector<KIVString> arguments; // the program first; a task gets its index as the last
     std::vector<int> tasks;           // their indices, from 0 and ascending
     KIVString folder;                 // absolute: where the tasks work
-    KIVString log;                    // absolute: where a task's output goes, with "{task}" for its
-                                      // index; a second try adds to what is there
+    KIVString log; // absolute: where a task's output goes. "{task}" in the file's
+                   // name is its index; a second try adds to what is there
 };
 
 enum class BatchState {

@@ -91,10 +91,8 @@ public:
     /// 0 or an error number.
     int set_descriptors(const Stream& output, const Stream& errors)
     {
-        int error = ::posix_spawn_file_actions_addchdir_np(&actions, "/");
-        if (!error)
-            error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null",
-                                                       O_RDONLY, 0);
+        int error =
+            ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         if (!error)
             error =
                 ::posix_spawn_file_actions_adddup2(&actions, output.inq_writer(), STDOUT_FILENO);

@@ -110,8 +110,10 @@ KIVString as_log_pattern(const KIVString& log)
     if (log.str().find('\\') != std::string::npos)
         return {}; // it would turn all signs of the pattern into text, and vanish
     KIVString pattern;
-    for (std::string_view left = log; !left.empty();) {
-        const bool is_task = left.starts_with(TASK);
+    std::string_view left = log;
+    const std::size_t length_of_name = left.size() - (left.find_last_of('/') + 1);
+    while (!left.empty()) {
+        const bool is_task = left.size() <= length_of_name && left.starts_with(TASK);
         pattern += is_task ? "%a" : left.front() == '%' ? "%%" : KIVString(left.substr(0, 1));
         left.remove_prefix(is_task ? TASK.size() : 1);
     }

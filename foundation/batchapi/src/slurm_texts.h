@@ -7,8 +7,8 @@
 /// Indices as few lists such as "1-5,8", none longer than the service takes.
 std::vector<KIVString> list_indices(const std::vector<int>& indices);
 
-/// A path in which "{task}" becomes the index, as the service wants it. Empty if it has no form
-/// for the path.
+/// A path as the service wants it, with the index for "{task}" in the file's name. Empty if it has
+/// no form for the path.
 KIVString as_log_pattern(const KIVString& log);
 
 /// What the query asks for each task.

@@ -138,14 +138,14 @@ TEST(SlurmEngine, hands_the_words_of_a_job_over_and_nothing_of_the_program)
                        {"/usr/bin/printf", "<%s>", "a  b", "$HOME`id`'\"", "--name=x\n"},
                        {0, 1},
                        "/tmp",
-                       "/100%/{task}.log"};
+                       "/100%/{task}/{task}.log"};
     EXPECT_TRUE(cluster.submit(job)) << cluster.error.str();
     ::close(open);
     ::unsetenv("MONTARAY_SECRET");
     EXPECT_EQ(cluster.read("words"), "<a  b><$HOME`id`'\"><--name=x\n><1>");
     EXPECT_EQ(cluster.read("options"), "--parsable\n--job-name=render-1\n--array=0-1\n--requeue\n"
                                        "--dependency=singleton\n--ntasks=1\n--open-mode=append\n"
-                                       "--output=/100%%/%a.log\n--chdir=/tmp\n");
+                                       "--output=/100%%/{task}/%a.log\n--chdir=/tmp\n");
     EXPECT_EQ(cluster.read("env").find("secret"), std::string::npos);
     EXPECT_EQ(cluster.read("open"), "0\n1\n2\n3\n"); // the last is the folder that ls reads
 }
