@@ -30,6 +30,6 @@ public:
     /// been put there in the first place.
     static void hand_over(KIVPixmap& target, KIVPixmap& picture, int x, int y);
 
-    /// Whether a pixmap shows nothing, and no memory has been touched for that.
+    /// Whether a pixmap was cleared, and nobody has drawn on it or looked at it since.
     static bool is_clear(const KIVPixmap& pixmap);
 };
