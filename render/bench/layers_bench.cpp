@@ -80,7 +80,7 @@ void unseen_layers(benchmark::State& state)
 /// Eleven cels over a background, all drawn a while ago.
 class HeldCels {
 public:
-    HeldCels()
+    explicit HeldCels(Stack::Path path = Stack::Path::DIRECT) : stack(path)
     {
         constexpr int CELS = 12;
         for (int i = 0; i < CELS; ++i) {
@@ -105,6 +105,14 @@ public:
 void drawn_frame(benchmark::State& state)
 {
     const HeldCels cels;
+    for (auto _ : state)
+        draw(cels.stack);
+}
+
+/// Every cel makes a picture of its own.
+void merged_frame(benchmark::State& state)
+{
+    const HeldCels cels(Stack::Path::MERGING);
     for (auto _ : state)
         draw(cels.stack);
 }
@@ -134,4 +142,5 @@ BENCHMARK(unseen_layers)
     ->ArgsProduct({{CULLED, EMPTY, OUTSIDE}, {100, 1000}})
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(drawn_frame)->Unit(benchmark::kMicrosecond);
+BENCHMARK(merged_frame)->Unit(benchmark::kMicrosecond);
 BENCHMARK(held_frame)->Unit(benchmark::kMicrosecond);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/imagelib/lib/hdr/CDataImage.h"
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
 #include "compositor/lib/hdr/CNodeOp.h"
 #include "imagelib/hdr/KIVPixmap.h"
@@ -13,10 +14,26 @@
 #include <algorithm>
 #include <cmath>
 
-/// Looks at pixels, so that nothing is drawn through it: what feeds it makes a picture of its own.
+/// Nothing is drawn through it: what feeds it makes a picture of its own.
 class Wall : public CNodeRostrum {
 public:
-    gsl::owner<CNodeOp*> new_nodeop(int) override { return new CNodeOp(this); }
+    gsl::owner<CNodeOp*> new_nodeop(int) override { return new Op(this); }
+
+    static inline unsigned n_pictures = 0; // that walls were handed
+
+private:
+    class Op : public CNodeOp {
+    public:
+        using CNodeOp::CNodeOp;
+        void generate_data(AbortPanel* abort) override
+        {
+            CNodeOp::generate_data(abort);
+            CDataImage* image = CDataImage::from(inq_node_data());
+            KIVPixmap* picture = image->extract_pixmap();
+            n_pictures += picture ? 1 : 0;
+            image->set_generated_data(picture);
+        }
+    };
 };
 
 /// A scene of layers under its output, and the folder of their pictures.

@@ -202,18 +202,18 @@ private:
 };
 } // namespace
 
-// Each merge rounds to whole codes. Where translucent layers of a group lie over others that are
-// translucent, some ten samples in a million come out two apart for that.
+// With MONTARAY_LONG in the environment there are thousands.
 TEST(LayerStacks, look_the_same_drawn_into_one_pixmap_and_merged_from_many)
 {
-    constexpr unsigned N_STACKS = 150;
+    const unsigned n_stacks = std::getenv("MONTARAY_LONG") ? 5'000 : 150;
     const TempFolder cels;
     for (int i = 0; i < N_CELS; ++i)
         write_cel(cels.path(std::to_string(i) + ".tif"), 96 + 37 * i, 80 + 11 * i, i);
     for (const int bits : {8, 16})
         for (const int quality : {0, 1}) {
             Differences n;
-            for (unsigned seed = 0; seed < N_STACKS; ++seed) {
+            Wall::n_pictures = 0;
+            for (unsigned seed = 0; seed < n_stacks; ++seed) {
                 Stack direct(Stack::Path::DIRECT);
                 Stack merging(Stack::Path::MERGING);
                 StackPainter(direct, cels, seed);
@@ -221,10 +221,8 @@ TEST(LayerStacks, look_the_same_drawn_into_one_pixmap_and_merged_from_many)
                 count_differences(*direct.render(WIDTH, HEIGHT, bits, quality),
                                   *merging.render(WIDTH, HEIGHT, bits, quality), n);
             }
-            const int n_samples = static_cast<int>(N_STACKS) * WIDTH * HEIGHT * 4;
-            EXPECT_LE(n.rbegin()->first, 3) << bits << " bits at quality " << quality;
-            EXPECT_LE(n_samples - n[0] - n[1], n_samples / 40'000);
-            EXPECT_GT(n[1], 0) << "the paths are two";
+            EXPECT_LE(n.rbegin()->first, 1) << bits << " bits at quality " << quality;
+            EXPECT_GT(Wall::n_pictures, n_stacks) << "the paths are two";
         }
 }
 

@@ -25,20 +25,12 @@ void convert_blocks(const Canvas& to, const Canvas& from, const Tile& tile, Bloc
 }
 } // namespace
 
-void put_over(unsigned char* target, const unsigned char* source, PixType type, int pixels)
+Canvas Scratch::inq_canvas(const Tile& tile, PixType type)
 {
-    if (type == PT_RGBA_8)
-        return inq_kernels<std::uint8_t>().over(target, source, pixels);
-    inq_kernels<std::uint16_t>().over(reinterpret_cast<std::uint16_t*>(target),
-                                      reinterpret_cast<const std::uint16_t*>(source), pixels);
-}
-
-Canvas Scratch::take_canvas(const Tile& tile, PixType type)
-{
-    if (canvases_in_use == tiles.size())
-        tiles.emplace_back(new TileOfPixels);
+    if (!aside)
+        aside.reset(new TileOfPixels);
     const int bytes = inq_bytes_per_pixel(type);
-    return {tiles[canvases_in_use++]->bytes,
+    return {aside->bytes,
             static_cast<std::size_t>(TILE_WIDTH * bytes),
             type,
             bytes,
@@ -52,7 +44,6 @@ void DrawList::add(std::unique_ptr<Layer> layer)
         pinned_bytes += layer->inq_pinned_bytes();
         all_pinned_bytes += layer->inq_pinned_bytes();
     }
-    depth = std::max(depth, layer->inq_depth() + 1);
     items.push_back({std::move(layer), 0});
 }
 
@@ -61,9 +52,27 @@ bool DrawList::is_full() const
     return items.size() >= MOST_LAYERS || all_pinned_bytes >= BitmapProvider::inq_cache_limit();
 }
 
-DrawList::~DrawList()
+void DrawList::unpin()
 {
     all_pinned_bytes -= pinned_bytes;
+    pinned_bytes = 0;
+    pinned.clear();
+}
+
+DrawList::~DrawList()
+{
+    unpin();
+}
+
+std::vector<std::unique_ptr<Layer>> DrawList::take_layers()
+{
+    std::vector<std::unique_ptr<Layer>> layers;
+    layers.reserve(items.size());
+    for (Item& item : items)
+        layers.push_back(std::move(item.layer));
+    items.clear();
+    unpin();
+    return layers;
 }
 
 Tile DrawList::inq_box() const
@@ -98,10 +107,11 @@ bool DrawList::play(const Canvas& picture, int width, int height, AbortPanel* ab
     return true;
 }
 
-/// From the top, until every block is hidden.
-Layer::Effect DrawList::look_at(const Tile& tile)
+/// From the top, until every block is hidden: which blocks are drawn, and through which of the
+/// tile's, the open ones, one sees what was there before.
+Blocks DrawList::look_at(const Tile& tile, Blocks& open)
 {
-    Layer::Effect all;
+    Blocks drawn = 0;
     open = inq_blocks(tile);
     for (auto item = items.rbegin(); item != items.rend(); ++item) {
         item->chosen = 0;
@@ -109,61 +119,42 @@ Layer::Effect DrawList::look_at(const Tile& tile)
             continue;
         const Layer::Effect effect = item->layer->look_at(tile);
         item->chosen = effect.drawn & open;
-        all.visible |= effect.visible & open;
-        all.opaque |= effect.opaque & open & ~all.holed;
-        all.holed |= effect.holed & open;
+        drawn |= item->chosen;
         open &= ~effect.replaced;
     }
-    return all;
+    return drawn;
 }
 
 /// Layers are drawn with alpha: in a picture without, they are drawn aside.
 void DrawList::play_tile(const Canvas& picture, const Tile& tile, Scratch& scratch)
 {
-    look_at(tile);
-    Blocks drawn = 0;
-    for (const Item& item : items)
-        drawn |= item.chosen;
+    Blocks open = 0;
+    const Blocks drawn = look_at(tile, open);
     if (drawn == 0)
         return;
     if (has_alpha(picture.type))
-        return draw(picture, tile, drawn, scratch);
-    const Canvas aside = scratch.take_canvas(tile, make_pix_type(4, inq_bits(picture.type)));
+        return draw(picture, tile, scratch);
+    const Canvas aside = scratch.inq_canvas(tile, make_pix_type(4, inq_bits(picture.type)));
     convert_blocks(aside, picture, tile, drawn & open);
-    draw(aside, tile, drawn, scratch);
+    draw(aside, tile, scratch);
     convert_blocks(picture, aside, tile, drawn);
-    scratch.give_back_canvas();
 }
 
-const DrawList::Item* DrawList::find_next(std::size_t from, Blocks wanted) const
+const DrawList::Item* DrawList::find_next(std::size_t from) const
 {
     for (; from < items.size(); ++from)
-        if ((items[from].chosen & wanted) != 0)
+        if (items[from].chosen != 0)
             return &items[from];
     return nullptr;
 }
 
-void DrawList::draw(const Canvas& canvas, const Tile& tile, Blocks wanted, Scratch& scratch)
+void DrawList::draw(const Canvas& canvas, const Tile& tile, Scratch& scratch)
 {
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const Blocks chosen = items[i].chosen & wanted;
-        if (chosen == 0)
+        if (items[i].chosen == 0)
             continue;
-        if (const Item* next = find_next(i + 1, wanted))
-            next->layer->prefetch(tile, next->chosen & wanted);
-        items[i].layer->draw(canvas, tile, chosen, scratch);
+        if (const Item* next = find_next(i + 1))
+            next->layer->prefetch(tile, next->chosen);
+        items[i].layer->draw(canvas, tile, items[i].chosen, scratch);
     }
-}
-
-void DrawList::prefetch_first(const Tile& tile, Blocks chosen) const
-{
-    if (const Item* first = find_next(0, chosen))
-        first->layer->prefetch(tile, first->chosen & chosen);
-}
-
-Canvas DrawList::draw_aside(const Tile& tile, PixType type, Blocks chosen, Scratch& scratch)
-{
-    const Canvas aside = scratch.take_canvas(tile, type);
-    draw(aside, tile, chosen, scratch);
-    return aside;
 }

@@ -119,7 +119,11 @@ void KIVPixmap::begin_with(const unsigned char* pixel_with_alpha)
         allocate(width, height);
     if (!pixels)
         return;
-    waiting = std::make_unique<DrawList>(DrawList::Beginning::WITH_A_FILL);
+    const bool is_clear =
+        std::all_of(pixel_with_alpha, pixel_with_alpha + 4 * inq_bits_per_sample() / 8,
+                    [](int byte) { return byte == 0; });
+    waiting = std::make_unique<DrawList>(is_clear ? DrawList::Beginning::CLEAR
+                                                  : DrawList::Beginning::WITH_A_COLOUR);
     waiting->add(
         std::make_unique<Fill>(width, height, pixel_with_alpha, 4 * inq_bits_per_sample() / 8));
 }
@@ -183,25 +187,6 @@ void KIVPixmap::copy(const KIVPixmap* source, const IntVector2& pos)
     }
 }
 
-namespace {
-/// False if the source is not a picture that waits to be drawn.
-bool place_picture(KIVPixmap& target, KIVPixmap& source, const IntVector2& pos, Manner manner)
-{
-    constexpr long FAR = std::numeric_limits<int>::max() / 2;
-    const bool is_near = std::abs(pos.x()) < FAR && std::abs(pos.y()) < FAR;
-    std::unique_ptr<DrawList> picture =
-        is_near ? PixmapDrawing::take_picture(source, target) : nullptr;
-    if (!picture)
-        return false;
-    auto layer = std::make_unique<PictureLayer>(
-        std::move(picture), source.inq_type(), source.inq_width(), source.inq_height(),
-        static_cast<int>(pos.x()), static_cast<int>(pos.y()), manner,
-        PixmapDrawing::inq_area(target));
-    PixmapDrawing::draw(target, std::move(layer), PixmapDrawing::Time::LATER);
-    return true;
-}
-} // namespace
-
 void KIVPixmap::composite(const KIVPixmap* source, const IntVector2& pos)
 {
     composite_unscaled(*this, *source, pos.x(), pos.y(), {false});
@@ -209,15 +194,21 @@ void KIVPixmap::composite(const KIVPixmap* source, const IntVector2& pos)
 
 void KIVPixmap::copy_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos)
 {
+    if (PixmapDrawing::is_clear(*this))
+        return composite_and_delete(source, pos);
     const std::unique_ptr<KIVPixmap> taken(source);
-    if (!place_picture(*this, *taken, pos, Manner::REPLACE))
-        copy(source, pos);
+    copy(source, pos);
 }
 
 void KIVPixmap::composite_and_delete(gsl::owner<KIVPixmap*> source, const IntVector2& pos)
 {
+    constexpr long FAR = std::numeric_limits<int>::max() / 2;
     const std::unique_ptr<KIVPixmap> taken(source);
-    if (!place_picture(*this, *taken, pos, Manner::OVER))
+    if (source->inq_alpha() && source->inq_bits_per_sample() == inq_bits_per_sample() &&
+        std::abs(pos.x()) < FAR && std::abs(pos.y()) < FAR)
+        PixmapDrawing::hand_over(*this, *source, static_cast<int>(pos.x()),
+                                 static_cast<int>(pos.y()));
+    else
         composite(source, pos);
 }
 

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 /// Room for a strip of pixels on their way to a tile.
 template <class Sample> struct Strips : InAlignedMemory {
@@ -33,9 +32,8 @@ public:
         return *strips;
     }
 
-    /// Undefined pixels for a tile that is drawn aside. They are given back in the other order.
-    Canvas take_canvas(const Tile& tile, PixType type);
-    void give_back_canvas() { --canvases_in_use; }
+    /// Undefined pixels for a tile that is drawn aside, one at a time.
+    Canvas inq_canvas(const Tile& tile, PixType type);
 
 private:
     struct alignas(PIXEL_ALIGNMENT) TileOfPixels : InAlignedMemory {
@@ -43,8 +41,7 @@ private:
     };
 
     std::tuple<std::unique_ptr<Strips<std::uint8_t>>, std::unique_ptr<Strips<std::uint16_t>>> both;
-    std::vector<std::unique_ptr<TileOfPixels>> tiles;
-    std::size_t canvases_in_use = 0;
+    std::unique_ptr<TileOfPixels> aside;
 };
 
 /// Something that is drawn over a picture, tile by tile.
@@ -54,9 +51,6 @@ public:
     struct Effect {
         Blocks drawn = 0;    // it has to be drawn there
         Blocks replaced = 0; // nothing of what lies below is seen there any more
-        Blocks visible = 0;  // it leaves something there
-        Blocks opaque = 0;   // it leaves nothing transparent there
-        Blocks holed = 0;    // it may leave something transparent where nothing was
     };
 
     Layer(Interval columns, Interval lines) : columns(columns), lines(lines) {}
@@ -67,12 +61,17 @@ public:
     /// The box outside of which nothing changes.
     const Interval& inq_columns() const { return columns; }
     const Interval& inq_lines() const { return lines; }
+    bool inq_is_empty() const { return columns.size() == 0 || lines.size() == 0; }
     bool is_around(const Tile& part) const { return part.is_inside(columns, lines); }
     bool meets(const Tile& tile) const
     {
         return columns.begin < tile.columns.end && columns.end > tile.columns.begin &&
                lines.begin < tile.lines.end && lines.end > tile.lines.begin;
     }
+
+    /// Goes over another picture with all that its own has, whose top left pixel comes to (x, y)
+    /// there. What comes to lie outside of `area` is cut off.
+    void go_onto(const Tile& area, int x, int y);
 
     /// Comes before the drawing of a tile.
     virtual Effect look_at(const Tile& tile) = 0;
@@ -87,10 +86,9 @@ public:
     virtual const void* inq_pinned() const { return nullptr; }
     virtual std::size_t inq_pinned_bytes() const { return 0; }
 
-    /// How many pictures lie within one another in this layer.
-    virtual std::size_t inq_depth() const { return 0; }
-
 protected:
+    virtual void move(int x, int y) = 0;
+
     Interval columns;
     Interval lines;
 };

@@ -52,12 +52,7 @@ public:
           is_level(std::abs(m.u_y) < LEVEL && std::abs(m.v_x) < LEVEL &&
                    std::abs(m.u_x) < MOST_LEVEL_STEP &&
                    (!takes_four || std::abs(m.v_y) < MOST_LEVEL_STEP)),
-          is_exact((std::abs(m.u_0) + std::abs(m.v_0) +
-                    (std::abs(m.u_x) + std::abs(m.v_x)) * columns.end +
-                    (std::abs(m.u_y) + std::abs(m.v_y)) * lines.end) *
-                       std::numeric_limits<double>::epsilon() <
-                   0.01 * SAFE),
-          share(to_share(options.opacity))
+          is_exact(knows_places()), share(to_share(options.opacity))
     {}
 
     Effect look_at(const Tile& tile) override
@@ -70,10 +65,8 @@ public:
                 return;
             effect.drawn |= bit;
             if (content.is_opaque && is_within(reach) && is_around(block))
-                effect.opaque |= bit;
+                effect.replaced |= bit;
         });
-        effect.visible = effect.drawn;
-        effect.replaced = effect.opaque;
         return effect;
     }
 
@@ -148,6 +141,23 @@ private:
         std::uint32_t fractions[TILE_WIDTH];
         std::vector<Taps<Sample>> taps; // instead, of pixels with four samples
     };
+
+    /// Places are then what they would have been, had it been drawn there in the first place.
+    void move(int x, int y) override
+    {
+        m.u_0 -= m.u_x * x + m.u_y * y;
+        m.v_0 -= m.v_x * x + m.v_y * y;
+        is_exact = knows_places();
+    }
+
+    bool knows_places() const
+    {
+        return (std::abs(m.u_0) + std::abs(m.v_0) +
+                (std::abs(m.u_x) + std::abs(m.v_x)) * columns.end +
+                (std::abs(m.u_y) + std::abs(m.v_y)) * lines.end) *
+                   std::numeric_limits<double>::epsilon() <
+               0.01 * SAFE;
+    }
 
     /// What part of the source the centres of some pixels come to lie in.
     struct Reach {
@@ -524,13 +534,13 @@ private:
                           static_cast<std::uint32_t>(walk.v));
     }
 
-    const Mapping m;
+    Mapping m;
     const DrawOptions options;
     const FixedPixels source;
     const SourcePixels pixels;
     const bool takes_four;
     const bool is_level;
-    const bool is_exact; // places are known well enough to go without looking at the edges
+    bool is_exact; // places are known well enough to go without looking at the edges
     const unsigned share;
     std::vector<LevelStrip> level_strips; // made when they are wanted
     Strips<Sample>* strips = nullptr;     // not owned; of the present drawing

@@ -2,10 +2,7 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/DrawList.h"
-
-namespace {
-constexpr std::size_t MOST_DEPTH = 4; // of pictures within pictures
-}
+#include "imagelib/src/composite.h"
 
 FixedPixels PixmapDrawing::inq_pixels(const KIVPixmap& source)
 {
@@ -45,11 +42,23 @@ void PixmapDrawing::draw(KIVPixmap& target, std::unique_ptr<Layer> layer, Time t
         target.draw_what_waits();
 }
 
-std::unique_ptr<DrawList> PixmapDrawing::take_picture(KIVPixmap& pixmap, const KIVPixmap& target)
+void PixmapDrawing::hand_over(KIVPixmap& target, KIVPixmap& picture, int x, int y)
 {
-    if (!pixmap.waiting || !pixmap.waiting->is_complete() || !pixmap.inq_alpha() ||
-        pixmap.inq_bits_per_sample() != target.inq_bits_per_sample() ||
-        pixmap.waiting->inq_depth() >= MOST_DEPTH)
-        return nullptr;
-    return std::move(pixmap.waiting);
+    const std::unique_ptr<DrawList> list = std::move(picture.waiting);
+    if (!list || !list->is_complete()) {
+        picture.fix_pixels();
+        composite_unscaled(target, picture, x, y, {false});
+    }
+    if (!list)
+        return;
+    for (std::unique_ptr<Layer>& layer : list->take_layers()) {
+        layer->go_onto(inq_area(target), x, y);
+        if (!layer->inq_is_empty())
+            draw(target, std::move(layer), Time::LATER);
+    }
+}
+
+bool PixmapDrawing::is_clear(const KIVPixmap& pixmap)
+{
+    return pixmap.waiting && pixmap.waiting->is_clear();
 }

@@ -25,7 +25,11 @@ public:
     static Tile inq_area(const KIVPixmap& pixmap);
     static void draw(KIVPixmap& target, std::unique_ptr<Layer> layer, Time time);
 
-    /// What waits to be drawn on a pixmap, if that is all that can be seen there and `target` can
-    /// make a layer of it; else null.
-    static std::unique_ptr<DrawList> take_picture(KIVPixmap& pixmap, const KIVPixmap& target);
+    /// Draws a picture of the target's depth with alpha, which nobody else needs, with its top left
+    /// pixel at (x, y). What waits to be drawn on it is drawn on the target instead, as if it had
+    /// been put there in the first place.
+    static void hand_over(KIVPixmap& target, KIVPixmap& picture, int x, int y);
+
+    /// Whether a pixmap was cleared, and nobody has drawn on it or looked at it since.
+    static bool is_clear(const KIVPixmap& pixmap);
 };

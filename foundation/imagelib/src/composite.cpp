@@ -130,6 +130,8 @@ bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left
     }
     if (!image)
         return false;
+    if (made)
+        made->fix_pixels(); // so that its drawing can wait
     if (target.inq_bits_per_sample() == 8)
         paint<std::uint8_t>(target, *image, sides, top_left, options);
     else

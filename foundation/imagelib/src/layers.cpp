@@ -1,17 +1,43 @@
 #include "imagelib/src/layers.h"
 
-#include "imagelib/src/DrawList.h"
 #include "imagelib/src/Painter.h"
+
+namespace {
+constexpr int ALPHA = 3;
+
+/// Premultiplied pixels of a type with alpha.
+void put_over(unsigned char* target, const unsigned char* source, PixType type, int pixels)
+{
+    if (type == PT_RGBA_8)
+        return inq_kernels<std::uint8_t>().over(target, source, pixels);
+    inq_kernels<std::uint16_t>().over(reinterpret_cast<std::uint16_t*>(target),
+                                      reinterpret_cast<const std::uint16_t*>(source), pixels);
+}
+} // namespace
+
+void Layer::go_onto(const Tile& area, int x, int y)
+{
+    columns = {columns.begin + x, columns.end + x};
+    columns.cut(area.columns);
+    lines = {lines.begin + y, lines.end + y};
+    lines.cut(area.lines);
+    move(x, y);
+}
 
 Fill::Fill(int width, int height, const unsigned char* pixel, int bytes_per_pixel)
     : Layer({0, width}, {0, height}), bytes_per_pixel(bytes_per_pixel)
 {
-    const int alpha_bytes = bytes_per_pixel / 4;
     for (int i = 0; i < TILE_WIDTH; ++i)
         std::memcpy(row + i * bytes_per_pixel, pixel, static_cast<std::size_t>(bytes_per_pixel));
-    is_visible = std::any_of(row, row + bytes_per_pixel, [](int byte) { return byte != 0; });
-    is_opaque = std::all_of(row + 3 * alpha_bytes, row + 4 * alpha_bytes,
-                            [](int byte) { return byte == 0xFF; });
+}
+
+void Fill::move(int, int)
+{
+    const int alpha_bytes = bytes_per_pixel / 4;
+    const unsigned char* alpha = row + ALPHA * alpha_bytes;
+    replaces = std::all_of(alpha, alpha + alpha_bytes, [](int byte) { return byte == 0xFF; });
+    if (std::all_of(row, row + bytes_per_pixel, [](int byte) { return byte == 0; }))
+        columns = {0, 0};
 }
 
 Layer::Effect Fill::look_at(const Tile& tile)
@@ -19,10 +45,8 @@ Layer::Effect Fill::look_at(const Tile& tile)
     Effect effect;
     for_each_block(tile, inq_blocks(tile), [&](const Tile& block, Blocks bit) {
         effect.drawn |= meets(block) ? bit : 0;
-        effect.replaced |= is_around(block) ? bit : 0;
+        effect.replaced |= replaces && is_around(block) ? bit : 0;
     });
-    effect.visible = is_visible ? effect.drawn : 0;
-    effect.opaque = is_opaque ? effect.replaced : 0;
     return effect;
 }
 
@@ -31,9 +55,14 @@ void Fill::draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& 
     for_each_run(tile, chosen, [&](Tile run) {
         run.columns.cut(columns);
         run.lines.cut(lines);
-        const auto bytes = static_cast<std::size_t>(run.columns.size() * bytes_per_pixel);
-        for (int y = run.lines.begin; y < run.lines.end; ++y)
-            std::memcpy(canvas.at(run.columns.begin, y), row, bytes);
+        const int count = run.columns.size();
+        for (int y = run.lines.begin; y < run.lines.end; ++y) {
+            unsigned char* to = canvas.at(run.columns.begin, y);
+            if (replaces)
+                std::memcpy(to, row, static_cast<std::size_t>(count * bytes_per_pixel));
+            else
+                put_over(to, row, canvas.type, count);
+        }
     });
 }
 
@@ -53,6 +82,12 @@ UnscaledLayer::UnscaledLayer(const FixedPixels& source, PixType type, long x, lo
             find_covered(y, source.pixels.height, target.lines)),
       source(source), type(type), x(x), y(y), share(share)
 {}
+
+void UnscaledLayer::move(int columns_to_right, int lines_down)
+{
+    x += columns_to_right;
+    y += lines_down;
+}
 
 Interval UnscaledLayer::columns_of(const Tile& part) const
 {
@@ -81,10 +116,8 @@ Layer::Effect UnscaledLayer::look_at(const Tile& tile)
                           : BlockMap::Content{false, false};
         effect.drawn |= content.is_empty ? 0 : bit;
         const bool is_opaque = content.is_opaque && share == WHOLE_SHARE && is_around(block);
-        effect.opaque |= is_opaque ? bit : 0;
+        effect.replaced |= is_opaque ? bit : 0;
     });
-    effect.visible = effect.drawn;
-    effect.replaced = effect.opaque;
     return effect;
 }
 
@@ -124,68 +157,4 @@ void UnscaledLayer::draw_row(const Canvas& canvas, Interval run, int line, Scrat
     }
     inq_kernels<Sample>().over(reinterpret_cast<Sample*>(canvas.at(run.begin, line)), ready,
                                run.size());
-}
-
-PictureLayer::PictureLayer(std::unique_ptr<DrawList> picture, PixType type, int width, int height,
-                           int x, int y, Manner manner, const Tile& target)
-    : Layer(find_covered(x, width, target.columns), find_covered(y, height, target.lines)),
-      picture(std::move(picture)), type(type), x(x), y(y), manner(manner)
-{}
-
-PictureLayer::~PictureLayer() = default;
-
-std::size_t PictureLayer::inq_depth() const
-{
-    return picture->inq_depth();
-}
-
-/// The tile as the picture counts its pixels; it may reach beyond the picture.
-Tile PictureLayer::inside(const Tile& tile) const
-{
-    return {{tile.columns.begin - x, tile.columns.end - x},
-            {tile.lines.begin - y, tile.lines.end - y}};
-}
-
-Layer::Effect PictureLayer::look_at(const Tile& tile)
-{
-    const Effect found = picture->look_at(inside(tile));
-    Effect effect = {found.visible, found.opaque, found.visible, found.opaque, 0};
-    for_each_block(tile, inq_blocks(tile), [&](const Tile& block, Blocks bit) {
-        if (!meets(block))
-            effect.drawn &= ~bit;
-        else if (manner == Manner::REPLACE)
-            effect.drawn |= bit;
-        if (!is_around(block)) {
-            effect.replaced &= ~bit;
-            effect.opaque &= ~bit;
-            effect.holed |= manner == Manner::REPLACE && meets(block) ? bit : 0;
-        } else if (manner == Manner::REPLACE) {
-            effect.replaced |= bit;
-        }
-    });
-    return effect;
-}
-
-void PictureLayer::prefetch(const Tile& tile, Blocks chosen) const
-{
-    picture->prefetch_first(inside(tile), chosen);
-}
-
-void PictureLayer::draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& scratch)
-{
-    const Canvas aside = picture->draw_aside(inside(tile), type, chosen, scratch);
-    for_each_run(tile, chosen, [&](Tile run) {
-        run.columns.cut(columns);
-        run.lines.cut(lines);
-        for (int line = run.lines.begin; line < run.lines.end; ++line) {
-            const unsigned char* from = aside.at(run.columns.begin - x, line - y);
-            unsigned char* to = canvas.at(run.columns.begin, line);
-            const int count = run.columns.size();
-            if (manner == Manner::REPLACE)
-                std::memcpy(to, from, static_cast<std::size_t>(count * canvas.bytes_per_pixel));
-            else
-                put_over(to, from, canvas.type, count);
-        }
-    });
-    scratch.give_back_canvas();
 }

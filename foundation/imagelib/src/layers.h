@@ -3,9 +3,7 @@
 #include "imagelib/src/FixedPixels.h"
 #include "imagelib/src/Layer.h"
 
-class DrawList;
-
-/// One colour all over, in the place of what was there.
+/// One colour all over, in the place of what was there; once it went onto another picture, over it.
 class Fill : public Layer {
 public:
     /// `pixel`: with alpha, of `bytes_per_pixel` bytes.
@@ -15,14 +13,12 @@ public:
     void draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& scratch) override;
 
 private:
-    const int bytes_per_pixel;
-    unsigned char row[TILE_WIDTH * 8];
-    bool is_visible;
-    bool is_opaque;
-};
+    void move(int x, int y) override;
 
-/// How a picture gets onto another.
-enum class Manner { OVER, REPLACE };
+    const int bytes_per_pixel;
+    alignas(std::uint16_t) unsigned char row[TILE_WIDTH * 8];
+    bool replaces = true;
+};
 
 /// A picture at whole pixels.
 class UnscaledLayer : public Layer {
@@ -39,6 +35,7 @@ public:
     std::size_t inq_pinned_bytes() const override { return source.bytes; }
 
 private:
+    void move(int x, int y) override;
     template <class Sample>
     void draw_row(const Canvas& canvas, Interval run, int y, Scratch& scratch) const;
     const unsigned char* at(int column, int line) const;
@@ -47,32 +44,7 @@ private:
 
     const FixedPixels source;
     const PixType type;
-    const long x;
-    const long y;
+    long x;
+    long y;
     const unsigned share;
-};
-
-/// A picture that has not been drawn itself yet, at whole pixels.
-class PictureLayer : public Layer {
-public:
-    /// Draws what `picture` draws, of `type` and with its top left pixel at (x, y), inside of
-    /// `target`.
-    PictureLayer(std::unique_ptr<DrawList> picture, PixType type, int width, int height, int x,
-                 int y, Manner manner, const Tile& target);
-    ~PictureLayer() override;
-
-    Effect look_at(const Tile& tile) override;
-    void draw(const Canvas& canvas, const Tile& tile, Blocks chosen, Scratch& scratch) override;
-    void prefetch(const Tile& tile, Blocks chosen) const override;
-
-    std::size_t inq_depth() const override;
-
-private:
-    Tile inside(const Tile& tile) const;
-
-    const std::unique_ptr<DrawList> picture;
-    const PixType type;
-    const int x;
-    const int y;
-    const Manner manner;
 };

@@ -6,6 +6,7 @@
 #include "kivlib/hdr/KIVColour.h"
 
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -38,20 +39,29 @@ std::unique_ptr<KIVPixmap> make_cel(int width, int height, PixType type, std::mt
 class BothWays {
 public:
     BothWays(PixType type, PixType source_type, unsigned seed)
-        : random(seed), source_type(source_type),
-          now(new KIVPixmap(WIDTH, HEIGHT, type, nullptr, false)),
-          later(new KIVPixmap(WIDTH, HEIGHT, type, nullptr, false))
+        : random(seed), source_type(source_type), all_waits(has_alpha(type) && source_type == type),
+          now(new_picture(type)), later(new_picture(type))
     {}
 
-    void fill()
+    /// True if that leaves the picture empty.
+    bool fill()
     {
-        const KIVColour colour(share(), share(), share(), random() % 2 ? share() : 1.0);
+        const double alpha = 2.0 * share() - 0.5;
+        const KIVColour colour(share(), share(), share(), alpha);
         both([&](KIVPixmap& target) { target.set_colour(colour); });
+        const PixType type = now->inq_type();
+        drawn = {[=](KIVPixmap& target, const IntVector2& at) {
+            const auto card = new_picture(type);
+            card->set_colour(colour);
+            target.composite(card.get(), at);
+        }};
+        return alpha <= 0.0;
     }
 
     void draw_a_layer()
     {
-        const auto cel = make_cel(pick(30, 400), pick(30, 300), source_type, random);
+        const std::shared_ptr<KIVPixmap> cel =
+            make_cel(pick(30, 400), pick(30, 300), source_type, random);
         const double turn = random() % 3 ? 7.0 * share() : 0.0;
         const double scale = random() % 3 ? 0.4 + 1.8 * share() : 1.0;
         const Vector2 corner(std::floor(pick(-200, WIDTH)) + (random() % 2 ? share() : 0.0),
@@ -60,46 +70,80 @@ public:
         const Vector2 across = Vector2(cel->inq_width() * scale, 0.0).rotate(turn);
         const bool filtered = random() % 4 != 0;
         const double opacity = random() % 5 ? 1.0 : share();
-        both([&](KIVPixmap& target) {
+        drawn.push_back([=](KIVPixmap& target, const IntVector2& at) {
             PixmapImage image(cel.get());
             PixmapImage onto(&target);
             image.setOpacity(opacity);
             onto.setHighQuality(filtered);
-            const Vector2 left = corner + up;
+            const Vector2 low = corner + Vector2(IntVector2(at.x(), -at.y()));
+            const Vector2 left = low + up;
             const Vector2 right = left + across;
-            image.compositeAffine(corner.x(), corner.y(), left.x(), left.y(), right.x(), right.y(),
-                                  &onto, 0);
+            image.compositeAffine(low.x(), low.y(), left.x(), left.y(), right.x(), right.y(), &onto,
+                                  0);
             cel->fix_pixels(); // for the second time
         });
+        both([&](KIVPixmap& target) { drawn.back()(target, IntVector2()); });
     }
 
-    /// Draws what is there on a picture of its own, and goes on with that.
-    void draw_aside()
+    /// Draws what is there on another picture, and goes on with that. What waits comes out as if it
+    /// had been drawn there.
+    void draw_on_another()
     {
-        const IntVector2 place(pick(-40, 40), pick(-40, 40));
-        const bool replaces = random() % 2 == 0;
+        if (!all_waits)
+            later->inq_data();
         const PixType type = now->inq_type();
-        const auto onto = [&](std::unique_ptr<KIVPixmap>& picture) {
-            const std::unique_ptr<KIVPixmap> aside = std::move(picture);
-            picture = std::make_unique<KIVPixmap>(WIDTH, HEIGHT, type, nullptr, false);
-            picture->set_colour(KIVColour(0.3, 0.2, 0.9));
-            replaces ? picture->copy(aside.get(), place) : picture->composite(aside.get(), place);
-        };
-        onto(now);
-        KIVPixmap* aside = later.release();
-        later = std::make_unique<KIVPixmap>(WIDTH, HEIGHT, type, nullptr, false);
-        later->set_colour(KIVColour(0.3, 0.2, 0.9));
-        replaces ? later->copy_and_delete(aside, place) : later->composite_and_delete(aside, place);
+        const std::unique_ptr<KIVPixmap> old_now = std::exchange(now, new_picture(type));
+        KIVPixmap* old_later = std::exchange(later, new_picture(type)).release();
+        const std::vector<Draw> old_drawn = std::exchange(drawn, {});
+        const IntVector2 place(pick(-40, 40), pick(-40, 40));
+        const bool is_empty = fill();
+        const bool copies = flip(2);
+        copies ? later->copy_and_delete(old_later, place)
+               : later->composite_and_delete(old_later, place);
+        all_waits = all_waits && (is_empty || !copies);
+        if (!all_waits)
+            return copies ? now->copy(old_now.get(), place) : now->composite(old_now.get(), place);
+        drawn.push_back([=](KIVPixmap& target, const IntVector2& at) {
+            draw_within(target, old_drawn, at + place);
+        });
+        drawn.back()(*now, IntVector2());
     }
 
-    unsigned inq_difference() { return ::inq_difference(*now, *later); }
+    unsigned inq_difference()
+    {
+        all_waits = false;
+        return ::inq_difference(*now, *later);
+    }
     bool flip(unsigned one_in) { return random() % one_in == 0; }
 
 private:
     static constexpr int WIDTH = 700;
     static constexpr int HEIGHT = 150;
 
-    template <class Draw> void both(Draw draw)
+    /// Draws a layer as if the top left pixel of its picture were at the place.
+    using Draw = std::function<void(KIVPixmap&, const IntVector2&)>;
+
+    static std::unique_ptr<KIVPixmap> new_picture(PixType type)
+    {
+        return std::make_unique<KIVPixmap>(WIDTH, HEIGHT, type, nullptr, false);
+    }
+
+    /// Leaves alone what lies outside of the picture.
+    static void draw_within(KIVPixmap& target, const std::vector<Draw>& layers,
+                            const IntVector2& at)
+    {
+        const auto whole = new_picture(target.inq_type());
+        whole->copy(&target, IntVector2());
+        for (const Draw& draw : layers) {
+            draw(*whole, at);
+            ASSERT_NE(whole->inq_data(), nullptr);
+        }
+        const auto part = new_picture(target.inq_type());
+        part->copy(whole.get(), IntVector2() - at);
+        target.copy(part.get(), at);
+    }
+
+    template <class Do> void both(Do draw)
     {
         draw(*now);
         ASSERT_NE(now->inq_data(), nullptr);
@@ -113,6 +157,8 @@ private:
 
     std::mt19937 random;
     const PixType source_type;
+    bool all_waits; // in `later`, and can so go on
+    std::vector<Draw> drawn;
     std::unique_ptr<KIVPixmap> now;
     std::unique_ptr<KIVPixmap> later;
 };
@@ -127,7 +173,7 @@ TEST(WaitingLayers, come_out_bit_for_bit_as_if_drawn_at_once)
             for (int i = 0; i < 9; ++i) {
                 pictures.draw_a_layer();
                 if (pictures.flip(5))
-                    pictures.draw_aside();
+                    pictures.draw_on_another();
                 if (pictures.flip(10)) {
                     ASSERT_EQ(pictures.inq_difference(), 0U) << seed << ", layer " << i;
                 }
