@@ -11,12 +11,36 @@
 /// One filtered sample a pixel leaves out too much of the image below this scale.
 constexpr double SAMPLE_FOUR_BELOW = 0.8;
 
-/// How much of a pixel a band covers that begins `before` pixels to one side of the pixel's centre
-/// and ends `after` pixels to the other.
-inline double cover_of_band(double before, double after)
-{
-    return std::max(0.0, std::min(before, 0.5) + std::min(after, 0.5));
-}
+/// A pixel as an edge meets it that rises by these shares of a pixel to the next column and row.
+struct EdgeWay {
+    double along; // the greater of the two
+    double other;
+
+    EdgeWay(double across, double down)
+        : along(std::max(std::abs(across), std::abs(down))),
+          other(std::min(std::abs(across), std::abs(down)))
+    {}
+
+    /// From the pixel's centre to where an edge leaves it.
+    double reach() const { return 0.5 * (along + other); }
+
+    /// How much of the pixel lies on this side of an edge `distance` away, beyond one half.
+    double cover_beyond_half(double distance) const
+    {
+        const double t = std::abs(distance);
+        const double cover = t >= reach() ? 0.5
+                             : t <= 0.5 * (along - other)
+                                 ? t / along
+                                 : 0.5 - (reach() - t) * (reach() - t) / (2.0 * along * other);
+        return std::copysign(cover, distance);
+    }
+
+    /// How much of the pixel a band covers from `before` to `after` its centre.
+    double cover_of_band(double before, double after) const
+    {
+        return std::max(0.0, cover_beyond_half(before) + cover_beyond_half(after));
+    }
+};
 
 constexpr double ONE_PLACE = 4294967296.0; // of a walk: 1 << plain::ONE_SHIFT
 
@@ -24,6 +48,13 @@ inline std::int64_t to_walk(double value)
 {
     return static_cast<std::int64_t>(
         std::floor(std::clamp(value, -FARTHEST, FARTHEST) * ONE_PLACE + 0.5));
+}
+
+/// Of a walk's step. A longer one leaves any source at once, and would leave 64 bits on the way.
+inline std::int64_t to_step(double value)
+{
+    constexpr double LONGEST = 1 << 21;
+    return to_walk(std::clamp(value, -LONGEST, LONGEST));
 }
 
 /// Multiplies pixels by a share of 65536.
@@ -184,8 +215,8 @@ private:
     BlockMap::Content inq_content(const Reach& reach) const
     {
         const double spread = options.filtered ? 1.5 : 0.5; // and a part of a pixel for safety
-        const double beyond_u = spread + 0.5 * m.u_length;
-        const double beyond_v = spread + 0.5 * m.v_length;
+        const double beyond_u = spread + u_way.reach();
+        const double beyond_v = spread + v_way.reach();
         const Interval across = {to_int(std::floor(reach.left - beyond_u)),
                                  to_int(std::ceil(reach.right + beyond_u)) + 1};
         const Interval down = {to_int(std::floor(reach.top - beyond_v)),
@@ -207,8 +238,8 @@ private:
     /// Whether all samples have all their neighbours, in pixels that are wholly covered.
     bool is_within(const Reach& reach) const
     {
-        const double margin_u = find_margin(m.u_x, m.u_y, m.u_length);
-        const double margin_v = find_margin(m.v_x, m.v_y, m.v_length);
+        const double margin_u = find_margin(m.u_x, m.u_y);
+        const double margin_v = find_margin(m.v_x, m.v_y);
         return is_exact && reach.left >= margin_u && reach.right <= m.width - margin_u &&
                reach.top >= margin_v && reach.bottom <= m.height - margin_v;
     }
@@ -298,7 +329,7 @@ private:
         const int count = found.inner.size();
         const std::int64_t one = make_walk(found.inner.begin, y, {-SPREAD, 0.0}).u;
         const std::int64_t other = make_walk(found.inner.begin, y, {SPREAD, 0.0}).u;
-        const std::int64_t step = to_walk(m.u_x);
+        const std::int64_t step = to_step(m.u_x);
         found.taps.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i)
             found.taps.push_back(make_taps(one + i * step, other + i * step));
@@ -402,8 +433,8 @@ private:
             hit.cut(find_inside(m.v_at(0, y), m.v_x, -TIE, m.height - TIE));
             return hit;
         }
-        const double reach_u = 0.5 * m.u_length;
-        const double reach_v = 0.5 * m.v_length;
+        const double reach_u = u_way.reach();
+        const double reach_v = v_way.reach();
         Interval touched = find_inside(m.u_at(0, y), m.u_x, -reach_u, m.width + reach_u);
         touched.cut(find_inside(m.v_at(0, y), m.v_x, -reach_v, m.height + reach_v));
         return touched;
@@ -411,18 +442,18 @@ private:
 
     /// How far from the edge the source's pixels must be taken, for samples with all their
     /// neighbours in pixels that are wholly covered.
-    double find_margin(double step_x, double step_y, double length) const
+    double find_margin(double step_x, double step_y) const
     {
         if (!options.filtered)
             return SAFE;
         const double spread = takes_four ? SPREAD : 0.0;
         const double need = 0.5 + spread * (std::abs(step_x) + std::abs(step_y));
-        return std::max(need, 0.5 * length) + SAFE;
+        return std::max(need, EdgeWay(step_x, step_y).reach()) + SAFE;
     }
 
     Interval find_inner_columns(int y) const
     {
-        const double margin = find_margin(m.u_x, m.u_y, m.u_length);
+        const double margin = find_margin(m.u_x, m.u_y);
         return find_inside(m.u_at(0, y), m.u_x, margin, m.width - margin);
     }
 
@@ -430,7 +461,7 @@ private:
     {
         if (!is_exact)
             return {0, 0};
-        const double margin = find_margin(m.v_x, m.v_y, m.v_length);
+        const double margin = find_margin(m.v_x, m.v_y);
         Interval inner = find_inner_columns(y);
         inner.cut(find_inside(m.v_at(0, y), m.v_x, margin, m.height - margin));
         return inner;
@@ -444,7 +475,7 @@ private:
         const int from = strip_begin(x);
         const SourceWalk walk = {to_walk(m.u_at(from + offset.x, y + offset.y) - centre),
                                  to_walk(m.v_at(from + offset.x, y + offset.y) - centre),
-                                 to_walk(m.u_x), to_walk(m.v_x)};
+                                 to_step(m.u_x), to_step(m.v_x)};
         return {walk.u + (x - from) * walk.du, walk.v + (x - from) * walk.dv, walk.du, walk.dv};
     }
 
@@ -497,8 +528,7 @@ private:
     {
         const double u = m.u_at(x, y);
         const double v = m.v_at(x, y);
-        return cover_of_band(u / m.u_length, (m.width - u) / m.u_length) *
-               cover_of_band(v / m.v_length, (m.height - v) / m.v_length);
+        return u_way.cover_of_band(u, m.width - u) * v_way.cover_of_band(v, m.height - v);
     }
 
     int column_at(std::int64_t u) const
@@ -535,6 +565,8 @@ private:
     }
 
     Mapping m;
+    const EdgeWay u_way{m.u_x, m.u_y};
+    const EdgeWay v_way{m.v_x, m.v_y};
     const DrawOptions options;
     const FixedPixels source;
     const SourcePixels pixels;

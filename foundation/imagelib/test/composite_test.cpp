@@ -194,9 +194,9 @@ TEST(Compositing, turns_flips_and_scales_as_the_exact_picture_does)
                     const double difference = inq_sample(target, x, y, 0) / unit -
                                               exact_sample(*source, before, p, x, y, 0) / unit;
                     sum += difference * difference;
-                    EXPECT_LT(std::abs(difference), 12.0) << c.degrees << ": " << x << ", " << y;
+                    EXPECT_LT(std::abs(difference), 4.0) << c.degrees << ": " << x << ", " << y;
                 }
-            EXPECT_LT(std::sqrt(sum / (96 * 80)), 0.6) << c.degrees << ", " << c.width;
+            EXPECT_LT(std::sqrt(sum / (96 * 80)), 0.45) << c.degrees << ", " << c.width;
         }
     }
 }
