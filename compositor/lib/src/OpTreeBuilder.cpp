@@ -6,7 +6,6 @@
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
 #include "compositor/lib/hdr/CNodeChannelSet.h"
-#include "compositor/lib/hdr/CNodeConnection.h"
 #include "compositor/lib/hdr/CNodeDescriptor.h"
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
@@ -14,8 +13,11 @@
 #include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
+#include "compositor/lib/src/fetch.h"
 
 namespace {
+constexpr auto ALL = static_cast<std::size_t>(-1);
+
 /// The type that a channel carries for a consumer that wants `requested`; none if the node's
 /// checked types leave it open.
 std::optional<int> resolved(int type, const CNode& node, int requested)
@@ -69,6 +71,8 @@ void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, C
 {
     if (!node || inq_is_endless(*node))
         return;
+    fetch(node->inq_inputs(), sizeof(CNodeChannelSet));
+    fetch(node->inq_values(), VALUES);
     std::unique_ptr<CNodeOp> op(node->new_nodeop(requested_type));
     if (!op)
         return;
@@ -88,8 +92,8 @@ void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, C
          .channel = n,
          .array = nullptr,
          .array_type = NO_DATA_TYPE,
-         .link = nullptr,
-         .next_place = 0});
+         .places = 0,
+         .feeds = ALL});
 }
 
 /// Whether a path has met a node twice. Then there is no tree: its ops would be without number.
@@ -103,35 +107,40 @@ bool OpTreeBuilder::inq_is_endless(const CNode& next)
 void OpTreeBuilder::step()
 {
     Unfinished& now = path.back();
-    if (now.link)
-        follow_connection(now);
+    if (now.places > 0)
+        follow_next(now);
     else if (!(now.channel == 0 ? finish(now) : open_next_input(now)))
         drop();
 }
 
-void OpTreeBuilder::follow_connection(Unfinished& now)
+void OpTreeBuilder::follow_next(Unfinished& now)
 {
-    const auto* connection = static_cast<const CNodeConnection*>(now.link->value());
-    now.link = now.link->inq_prev();
-    const int place = now.next_place--;
-    if (const CNodeChannel* output = connection ? connection->inq_output_channel() : nullptr)
-        start(now.array, place, now.array_type, output->inq_node(), output->find_channel_index());
+    const std::vector<CNodeChannelSet::Feed>& feeds = now.node->inq_inputs()->inq_feeds();
+    const int place = --now.places;
+    if (--now.feeds >= feeds.size())
+        return; // a node has cut its own graph
+    const CNodeChannelSet::Feed feed = feeds[now.feeds];
+    fetch(feed.node, sizeof(CNode));
+    if (place > 0)
+        fetch(feeds[now.feeds - 1].node, sizeof(CNode));
+    start(now.array, place, now.array_type, feed.node, feed.output);
 }
 
 /// False if the input's data type can't be told.
 bool OpTreeBuilder::open_next_input(Unfinished& now)
 {
     const int i = --now.channel;
-    const CNodeChannel& channel = *now.node->inq_inputs()->inq_channel(i);
+    const CNodeChannelSet& inputs = *now.node->inq_inputs();
     const auto type = resolved(declared_input_type(*now.node, i), *now.node, now.requested_type);
     if (!type)
         return false;
-    const KIVLinkedList& connections = *channel.inq_connections_list();
-    now.array = new CNodeOpArray(connections.count(), *type, channel.inq_is_selected());
+    const std::vector<CNodeChannelSet::Feed>& feeds = inputs.inq_feeds();
+    now.feeds = std::min(now.feeds, feeds.size());
+    for (std::size_t at = now.feeds; at > 0 && feeds[at - 1].input == i; --at)
+        ++now.places;
+    now.array = new CNodeOpArray(now.places, *type, inputs.inq_channel(i)->inq_is_selected());
     now.inputs->set_nodeop_array(i, now.array);
     now.array_type = *type;
-    now.link = connections.inq_last_link();
-    now.next_place = connections.count() - 1;
     return true;
 }
 
