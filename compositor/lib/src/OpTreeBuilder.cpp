@@ -13,10 +13,20 @@
 #include "compositor/lib/hdr/DataType.h"
 #include "compositor/lib/hdr/GraphExec.h"
 #include "compositor/lib/hdr/cdata_tDArray.h"
+#include "compositor/lib/src/GraphChanges.h"
 #include "compositor/lib/src/fetch.h"
 
 namespace {
 constexpr auto ALL = static_cast<std::size_t>(-1);
+
+/// The nodes that the thread's last evaluation was built of, in the order in which it met them: the
+/// next frame meets them so again.
+struct Trail {
+    const CNode* root = nullptr;
+    unsigned long known_at = 0; // the count of graph changes then
+    std::vector<const CNode*> nodes;
+};
+thread_local Trail last_trail;
 
 /// The type that a channel carries for a consumer that wants `requested`; none if the node's
 /// checked types leave it open.
@@ -56,6 +66,7 @@ CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
     const CNodeGraph* graph = root ? root->inq_graph() : nullptr;
     if (graph)
         longest_path = static_cast<std::size_t>(graph->inq_nodes_list()->count());
+    take_trail(root);
     start(nullptr, 0, requested_type, root, channel);
     while (!path.empty()) {
         if (is_endless)
@@ -63,7 +74,47 @@ CNodeOp* OpTreeBuilder::build(int requested_type, CNode* root, int channel)
         else
             step();
     }
+    leave_trail(root);
     return ops.empty() ? nullptr : ops.back();
+}
+
+/// The trail of the last evaluation holds while no graph has changed: all its nodes are there.
+void OpTreeBuilder::take_trail(const CNode* root)
+{
+    begun_at = GraphChanges::our_count;
+    if (last_trail.root == root && last_trail.known_at == begun_at)
+        trail.swap(last_trail.nodes);
+    last_trail.root = nullptr;
+}
+
+void OpTreeBuilder::leave_trail(const CNode* root)
+{
+    trail.resize(std::min(trail.size(), n_met));
+    last_trail.nodes.swap(trail);
+    last_trail.root = root;
+    last_trail.known_at = begun_at;
+}
+
+/// Fetches what the nodes ahead are read for, or notes the node where nothing is known of them.
+void OpTreeBuilder::step_on_trail(const CNode& node)
+{
+    constexpr std::size_t FAR = 16;
+    constexpr std::size_t NEAR = 8;
+    constexpr std::size_t NEXT = 4;
+    const std::size_t here = n_met++;
+    if (here >= trail.size())
+        trail.push_back(&node);
+    if (begun_at != GraphChanges::our_count)
+        return; // a node has changed a graph meanwhile
+    if (here + FAR < trail.size())
+        fetch(trail[here + FAR], sizeof(CNode));
+    if (here + NEAR < trail.size()) {
+        fetch(trail[here + NEAR]->inq_inputs(), sizeof(CNodeChannelSet));
+        fetch(trail[here + NEAR]->inq_values(), VALUES);
+    }
+    const CNode* next = here + NEXT < trail.size() ? trail[here + NEXT] : nullptr;
+    if (const CNodeChannelSet* inputs = next ? next->inq_inputs() : nullptr)
+        fetch(inputs->inq_feeds().data(), sizeof(CNodeChannelSet::Feed));
 }
 
 void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, CNode* node,
@@ -71,8 +122,7 @@ void OpTreeBuilder::start(CNodeOpArray* parent, int place, int requested_type, C
 {
     if (!node || inq_is_endless(*node))
         return;
-    fetch(node->inq_inputs(), sizeof(CNodeChannelSet));
-    fetch(node->inq_values(), VALUES);
+    step_on_trail(*node);
     std::unique_ptr<CNodeOp> op(node->new_nodeop(requested_type));
     if (!op)
         return;
@@ -120,9 +170,6 @@ void OpTreeBuilder::follow_next(Unfinished& now)
     if (--now.feeds >= feeds.size())
         return; // a node has cut its own graph
     const CNodeChannelSet::Feed feed = feeds[now.feeds];
-    fetch(feed.node, sizeof(CNode));
-    if (place > 0)
-        fetch(feeds[now.feeds - 1].node, sizeof(CNode));
     start(now.array, place, now.array_type, feed.node, feed.output);
 }
 

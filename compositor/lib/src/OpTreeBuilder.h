@@ -38,6 +38,9 @@ private:
         std::size_t feeds; // of the node, still to be followed
     };
 
+    void take_trail(const CNode* root);
+    void leave_trail(const CNode* root);
+    void step_on_trail(const CNode& node);
     void start(CNodeOpArray* parent, int place, int requested_type, CNode* node, int channel);
     void follow_next(Unfinished& now);
     bool open_next_input(Unfinished& now);
@@ -51,4 +54,7 @@ private:
     std::vector<Unfinished> path;
     std::size_t longest_path = 1000; // without a graph; no longer one is taken on trust
     bool is_endless = false;
+    std::vector<const CNode*> trail; // the nodes in the order in which they are met
+    std::size_t n_met = 0;
+    unsigned long begun_at = 0; // the count of graph changes
 };
