@@ -23,10 +23,15 @@ bool inq_stops(AbortPanel* panel)
 template <bool READS_NODES, class Iterator, class Work>
 void for_each_op(Iterator op, Iterator end, const Work& work)
 {
+    constexpr std::ptrdiff_t MANY = 500; // fewer stay in the cache
     constexpr std::ptrdiff_t FAR = 12;
     constexpr std::ptrdiff_t NEAR = 8;
     constexpr std::ptrdiff_t NEXT = 4;
     constexpr std::size_t DATA = 256; // bytes; more of an image than a request touches
+    if (end - op <= MANY) {
+        std::all_of(op, end, work);
+        return;
+    }
     for (; op != end; ++op) {
         if (end - op > FAR)
             fetch(op[FAR], sizeof(CNodeOp));
