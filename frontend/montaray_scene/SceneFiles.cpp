@@ -7,13 +7,13 @@
 #include "kivlib/hdr/GeneralIStream.h"
 #include "kivlib/hdr/KIVDLLUsageList.h"
 #include "kivlib/hdr/KIVFileReference.h"
-#include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/SearchFileFinder.h"
 #include "kivlib/hdr/file_operations.h"
 #include "scene/hdr/KIVAssetManager.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/store_control/hdr/InterruptedSave.h"
 #include "xsheet/store_control/hdr/SceneParts.h"
+#include "xsheet/store_control/hdr/StoreFile.h"
 
 #include <algorithm>
 
@@ -27,10 +27,7 @@ public:
 
     template <class Class> std::unique_ptr<Class> read()
     {
-        std::unique_ptr<Class> object;
-        RecordReader(stream).owned(object);
-        if (!object)
-            stream.set_error_state(KIVStream::BAD_DATA);
+        std::unique_ptr<Class> object = read_part<Class>(stream);
         return stream.inq_error_state() ? nullptr : std::move(object);
     }
 

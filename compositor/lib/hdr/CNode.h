@@ -131,6 +131,10 @@ public:
 
     /// The node's identity in this process; never stored.
     unsigned int inq_label() const { return label; }
+
+    /// An object whose first bytes an evaluation reads for the node, so that it is brought near in
+    /// time. Never looked into here; null without one.
+    const void* inq_values() const { return values; }
     CNodeDescriptor* inq_desc() const;
     const KIVString& inq_type_name() const;
 
@@ -216,6 +220,8 @@ protected:
     /// with one of them missing is refused. The list is the node's own.
     void set_named_nodes(const KIVLinkedList* nodes) { named_nodes = nodes; }
 
+    void set_values(const void* read_by_evaluations) { values = read_by_evaluations; }
+
 private:
     friend class GraphClaims;
     friend class InchoateWalk;
@@ -250,4 +256,5 @@ private:
     mutable unsigned long last_walk = 0; // the walk that met this node last
     unsigned long last_reader_walk = 0;
     const KIVLinkedList* named_nodes = nullptr;
+    const void* values = nullptr;
 };

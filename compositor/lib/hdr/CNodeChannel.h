@@ -76,5 +76,8 @@ private:
     KIVRectangle border_rect;
     bool is_selected = false;
     bool is_in_macro = false;
-    mutable int likely_index = 0; // in the set
+
+    // Where the channel was put; it may have been told of another set since.
+    const CNodeChannelSet* holder = nullptr; // not owned
+    int index_in_holder = -1;
 };

@@ -32,6 +32,17 @@ public:
     }
     int find_channel_index(const CNodeChannel* channel) const;
 
+    /// What stands at the other end of a connection.
+    struct Feed {
+        int input;   // channel of this set
+        int output;  // channel of `node`
+        CNode* node; // null for a connection without an output
+    };
+
+    /// What feeds these channels, one after the other, each in the order of its connections. Valid
+    /// until a graph changes.
+    const std::vector<Feed>& inq_feeds() const;
+
     /// Whether the node has this set as its inputs, or as its outputs.
     bool inq_is_input_channel_set() const;
     bool inq_is_output_channel_set() const;
@@ -55,7 +66,13 @@ public:
 
 private:
     void resize(int n);
+    void find_feeds() const;
 
     CNode* node = nullptr; // not owned
     std::vector<std::unique_ptr<CNodeChannel>> channels;
+
+    // Found for an evaluation and kept, since the next frame asks again. The count of graph changes
+    // tells whether they hold; at first there are none.
+    mutable std::vector<Feed> feeds;
+    mutable unsigned long feeds_at = static_cast<unsigned long>(-1);
 };

@@ -72,11 +72,7 @@ void CNodeChannel::set_channel_set(CNodeChannelSet* set)
 
 int CNodeChannel::find_channel_index() const
 {
-    if (!channel_set)
-        return -1;
-    if (channel_set->inq_channel(likely_index) != this)
-        likely_index = channel_set->find_channel_index(this);
-    return likely_index;
+    return channel_set && channel_set == holder ? index_in_holder : -1;
 }
 
 int CNodeChannel::find_data_type() const

@@ -2,6 +2,7 @@
 
 #include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeChannel.h"
+#include "compositor/lib/hdr/CNodeConnection.h"
 #include "compositor/lib/src/GraphChanges.h"
 #include "kivlib/hdr/Record.h"
 
@@ -49,7 +50,8 @@ CNodeChannelSet::CNodeChannelSet(KIVIStream& stream) : KIVObject(stream)
             return;
         }
         channel->set_channel_set(this);
-        channel->likely_index = inq_n_channels();
+        channel->holder = this;
+        channel->index_in_holder = inq_n_channels();
         channels.push_back(std::move(channel));
     }
 }
@@ -70,6 +72,26 @@ int CNodeChannelSet::find_channel_index(const CNodeChannel* channel) const
         if (inq_channel(i) == channel)
             return i;
     return -1;
+}
+
+const std::vector<CNodeChannelSet::Feed>& CNodeChannelSet::inq_feeds() const
+{
+    if (feeds_at != GraphChanges::our_count)
+        find_feeds();
+    return feeds;
+}
+
+void CNodeChannelSet::find_feeds() const
+{
+    feeds.clear();
+    for (int input = 0; input < inq_n_channels(); ++input)
+        for (const auto* connection :
+             inq_channel(input)->inq_connections_list()->of<CNodeConnection>()) {
+            const CNodeChannel* output = connection ? connection->inq_output_channel() : nullptr;
+            feeds.push_back({input, output ? output->find_channel_index() : 0,
+                             output ? output->inq_node() : nullptr});
+        }
+    feeds_at = GraphChanges::our_count;
 }
 
 bool CNodeChannelSet::inq_is_input_channel_set() const
@@ -147,7 +169,8 @@ void CNodeChannelSet::resize(int n)
         if (inq_channel(index))
             continue;
         auto channel = std::make_unique<CNodeChannel>(this);
-        channel->likely_index = index;
+        channel->holder = this;
+        channel->index_in_holder = index;
         channels[static_cast<std::size_t>(index)] = std::move(channel);
     }
 }

@@ -1,6 +1,7 @@
 #include "compositor/lib/hdr/GraphExec.h"
 
 #include "compositor/lib/hdr/CData.h"
+#include "compositor/lib/hdr/CNode.h"
 #include "compositor/lib/hdr/CNodeOp.h"
 #include "compositor/lib/hdr/CNodeOpArray.h"
 #include "compositor/lib/hdr/CNodeOpArraySet.h"
@@ -8,12 +9,45 @@
 #include "compositor/lib/hdr/GraphExecReporter.h"
 #include "compositor/lib/src/OpTreeBuilder.h"
 #include "compositor/lib/src/OpVisit.h"
+#include "compositor/lib/src/fetch.h"
 #include "kivlib/hdr/AbortPanel.h"
 
 namespace {
 bool inq_stops(AbortPanel* panel)
 {
     return panel && panel->inq_abort();
+}
+
+/// The ops of a large graph and what is theirs are more than a cache holds: while one is in hand,
+/// the next ones are fetched, and the nodes if they are read as well.
+template <bool READS_NODES, class Iterator, class Work>
+void for_each_op(Iterator op, Iterator end, const Work& work)
+{
+    constexpr std::ptrdiff_t MANY = 500; // fewer stay in the cache
+    constexpr std::ptrdiff_t FAR = 12;
+    constexpr std::ptrdiff_t NEAR = 8;
+    constexpr std::ptrdiff_t NEXT = 4;
+    constexpr std::size_t DATA = 256; // bytes; more of an image than a request touches
+    if (end - op <= MANY) {
+        std::all_of(op, end, work);
+        return;
+    }
+    for (; op != end; ++op) {
+        if (end - op > FAR)
+            fetch(op[FAR], sizeof(CNodeOp));
+        if (end - op > NEAR) {
+            const CNodeOp& near = *op[NEAR];
+            fetch(near.inq_node_data(), DATA);
+            fetch(near.inq_nodeop_array_set(), sizeof(CNodeOpArraySet));
+            if constexpr (READS_NODES)
+                fetch(near.inq_node(), sizeof(CNode));
+        }
+        if constexpr (READS_NODES)
+            if (const CNode* next = end - op > NEXT ? op[NEXT]->inq_node() : nullptr)
+                fetch(next->inq_values(), OpTreeBuilder::VALUES);
+        if (!work(*op))
+            return;
+    }
 }
 
 gsl::owner<KIVError*> copy_of(const KIVError& error)
@@ -34,8 +68,10 @@ GraphExec::GraphExec(int requested_type, CNode* root, int channel) : GraphExec(r
 
 GraphExec::~GraphExec()
 {
-    for (CNodeOp* op : ops)
+    for_each_op<false>(ops.begin(), ops.end(), [](CNodeOp* op) {
         delete op;
+        return true;
+    });
 }
 
 CData* GraphExec::inq_root_data() const
@@ -51,10 +87,14 @@ void GraphExec::setup_data()
         return;
     ++run;
     root_op->set_quiescent(is_restricted);
-    std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) { reset_data(*op); });
-    std::for_each(ops.rbegin(), ops.rend(), [this](CNodeOp* op) {
+    for_each_op<false>(ops.rbegin(), ops.rend(), [this](CNodeOp* op) {
+        reset_data(*op);
+        return true;
+    });
+    for_each_op<true>(ops.rbegin(), ops.rend(), [this](CNodeOp* op) {
         const CNodeOp* consumer = op == root_op ? nullptr : op->inq_consumer();
         op->do_setup_data(consumer ? consumer->inq_quiescent() : is_restricted);
+        return true;
     });
 }
 
@@ -85,22 +125,24 @@ void GraphExec::generate_data(AbortPanel* panel)
 
 void GraphExec::bring_immediate_data(AbortPanel* panel)
 {
-    for (CNodeOp* op : ops) {
+    for_each_op<false>(ops.begin(), ops.end(), [panel](CNodeOp* op) {
         if (inq_stops(panel))
-            return;
+            return false;
         op->answer(panel);
-    }
+        return true;
+    });
 }
 
 void GraphExec::bring_generated_data(AbortPanel* panel)
 {
-    for (CNodeOp* op : ops) {
+    for_each_op<false>(ops.begin(), ops.end(), [this, panel](CNodeOp* op) {
         if (inq_stops(panel))
-            return;
+            return false;
         if (inq_reports_status())
             report_status(new CNodeStatus(op->inq_node_name()));
         op->generate_node_data(panel);
-    }
+        return true;
+    });
 }
 
 /// Brings the ops into the order that the arrays have taken on, inputs before consumers.

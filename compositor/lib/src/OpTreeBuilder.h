@@ -7,11 +7,12 @@
 
 class CNodeOpArray;
 class GraphExec;
-class KIVLinkOb;
 
 /// Turns the nodes that feed a root into a tree of ops, one for each path.
 class OpTreeBuilder {
 public:
+    static constexpr std::size_t VALUES = 384; // bytes of a node's values that are fetched
+
     /// The ops are appended to `ops`, which owns them; an op stands behind all that feed it.
     OpTreeBuilder(GraphExec& exec, std::vector<CNodeOp*>& ops) : exec(exec), ops(ops) {}
 
@@ -33,12 +34,15 @@ private:
         int channel;          // the input in hand
         CNodeOpArray* array;  // of that input
         int array_type;
-        const KIVLinkOb* link; // the connection to be followed next
-        int next_place;
+        int places;        // of the array, still to be filled
+        std::size_t feeds; // of the node, still to be followed
     };
 
+    void take_trail(const CNode* root);
+    void leave_trail(const CNode* root);
+    void step_on_trail(const CNode& node);
     void start(CNodeOpArray* parent, int place, int requested_type, CNode* node, int channel);
-    void follow_connection(Unfinished& now);
+    void follow_next(Unfinished& now);
     bool open_next_input(Unfinished& now);
     bool inq_is_endless(const CNode& next);
     void step();
@@ -50,4 +54,7 @@ private:
     std::vector<Unfinished> path;
     std::size_t longest_path = 1000; // without a graph; no longer one is taken on trust
     bool is_endless = false;
+    std::vector<const CNode*> trail; // the nodes in the order in which they are met
+    std::size_t n_met = 0;
+    unsigned long begun_at = 0; // the count of graph changes
 };

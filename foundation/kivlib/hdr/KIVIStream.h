@@ -9,6 +9,7 @@
 #include <new>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 class CharOStream;
 class ClassDescriptor;
@@ -77,6 +78,10 @@ public:
     /// and an error. Whoever takes an object over claims it; in the end a stream that is in error
     /// deletes what nobody claimed.
     bool claim(const KIVObject* object);
+
+    /// Takes over what was read and nobody has claimed, since nothing but links leads to it. It is
+    /// called when all is read; a stream that is in error gives nothing.
+    std::vector<std::unique_ptr<KIVObject>> claim_rest();
 
     /// `object`, read from this stream, is about to go: a record that refers to it is an error.
     void forget(const KIVObject* object);

@@ -42,7 +42,10 @@ public:
     /// New elements are 0.
     void resize(int size);
     double& elem(int i);
-    double elem(int i) const { return BaseVector::elem(i); }
+    double elem(int i) const
+    {
+        return static_cast<std::size_t>(i) < count ? data()[i] : BaseVector::elem(i);
+    }
 
 private:
     static constexpr std::size_t MOST_INSIDE = 4;

@@ -37,7 +37,14 @@ bool KIVIStream::claim(const KIVObject* object)
         set_error_state(OWNED_TWICE);
         return false;
     }
-    return entry->is_owned = true;
+    table->set_owned(*entry);
+    return true;
+}
+
+std::vector<std::unique_ptr<KIVObject>> KIVIStream::claim_rest()
+{
+    return inq_error_state() == OKAY ? table->claim_rest()
+                                     : std::vector<std::unique_ptr<KIVObject>>();
 }
 
 void KIVIStream::forget(const KIVObject* object)

@@ -11,6 +11,18 @@ LoadTable::~LoadTable()
     }
 }
 
+std::vector<std::unique_ptr<KIVObject>> LoadTable::claim_rest()
+{
+    std::vector<std::unique_ptr<KIVObject>> rest;
+    for (std::uint32_t i = 0; i < size() && owned_count < size(); ++i)
+        if (Entry& entry = at(i); !entry.is_owned) {
+            set_owned(entry);
+            if (entry.object)
+                rest.emplace_back(entry.object);
+        }
+    return rest;
+}
+
 std::uint32_t LoadTable::next_epoch()
 {
     static std::uint32_t epoch = 0;

@@ -5,8 +5,10 @@
 #include "kivlib/hdr/ObjectBlocks.h"
 
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <unordered_set>
+#include <vector>
 
 /// The objects of one reading stream by number: their class, and whether somebody owns them.
 class LoadTable {
@@ -80,6 +82,15 @@ public:
     /// Nothing came to be in memory that `storage` gave.
     void forget_storage(const void* memory);
 
+    void set_owned(Entry& entry)
+    {
+        entry.is_owned = true;
+        ++owned_count;
+    }
+
+    /// The objects that are there and have no owner; they have one now.
+    std::vector<std::unique_ptr<KIVObject>> claim_rest();
+
     /// What was read up to now is in the caller's hands.
     void keep() { kept = size(); }
 
@@ -103,6 +114,7 @@ private:
     std::uint32_t epoch;
     std::uint32_t pending = NONE;
     std::uint32_t kept = 0;                  // entries that are not deleted
+    std::uint32_t owned_count = 0;           // entries with an owner
     std::unordered_set<const void*> awaited; // memory of announced objects
     bool delete_unowned = false;
 };

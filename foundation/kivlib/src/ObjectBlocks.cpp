@@ -46,6 +46,7 @@ char* reserve_range()
     void* const wide = ::mmap(nullptr, RANGE + BLOCK, PROT_NONE, FLAGS, -1, 0);
     if (wide == MAP_FAILED)
         return nullptr;
+    ::madvise(wide, RANGE + BLOCK, MADV_HUGEPAGE); // a page a block, where the system has such
     const std::size_t past = reinterpret_cast<std::uintptr_t>(wide) % BLOCK;
     char* const start = static_cast<char*>(wide) + (past == 0 ? 0 : BLOCK - past);
     char* earlier = nullptr;

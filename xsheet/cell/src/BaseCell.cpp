@@ -167,8 +167,8 @@ void BaseCell::set_data(gsl::owner<CellData*> new_data)
     data.reset(new_data);
     if (data)
         data->set_cell(this);
-    if (is_a_key())
-        static_cast<KeyCell*>(this)->note_change();
+    if (list)
+        list->note_change();
 }
 
 KIVString BaseCell::inq_data_file() const

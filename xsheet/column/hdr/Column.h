@@ -7,14 +7,14 @@ class XSNode;
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "xsheet/column/hdr/SubColumn.h"
 
-#include <unordered_map>
+#include <vector>
 
 /// A sub-column that holds others, in an order, and owns them. Keys stand in its members alone.
 class Column : public SubColumn {
     KIV_STORED(Column, SubColumn);
 
 public:
-    Column() = default;
+    Column() { sub_columns.count_changes_in(&member_changes); }
 
     /// The copy has copies of all members, and no label and no node.
     Column(const Column& other, bool = true);
@@ -88,6 +88,9 @@ public:
     /// there is one, which `*out` (null before) is then; 0 if there is none, -1 if there are more.
     int search_for_sub_column_name(const KIVString& name, SubColumn** out, bool recurse);
 
+    /// The label of a member has changed.
+    void forget_labels() { ++member_changes; }
+
     void set_bg_colour(const KIVColour& colour);
     void set_colour_type(int type);
 
@@ -98,7 +101,6 @@ private:
     template <class Record> void record(Record& r);
     void read_sub_columns(KIVIStream& stream);
     void index_sub_columns() const;
-    SubColumn* search_sub_column(unsigned long member_label) const;
     int find_in_headers(const KIVString& text, int frame, int flags);
     KIVLinkedList::Objects<SubColumn> members() const { return sub_columns.of<SubColumn>(); }
 
@@ -108,8 +110,16 @@ private:
     int colour_type = -1;
     KIVLinkedList sub_columns{false}; // owned, and deleted by the destructor
 
-    mutable std::unordered_map<unsigned long, SubColumn*> index; // the members by their labels
-    mutable int indexed_count = 0; // as many as the column had then; 0 for an index out of date
+    // The members by their labels, of equal labels the first one. Nodes give small labels.
+    struct Labelled {
+        unsigned long label;
+        SubColumn* member;
+    };
+    static constexpr std::size_t FEW = 8;
+    unsigned long member_changes = 0;
+    mutable unsigned long indexed_at = 0; // the changes then
+    mutable SubColumn* by_small_label[FEW] = {};
+    mutable std::vector<Labelled> by_label; // in the order of labels
 };
 
 /// The columns of the graph's nodes in the order of its nodes; the caller deletes the list.

@@ -121,7 +121,7 @@ public:
 
     /// Its identity in the column; 0 before the column gave one.
     unsigned inq_label() const { return label; }
-    void set_label(unsigned l) { label = l; }
+    void set_label(unsigned l);
 
     DisplaySubColumn* inq_display_graphic() const { return display_graphic; }
     void set_display_graphic(DisplaySubColumn* graphic) { display_graphic = graphic; }
@@ -242,6 +242,8 @@ private:
     std::unique_ptr<ReadTable> read_table; // first, since most reads end there
     BaseCellList key_cell_list;
     BaseCellList misc_cell_list;
+    mutable KIVString* header_text = nullptr;    // not owned; null where it is not known
+    mutable unsigned long header_read_at = 0;    // the change count of `misc_cell_list` then
     Column* column = nullptr;                    // not owned
     DisplaySubColumn* display_graphic = nullptr; // not owned
     unsigned label = 0;

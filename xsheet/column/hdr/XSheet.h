@@ -6,6 +6,8 @@ class KIVScene;
 
 #include "xsheet/column/hdr/Column.h"
 
+#include <vector>
+
 /// The exposure sheet of a scene: the column around all columns. It knows how long the scene is
 /// and how many lines stand above and below the frames.
 class XSheet : public Column {
@@ -42,6 +44,10 @@ public:
     /// Above the header: the sheet has none of its own.
     virtual int inq_header_line() const;
 
+    /// Of the stream that this was read from: columns that keys follow though they lie in no sheet
+    /// any more. They stay as long as the sheet.
+    void claim_rest(KIVIStream& stream);
+
     /// Joins a sheet that was read to its scene. True if the load can't go on.
     bool load_finished_with_abort(KIVScene* loaded_scene);
     using Column::load_finished_with_abort;
@@ -71,4 +77,5 @@ private:
     KIVScene* scene = nullptr;                 // not owned
     ChangeRecorder* change_recorder = nullptr; // not owned
     bool insert_edit_mode = false;
+    std::vector<std::unique_ptr<KIVObject>> unplaced; // of the file; in no list
 };

@@ -42,6 +42,7 @@ template <class Record> void Column::record(Record& r)
 
 Column::Column(KIVIStream& stream) : SubColumn(stream)
 {
+    sub_columns.count_changes_in(&member_changes);
     read_sub_columns(stream);
     RecordReader r(stream);
     record(r);
@@ -76,6 +77,7 @@ Column::Column(const Column& other, bool)
       bg_colour(other.bg_colour ? std::make_unique<KIVColour>(*other.bg_colour) : nullptr),
       colour_type(other.colour_type)
 {
+    sub_columns.count_changes_in(&member_changes);
     set_label(0); // the next owner gives one
     for (const SubColumn* member : other.members()) {
         SubColumn* copy = member->duplicate();
@@ -250,7 +252,6 @@ void Column::clear_all_inbetweens()
 
 bool Column::add_sub_column(gsl::owner<SubColumn*> member, SubColumn* after)
 {
-    indexed_count = 0;
     member->set_column(this);
     if (after)
         sub_columns.add_after(after, member);
@@ -270,7 +271,6 @@ bool Column::move_sub_column(SubColumn* member, SubColumn* after)
     KIVLinkOb* place = sub_columns.find(member);
     if (!place)
         return false;
-    indexed_count = 0;
     gsl::owner<KIVLinkOb*> link = sub_columns.remove_link(place);
     if (KIVLinkOb* before = after ? sub_columns.find(after) : nullptr)
         sub_columns.add_link_after(before, link);
@@ -289,7 +289,6 @@ gsl::owner<SubColumn*> Column::remove_sub_column(SubColumn* member)
 {
     member->column_being_removed();
     tell_watchers_sub_column_removed(member);
-    indexed_count = 0;
     const bool was_member = sub_columns.remove(member);
     set_needs_saving();
     if (!was_member)
@@ -351,34 +350,31 @@ gsl::owner<KIVLinkedList*> Column::inq_containers_or_data(bool containers)
     return containers ? inq_columns() : inq_shallow_sub_column_list();
 }
 
-// The sheet of a large scene is asked by each of its nodes.
+// Nodes ask for each value of each frame.
 SubColumn* Column::find_sub_column(unsigned long member_label) const
 {
-    constexpr int MANY = 32;
-    if (sub_columns.count() < MANY)
-        return search_sub_column(member_label);
-    if (indexed_count != sub_columns.count())
+    if (indexed_at != member_changes)
         index_sub_columns();
-    const auto place = index.find(member_label);
-    if (place != index.end() && place->second->inq_label() == member_label)
-        return place->second;
-    return search_sub_column(member_label); // labels may have been given since
+    if (member_label < FEW)
+        return by_small_label[member_label];
+    const auto place = std::ranges::lower_bound(by_label, member_label, {}, &Labelled::label);
+    return place != by_label.end() && place->label == member_label ? place->member : nullptr;
 }
 
 void Column::index_sub_columns() const
 {
-    index.clear();
-    for (SubColumn* member : members())
-        index.try_emplace(member->inq_label(), member);
-    indexed_count = sub_columns.count();
-}
-
-SubColumn* Column::search_sub_column(unsigned long member_label) const
-{
-    for (SubColumn* member : members())
-        if (member->inq_label() == member_label)
-            return member;
-    return nullptr;
+    std::ranges::fill(by_small_label, nullptr);
+    by_label.clear();
+    for (SubColumn* member : members()) {
+        const unsigned label = member->inq_label();
+        if (label >= FEW)
+            by_label.push_back({label, member});
+        else if (!by_small_label[label])
+            by_small_label[label] = member;
+    }
+    if (!std::ranges::is_sorted(by_label, {}, &Labelled::label))
+        std::ranges::stable_sort(by_label, {}, &Labelled::label);
+    indexed_at = member_changes;
 }
 
 int Column::search_for_sub_column_name(const KIVString& name, SubColumn** out, bool recurse)

@@ -167,6 +167,13 @@ int SubColumn::inq_total_lines() const
     return inq_footer_lines() + inq_header_lines() + inq_scene_length();
 }
 
+void SubColumn::set_label(unsigned l)
+{
+    label = l;
+    if (column)
+        column->forget_labels();
+}
+
 void SubColumn::column_being_removed() {}
 
 void SubColumn::column_being_added() {}
@@ -338,10 +345,19 @@ void SubColumn::set_header_text(const KIVString& text)
         header->inq_data()->set_string(text);
 }
 
+// A node is asked for its name, which is this text, for each frame.
 KIVString* SubColumn::inq_header_text() const
 {
+    if (header_text && header_read_at == misc_cell_list.inq_change_count())
+        return header_text;
     BaseCell* header = inq_header_cell();
-    return header && header->inq_data() ? header->inq_data()->inq_string() : nullptr;
+    CellData* data = header ? header->inq_data() : nullptr;
+    KIVString* text = data ? data->inq_string() : nullptr;
+    const bool is_lasting =
+        data && data->inq_class_descriptor() == CellData::inq_class_descriptor_s();
+    header_text = is_lasting ? text : nullptr;
+    header_read_at = misc_cell_list.inq_change_count();
+    return text;
 }
 
 SubColumnWatcher* SubColumn::inq_watcher(unsigned long watcher_label) const

@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/ChangeRecorder.h"
 #include "kivlib/hdr/Record.h"
+#include "kivlib/hdr/object_cast.h"
 
 KIV_STORED_CLASS(XSheet, -1);
 
@@ -94,9 +95,18 @@ bool XSheet::move_column(Column* column, Column* after)
     return move_sub_column(column, after);
 }
 
+void XSheet::claim_rest(KIVIStream& stream)
+{
+    unplaced = stream.claim_rest();
+}
+
 bool XSheet::load_finished_with_abort(KIVScene* loaded_scene)
 {
     scene = loaded_scene;
+    for (const auto& object : unplaced)
+        if (auto* column = object_cast<SubColumn>(object.get()))
+            if (column->load_finished_with_abort())
+                return true;
     return load_finished_with_abort();
 }
 

@@ -59,6 +59,7 @@ KIV_STORED_RECORD(XSNode);
 void XSNode::set_column(Column* new_column)
 {
     column = new_column;
+    set_values(column);
     if (column)
         column->set_node(this);
 }

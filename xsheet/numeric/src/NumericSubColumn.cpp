@@ -235,6 +235,8 @@ gsl::owner<KeyCell*> NumericSubColumn::create_new_key_with_label(int new_label)
 
 double NumericSubColumn::inq_element(int element, int frame)
 {
+    if (!inq_first_key())
+        return inq_blank_value(element);
     if (auto* spans = static_cast<NumericSpans*>(inq_read_table()))
         if (const std::optional<double> value = spans->read(element, frame))
             return *value;

@@ -5,6 +5,7 @@
 #include "xsheet/numeric/test/numeric_keys.h"
 #include "xsheet/ratio/hdr/RatioColumnData.h"
 #include "xsheet/ratio/hdr/RatioKeyCellData.h"
+#include "xsheet/store_control/hdr/StoreFile.h"
 
 #include <cmath>
 #include <pthread.h>
@@ -234,6 +235,23 @@ TEST(RatioKeyCellData, copies_and_comes_back_with_its_link)
     EXPECT_EQ(follower->inq_element(0, 61), f.follower->inq_element(0, 61));
     data_of(source->inq_last_key())->set_element(0, 100.0);
     EXPECT_EQ(follower->inq_element(0, 61), 45.0) << "it watches again";
+}
+
+TEST(RatioKeyCellData, comes_back_with_a_source_that_has_left_the_sheet)
+{
+    Followed f;
+    f.follow(11, 0.5, 20.0);
+    const std::unique_ptr<SubColumn> source(f.column->remove_sub_column(f.source));
+    CharOStream out;
+    out.insert_with_class_hdr(&f.sheet);
+    CharIStream in(out.inq_container());
+    const auto sheet = read_part<XSheet>(in);
+    ASSERT_TRUE(sheet);
+    EXPECT_FALSE(sheet->load_finished_with_abort(nullptr));
+    const std::unique_ptr<KIVLinkedList> columns(sheet->inq_deep_sub_column_list());
+    ASSERT_EQ(columns->count(), 2) << "the column and the one that follows";
+    auto* follower = static_cast<NumericSubColumn*>(columns->at_index(1));
+    EXPECT_EQ(follower->inq_element(0, 61), 45.0);
 }
 
 TEST(RatioKeyCellData, reads_old_forms)

@@ -17,6 +17,19 @@ inline void close_safely(XSheetStoreController& store, gsl::owner<KIVStream*> st
     }
 }
 
+/// The object that a stream is there for, with all that it claims for itself once everything is
+/// read. Null, and an error of the stream, without one.
+template <class Class> std::unique_ptr<Class> read_part(KIVIStream& stream)
+{
+    std::unique_ptr<Class> object;
+    RecordReader(stream).owned(object);
+    if (!object)
+        stream.set_error_state(KIVStream::BAD_DATA);
+    else if constexpr (requires { object->claim_rest(stream); })
+        object->claim_rest(stream);
+    return object;
+}
+
 /// A file of the open folder for as long as it is read. Without a stream if anything has failed.
 class LoadFile {
 public:
@@ -33,13 +46,7 @@ public:
     /// The object in the file, or null if anything has failed. A file without one is a failure.
     template <class Class> std::unique_ptr<Class> read()
     {
-        std::unique_ptr<Class> object;
-        if (stream && store.is_okay()) {
-            RecordReader(*stream).owned(object);
-            if (!object)
-                stream->set_error_state(KIVStream::BAD_DATA);
-        }
-        return object;
+        return stream && store.is_okay() ? read_part<Class>(*stream) : nullptr;
     }
 
 private:
