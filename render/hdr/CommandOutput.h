@@ -44,6 +44,10 @@ public:
     /// the caller's.
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type);
 
+    /// Gives the file of a frame that waits for it its name, in place of what had it. After a
+    /// failure the frame counts as not written.
+    static void finish_file(FrameReport& report);
+
     const OutputSettings& inq_settings() const { return settings; }
 
     /// In place of the type that the arguments name.
@@ -74,7 +78,8 @@ private:
     std::unique_ptr<KIVPixmap> render(RenderScene& renderer, KIVScene& scene, OutputRun& run,
                                       int frame);
     std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, OutputRun& run, int frame);
-    int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, int& writer_error);
+    int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, FrameReport& report);
 
     OutputSettings settings;
+    bool leaves_unfinished = false; // files, for `finish_file`
 };

@@ -1,4 +1,5 @@
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "render/hdr/OutputRun.h"
 #include "render/hdr/RenderScene.h"
 #include "render/src/HeldFrame.h"
 #include "tests/museum/Museum.h"
@@ -29,10 +30,13 @@ struct HeldScene : FadingCard {
     {
         HeldFrame held(*scene, renderer, 8, is_hopeless);
         held.will_render(frame);
-        held.was_written(frame, folder.path("frame"));
+        FrameReport report;
+        report.frame = frame;
+        report.file = folder.path("frame");
+        held.was_written(report);
         change();
         held.will_render(other);
-        return held.can_stand_for(other);
+        return held.open_file_for(other).is_open();
     }
 
     TempFolder folder;

@@ -100,11 +100,15 @@ class Options(InFolder):
         self.assertEqual(run("CMontaray", "image", "--", "--x").returncode, 1)
 
     def test_what_can_not_be_written_ends_the_run_at_one_place(self):
-        for jobs in (1, 3):
+        for jobs, later in ((1, {}), (3, {}), (1, {"0004.tif": b"old"}), (3, {"0004.tif": b"old"})):
             (self.frames / "0003.tif").mkdir(parents=True)
+            for name, contents in later.items():
+                (self.frames / name).write_bytes(contents)
             self.assertEqual(self.image("--jobs", jobs).returncode, 215)
             (self.frames / "0003.tif").rmdir()
-            self.assertEqual(sorted(self.files()), ["0001.tif", "0002.tif"])
+            files = self.files()
+            self.assertEqual({*files}, {"0001.tif", "0002.tif", *later})
+            self.assertEqual({name: files[name] for name in later}, later)
             self.clear()
 
     def test_finished_frames_are_left_and_others_made_again(self):

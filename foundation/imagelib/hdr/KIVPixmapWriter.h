@@ -3,6 +3,7 @@
 #include "kivlib/hdr/ClassDescriptor.h"
 
 class ByteBuffer;
+class FileHandle;
 class KIVPixmap;
 
 /// Writes pixmaps as files of one format. A file is written under another name in its folder and
@@ -26,8 +27,14 @@ public:
     /// Adds the format's extension to a `file` without one. False leaves an error.
     bool write_pixmap(const KIVString& file, KIVPixmap* pixmap);
 
-    /// A further file with the contents of `original`, which this writer wrote.
-    bool write_copy(const KIVString& original, const KIVString& file);
+    /// A further file with the contents of `original`, which such a writer wrote.
+    bool write_copy(const FileHandle& original, const KIVString& file);
+
+    /// From now on files are whole and on the disc, but wait for somebody to give them their names.
+    void leave_unfinished() { leaves_unfinished = true; }
+
+    /// Where the last of those waits.
+    const KIVString& inq_unfinished() const { return unfinished; }
 
     /// The file that `write_pixmap` makes of the name.
     KIVString inq_path(const KIVString& file) const;
@@ -40,7 +47,11 @@ protected:
     virtual const char* inq_extension() const = 0;
 
 private:
+    WriteError write_file(const KIVString& path, const ByteBuffer& contents);
+
     int error = WRITE_OKAY;
+    bool leaves_unfinished = false;
+    KIVString unfinished;
 };
 
 /// Names a writer class in the class manager and makes its writers.
