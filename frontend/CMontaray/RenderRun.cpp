@@ -2,7 +2,6 @@
 
 #include "frontend/CMontaray/JobPool.h"
 #include "frontend/CMontaray/Options.h"
-#include "frontend/CMontaray/is_finished_frame.h"
 #include "kivlib/hdr/ConsoleOStream.h"
 
 #include <algorithm>
@@ -80,9 +79,9 @@ int RenderRun::next_frame(const SameFrames& same)
     return frames[static_cast<std::size_t>(place)];
 }
 
-bool RenderRun::wants_frame(int frame, const KIVString& file, int width, int height)
+bool RenderRun::wants_frame(int frame, const KIVString& file, const std::function<bool()>& is_there)
 {
-    if (options.skip_existing && is_finished_frame(file, width, height)) {
+    if (options.skip_existing && is_there()) {
         if (options.dry_run)
             *coutp << "Frame " << frame << " is there: " << file << "\n";
         return false;

@@ -20,7 +20,8 @@ public:
     void begin() override { listener->begun(frames); }
     int render(const std::function<int()>& render_all) override;
     int next_frame(const SameFrames& same) override;
-    bool wants_frame(int frame, const KIVString& file, int width, int height) override;
+    bool wants_frame(int frame, const KIVString& file,
+                     const std::function<bool()>& is_there) override;
     void frame_ended(const FrameReport& report) override;
     AbortPanel* inq_abort_panel() override { return &stop; }
     bool looks_for_images() const override;

@@ -66,6 +66,7 @@ private:
     bool complete_range(int scene_length, OutputRun& run);
     void complete_size(double camera_aspect);
     int inq_bits_per_channel() const;
+    bool is_there(const KIVPixmapWriter* writer, const KIVString& file) const;
     void report_settings();
     void report_tv_filter();
     int output_frames(KIVScene& scene, OutputRun& run);

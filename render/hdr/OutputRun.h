@@ -48,8 +48,10 @@ public:
     /// 0 ends the run.
     virtual int next_frame(const SameFrames& same);
 
-    /// Whether to render the frame, which will be `file`, at this size.
-    virtual bool wants_frame(int frame, const KIVString& file, int width, int height);
+    /// Whether to render the frame, which will be `file`. `is_there` says whether there is a whole
+    /// file already such as this run writes.
+    virtual bool wants_frame(int frame, const KIVString& file,
+                             const std::function<bool()>& is_there);
     virtual void frame_ended(const FrameReport&) {}
 
     /// Asked during a frame; may be null.

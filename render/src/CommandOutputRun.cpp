@@ -277,7 +277,7 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
     FrameReport report;
     report.frame = frame;
     report.file = writer ? writer->inq_path(name) : name;
-    if (!run.wants_frame(frame, report.file, settings.width, settings.height)) {
+    if (!run.wants_frame(frame, report.file, [&] { return is_there(writer.get(), report.file); })) {
         report.outcome = FrameReport::LEFT_OUT;
     } else {
         if (!settings.silent)
@@ -295,6 +295,20 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
     if (run.looks_for_images())
         report.no_images = held.find_unreadable_images(frame);
     return report;
+}
+
+/// A frame of a transparent run has no alpha where a picture without any fills it.
+bool CommandOutput::is_there(const KIVPixmapWriter* writer, const KIVString& file) const
+{
+    if (!writer)
+        return false;
+    const bool has_8_bits = find_output_file_kind(settings.file_type)->is_written_in_8_bits;
+    PictureForm form = {settings.width, settings.height, 3,
+                        has_8_bits ? 8 : inq_bits_per_channel()};
+    if (writer->has_finished(file, form))
+        return true;
+    form.samples = 4;
+    return settings.transparent && writer->has_finished(file, form);
 }
 
 /// False if the frame has to be rendered after all.

@@ -5,6 +5,15 @@
 class ByteBuffer;
 class FileHandle;
 class KIVPixmap;
+class WrittenFile;
+
+/// What the pixels of a frame are like.
+struct PictureForm {
+    int width;
+    int height;
+    int samples;
+    int bits;
+};
 
 /// Writes pixmaps as files of one format. A file is written under another name in its folder and
 /// moved over the final one when it is whole and on the disc; a failure leaves what was there.
@@ -36,6 +45,9 @@ public:
     /// Where the last of those waits.
     const KIVString& inq_unfinished() const { return unfinished; }
 
+    /// Whether the file is a whole one as this writer makes of a pixmap of the form.
+    bool has_finished(const KIVString& file, const PictureForm& form) const;
+
     /// The file that `write_pixmap` makes of the name.
     KIVString inq_path(const KIVString& file) const;
 
@@ -45,6 +57,10 @@ protected:
     /// Gives the whole file to `contents`.
     virtual WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) = 0;
     virtual const char* inq_extension() const = 0;
+
+    /// Whether the file is whole and of the form. Files are never written in place, so an end that
+    /// is where it has to be says so.
+    virtual bool is_whole(const WrittenFile& file, const PictureForm& form) const = 0;
 
 private:
     WriteError write_file(const KIVString& path, const ByteBuffer& contents);

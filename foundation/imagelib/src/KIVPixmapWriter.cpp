@@ -2,6 +2,7 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/UnfinishedFile.h"
+#include "imagelib/src/WrittenFile.h"
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/ClassManager.h"
 
@@ -116,6 +117,12 @@ KIVPixmapWriter::WriteError KIVPixmapWriter::write_file(const KIVString& path,
     else if (!file.finish())
         return WRITE_CANNOT_RENAME;
     return WRITE_OKAY;
+}
+
+bool KIVPixmapWriter::has_finished(const KIVString& path, const PictureForm& form) const
+{
+    const WrittenFile file(path);
+    return file.inq_size() > 0 && is_whole(file, form);
 }
 
 KIVString KIVPixmapWriter::inq_path(const KIVString& file) const

@@ -1,6 +1,8 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/src/BigEndian.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/ZlibPacker.h"
 #include "imagelib/src/row_kernels.h"
 #include "kivlib/hdr/ByteBuffer.h"
@@ -14,6 +16,7 @@ class PngWriter : public KIVPixmapWriter {
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "png"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 };
 
 constexpr double INCHES_PER_METRE = 1.0 / 0.0254;
@@ -93,6 +96,17 @@ bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const 
     put_chunk(png, "IDAT", packed);
     put_chunk(png, "IEND", ByteBuffer());
     return true;
+}
+
+bool PngWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    unsigned char head[26] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n',
+                              0,    0,   0,   13,  'I',  'H',  'D',  'R'};
+    BigEndian sizes(head);
+    sizes(16).put_32(static_cast<unsigned>(form.width)).put_32(static_cast<unsigned>(form.height));
+    sizes.put_8(static_cast<unsigned>(form.bits));
+    sizes.put_8(form.samples == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB);
+    return file.has(0, head) && file.can_be_read(form);
 }
 
 KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)

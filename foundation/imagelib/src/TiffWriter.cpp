@@ -1,7 +1,9 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/TiffCompression.h"
+#include "imagelib/src/TiffPage.h"
 #include "imagelib/src/TiffStream.h"
+#include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/ZlibPacker.h"
 #include "imagelib/src/row_kernels.h"
 #include "kivlib/hdr/ByteBuffer.h"
@@ -18,6 +20,7 @@ public:
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "tif"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 
 private:
     bool is_compressed;
@@ -140,6 +143,18 @@ int inq_scheme(bool is_compressed)
         return COMPRESSION_NONE;
     return our_tiff_compression == TiffCompression::LZW ? COMPRESSION_LZW
                                                         : COMPRESSION_ADOBE_DEFLATE;
+}
+
+bool TiffWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    TiffStream stream(file.inq_handle(), file.inq_size(), LARGEST_TIFF_BLOCK);
+    TIFF* tiff = stream.open_to_read();
+    if (!tiff)
+        return false;
+    const RowLayout layout = TiffPage::look(tiff).layout;
+    return layout.samples == form.samples && layout.bits == form.bits &&
+           get_tiff_field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) == inq_scheme(is_compressed) &&
+           file.can_be_read(form);
 }
 
 KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
