@@ -225,15 +225,21 @@ class Colours(InFolder):
         scene = self.make_scene([output("cel", "card"), card("card", 1, 0.25, 0),
                                  images("cel", *(self.folder / cel[0] for cel in cels))],
                                 length=len(cels))
-        for option in ("-tiff", "-tiff16"):
-            result, frames = self.render(scene, "-silent", "-width", 72, option, "-color",
-                                         self.folder / "swap.icc")
+        profile = self.folder / "swap.icc"
+        for option in (["-tiff"], ["-tiff16"], ["--format", "png16"]):
+            result, frames = self.render(scene, "-silent", "-width", 72, *option, "-color", profile)
             self.assertEqual(result.returncode, 0)
+            [first] = frames.glob("0001.*")
+            convert(first, self.folder / "held.icc")
+            self.assertEqual((self.folder / "held.icc").read_bytes(), profile.read_bytes())
             for index, (name, _, _, wanted) in enumerate(cels):
-                frame = frames / f"{index + 1:04}.tif"
+                frame = frames / f"{index + 1:04}{first.suffix}"
                 for x, colour in ((36, wanted), (2, orange)):
                     for a, b in zip(pixel(frame, x, 27), colour):
                         self.assertLessEqual(abs(a - b), tolerance, (name, option, x))
+            first.unlink()
+        self.render(scene, "-silent", "-gamma", 2, "-color", profile, 1)
+        self.assertNotIn("icc:", convert(frames / "0001.tif", "-verbose", "info:"))
 
 
 class Descriptions(InFolder):

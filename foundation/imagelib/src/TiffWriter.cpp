@@ -1,3 +1,4 @@
+#include "imagelib/hdr/ColourManager.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/TiffCompression.h"
@@ -53,6 +54,14 @@ void set_resolution(TIFF* tiff, const KIVPixmap& pixmap)
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, pixmap.inq_x_dpi());
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, pixmap.inq_y_dpi());
+}
+
+void set_profile(TIFF* tiff)
+{
+    const ProfileData& profile = inq_colour_manager()->inq_frame_profile_data();
+    if (!profile.empty())
+        TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
+                     profile.data());
 }
 
 void set_compression(TIFF* tiff, int scheme)
@@ -172,6 +181,7 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
         return WRITE_CANNOT_ENCODE;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
+    set_profile(tiff);
     set_compression(tiff, scheme);
     StripWriter strips(tiff, pixmap);
     if (!strips.prepare(scheme))
