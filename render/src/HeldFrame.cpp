@@ -30,6 +30,13 @@ bool is_at(const timespec& a, const timespec& b)
 {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
+
+BitmapProvider& inq_provider(int bits)
+{
+    if (bits == 8)
+        return *inq_bitmap_provider_8();
+    return *inq_bitmap_provider_16();
+}
 } // namespace
 
 FileState::FileState(const KIVString& path) : exists(::stat(path.c_str(), &facts) == 0) {}
@@ -59,7 +66,8 @@ bool FileState::is_settled() const
 }
 
 HeldFrame::HeldFrame(KIVScene& scene, RenderScene& renderer, int bits, bool is_hopeless)
-    : renderer(renderer), bits(bits), is_provable(!is_hopeless && scene.inq_graph())
+    : renderer(renderer), bits(bits), provider(inq_provider(bits)),
+      is_provable(!is_hopeless && scene.inq_graph())
 {
     if (!scene.inq_graph())
         return;
@@ -88,7 +96,7 @@ void HeldFrame::will_render(int frame)
     if (!is_provable)
         return;
     for (const CNodeRasterImage* image : images) {
-        rendered_from.emplace_back(image->inq_filename(frame));
+        rendered_from.emplace_back(provider.inq_file(image->inq_mipmap_id(frame, bits)));
         are_settled &= rendered_from.back().is_settled();
     }
 }
@@ -118,20 +126,17 @@ FileHandle HeldFrame::open_file_for(int frame) const
 
 KIVStringList HeldFrame::find_unreadable_images(int frame) const
 {
-    BitmapProvider* provider = inq_bitmap_provider_16();
-    if (bits == 8)
-        provider = inq_bitmap_provider_8();
     KIVStringList found;
     for (const CNodeRasterImage* image : images) {
         const int id = image->inq_mipmap_id(frame, bits);
         if (id < 0 || image->inq_is_disabled())
             continue;
-        const MipMap* picture = provider->lock(id);
+        const MipMap* picture = provider.lock(id);
         if (!picture || !picture->usable)
             found.add_to_end(image->inq_filename(frame) + ": " +
                                  (picture ? picture->inq_error_msg() : "it is not known"),
                              true);
-        provider->unlock(id);
+        provider.unlock(id);
     }
     return found;
 }

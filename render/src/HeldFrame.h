@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <vector>
 
+class BitmapProvider;
 class CNode;
 class CNodeRasterImage;
 class KIVScene;
@@ -58,6 +59,7 @@ private:
 
     RenderScene& renderer;
     int bits;
+    BitmapProvider& provider;
     bool is_provable;
     std::vector<CNodeRasterImage*> images; // not owned
     std::vector<FileState> rendered_from;
