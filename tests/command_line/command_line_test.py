@@ -253,6 +253,8 @@ class Descriptions(InFolder):
         good = card("card", 1, 0, 0)
         self.expect_mistake("/nodes/1/type", [output("card"), {**good, "type": "Colour Crad"}])
         self.expect_mistake("/nodes/0/inputs/0", [output("crad"), good])
+        self.expect_mistake("/nodes/0/inputs/0/output",
+                            [output({"node": "card", "output": 2}), good])
         self.expect_mistake("/nodes/2/name", [output("card"), good, good])
         self.expect_mistake("/nodes", [good])
         self.expect_mistake("/length", [output("card"), good], length=0)
@@ -313,7 +315,8 @@ class Descriptions(InFolder):
                     {"name": "there", "type": "Receive", "inputs": link or ["here"]},
                     {"name": "here", "type": "Transmit", "inputs": ["card"]},
                     {"name": "set", "type": "Macro", "members": ["card", "there"]}]
-        shown = run("montaray-scene", "show", self.make_scene(nodes())).stdout
+        linked = nodes(inputs=[{"node": "there", "output": 1}])
+        shown = run("montaray-scene", "show", self.make_scene(linked)).stdout
         for line in ("    all  (Group)\n      there  (Receive)  in set\n"
                      "        here  (Transmit)  folded into all\n          card  (Color Card)  in set",
                      "  set  (Macro) of card, there\n", "  there\n    card\n"):
