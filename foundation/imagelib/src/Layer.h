@@ -34,6 +34,8 @@ public:
     }
 
     /// Undefined pixels for a tile that is drawn aside. They are given back in the other order.
+    /// What is opaque is drawn over them with a share of 0 for what was there, which a tool that
+    /// looks for undefined values takes for a fault.
     Canvas take_canvas(const Tile& tile, PixType type);
     void give_back_canvas() { --canvases_in_use; }
 
