@@ -44,8 +44,8 @@ public:
     /// the caller's.
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type);
 
-    /// Gives the file of a frame that waits for it its name, in place of what had it. After a
-    /// failure the frame counts as not written.
+    /// Waits until the disc holds a frame's file that waits, and gives it its name in place of what
+    /// had it. After a failure the frame counts as not written.
     static void finish_file(FrameReport& report);
 
     const OutputSettings& inq_settings() const { return settings; }

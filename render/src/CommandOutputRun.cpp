@@ -417,11 +417,11 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
 
 void CommandOutput::finish_file(FrameReport& report)
 {
-    const KIVString unfinished = std::exchange(report.unfinished, {});
-    if (unfinished.is_null() || std::rename(unfinished.c_str(), report.file.c_str()) == 0)
+    if (report.unfinished.is_null())
         return;
-    ::unlink(unfinished.c_str());
-    report.outcome = FrameReport::NOT_WRITTEN;
-    report.writer_error = KIVPixmapWriter::WRITE_CANNOT_RENAME;
+    report.writer_error =
+        KIVPixmapWriter::finish(std::exchange(report.unfinished, {}), report.file);
     report.result = result_for_writer_error(report.writer_error);
+    if (report.writer_error != KIVPixmapWriter::WRITE_OKAY)
+        report.outcome = FrameReport::NOT_WRITTEN;
 }

@@ -39,11 +39,16 @@ public:
     /// A further file with the contents of `original`, which such a writer wrote.
     bool write_copy(const FileHandle& original, const KIVString& file);
 
-    /// From now on files are whole and on the disc, but wait for somebody to give them their names.
+    /// From now on files are whole, but wait for `finish`, so that the next one can be made while
+    /// the disc is busy.
     void leave_unfinished() { leaves_unfinished = true; }
 
     /// Where the last of those waits.
     const KIVString& inq_unfinished() const { return unfinished; }
+
+    /// Waits until the disc holds a file that waits, and gives it its name in place of what had it.
+    /// After a failure it is gone.
+    static WriteError finish(const KIVString& unfinished, const KIVString& file);
 
     /// Whether the file is a whole one as this writer makes of a pixmap of the form.
     bool has_finished(const KIVString& file, const PictureForm& form) const;

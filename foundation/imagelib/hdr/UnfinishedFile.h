@@ -27,8 +27,9 @@ public:
     /// Gives a closed file its name, in place of what had it.
     bool finish();
 
-    /// Leaves a closed file under its other name, for the caller to rename.
-    KIVString leave() { return std::exchange(own_path, {}); }
+    /// Leaves the file under its other name, which is told, for somebody to bring it to the disc
+    /// and rename it.
+    bool leave(KIVString& other_path);
 
 private:
     KIVString path;

@@ -7,9 +7,11 @@
 #include "kivlib/hdr/ClassManager.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <new>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 std::string add_extension(const KIVString& file, const char* extension)
@@ -23,14 +25,6 @@ KIVPixmapWriter::WriteError inq_last_error(KIVPixmapWriter::WriteError otherwise
 {
     const bool is_full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
     return is_full ? KIVPixmapWriter::WRITE_NO_ROOM : otherwise;
-}
-
-KIVPixmapWriter::WriteError put_on_disc(UnfinishedFile& file, const ByteBuffer& contents)
-{
-    const bool is_whole =
-        file.inq_handle().write_all(contents.data(), contents.size()) && file.close();
-    return is_whole ? KIVPixmapWriter::WRITE_OKAY
-                    : inq_last_error(KIVPixmapWriter::WRITE_DISC_FAILED);
 }
 
 KIVPixmapWriter::WriteError read_file(const FileHandle& file, ByteBuffer& contents)
@@ -109,14 +103,25 @@ KIVPixmapWriter::WriteError KIVPixmapWriter::write_file(const KIVString& path,
     UnfinishedFile file;
     if (!file.create(path))
         return inq_last_error(WRITE_CANNOT_OPEN);
-    const WriteError failure = put_on_disc(file, contents);
+    const bool is_whole = file.inq_handle().write_all(contents.data(), contents.size()) &&
+                          (leaves_unfinished ? file.leave(unfinished) : file.close());
+    if (!is_whole)
+        return inq_last_error(WRITE_DISC_FAILED);
+    return leaves_unfinished || file.finish() ? WRITE_OKAY : WRITE_CANNOT_RENAME;
+}
+
+KIVPixmapWriter::WriteError KIVPixmapWriter::finish(const KIVString& unfinished,
+                                                    const KIVString& path)
+{
+    WriteError failure = WRITE_OKAY;
+    const FileHandle file = FileHandle::open_to_read(unfinished.c_str());
+    if (!file.is_open() || !file.sync())
+        failure = inq_last_error(WRITE_DISC_FAILED);
+    else if (std::rename(unfinished.c_str(), path.c_str()) != 0)
+        failure = WRITE_CANNOT_RENAME;
     if (failure != WRITE_OKAY)
-        return failure;
-    if (leaves_unfinished)
-        unfinished = file.leave();
-    else if (!file.finish())
-        return WRITE_CANNOT_RENAME;
-    return WRITE_OKAY;
+        ::unlink(unfinished.c_str());
+    return failure;
 }
 
 bool KIVPixmapWriter::has_finished(const KIVString& path, const PictureForm& form) const

@@ -136,6 +136,14 @@ bool UnfinishedFile::finish()
     return true;
 }
 
+bool UnfinishedFile::leave(KIVString& other_path)
+{
+    if (!handle.close())
+        return false;
+    other_path = std::exchange(own_path, {});
+    return true;
+}
+
 UnfinishedFile::~UnfinishedFile()
 {
     if (!own_path.is_null())
