@@ -2,6 +2,7 @@
 
 #include "frontend/CMontaray/Message.h"
 #include "kivlib/hdr/ConsoleOStream.h"
+#include "kivlib/hdr/entry_point.h"
 
 #include <cerrno>
 #include <csignal>
@@ -52,8 +53,11 @@ private:
     if (::getppid() != parent)
         ::_exit(EXIT_FAILURE);
     PipeListener listener(pipe);
-    work(number, first_places, listener);
-    ::_exit(EXIT_SUCCESS);
+    const bool is_done = without_exceptions<bool>(false, [&] {
+        work(number, first_places, listener);
+        return true;
+    });
+    ::_exit(is_done ? EXIT_SUCCESS : EXIT_FAILURE); // what is further up is the first process's
 }
 } // namespace
 

@@ -157,7 +157,7 @@ std::set<std::string> JobPool::list_waiting_files() const
 {
     std::set<std::string> files;
     for (const auto& [place, event] : waiting)
-        files.insert(event.report.unfinished.str());
+        files.insert(event.report.unfinished.get_file().str());
     return files;
 }
 

@@ -45,6 +45,7 @@ void share_unfinished_files();
 /// hosts stay, and those from before the last start of this one.
 void remove_abandoned_files(const KIVString& folder);
 
-/// Removes those in the folder that a process forked from this one left, but for `kept`.
+/// Removes those in the folder that a process forked from this one left, but for the names in
+/// `kept`.
 void remove_unfinished_files(const KIVString& folder, int process,
                              const std::set<std::string>& kept);

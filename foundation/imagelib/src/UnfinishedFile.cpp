@@ -110,7 +110,7 @@ void remove_files(const KIVString& folder, const std::function<bool(const std::s
     std::error_code failure;
     for (std::filesystem::directory_iterator entry(folder.str(), failure), end;
          !failure && entry != end; entry.increment(failure))
-        if (is_meant(entry->path().native()))
+        if (is_meant(entry->path().filename().native()))
             ::unlink(entry->path().c_str());
 }
 } // namespace
@@ -163,7 +163,7 @@ void remove_abandoned_files(const KIVString& folder)
 void remove_unfinished_files(const KIVString& folder, int process,
                              const std::set<std::string>& kept)
 {
-    remove_files(folder, [&kept, ending = make_ending(process)](const std::string& path) {
-        return path.ends_with(ending) && !kept.contains(path);
+    remove_files(folder, [&kept, ending = make_ending(process)](const std::string& name) {
+        return name.ends_with(ending) && !kept.contains(name);
     });
 }

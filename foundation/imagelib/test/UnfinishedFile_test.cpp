@@ -62,7 +62,7 @@ TEST(UnfinishedFile, of_a_run_of_several_processes_stays_while_the_first_lives)
     leave_behind(folder.path("other"), true);
     remove_abandoned_files(folder.path());
     EXPECT_EQ(list_names(folder).size(), 2U);
-    remove_unfinished_files(folder.path(), process, {folder.path(kept).str()});
+    remove_unfinished_files(folder.path(), process, {kept});
     EXPECT_EQ(list_names(folder).size(), 2U);
     remove_unfinished_files(folder.path(), process, {});
     EXPECT_EQ(list_names(folder).size(), 1U);
