@@ -58,7 +58,7 @@ std::vector<unsigned char> gather_pixels(Bytes file)
                 return {};
             const Bytes contents = chunk.inq_contents();
             packed.insert(packed.end(), contents.begin(), contents.end());
-        } else if (!chunk.is_one_of_the_head() && !chunk.can_be_passed_over()) {
+        } else if (!chunk.can_be_passed_over() && !(packed.empty() && chunk.is_one_of_the_head())) {
             return {};
         } else {
             has_ended = !packed.empty();
