@@ -2,6 +2,7 @@
 
 #include "frontend/CMontaray/Message.h"
 #include "kivlib/hdr/ConsoleOStream.h"
+#include "kivlib/hdr/entry_point.h"
 
 #include <cerrno>
 #include <csignal>
@@ -22,57 +23,27 @@ private:
     std::string text;
 };
 
-/// Tells the process at the other end of the pipe. What is said while the scene is loaded comes
-/// from every process, and is printed once there.
+/// Tells the process at the other end of the pipe, which prints what was said.
 class PipeListener : public RunListener {
 public:
-    explicit PipeListener(int pipe) : pipe(pipe), old_errors(cerrp)
-    {
-        coutp = &output;
-        cerrp = &errors;
-    }
+    explicit PipeListener(int pipe) : pipe(pipe) { coutp = &output; }
     PipeListener(const PipeListener&) = delete;
     PipeListener& operator=(const PipeListener&) = delete;
 
-    void begun(const std::vector<int>& frames) override
-    {
-        Message message(Message::BEGUN);
-        put_words(message);
-        message.put(static_cast<long>(frames.size()));
-        for (const int frame : frames)
-            message.put(frame);
-        message.send(pipe);
-        cerrp = old_errors;
-    }
+    void begun(const std::vector<int>&) override {}
 
     void frame_ended(const FrameEvent& event) override
     {
         FrameEvent whole = event;
         whole.said = output.take();
-        Message message(Message::FRAME);
+        Message message;
         put_event(message, whole);
         message.send(pipe);
     }
 
-    void end(int result)
-    {
-        Message message(Message::ENDED);
-        put_words(message);
-        message.put(result);
-        message.send(pipe);
-    }
-
 private:
-    void put_words(Message& message)
-    {
-        message.put(output.take());
-        message.put(errors.take());
-    }
-
     int pipe;
     HeldConsole output;
-    HeldConsole errors;
-    KIVOStream* old_errors;
 };
 
 [[noreturn]] void be_job(int pipe, pid_t parent, int number, const std::vector<int>& first_places,
@@ -82,8 +53,11 @@ private:
     if (::getppid() != parent)
         ::_exit(EXIT_FAILURE);
     PipeListener listener(pipe);
-    listener.end(work(number, first_places, listener));
-    ::_exit(EXIT_SUCCESS);
+    const bool is_done = without_exceptions<bool>(false, [&] {
+        work(number, first_places, listener);
+        return true;
+    });
+    ::_exit(is_done ? EXIT_SUCCESS : EXIT_FAILURE); // what is further up is the first process's
 }
 } // namespace
 

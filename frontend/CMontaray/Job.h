@@ -6,9 +6,9 @@
 #include <functional>
 #include <sys/types.h>
 
-/// Does a process's part of the run; gives the result.
+/// Does a process's part of the run.
 using JobWork =
-    std::function<int(int job, const std::vector<int>& first_places, RunListener& listener)>;
+    std::function<void(int job, const std::vector<int>& first_places, RunListener& listener)>;
 
 /// A process that renders, as the one that started it sees it.
 struct Job {
@@ -23,7 +23,4 @@ struct Job {
     FileHandle pipe;
     std::string bytes;             // that came and were not looked at yet
     std::vector<int> first_places; // that an earlier process lost
-    bool has_begun = false;
-    bool has_ended = false; // and said so
-    int result = 0;
 };

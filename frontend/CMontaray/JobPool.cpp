@@ -2,18 +2,18 @@
 
 #include "frontend/CMontaray/Message.h"
 #include "frontend/CMontaray/StopSignal.h"
-#include "frontend/CMontaray/exit_codes.h"
-#include "kivlib/hdr/ConsoleOStream.h"
+#include "imagelib/hdr/UnfinishedFile.h"
+#include "render/hdr/CommandOutput.h"
 
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 #include <iostream>
 #include <poll.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
-constexpr int MOST_DEATHS = 2; // with one frame in hand, or while the scene is loaded
+constexpr int MOST_DEATHS = 2; // with one frame in hand, or with none
 
 std::string inq_reason(int status)
 {
@@ -30,42 +30,28 @@ int wait_for(pid_t pid)
     return status;
 }
 
-/// Files are written under names of the process's own first.
-void remove_unfinished_files(const std::string& folder, pid_t pid)
+void remove_file(const KIVString& file)
 {
-    const std::string end = "." + std::to_string(pid) + "~";
-    std::error_code failure;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, failure))
-        if (entry.path().native().ends_with(end))
-            std::filesystem::remove(entry.path(), failure);
-}
-
-void remove_file(const FrameReport& report)
-{
-    std::error_code failure;
-    if (report.outcome == FrameReport::WRITTEN || report.outcome == FrameReport::COPIED)
-        std::filesystem::remove(report.file.str(), failure);
+    if (!file.is_null())
+        ::unlink(file.c_str());
 }
 } // namespace
 
-JobPool::JobPool(FrameQueue& queue, const std::string& folder, const JobWork& work,
-                 RunListener& listener)
-    : queue(queue), folder(folder), work(work), listener(listener)
+JobPool::JobPool(FrameQueue& queue, const std::string& folder, const std::vector<int>& frames,
+                 const JobWork& work, RunListener& listener)
+    : queue(queue), folder(folder), frames(frames), work(work), listener(listener)
 {}
 
 int JobPool::run(int n_jobs)
 {
+    share_unfinished_files();
     for (int number = 0; number < n_jobs; ++number)
         start(number, {});
     while (!jobs.empty()) {
         pass_signal_on();
         wait();
     }
-    if (has_ended)
-        for (const auto& [place, event] : waiting)
-            remove_file(event.report); // one process would not have come so far
-    else if (!is_stopping)
-        lose_the_rest();
+    settle_the_rest();
     return result;
 }
 
@@ -109,45 +95,7 @@ void JobPool::wait()
 void JobPool::listen(Job& job)
 {
     while (std::optional<Message> message = Message::take_from(job.bytes))
-        take(job, *message);
-}
-
-void JobPool::take(Job& job, Message& message)
-{
-    switch (message.take_number()) {
-    case Message::BEGUN:
-        job.has_begun = true;
-        take_begun(message);
-        break;
-    case Message::FRAME:
-        take_frame(take_event(message));
-        break;
-    case Message::ENDED: {
-        const std::string output = message.take_text();
-        const std::string errors = message.take_text();
-        job.has_ended = true;
-        job.result = static_cast<int>(message.take_number());
-        if (frames.empty() && result == 0 && job.result != 0) { // they all say the same
-            *coutp << output.c_str();
-            *cerrp << errors.c_str();
-            result = job.result;
-        }
-        break;
-    }
-    default:
-        break;
-    }
-}
-
-void JobPool::take_begun(Message& message)
-{
-    if (!frames.empty())
-        return;
-    *coutp << message.take_text().c_str();
-    *cerrp << message.take_text().c_str();
-    for (long n = message.take_number(); n > 0; --n)
-        frames.push_back(static_cast<int>(message.take_number()));
-    listener.begun(frames);
+        take_frame(take_event(*message));
 }
 
 bool JobPool::is_known(int place) const
@@ -157,23 +105,40 @@ bool JobPool::is_known(int place) const
 
 void JobPool::take_frame(const FrameEvent& event)
 {
-    if (is_known(event.place))
-        return; // two processes had it
+    if (is_known(event.place)) // two processes had it
+        return remove_file(event.report.unfinished);
     waiting.emplace(event.place, event);
     deliver();
 }
 
 void JobPool::deliver()
 {
-    for (auto first = waiting.begin();
-         !has_ended && first != waiting.end() && first->first == next_place;
-         first = waiting.begin()) {
-        const FrameEvent event = std::move(first->second);
-        waiting.erase(first);
-        ++next_place;
-        listener.frame_ended(event);
-        result = event.report.result;
-        has_ended = result != 0;
+    while (!has_ended && waiting.contains(next_place))
+        tell(waiting.extract(next_place++).mapped());
+}
+
+void JobPool::tell(FrameEvent event)
+{
+    CommandOutput::finish_file(event.report);
+    listener.frame_ended(event);
+    result = event.report.result;
+    has_ended = result != 0;
+    if (has_ended)
+        queue.end_at(event.place);
+}
+
+/// A run that was stopped keeps whole frames also where one before them is wanting. Behind one that
+/// can't be written, one process would not have come to them: what was there before stays.
+void JobPool::settle_the_rest()
+{
+    if (StopSignal::inq_signal() == 0)
+        lose_the_rest();
+    while (!waiting.empty()) {
+        FrameEvent event = waiting.extract(waiting.begin()).mapped();
+        if (has_ended)
+            remove_file(event.report.unfinished);
+        else
+            tell(std::move(event));
     }
 }
 
@@ -188,22 +153,29 @@ std::vector<int> JobPool::list_lost_places(const Job& job) const
     return places;
 }
 
+std::set<std::string> JobPool::list_waiting_files() const
+{
+    std::set<std::string> files;
+    for (const auto& [place, event] : waiting)
+        files.insert(event.report.unfinished.get_file().str());
+    return files;
+}
+
 void JobPool::bury(Job& job)
 {
     const int status = wait_for(job.pid);
-    const bool has_failed_to_begin = job.has_ended && !job.has_begun;
-    if (!job.has_ended)
-        remove_unfinished_files(folder, job.pid);
-    if (StopSignal::inq_signal() != 0 || has_failed_to_begin)
-        return;
-    if (!job.has_ended || !list_lost_places(job).empty())
+    const bool has_finished = WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+    if (!has_finished)
+        remove_unfinished_files(folder, job.pid, list_waiting_files());
+    const bool lacks_frames = !has_finished || !list_lost_places(job).empty();
+    if (lacks_frames && StopSignal::inq_signal() == 0)
         replace(job, inq_reason(status));
 }
 
 void JobPool::replace(const Job& job, const std::string& reason)
 {
     std::vector<int> places = list_lost_places(job);
-    if (places.empty() && ++n_deaths_at_start > MOST_DEATHS)
+    if (places.empty() && ++n_idle_deaths > MOST_DEATHS)
         return;
     if (!places.empty() && ++n_deaths[places.front()] >= MOST_DEATHS) {
         lose(places.front(), reason);
@@ -223,11 +195,7 @@ void JobPool::lose(int place, const std::string& reason)
 
 void JobPool::lose_the_rest()
 {
-    for (int place = next_place; place < static_cast<int>(frames.size()); ++place)
+    for (int place = next_place; place < static_cast<int>(frames.size()) && !has_ended; ++place)
         if (!is_known(place))
             lose(place, "no process was left to render it");
-    if (frames.empty() && result == 0) {
-        std::cerr << "CMontaray: the processes ended while they loaded the scene.\n";
-        result = FRAMES_LOST;
-    }
 }

@@ -79,6 +79,7 @@ void put_event(Message& message, const FrameEvent& event)
                               static_cast<long>(event.seconds * MICROSECONDS), event.peak_memory})
         message.put(number);
     message.put(report.file.str());
+    message.put(report.unfinished.str());
     message.put(event.said);
     message.put(report.no_images.count());
     for (int i = 0; i < report.no_images.count(); ++i)
@@ -97,6 +98,7 @@ FrameEvent take_event(Message& message)
     event.seconds = static_cast<double>(message.take_number()) / MICROSECONDS;
     event.peak_memory = message.take_number();
     report.file = message.take_text();
+    report.unfinished = message.take_text();
     event.said = message.take_text();
     for (long n = message.take_number(); n > 0; --n)
         report.no_images.add_to_end(message.take_text(), false);

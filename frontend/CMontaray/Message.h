@@ -7,10 +7,6 @@
 /// What a rendering process tells the one that started it: fields that may hold any bytes.
 class Message {
 public:
-    enum Kind { BEGUN = 1, FRAME = 2, ENDED = 3 };
-
-    explicit Message(Kind kind) { put(kind); }
-
     void put(long number) { put(std::to_string(number)); }
     void put(const std::string& text);
 
@@ -24,8 +20,6 @@ public:
     std::string take_text();
 
 private:
-    Message() = default;
-
     std::string fields;
     std::size_t place = 0; // of the next field
 };

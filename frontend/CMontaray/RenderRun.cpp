@@ -1,7 +1,7 @@
 #include "frontend/CMontaray/RenderRun.h"
 
+#include "frontend/CMontaray/JobPool.h"
 #include "frontend/CMontaray/Options.h"
-#include "frontend/CMontaray/is_finished_frame.h"
 #include "kivlib/hdr/ConsoleOStream.h"
 
 #include <algorithm>
@@ -18,10 +18,9 @@ long inq_peak_memory()
 }
 } // namespace
 
-RenderRun::RenderRun(const Options& options, FrameQueue& queue, int job,
-                     std::vector<int> first_places, RunListener& listener)
-    : options(options), queue(queue), job(job), first_places(std::move(first_places)),
-      listener(listener)
+RenderRun::RenderRun(const Options& options, FrameQueue& queue, const std::string& folder,
+                     RunListener& listener)
+    : options(options), queue(queue), folder(folder), listener(&listener)
 {}
 
 bool RenderRun::choose_range(int scene_length, int& first, int& last)
@@ -45,6 +44,19 @@ bool RenderRun::choose_range(int scene_length, int& first, int& last)
     return true;
 }
 
+int RenderRun::render(const std::function<int()>& render_all)
+{
+    if (options.jobs == 1)
+        return render_all();
+    const JobWork work = [&](int number, const std::vector<int>& places, RunListener& teller) {
+        job = number;
+        first_places = places;
+        listener = &teller;
+        render_all();
+    };
+    return JobPool(queue, folder, frames, work, *listener).run(options.jobs);
+}
+
 int RenderRun::next_place(const SameFrames& same)
 {
     if (n_first_done < first_places.size())
@@ -62,14 +74,14 @@ int RenderRun::next_frame(const SameFrames& same)
     place = stop.inq_abort() ? -1 : next_place(same);
     if (place < 0 || !queue.is_wanted(place))
         return 0;
-    listener.frame_begins();
+    listener->frame_begins();
     start = std::chrono::steady_clock::now();
     return frames[static_cast<std::size_t>(place)];
 }
 
-bool RenderRun::wants_frame(int frame, const KIVString& file, int width, int height)
+bool RenderRun::wants_frame(int frame, const KIVString& file, const std::function<bool()>& is_there)
 {
-    if (options.skip_existing && is_finished_frame(file, width, height)) {
+    if (options.skip_existing && is_there()) {
         if (options.dry_run)
             *coutp << "Frame " << frame << " is there: " << file << "\n";
         return false;
@@ -91,12 +103,19 @@ void RenderRun::frame_ended(const FrameReport& report)
     event.peak_memory = inq_peak_memory();
     if (report.result != 0)
         queue.end_at(place);
-    listener.frame_ended(event);
+    listener->frame_ended(event);
 }
 
 bool RenderRun::looks_for_images() const
 {
     return options.strict || options.dry_run;
+}
+
+// One process alone would not come to the frames behind one that can't be written, so theirs must
+// not replace anything before their turn.
+bool RenderRun::leaves_unfinished() const
+{
+    return options.jobs > 1;
 }
 
 bool RenderRun::is_rehearsal() const

@@ -8,20 +8,24 @@
 
 struct Options;
 
-/// One process's part in a run: it renders the frames that it takes from the queue.
+/// A run that takes its frames from the queue. With several jobs, processes are made once the scene
+/// is loaded, each with its own copy of it from then on.
 class RenderRun : public OutputRun {
 public:
-    /// `first_places` are dealt with before the queue is asked; all arguments outlive the run.
-    RenderRun(const Options& options, FrameQueue& queue, int job, std::vector<int> first_places,
+    /// Frames go to `folder`. All arguments outlive the run.
+    RenderRun(const Options& options, FrameQueue& queue, const std::string& folder,
               RunListener& listener);
 
     bool choose_range(int scene_length, int& first, int& last) override;
-    void begin() override { listener.begun(frames); }
+    void begin() override { listener->begun(frames); }
+    int render(const std::function<int()>& render_all) override;
     int next_frame(const SameFrames& same) override;
-    bool wants_frame(int frame, const KIVString& file, int width, int height) override;
+    bool wants_frame(int frame, const KIVString& file,
+                     const std::function<bool()>& is_there) override;
     void frame_ended(const FrameReport& report) override;
     AbortPanel* inq_abort_panel() override { return &stop; }
     bool looks_for_images() const override;
+    bool leaves_unfinished() const override;
     bool is_rehearsal() const override;
 
 private:
@@ -30,10 +34,11 @@ private:
 
     const Options& options;
     FrameQueue& queue;
-    int job;
-    std::vector<int> first_places;
+    const std::string folder;
+    RunListener* listener; // not owned
+    int job = 0;
+    std::vector<int> first_places; // dealt with before the queue is asked
     std::size_t n_first_done = 0;
-    RunListener& listener;
     StopSignal stop;
     std::vector<int> frames;
     FrameBatch batch;

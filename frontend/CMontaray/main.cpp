@@ -1,4 +1,3 @@
-#include "frontend/CMontaray/JobPool.h"
 #include "frontend/CMontaray/Options.h"
 #include "frontend/CMontaray/RenderRun.h"
 #include "frontend/CMontaray/RunReport.h"
@@ -11,26 +10,6 @@
 #include <iostream>
 
 namespace {
-int run_alone(CommandOutput& output, const Options& options, FrameQueue& queue, RunReport& report)
-{
-    RenderRun run(options, queue, 0, {}, report);
-    return output.perform_output(run);
-}
-
-/// Each process may keep as many pictures as one alone: the limit also chooses the copy of a large
-/// picture that is shown, and that must not depend on the number of processes.
-int run_together(const CommandOutput& output, const Options& options, FrameQueue& queue,
-                 RunReport& report)
-{
-    const JobWork work = [&](int job, const std::vector<int>& first_places, RunListener& listener) {
-        CommandOutput their_output = output;
-        RenderRun run(options, queue, job, first_places, listener);
-        return their_output.perform_output(run);
-    };
-    JobPool pool(queue, output.inq_settings().output_dir.str(), work, report);
-    return pool.run(options.jobs);
-}
-
 int refuse(const std::string& reason)
 {
     std::cerr << "CMontaray: " << reason << '\n';
@@ -54,8 +33,8 @@ int render(const Options& options)
     if (!report.is_good())
         return refuse("Can't write to '" + options.log_file + "'.");
     StopSignal::watch();
-    return report.finish(options.jobs == 1 ? run_alone(output, options, queue, report)
-                                           : run_together(output, options, queue, report));
+    RenderRun run(options, queue, output.inq_settings().output_dir.str(), report);
+    return report.finish(output.perform_output(run));
 }
 } // namespace
 

@@ -269,12 +269,18 @@ void SceneBuilder::refuse_circles()
             connection.place.refuse(NO_CIRCLES);
 }
 
+/// The name of a node stands for its first output.
 CNodeChannel* SceneBuilder::find_output(const Place& place)
 {
-    const CNode* node = find_node(place);
-    if (node->inq_n_vis_output_channels() == 0)
+    const bool is_named = place.is_text();
+    if (!is_named)
+        place.check_names({"node", "output"});
+    const CNode* node = find_node(is_named ? place : place.at("node"));
+    const int count = node->inq_n_vis_output_channels();
+    if (count == 0)
         place.refuse("a node that has an output");
-    return node->inq_outputs()->inq_channel(0);
+    const int number = is_named ? 1 : place.at("output").whole(1, count);
+    return node->inq_outputs()->inq_channel(number - 1);
 }
 
 CNode* SceneBuilder::find_node(const Place& place) const

@@ -44,6 +44,10 @@ public:
     /// the caller's.
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type);
 
+    /// Waits until the disc holds a frame's file that waits, and gives it its name in place of what
+    /// had it. After a failure the frame counts as not written.
+    static void finish_file(FrameReport& report);
+
     const OutputSettings& inq_settings() const { return settings; }
 
     /// In place of the type that the arguments name.
@@ -62,6 +66,7 @@ private:
     bool complete_range(int scene_length, OutputRun& run);
     void complete_size(double camera_aspect);
     int inq_bits_per_channel() const;
+    bool is_there(const KIVPixmapWriter* writer, const KIVString& file) const;
     void report_settings();
     void report_tv_filter();
     int output_frames(KIVScene& scene, OutputRun& run);
@@ -74,7 +79,8 @@ private:
     std::unique_ptr<KIVPixmap> render(RenderScene& renderer, KIVScene& scene, OutputRun& run,
                                       int frame);
     std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, OutputRun& run, int frame);
-    int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, int& writer_error);
+    int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, FrameReport& report);
 
     OutputSettings settings;
+    bool leaves_unfinished = false; // files, for `finish_file`
 };

@@ -21,6 +21,7 @@ struct FrameReport {
     int result = 0;          // of `write_file`
     int writer_error = 0;    // of the writer
     KIVString file;          // with its extension; the bare name if the type has no writer
+    KIVString unfinished;    // where the whole file waits for its name; empty if it has it
     KIVStringList no_images; // pictures of the frame that can't be read, with the reasons
 };
 
@@ -40,11 +41,17 @@ public:
     /// The settings have been told; frames are asked for from now on.
     virtual void begin() {}
 
+    /// Does what is left, in this process or in others: `render_all` asks for frames until there
+    /// are none, and gives the result.
+    virtual int render(const std::function<int()>& render_all) { return render_all(); }
+
     /// 0 ends the run.
     virtual int next_frame(const SameFrames& same);
 
-    /// Whether to render the frame, which will be `file`, at this size.
-    virtual bool wants_frame(int frame, const KIVString& file, int width, int height);
+    /// Whether to render the frame, which will be `file`. `is_there` says whether there is a whole
+    /// file already such as this run writes.
+    virtual bool wants_frame(int frame, const KIVString& file,
+                             const std::function<bool()>& is_there);
     virtual void frame_ended(const FrameReport&) {}
 
     /// Asked during a frame; may be null.
@@ -52,6 +59,9 @@ public:
 
     /// Whether reports tell of pictures that can't be read.
     virtual bool looks_for_images() const { return false; }
+
+    /// Whether files wait for `CommandOutput::finish_file` to give them their names.
+    virtual bool leaves_unfinished() const { return false; }
 
     /// A rehearsal makes no folder.
     virtual bool is_rehearsal() const { return false; }

@@ -6,8 +6,10 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/PixOpFilter.h"
+#include "imagelib/hdr/UnfinishedFile.h"
 #include "kivlib/hdr/AbortPanel.h"
 #include "kivlib/hdr/ConsoleOStream.h"
+#include "kivlib/hdr/FileHandle.h"
 #include "kivlib/hdr/entry_point.h"
 #include "kivlib/hdr/file_operations.h"
 #include "render/hdr/CommandOutput.h"
@@ -150,8 +152,10 @@ bool CommandOutput::create_output_dir()
     if (!has_output_dir())
         return false;
     const int result = makedir(settings.output_dir, ALL_MAY_USE_IT, false);
-    if (result == 0 || result == EXISTS)
+    if (result == 0 || result == EXISTS) {
+        remove_abandoned_files(settings.output_dir);
         return true;
+    }
     if (!settings.silent)
         *coutp << "Failed to create output directory: " << settings.output_dir << "\n";
     return false;
@@ -249,17 +253,20 @@ int CommandOutput::output_frames(KIVScene& scene, OutputRun& run)
     if (settings.transparent)
         renderer.set_background_colour(KIVColour(0.0, 0.0, 0.0, 0.0));
     HeldFrame held(scene, renderer, inq_bits_per_channel(), settings.interlace);
+    leaves_unfinished = run.leaves_unfinished();
     run.begin();
-    int result = SUCCESS;
-    while (result == SUCCESS) {
-        const int frame = run.next_frame([&held](int a, int b) { return held.is_same(a, b); });
-        if (frame <= 0)
-            break;
-        const FrameReport report = output_frame(renderer, scene, run, held, frame);
-        run.frame_ended(report);
-        result = report.result;
-    }
-    return result;
+    return run.render([&] {
+        int result = SUCCESS;
+        while (result == SUCCESS) {
+            const int frame = run.next_frame([&held](int a, int b) { return held.is_same(a, b); });
+            if (frame <= 0)
+                break;
+            const FrameReport report = output_frame(renderer, scene, run, held, frame);
+            run.frame_ended(report);
+            result = report.result;
+        }
+        return result;
+    });
 }
 
 FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, OutputRun& run,
@@ -270,39 +277,56 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
     FrameReport report;
     report.frame = frame;
     report.file = writer ? writer->inq_path(name) : name;
-    if (!run.wants_frame(frame, report.file, settings.width, settings.height)) {
+    if (!run.wants_frame(frame, report.file, [&] { return is_there(writer.get(), report.file); })) {
         report.outcome = FrameReport::LEFT_OUT;
     } else {
         if (!settings.silent)
             *coutp << "Rendering frame " << frame << "\n";
         held.will_render(frame);
-        if (!held.can_stand_for(frame) || !copy_frame(held, report)) {
+        if (!copy_frame(held, report)) {
             renderer.set_camera_view();
             const std::unique_ptr<KIVPixmap> pixmap = render(renderer, scene, run, frame);
             if (pixmap)
                 write_frame(name, pixmap.get(), report);
         }
         if (report.outcome == FrameReport::WRITTEN || report.outcome == FrameReport::COPIED)
-            held.was_written(frame, report.file);
+            held.was_written(report);
     }
     if (run.looks_for_images())
         report.no_images = held.find_unreadable_images(frame);
     return report;
 }
 
+/// A frame of a transparent run has no alpha where a picture without any fills it.
+bool CommandOutput::is_there(const KIVPixmapWriter* writer, const KIVString& file) const
+{
+    if (!writer)
+        return false;
+    const bool has_8_bits = find_output_file_kind(settings.file_type)->is_written_in_8_bits;
+    PictureForm form = {settings.width, settings.height, 3,
+                        has_8_bits ? 8 : inq_bits_per_channel()};
+    if (writer->has_finished(file, form))
+        return true;
+    form.samples = 4;
+    return settings.transparent && writer->has_finished(file, form);
+}
+
 /// False if the frame has to be rendered after all.
 bool CommandOutput::copy_frame(const HeldFrame& held, FrameReport& report)
 {
-    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
-    if (!writer || !writer->write_copy(held.inq_file(), report.file))
+    const FileHandle original = held.open_file_for(report.frame);
+    const std::unique_ptr<KIVPixmapWriter> writer =
+        original.is_open() ? make_writer(settings.file_type) : nullptr;
+    if (!writer || !writer->write_copy(original, report.file))
         return false;
     report.outcome = FrameReport::COPIED;
+    report.unfinished = writer->inq_unfinished();
     return true;
 }
 
 void CommandOutput::write_frame(const KIVString& name, KIVPixmap* pixmap, FrameReport& report)
 {
-    report.result = write_file(name, pixmap, settings.file_type, report.writer_error);
+    report.result = write_file(name, pixmap, settings.file_type, report);
     const bool is_written = report.result == SUCCESS && report.writer_error == 0;
     report.outcome = is_written ? FrameReport::WRITTEN : FrameReport::NOT_WRITTEN;
 }
@@ -352,18 +376,21 @@ std::unique_ptr<KIVPixmapWriter> CommandOutput::make_writer(int file_type) const
     int argument = kind->writer_argument;
     if (file_type == CINEON_FULL_FILE || file_type == CINEON_HALF_FILE)
         argument = cineon_argument(settings.cineon_format, argument);
-    return std::unique_ptr<KIVPixmapWriter>(
+    std::unique_ptr<KIVPixmapWriter> writer(
         static_cast<const KIVPixmapWriterDescriptor*>(descriptor)->new_writer(argument));
+    if (writer && leaves_unfinished)
+        writer->leave_unfinished();
+    return writer;
 }
 
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type)
 {
-    int writer_error = 0;
-    return write_file(name, pixmap, file_type, writer_error);
+    FrameReport report;
+    return write_file(name, pixmap, file_type, report);
 }
 
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
-                              int& writer_error)
+                              FrameReport& report)
 {
     if (file_type == NO_FILE)
         return NO_OUTPUT;
@@ -380,8 +407,21 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
         return NO_WRITER;
     }
     const std::unique_ptr<KIVPixmapWriter> writer = make_writer(file_type);
-    if (!writer || writer->write_pixmap(name, pixmap))
+    if (!writer)
         return SUCCESS;
-    writer_error = writer->inq_error();
-    return result_for_writer_error(writer_error);
+    writer->write_pixmap(name, pixmap);
+    report.unfinished = writer->inq_unfinished();
+    report.writer_error = writer->inq_error();
+    return result_for_writer_error(report.writer_error);
+}
+
+void CommandOutput::finish_file(FrameReport& report)
+{
+    if (report.unfinished.is_null())
+        return;
+    report.writer_error =
+        KIVPixmapWriter::finish(std::exchange(report.unfinished, {}), report.file);
+    report.result = result_for_writer_error(report.writer_error);
+    if (report.writer_error != KIVPixmapWriter::WRITE_OKAY)
+        report.outcome = FrameReport::NOT_WRITTEN;
 }

@@ -4,6 +4,7 @@
 #include "compositor/lib/hdr/CNodeGraph.h"
 #include "imagelib/hdr/BitmapProvider.h"
 #include "imagelib/hdr/MipMap.h"
+#include "render/hdr/OutputRun.h"
 #include "render/hdr/RenderScene.h"
 #include "scene/hdr/KIVScene.h"
 
@@ -29,17 +30,32 @@ bool is_at(const timespec& a, const timespec& b)
 {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
+
+BitmapProvider& inq_provider(int bits)
+{
+    if (bits == 8)
+        return *inq_bitmap_provider_8();
+    return *inq_bitmap_provider_16();
+}
 } // namespace
 
 FileState::FileState(const KIVString& path) : exists(::stat(path.c_str(), &facts) == 0) {}
+
+FileState::FileState(const FileHandle& file) : exists(::fstat(file.inq_descriptor(), &facts) == 0)
+{}
 
 bool FileState::operator==(const FileState& other) const
 {
     if (!exists || !other.exists)
         return exists == other.exists;
-    return facts.st_dev == other.facts.st_dev && facts.st_ino == other.facts.st_ino &&
-           facts.st_size == other.facts.st_size && is_at(facts.st_mtim, other.facts.st_mtim) &&
-           is_at(facts.st_ctim, other.facts.st_ctim);
+    return has_contents_of(other) && is_at(facts.st_ctim, other.facts.st_ctim);
+}
+
+bool FileState::has_contents_of(const FileState& other) const
+{
+    return exists && other.exists && facts.st_dev == other.facts.st_dev &&
+           facts.st_ino == other.facts.st_ino && facts.st_size == other.facts.st_size &&
+           is_at(facts.st_mtim, other.facts.st_mtim);
 }
 
 // The clock of a file system goes in steps, and within one a file may change without a trace.
@@ -50,7 +66,8 @@ bool FileState::is_settled() const
 }
 
 HeldFrame::HeldFrame(KIVScene& scene, RenderScene& renderer, int bits, bool is_hopeless)
-    : renderer(renderer), bits(bits), is_provable(!is_hopeless && scene.inq_graph())
+    : renderer(renderer), bits(bits), provider(inq_provider(bits)),
+      is_provable(!is_hopeless && scene.inq_graph())
 {
     if (!scene.inq_graph())
         return;
@@ -79,42 +96,47 @@ void HeldFrame::will_render(int frame)
     if (!is_provable)
         return;
     for (const CNodeRasterImage* image : images) {
-        rendered_from.emplace_back(image->inq_filename(frame));
+        rendered_from.emplace_back(provider.inq_file(image->inq_mipmap_id(frame, bits)));
         are_settled &= rendered_from.back().is_settled();
     }
 }
 
-void HeldFrame::was_written(int frame, const KIVString& to)
+void HeldFrame::was_written(const FrameReport& report)
 {
-    held_frame = frame;
+    held_frame = report.frame;
     held_from = rendered_from;
     was_settled = are_settled;
-    file = to;
-    file_state = FileState(to);
+    file = report.file;
+    unfinished = report.unfinished;
+    file_state = FileState(unfinished.is_null() ? file : unfinished);
 }
 
-bool HeldFrame::can_stand_for(int frame) const
+// The file may get its name at any moment.
+FileHandle HeldFrame::open_file_for(int frame) const
 {
-    return held_frame > 0 && was_settled && is_same(held_frame, frame) &&
-           rendered_from == held_from && file_state.is_there() && file_state == FileState(file);
+    const bool serves =
+        held_frame > 0 && was_settled && is_same(held_frame, frame) && rendered_from == held_from;
+    if (!serves)
+        return {};
+    FileHandle handle = FileHandle::open_to_read(unfinished.c_str());
+    if (!handle.is_open())
+        handle = FileHandle::open_to_read(file.c_str());
+    return FileState(handle).has_contents_of(file_state) ? std::move(handle) : FileHandle();
 }
 
 KIVStringList HeldFrame::find_unreadable_images(int frame) const
 {
-    BitmapProvider* provider = inq_bitmap_provider_16();
-    if (bits == 8)
-        provider = inq_bitmap_provider_8();
     KIVStringList found;
     for (const CNodeRasterImage* image : images) {
         const int id = image->inq_mipmap_id(frame, bits);
         if (id < 0 || image->inq_is_disabled())
             continue;
-        const MipMap* picture = provider->lock(id);
+        const MipMap* picture = provider.lock(id);
         if (!picture || !picture->usable)
             found.add_to_end(image->inq_filename(frame) + ": " +
                                  (picture ? picture->inq_error_msg() : "it is not known"),
                              true);
-        provider->unlock(id);
+        provider.unlock(id);
     }
     return found;
 }

@@ -1,23 +1,28 @@
 #pragma once
 
-#include "kivlib/hdr/KIVString.h"
+#include "kivlib/hdr/FileHandle.h"
 #include "kivlib/hdr/KIVStringList.h"
 
 #include <sys/stat.h>
 #include <vector>
 
+class BitmapProvider;
 class CNode;
 class CNodeRasterImage;
 class KIVScene;
 class RenderScene;
+struct FrameReport;
 
 /// A file as it is on disc. Equal states of one path mean that nobody has written to it meanwhile.
 class FileState {
 public:
     explicit FileState(const KIVString& path);
+    explicit FileState(const FileHandle& file);
 
-    bool is_there() const { return exists; }
     bool operator==(const FileState& other) const;
+
+    /// Whether it is the same file with the same contents, perhaps under another name.
+    bool has_contents_of(const FileState& other) const;
 
     /// False for a file so new that its next change might not show.
     bool is_settled() const;
@@ -41,11 +46,10 @@ public:
 
     /// Before the frame is rendered: a picture that changes later counts as changed.
     void will_render(int frame);
-    void was_written(int frame, const KIVString& file);
+    void was_written(const FrameReport& report);
 
-    /// After `will_render`.
-    bool can_stand_for(int frame) const;
-    const KIVString& inq_file() const { return file; }
+    /// The held frame's file if it serves for the frame, else not open. After `will_render`.
+    FileHandle open_file_for(int frame) const;
 
     /// Those that the graph refers to on the frame and nobody can read.
     KIVStringList find_unreadable_images(int frame) const;
@@ -55,6 +59,7 @@ private:
 
     RenderScene& renderer;
     int bits;
+    BitmapProvider& provider;
     bool is_provable;
     std::vector<CNodeRasterImage*> images; // not owned
     std::vector<FileState> rendered_from;
@@ -63,5 +68,6 @@ private:
     bool was_settled = true;
     int held_frame = 0; // 0: none
     KIVString file;
+    KIVString unfinished; // where the file waited for its name; empty if it did not
     FileState file_state{""};
 };

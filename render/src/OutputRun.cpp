@@ -12,7 +12,7 @@ int OutputRun::next_frame(const SameFrames&)
     return next <= last ? next++ : 0;
 }
 
-bool OutputRun::wants_frame(int, const KIVString&, int, int)
+bool OutputRun::wants_frame(int, const KIVString&, const std::function<bool()>&)
 {
     return true;
 }

@@ -1,6 +1,11 @@
 #include "compositor/imagelib/lib/hdr/CNodeRasterImage.h"
+#include "kivlib/hdr/BaseFileFinder.h"
+#include "render/hdr/OutputRun.h"
 #include "render/hdr/RenderScene.h"
 #include "render/src/HeldFrame.h"
+#include "scene/hdr/BaseSceneAsset.h"
+#include "scene/hdr/KIVAssetManager.h"
+#include "scene/hdr/KIVScene.h"
 #include "tests/museum/Museum.h"
 #include "tests/support/TempFolder.h"
 
@@ -29,14 +34,25 @@ struct HeldScene : FadingCard {
     {
         HeldFrame held(*scene, renderer, 8, is_hopeless);
         held.will_render(frame);
-        held.was_written(frame, folder.path("frame"));
+        FrameReport report;
+        report.frame = frame;
+        report.file = folder.path("frame");
+        held.was_written(report);
         change();
         held.will_render(other);
-        return held.can_stand_for(other);
+        return held.open_file_for(other).is_open();
     }
 
     TempFolder folder;
     RenderScene renderer;
+};
+
+struct FoundElsewhere : BaseFileFinder {
+    explicit FoundElsewhere(const KIVString& place) : place(place) {}
+    KIVString find_replacement(const KIVFile&, const char*, bool*) override { return place; }
+    bool files_were_replaced() override { return true; }
+
+    KIVString place;
 };
 } // namespace
 
@@ -58,4 +74,15 @@ TEST(HeldFrame, serves_where_nothing_can_have_changed)
     set_key(s.camera->inq_angle_subcolumn(), 41, {0.0});
     set_key(s.camera->inq_angle_subcolumn(), 50, {9.0});
     EXPECT_FALSE(s.serves(43, 45)) << "the camera turns";
+}
+
+TEST(HeldFrame, looks_at_the_file_that_was_found_in_place_of_a_lost_one)
+{
+    HeldScene s;
+    std::filesystem::rename(s.folder.path("art").str(), s.folder.path("found").str());
+    set_file_finder(new FoundElsewhere(s.folder.path("found")));
+    s.scene->inq_asset_manager()->lookup_asset(0, RASTER_ASSET)->check_for_lost_file();
+    delete_file_finder();
+    EXPECT_TRUE(s.serves(41, 45));
+    EXPECT_FALSE(s.serves(41, 45, [&s] { s.folder.write("found", "retouched"); }));
 }

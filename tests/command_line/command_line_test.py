@@ -225,15 +225,21 @@ class Colours(InFolder):
         scene = self.make_scene([output("cel", "card"), card("card", 1, 0.25, 0),
                                  images("cel", *(self.folder / cel[0] for cel in cels))],
                                 length=len(cels))
-        for option in ("-tiff", "-tiff16"):
-            result, frames = self.render(scene, "-silent", "-width", 72, option, "-color",
-                                         self.folder / "swap.icc")
+        profile = self.folder / "swap.icc"
+        for option in (["-tiff"], ["-tiff16"], ["--format", "png16"]):
+            result, frames = self.render(scene, "-silent", "-width", 72, *option, "-color", profile)
             self.assertEqual(result.returncode, 0)
+            [first] = frames.glob("0001.*")
+            convert(first, self.folder / "held.icc")
+            self.assertEqual((self.folder / "held.icc").read_bytes(), profile.read_bytes())
             for index, (name, _, _, wanted) in enumerate(cels):
-                frame = frames / f"{index + 1:04}.tif"
+                frame = frames / f"{index + 1:04}{first.suffix}"
                 for x, colour in ((36, wanted), (2, orange)):
                     for a, b in zip(pixel(frame, x, 27), colour):
                         self.assertLessEqual(abs(a - b), tolerance, (name, option, x))
+            first.unlink()
+        self.render(scene, "-silent", "-gamma", 2, "-color", profile, 1)
+        self.assertNotIn("icc:", convert(frames / "0001.tif", "-verbose", "info:"))
 
 
 class Descriptions(InFolder):
@@ -247,6 +253,8 @@ class Descriptions(InFolder):
         good = card("card", 1, 0, 0)
         self.expect_mistake("/nodes/1/type", [output("card"), {**good, "type": "Colour Crad"}])
         self.expect_mistake("/nodes/0/inputs/0", [output("crad"), good])
+        self.expect_mistake("/nodes/0/inputs/0/output",
+                            [output({"node": "card", "output": 2}), good])
         self.expect_mistake("/nodes/2/name", [output("card"), good, good])
         self.expect_mistake("/nodes", [good])
         self.expect_mistake("/length", [output("card"), good], length=0)
@@ -307,7 +315,8 @@ class Descriptions(InFolder):
                     {"name": "there", "type": "Receive", "inputs": link or ["here"]},
                     {"name": "here", "type": "Transmit", "inputs": ["card"]},
                     {"name": "set", "type": "Macro", "members": ["card", "there"]}]
-        shown = run("montaray-scene", "show", self.make_scene(nodes())).stdout
+        linked = nodes(inputs=[{"node": "there", "output": 1}])
+        shown = run("montaray-scene", "show", self.make_scene(linked)).stdout
         for line in ("    all  (Group)\n      there  (Receive)  in set\n"
                      "        here  (Transmit)  folded into all\n          card  (Color Card)  in set",
                      "  set  (Macro) of card, there\n", "  there\n    card\n"):

@@ -100,11 +100,15 @@ class Options(InFolder):
         self.assertEqual(run("CMontaray", "image", "--", "--x").returncode, 1)
 
     def test_what_can_not_be_written_ends_the_run_at_one_place(self):
-        for jobs in (1, 3):
+        for jobs, later in ((1, {}), (3, {}), (1, {"0004.tif": b"old"}), (3, {"0004.tif": b"old"})):
             (self.frames / "0003.tif").mkdir(parents=True)
+            for name, contents in later.items():
+                (self.frames / name).write_bytes(contents)
             self.assertEqual(self.image("--jobs", jobs).returncode, 215)
             (self.frames / "0003.tif").rmdir()
-            self.assertEqual(sorted(self.files()), ["0001.tif", "0002.tif"])
+            files = self.files()
+            self.assertEqual({*files}, {"0001.tif", "0002.tif", *later})
+            self.assertEqual({name: files[name] for name in later}, later)
             self.clear()
 
     def test_finished_frames_are_left_and_others_made_again(self):
@@ -118,6 +122,28 @@ class Options(InFolder):
         self.assertEqual(self.files(), whole)
         self.assertEqual([event.get("how") for event in events_of(log)],
                          [None, "written", "written", "written", "left out", None])
+
+    def test_frames_of_another_form_are_made_again(self):
+        def how(*options):
+            log = self.folder / "log"
+            self.image(*options, "--skip-existing", "--log-jsonl", log, "1")
+            return events_of(log)[-2]["how"]
+        for first, then in ((["-tiff16"], ["-tiff"]), (["-tiffuncompressed"], ["-tiff"]),
+                            (["--tiff-compression", "lzw"], ["-tiff"]),
+                            (["-transparent"], ["-tiff"]), (["-tiff"], ["-tiff16"]),
+                            (["--format", "png16"], ["--format", "png"]),
+                            (["-width", "80", "-tga"], ["-tga"]),
+                            (["-width", "80", "-pict"], ["-pict"]),
+                            (["-transparent", "-tga"], ["-tga"]),
+                            (["-transparent", "-pict"], ["-pict"]),
+                            (["-yuv625"], ["-yuv525"]), (["-yiq525"], ["-yiq625"]),
+                            (["-width", "80", "-cineon_full"], ["-cineon_full"])):
+            self.image(*first, "1")
+            self.assertEqual((how(*then), how(*then)), ("written", "left out"), (first, then))
+            [whole] = self.frames.glob("*")
+            whole.write_bytes(whole.read_bytes()[:-1])
+            self.assertEqual(how(*then), "written", then)
+            self.clear()
 
     def test_held_frames_are_copied_unless_something_may_differ(self):
         keys = [{"frame": frame, "file": str(self.art)} for frame in (1, 4)]

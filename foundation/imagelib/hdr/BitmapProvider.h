@@ -24,6 +24,9 @@ public:
     /// hold more. Nothing is read.
     int new_image_id(const KIVString& file);
 
+    /// The file of the id, from the root; empty for an id that is not given out.
+    KIVString inq_file(int id) const;
+
     /// The picture of the id, usable or not; null for an id that is not given out. It lives until
     /// the matching unlock.
     MipMap* lock(int id);

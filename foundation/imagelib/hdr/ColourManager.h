@@ -36,8 +36,12 @@ public:
     void set_output_profile_path(const KIVString& path);
     const KIVString& inq_output_profile_path() const;
 
-    /// The profile itself, for those who put it into the files that they write.
+    /// The profile itself.
     const ProfileData& inq_output_profile_data() const;
+
+    /// The profile that the colours of finished frames are in, for their files. Empty for none:
+    /// also where a gamma has made other colours of them.
+    const ProfileData& inq_frame_profile_data() const;
 
     /// Another number whenever the output profile is another; 0 as long as there was none.
     int inq_output_revision() const;

@@ -178,6 +178,12 @@ int BitmapProvider::new_image_id(const KIVString& file)
     return place->second;
 }
 
+KIVString BitmapProvider::inq_file(int id) const
+{
+    const KeptPicture* picture = contents->find(id);
+    return picture ? picture->path : KIVString();
+}
+
 MipMap* BitmapProvider::lock(int id)
 {
     KeptPicture* picture = contents->find(id);

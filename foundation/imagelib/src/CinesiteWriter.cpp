@@ -2,6 +2,7 @@
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/src/BigEndian.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "kivlib/hdr/ByteBuffer.h"
 
 namespace {
@@ -25,8 +26,11 @@ public:
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "cin"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 
 private:
+    void put_head(unsigned char* file, int width, int height) const;
+
     const FilmFormat& format;
 };
 
@@ -63,15 +67,14 @@ void put_file_head(BigEndian& out, std::size_t file_bytes)
     out(VERSION).put_text("V4.5");
 }
 
-void put_image_head(BigEndian& out, const KIVPixmap& pixmap)
+void put_image_head(BigEndian& out, int width, int height)
 {
     constexpr unsigned CHANNELS = 3;
     out(IMAGE_HEAD).put_8(0).put_8(CHANNELS); // from left to right and from the top
     out(FIRST_CHANNEL);
     for (unsigned colour = 1; colour <= CHANNELS; ++colour) { // red, green and blue density
         out.put_8(0).put_8(colour).put_8(10).put_8(0);
-        out.put_32(static_cast<unsigned>(pixmap.inq_width()));
-        out.put_32(static_cast<unsigned>(pixmap.inq_height()));
+        out.put_32(static_cast<unsigned>(width)).put_32(static_cast<unsigned>(height));
         out.put_float(0.0F).put_float(0.0F);
         out.put_float(MOST_CODE).put_float(static_cast<float>(MOST_DENSITY));
     }
@@ -141,23 +144,42 @@ void put_row(unsigned char* to, const std::uint16_t* from, int pixels)
     }
 }
 
+std::size_t inq_file_bytes(int width, int height)
+{
+    constexpr std::size_t BYTES_PER_PIXEL = 4;
+    return HEAD_BYTES +
+           BYTES_PER_PIXEL * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+}
+
+void CinesiteWriter::put_head(unsigned char* file, int width, int height) const
+{
+    std::memset(file, 0, HEAD_BYTES);
+    BigEndian head(file);
+    put_file_head(head, inq_file_bytes(width, height));
+    put_image_head(head, width, height);
+    put_data_format(head);
+    put_origin(head, format);
+    put_film_head(head, format);
+}
+
+bool CinesiteWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    std::vector<unsigned char> head(HEAD_BYTES);
+    put_head(head.data(), form.width, form.height);
+    return file.inq_size() == inq_file_bytes(form.width, form.height) && file.has(0, head);
+}
+
 KIVPixmapWriter::WriteError CinesiteWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
     const std::size_t row_bytes = 4 * static_cast<std::size_t>(pixmap.inq_width());
-    const std::size_t size = HEAD_BYTES + row_bytes * static_cast<std::size_t>(pixmap.inq_height());
+    const std::size_t size = inq_file_bytes(pixmap.inq_width(), pixmap.inq_height());
     if (size > std::numeric_limits<std::uint32_t>::max())
         return WRITE_WRONG_SIZE;
     char* memory = contents.reset(size);
     if (!memory)
         return WRITE_NO_MEMORY;
     auto* file = reinterpret_cast<unsigned char*>(memory);
-    std::memset(file, 0, HEAD_BYTES);
-    BigEndian head(file);
-    put_file_head(head, size);
-    put_image_head(head, pixmap);
-    put_data_format(head);
-    put_origin(head, format);
-    put_film_head(head, format);
+    put_head(file, pixmap.inq_width(), pixmap.inq_height());
     FileRows rows(pixmap, PT_RGB_16, Alpha::PREMULTIPLIED);
     unsigned char* to = file + HEAD_BYTES;
     for (int y = 0; y < pixmap.inq_height(); ++y, to += row_bytes)

@@ -11,6 +11,8 @@ namespace {
 using Profile = ProfileTransform::Profile;
 using Transform = std::unique_ptr<ProfileTransform>;
 
+const ProfileData NO_PROFILE;
+
 KIVString explain(const KIVString& path, const KIVString& reason)
 {
     return "Can't use colour profile " + path + ": " + reason;
@@ -131,8 +133,12 @@ const KIVString& ColourManager::inq_output_profile_path() const
 
 const ProfileData& ColourManager::inq_output_profile_data() const
 {
-    static const ProfileData none;
-    return profiles->output ? profiles->output->inq_data() : none;
+    return profiles->output ? profiles->output->inq_data() : NO_PROFILE;
+}
+
+const ProfileData& ColourManager::inq_frame_profile_data() const
+{
+    return gamma == 1.0 ? inq_output_profile_data() : NO_PROFILE;
 }
 
 int ColourManager::inq_output_revision() const

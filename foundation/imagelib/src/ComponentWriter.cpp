@@ -3,6 +3,7 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapImage.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/KIVColour.h"
 
@@ -126,6 +127,17 @@ void ComponentWriter::put_rows(unsigned char* to, const KIVPixmap& frame) const
     }
 }
 
+std::size_t ComponentWriter::inq_file_bytes() const
+{
+    constexpr int BYTES_PER_PIXEL = 2;
+    return static_cast<std::size_t>(standard.width * standard.height * BYTES_PER_PIXEL);
+}
+
+bool ComponentWriter::is_whole(const WrittenFile& file, const PictureForm& /*form*/) const
+{
+    return file.inq_size() == inq_file_bytes();
+}
+
 KIVPixmapWriter::WriteError ComponentWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
     const KIVPixmap* frame = &pixmap;
@@ -137,9 +149,7 @@ KIVPixmapWriter::WriteError ComponentWriter::encode(const KIVPixmap& pixmap, Byt
             return WRITE_NO_MEMORY;
         frame = fitted.get();
     }
-    constexpr std::size_t BYTES_PER_PIXEL = 2;
-    char* memory = contents.reset(static_cast<std::size_t>(standard.width * standard.height) *
-                                  BYTES_PER_PIXEL);
+    char* memory = contents.reset(inq_file_bytes());
     if (!memory)
         return WRITE_NO_MEMORY;
     put_rows(reinterpret_cast<unsigned char*>(memory), *frame);

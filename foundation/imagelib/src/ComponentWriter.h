@@ -26,6 +26,7 @@ public:
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return extension; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 
 private:
     struct Standard {
@@ -42,6 +43,7 @@ private:
     /// The whole picture as large as it can be shown, in the middle of a black frame.
     bool fit(KIVPixmap& frame, const KIVPixmap& pixmap) const;
     void put_rows(unsigned char* to, const KIVPixmap& frame) const;
+    std::size_t inq_file_bytes() const;
 
     const ComponentMatrix& matrix;
     const char* extension;

@@ -1,9 +1,10 @@
 #include "imagelib/hdr/KIVPixmapWriter.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/UnfinishedFile.h"
+#include "imagelib/src/WrittenFile.h"
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/ClassManager.h"
-#include "kivlib/hdr/FileHandle.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -13,8 +14,6 @@
 #include <unistd.h>
 
 namespace {
-constexpr int PERMISSIONS = 0666;
-
 std::string add_extension(const KIVString& file, const char* extension)
 {
     const bool has_one = std::filesystem::path(file.str()).has_extension();
@@ -28,34 +27,10 @@ KIVPixmapWriter::WriteError inq_last_error(KIVPixmapWriter::WriteError otherwise
     return is_full ? KIVPixmapWriter::WRITE_NO_ROOM : otherwise;
 }
 
-KIVPixmapWriter::WriteError put_on_disc(const std::string& path, const ByteBuffer& contents)
+KIVPixmapWriter::WriteError read_file(const FileHandle& file, ByteBuffer& contents)
 {
-    FileHandle file = FileHandle::open_to_write(path.c_str(), PERMISSIONS);
-    if (!file.is_open())
-        return inq_last_error(KIVPixmapWriter::WRITE_CANNOT_OPEN);
-    const bool is_whole =
-        file.write_all(contents.data(), contents.size()) && file.sync() && file.close();
-    return is_whole ? KIVPixmapWriter::WRITE_OKAY
-                    : inq_last_error(KIVPixmapWriter::WRITE_DISC_FAILED);
-}
-
-/// The other name is this process's own, so that two renders of one frame do not meet.
-KIVPixmapWriter::WriteError replace_file(const std::string& path, const ByteBuffer& contents)
-{
-    const std::string other = path + "." + std::to_string(::getpid()) + "~";
-    KIVPixmapWriter::WriteError error = put_on_disc(other, contents);
-    if (error == KIVPixmapWriter::WRITE_OKAY && std::rename(other.c_str(), path.c_str()) != 0)
-        error = KIVPixmapWriter::WRITE_CANNOT_RENAME;
-    if (error != KIVPixmapWriter::WRITE_OKAY && error != KIVPixmapWriter::WRITE_CANNOT_OPEN)
-        ::unlink(other.c_str());
-    return error;
-}
-
-KIVPixmapWriter::WriteError read_file(const KIVString& path, ByteBuffer& contents)
-{
-    const FileHandle file = FileHandle::open_to_read(path.c_str());
     struct stat facts {};
-    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
+    if (::fstat(file.inq_descriptor(), &facts) != 0)
         return KIVPixmapWriter::WRITE_CANNOT_OPEN;
     const auto size = static_cast<std::size_t>(facts.st_size);
     char* memory = contents.reset(size);
@@ -109,17 +84,50 @@ bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
     if (error == WRITE_OKAY && (*contents).has_failed())
         error = WRITE_NO_MEMORY;
     if (error == WRITE_OKAY)
-        error = replace_file(inq_path(file).str(), *contents);
+        error = write_file(inq_path(file), *contents);
     return error == WRITE_OKAY;
 }
 
-bool KIVPixmapWriter::write_copy(const KIVString& original, const KIVString& file)
+bool KIVPixmapWriter::write_copy(const FileHandle& original, const KIVString& file)
 {
     FileContents contents;
     error = read_file(original, *contents);
     if (error == WRITE_OKAY)
-        error = replace_file(inq_path(file).str(), *contents);
+        error = write_file(inq_path(file), *contents);
     return error == WRITE_OKAY;
+}
+
+KIVPixmapWriter::WriteError KIVPixmapWriter::write_file(const KIVString& path,
+                                                        const ByteBuffer& contents)
+{
+    UnfinishedFile file;
+    if (!file.create(path))
+        return inq_last_error(WRITE_CANNOT_OPEN);
+    const bool is_whole = file.inq_handle().write_all(contents.data(), contents.size()) &&
+                          (leaves_unfinished ? file.leave(unfinished) : file.close());
+    if (!is_whole)
+        return inq_last_error(WRITE_DISC_FAILED);
+    return leaves_unfinished || file.finish() ? WRITE_OKAY : WRITE_CANNOT_RENAME;
+}
+
+KIVPixmapWriter::WriteError KIVPixmapWriter::finish(const KIVString& unfinished,
+                                                    const KIVString& path)
+{
+    WriteError failure = WRITE_OKAY;
+    const FileHandle file = FileHandle::open_to_read(unfinished.c_str());
+    if (!file.is_open() || !file.sync())
+        failure = inq_last_error(WRITE_DISC_FAILED);
+    else if (std::rename(unfinished.c_str(), path.c_str()) != 0)
+        failure = WRITE_CANNOT_RENAME;
+    if (failure != WRITE_OKAY)
+        ::unlink(unfinished.c_str());
+    return failure;
+}
+
+bool KIVPixmapWriter::has_finished(const KIVString& path, const PictureForm& form) const
+{
+    const WrittenFile file(path);
+    return file.inq_size() > 0 && is_whole(file, form);
 }
 
 KIVString KIVPixmapWriter::inq_path(const KIVString& file) const

@@ -32,7 +32,9 @@ public:
         return *strips;
     }
 
-    /// Undefined pixels for a tile that is drawn aside, one at a time.
+    /// Undefined pixels for a tile that is drawn aside, one at a time. What is opaque is drawn over
+    /// them with a share of 0 for what was there, which a tool that looks for undefined values
+    /// takes for a fault.
     Canvas inq_canvas(const Tile& tile, PixType type);
 
 private:

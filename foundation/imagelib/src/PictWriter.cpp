@@ -2,6 +2,7 @@
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/src/BigEndian.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "kivlib/hdr/ByteBuffer.h"
 
 namespace {
@@ -11,6 +12,7 @@ class PictWriter : public KIVPixmapWriter {
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "pict"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 };
 
 constexpr int FREE_BYTES = 512; // for the use of the program that owns the file
@@ -39,11 +41,15 @@ unsigned inq_resolution(double dpi)
     return static_cast<unsigned>(std::lround((dpi > 0.0 ? std::min(dpi, MOST) : USUAL) * 0x10000));
 }
 
-void put_frame(BigEndian& out, const KIVPixmap& pixmap)
+void put_frame(BigEndian& out, int width, int height)
 {
     out.put_32(0); // top, left
-    out.put_16(static_cast<unsigned>(pixmap.inq_height()));
-    out.put_16(static_cast<unsigned>(pixmap.inq_width()));
+    out.put_16(static_cast<unsigned>(height)).put_16(static_cast<unsigned>(width));
+}
+
+void put_frame(BigEndian& out, const KIVPixmap& pixmap)
+{
+    put_frame(out, pixmap.inq_width(), pixmap.inq_height());
 }
 
 void put_resolution(BigEndian& out, const KIVPixmap& pixmap)
@@ -171,6 +177,21 @@ unsigned char* put_rows(unsigned char* to, const KIVPixmap& pixmap)
     for (int y = 0; y < pixmap.inq_height(); ++y)
         to = packer.put_row(to, rows.inq_row(y));
     return to;
+}
+
+/// By the size that it tells itself, its frame, how many samples it has and its end.
+bool PictWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    constexpr std::size_t SAMPLES_PLACE = FREE_BYTES + 88;
+    unsigned char start[10];
+    BigEndian out(start);
+    out.put_16(static_cast<unsigned>(file.inq_size() - FREE_BYTES));
+    put_frame(out, form.width, form.height);
+    unsigned char samples[2], end[2];
+    BigEndian(samples).put_16(static_cast<unsigned>(form.samples));
+    BigEndian(end).put_16(END_CODE);
+    return file.inq_size() > FREE_BYTES && file.has(FREE_BYTES, start) &&
+           file.has(SAMPLES_PLACE, samples) && file.has(file.inq_size() - sizeof end, end);
 }
 
 KIVPixmapWriter::WriteError PictWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)

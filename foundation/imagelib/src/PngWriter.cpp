@@ -1,6 +1,9 @@
+#include "imagelib/hdr/ColourManager.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
+#include "imagelib/src/BigEndian.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/ZlibPacker.h"
 #include "imagelib/src/row_kernels.h"
 #include "kivlib/hdr/ByteBuffer.h"
@@ -14,6 +17,7 @@ class PngWriter : public KIVPixmapWriter {
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "png"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 };
 
 constexpr double INCHES_PER_METRE = 1.0 / 0.0254;
@@ -53,6 +57,23 @@ bool pack_pixels(ByteBuffer& packed, const KIVPixmap& pixmap)
     return packed.size() > 0;
 }
 
+/// Under a name of its own, as the format wants it. Empty without a profile; false without memory.
+bool pack_profile(ByteBuffer& chunk)
+{
+    constexpr char NAME_AND_METHOD[] = "Output profile\0"; // and another zero
+    const ProfileData& profile = inq_colour_manager()->inq_frame_profile_data();
+    if (profile.empty())
+        return true;
+    chunk.append(NAME_AND_METHOD, sizeof NAME_AND_METHOD);
+    const std::size_t begin = chunk.size();
+    char* const to = chunk.extend(ZlibPacker::inq_most(profile.size()));
+    if (!to)
+        return false;
+    const std::size_t size = ZlibPacker().pack(profile.data(), profile.size(), to);
+    chunk.set_size(begin + size);
+    return size > 0;
+}
+
 [[noreturn]] void leave(png_structp png, png_const_charp /*text*/)
 {
     png_longjmp(png, 1);
@@ -80,7 +101,8 @@ void set_resolution(png_structp png, png_infop head, const KIVPixmap& pixmap)
 }
 
 /// An error of the format's library jumps back to here, past nothing that needs a destructor.
-bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const ByteBuffer& packed)
+bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const ByteBuffer& profile,
+                const ByteBuffer& packed)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
@@ -90,17 +112,31 @@ bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const 
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
     set_resolution(png, head, pixmap);
     png_write_info(png, head);
+    if (profile.size() > 0)
+        put_chunk(png, "iCCP", profile);
     put_chunk(png, "IDAT", packed);
     put_chunk(png, "IEND", ByteBuffer());
     return true;
+}
+
+bool PngWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    unsigned char head[26] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n',
+                              0,    0,   0,   13,  'I',  'H',  'D',  'R'};
+    BigEndian sizes(head);
+    sizes(16).put_32(static_cast<unsigned>(form.width)).put_32(static_cast<unsigned>(form.height));
+    sizes.put_8(static_cast<unsigned>(form.bits));
+    sizes.put_8(form.samples == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB);
+    return file.has(0, head) && file.can_be_read(form);
 }
 
 KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
     if (pixmap.inq_bytes() > MOST_BYTES)
         return WRITE_WRONG_SIZE;
+    ByteBuffer profile;
     ByteBuffer packed;
-    if (!pack_pixels(packed, pixmap))
+    if (!pack_profile(profile) || !pack_pixels(packed, pixmap))
         return WRITE_NO_MEMORY;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
                                               [](png_structp, png_const_charp) {});
@@ -108,7 +144,7 @@ KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffe
     bool is_whole = false;
     if (head) {
         png_set_write_fn(png, &contents, append, nullptr);
-        is_whole = put_chunks(png, head, pixmap, packed);
+        is_whole = put_chunks(png, head, pixmap, profile, packed);
     }
     png_destroy_write_struct(&png, &head);
     return is_whole ? WRITE_OKAY : WRITE_CANNOT_ENCODE;

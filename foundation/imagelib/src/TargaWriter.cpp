@@ -1,6 +1,7 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/src/FileRows.h"
+#include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/row_kernels.h"
 #include "imagelib/src/targa_format.h"
 #include "kivlib/hdr/ByteBuffer.h"
@@ -12,6 +13,7 @@ class TargaWriter : public KIVPixmapWriter {
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "tga"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 };
 
 void put_16_bits(unsigned char* at, int value)
@@ -20,14 +22,14 @@ void put_16_bits(unsigned char* at, int value)
     at[1] = static_cast<unsigned char>(value >> 8);
 }
 
-void put_head(unsigned char* head, const KIVPixmap& pixmap)
+void put_head(unsigned char* head, int width, int height, bool has_alpha)
 {
     std::memset(head, 0, targa::HEAD_BYTES);
     head[targa::IMAGE_TYPE] = targa::TRUE_COLOUR;
-    put_16_bits(head + targa::WIDTH, pixmap.inq_width());
-    put_16_bits(head + targa::HEIGHT, pixmap.inq_height());
-    head[targa::DEPTH] = pixmap.inq_alpha() ? 32 : 24;
-    head[targa::DESCRIPTOR] = pixmap.inq_alpha() ? targa::FROM_TOP | 8 : targa::FROM_TOP;
+    put_16_bits(head + targa::WIDTH, width);
+    put_16_bits(head + targa::HEIGHT, height);
+    head[targa::DEPTH] = has_alpha ? 32 : 24;
+    head[targa::DESCRIPTOR] = has_alpha ? targa::FROM_TOP | 8 : targa::FROM_TOP;
 }
 
 void put_rows(unsigned char* to, const KIVPixmap& pixmap)
@@ -52,20 +54,34 @@ void put_tail(unsigned char* tail, std::size_t offset, bool has_alpha)
     std::memcpy(foot + targa::SIGNATURE_AT, targa::SIGNATURE, sizeof(targa::SIGNATURE));
 }
 
+constexpr std::size_t TAIL_BYTES = targa::EXTENSION_BYTES + targa::FOOT_BYTES;
+
+std::size_t inq_tail_place(int width, int height, int samples)
+{
+    return targa::HEAD_BYTES + static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+                                   static_cast<std::size_t>(samples);
+}
+
+bool TargaWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    unsigned char head[targa::HEAD_BYTES];
+    put_head(head, form.width, form.height, form.samples == 4);
+    return file.inq_size() == inq_tail_place(form.width, form.height, form.samples) + TAIL_BYTES &&
+           file.has(0, head);
+}
+
 KIVPixmapWriter::WriteError TargaWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
     constexpr int MOST = 0xFFFF;
     if (pixmap.inq_width() > MOST || pixmap.inq_height() > MOST)
         return WRITE_WRONG_SIZE;
-    const std::size_t pixel_bytes = static_cast<std::size_t>(pixmap.inq_width()) *
-                                    static_cast<std::size_t>(pixmap.inq_height()) *
-                                    static_cast<std::size_t>(pixmap.inq_samples_per_pixel());
-    const std::size_t tail_at = targa::HEAD_BYTES + pixel_bytes;
-    char* memory = contents.reset(tail_at + targa::EXTENSION_BYTES + targa::FOOT_BYTES);
+    const std::size_t tail_at =
+        inq_tail_place(pixmap.inq_width(), pixmap.inq_height(), pixmap.inq_samples_per_pixel());
+    char* memory = contents.reset(tail_at + TAIL_BYTES);
     if (!memory)
         return WRITE_NO_MEMORY;
     auto* file = reinterpret_cast<unsigned char*>(memory);
-    put_head(file, pixmap);
+    put_head(file, pixmap.inq_width(), pixmap.inq_height(), pixmap.inq_alpha());
     put_rows(file + targa::HEAD_BYTES, pixmap);
     put_tail(file + tail_at, tail_at, pixmap.inq_alpha());
     return WRITE_OKAY;

@@ -1,7 +1,10 @@
+#include "imagelib/hdr/ColourManager.h"
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/TiffCompression.h"
+#include "imagelib/src/TiffPage.h"
 #include "imagelib/src/TiffStream.h"
+#include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/ZlibPacker.h"
 #include "imagelib/src/row_kernels.h"
 #include "kivlib/hdr/ByteBuffer.h"
@@ -18,6 +21,7 @@ public:
 protected:
     WriteError encode(const KIVPixmap& pixmap, ByteBuffer& contents) override;
     const char* inq_extension() const override { return "tif"; }
+    bool is_whole(const WrittenFile& file, const PictureForm& form) const override;
 
 private:
     bool is_compressed;
@@ -50,6 +54,14 @@ void set_resolution(TIFF* tiff, const KIVPixmap& pixmap)
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, pixmap.inq_x_dpi());
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, pixmap.inq_y_dpi());
+}
+
+void set_profile(TIFF* tiff)
+{
+    const ProfileData& profile = inq_colour_manager()->inq_frame_profile_data();
+    if (!profile.empty())
+        TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
+                     profile.data());
 }
 
 void set_compression(TIFF* tiff, int scheme)
@@ -142,6 +154,18 @@ int inq_scheme(bool is_compressed)
                                                         : COMPRESSION_ADOBE_DEFLATE;
 }
 
+bool TiffWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
+{
+    TiffStream stream(file.inq_handle(), file.inq_size(), LARGEST_TIFF_BLOCK);
+    TIFF* tiff = stream.open_to_read();
+    if (!tiff)
+        return false;
+    const RowLayout layout = TiffPage::look(tiff).layout;
+    return layout.samples == form.samples && layout.bits == form.bits &&
+           get_tiff_field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) == inq_scheme(is_compressed) &&
+           file.can_be_read(form);
+}
+
 KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
     constexpr std::size_t MOST = 0xFFF00000; // places in the file have 32 bits
@@ -157,6 +181,7 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
         return WRITE_CANNOT_ENCODE;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
+    set_profile(tiff);
     set_compression(tiff, scheme);
     StripWriter strips(tiff, pixmap);
     if (!strips.prepare(scheme))

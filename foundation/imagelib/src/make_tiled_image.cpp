@@ -1,9 +1,10 @@
 #include "imagelib/hdr/make_tiled_image.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/UnfinishedFile.h"
 #include "imagelib/src/PictureReader.h"
-#include "imagelib/src/UnfinishedFile.h"
 #include "imagelib/src/reduce.h"
+#include "kivlib/hdr/AbortPanel.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -72,8 +73,10 @@ struct PageSize {
 /// A page of a growing file, which it fills from the top, a row of tiles at a time.
 class TilePage : public RowTarget {
 public:
-    TilePage(TIFF* tiff, const PageSize& size)
-        : tiff(tiff), size(size), tiles(size.width, TILE_SIZE, SAMPLES, size.bits, nullptr, false),
+    /// `abort` may be null.
+    TilePage(TIFF* tiff, const PageSize& size, AbortPanel* abort)
+        : tiff(tiff), size(size), abort(abort),
+          tiles(size.width, TILE_SIZE, SAMPLES, size.bits, nullptr, false),
           tile(static_cast<std::size_t>(TILE_SIZE * TILE_SIZE * tiles.inq_bytes_per_pixel()))
     {}
 
@@ -91,6 +94,7 @@ private:
 
     TIFF* tiff;
     PageSize size;
+    AbortPanel* abort;               // not owned
     KIVPixmap tiles;                 // side by side
     std::vector<unsigned char> tile; // one of them, whole
     int row_count = 0;
@@ -135,7 +139,9 @@ bool TilePage::put_row(int y, const void* pixels, const RowLayout& layout)
     ++row_count;
     put_pixels(tiles, 0, y % TILE_SIZE, pixels, size.width, layout);
     const bool is_last = (y + 1) % TILE_SIZE == 0 || y + 1 == size.height;
-    return !is_last || write_tiles(y / TILE_SIZE * TILE_SIZE);
+    if (!is_last)
+        return true;
+    return !(abort && abort->inq_abort()) && write_tiles(y / TILE_SIZE * TILE_SIZE);
 }
 
 bool TilePage::write_tiles(int first_row)
@@ -178,8 +184,8 @@ private:
 /// The making of one file.
 class TiledImage {
 public:
-    TiledImage(const KIVString& image, const KIVString& tiled_image)
-        : image(image), path(tiled_image)
+    TiledImage(const KIVString& image, const KIVString& tiled_image, AbortPanel* abort)
+        : image(image), path(tiled_image), abort(abort)
     {}
 
     bool make(KIVString& error);
@@ -205,6 +211,7 @@ private:
 
     KIVString image;
     KIVString path;
+    AbortPanel* abort; // not owned
     KIVString failure; // to write
     PageSize size = {};
     UnfinishedFile file;
@@ -221,7 +228,7 @@ bool TiledImage::begin(const PictureInfo& info)
         return fail(inq_system_error());
     if (!tiff.open(file.inq_handle(), bytes > LARGE))
         return fail_to_write();
-    page = std::make_unique<TilePage>(tiff.inq_tiff(), size);
+    page = std::make_unique<TilePage>(tiff.inq_tiff(), size, abort);
     return page->begin(true, info) || fail_to_write();
 }
 
@@ -252,7 +259,7 @@ bool TiledImage::write_copy(PageSize larger, int number)
     const auto reader = make_tiff_page_reader(file.inq_handle(),
                                               static_cast<std::size_t>(state.st_size), number - 1);
     size = {std::max(1, larger.width / 2), std::max(1, larger.height / 2), larger.bits};
-    page = std::make_unique<TilePage>(tiff.inq_tiff(), size);
+    page = std::make_unique<TilePage>(tiff.inq_tiff(), size, abort);
     HalvedRows rows(larger, *page);
     PictureInfo info;
     if (!page->begin(false, info))
@@ -266,17 +273,18 @@ bool TiledImage::make(KIVString& error)
 {
     bool is_whole = write_full_size(error) && write_copies();
     tiff.close();
-    is_whole = is_whole && (file.finish() || fail(inq_system_error()));
+    is_whole = is_whole && ((file.close() && file.finish()) || fail(inq_system_error()));
     if (!failure.is_null())
         error = "Can't write image " + path + ": " + failure;
     return is_whole;
 }
 } // namespace
 
-bool make_tiled_image(const KIVString& image, const KIVString& tiled_image, KIVString& error)
+bool make_tiled_image(const KIVString& image, const KIVString& tiled_image, KIVString& error,
+                      AbortPanel* abort)
 {
     try {
-        return TiledImage(image, tiled_image).make(error);
+        return TiledImage(image, tiled_image, abort).make(error);
     } catch (const std::bad_alloc&) {
         error = "Can't write image " + tiled_image + ": not enough memory";
         return false;
