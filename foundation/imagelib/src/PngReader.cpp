@@ -1,5 +1,4 @@
 #include "imagelib/src/PictureReader.h"
-#include "imagelib/src/PngRows.h"
 #include "imagelib/src/orientation.h"
 #include "imagelib/src/want_of_memory.h"
 
@@ -27,8 +26,6 @@ public:
 
 private:
     bool prepare_head(PictureInfo& info);
-    bool is_as_stored() const;
-    bool put_rows(PngRows& unpacked, RowTarget& target);
     bool read_rows(RowTarget& target);
     bool read_interlaced(RowTarget& target);
     void note_resolution(PictureInfo& info) const;
@@ -130,37 +127,10 @@ void PngReader::note_profile(PictureInfo& info) const
         info.profile.assign(data, data + bytes);
 }
 
-/// Whether the library would give rows out as they are, but for the order of bytes.
-bool PngReader::is_as_stored() const
-{
-    return passes == 1 && stored_bits == static_cast<unsigned>(layout.samples * layout.bits);
-}
-
-bool PngReader::put_rows(PngRows& unpacked, RowTarget& target)
-{
-    const std::size_t bytes = png_get_rowbytes(png, head);
-    for (std::uint32_t y = 0; y < inq_height(); ++y) {
-        const unsigned char* row = unpacked.next_row();
-        if (layout.bits == 16) {
-            for (std::size_t i = 0; i < bytes; i += 2) {
-                rows[i] = row[i + 1];
-                rows[i + 1] = row[i];
-            }
-            row = rows.get();
-        }
-        if (!target.put_row(static_cast<int>(y), row, layout))
-            return false;
-    }
-    return true;
-}
-
 bool PngReader::read_pixels(RowTarget& target)
 {
     const std::size_t row = png_get_rowbytes(png, head);
     rows = std::make_unique_for_overwrite<unsigned char[]>(passes == 1 ? row : row * inq_height());
-    PngRows unpacked(row, stored_bits / 8, static_cast<int>(inq_height()));
-    if (is_as_stored() && unpacked.unpack(file))
-        return put_rows(unpacked, target) || fail_by_target();
     const bool is_read = passes == 1 ? read_rows(target) : read_interlaced(target);
     return is_read || fail(message);
 }
