@@ -162,8 +162,10 @@ namespace {
 std::optional<ChunkTask::Try> find_change(const FarmJob& job)
 {
     try {
-        if (inq_scene_print(job.scene, job.shown) != job.scene_print)
+        if (inq_scene_print(job.scene) != job.scene_print)
             return {{ChunkTask::SCENE_CHANGED, "the scene is not the one that was submitted"}};
+        if (const std::string file = job.find_changed_file(); !file.empty())
+            return {{ChunkTask::SCENE_CHANGED, file + " is not the file that was submitted"}};
         if (inq_program_print(job.renderer) != job.renderer_print)
             return {{ChunkTask::RENDERER_DIFFERS, "this host has another renderer"}};
         return std::nullopt;

@@ -31,7 +31,7 @@ protected:
     void update_prints()
     {
         job.renderer_print = inq_program_print(job.renderer);
-        job.scene_print = inq_scene_print(job.scene, {});
+        job.scene_print = inq_scene_print(job.scene);
         folder().make();
         folder().write_job(job);
     }
@@ -88,7 +88,7 @@ TEST_F(ChunkTaskTest, believes_files_and_not_the_renderers_result)
          3,
          {5}},
         {"[ $frame = 7 ] && : > $4/0007.pict && kill -9 $$", 128 + SIGKILL, 3, {5, 6}},
-        {"[ $frame = 6 ] && echo 8 > $4/0008.pict && exit 9", ChunkTask::DONE, 0, {5, 6, 7, 8}},
+        {"[ $frame = 8 ] && echo 8 > $4/0008.pict && exit 9", ChunkTask::DONE, 0, {5, 6, 7, 8}},
         {"[ -e $here/scene/mark ] || { touch $here/scene/mark; exit 9; }",
          ChunkTask::DONE,
          1,
