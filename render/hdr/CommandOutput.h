@@ -3,6 +3,7 @@
 #include "render/hdr/OutputSettings.h"
 
 #include <memory>
+#include <vector>
 
 class HeldFrame;
 class KIVPixmap;
@@ -50,6 +51,18 @@ public:
 
     const OutputSettings& inq_settings() const { return settings; }
 
+    /// The arguments that were no options, in their order: ranges of frames, and what is ignored.
+    const std::vector<KIVString>& inq_other_arguments() const { return other_arguments; }
+
+    /// Where a frame is written, with its extension; empty for a type without a writer.
+    KIVString inq_frame_path(int frame) const;
+
+    /// Whether the file is a whole frame of these settings, with both sides of the picture known.
+    bool holds_frame(const KIVString& file) const;
+
+    /// Works out the side of the picture that was not given, if the other one was.
+    void complete_size(double camera_aspect);
+
     /// In place of the type that the arguments name.
     void set_file_type(int file_type) { settings.file_type = file_type; }
 
@@ -64,9 +77,7 @@ private:
     bool has_output_dir() const;
     bool check_output_dir();
     bool complete_range(int scene_length, OutputRun& run);
-    void complete_size(double camera_aspect);
     int inq_bits_per_channel() const;
-    bool is_there(const KIVPixmapWriter* writer, const KIVString& file) const;
     void report_settings();
     void report_tv_filter();
     int output_frames(KIVScene& scene, OutputRun& run);
@@ -83,4 +94,5 @@ private:
 
     OutputSettings settings;
     bool leaves_unfinished = false; // files, for `finish_file`
+    std::vector<KIVString> other_arguments;
 };

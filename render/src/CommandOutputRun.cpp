@@ -277,7 +277,7 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
     FrameReport report;
     report.frame = frame;
     report.file = writer ? writer->inq_path(name) : name;
-    if (!run.wants_frame(frame, report.file, [&] { return is_there(writer.get(), report.file); })) {
+    if (!run.wants_frame(frame, report.file, [&] { return holds_frame(report.file); })) {
         report.outcome = FrameReport::LEFT_OUT;
     } else {
         if (!settings.silent)
@@ -298,8 +298,9 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
 }
 
 /// A frame of a transparent run has no alpha where a picture without any fills it.
-bool CommandOutput::is_there(const KIVPixmapWriter* writer, const KIVString& file) const
+bool CommandOutput::holds_frame(const KIVString& file) const
 {
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
     if (!writer)
         return false;
     const bool has_8_bits = find_output_file_kind(settings.file_type)->is_written_in_8_bits;
@@ -335,6 +336,12 @@ KIVString CommandOutput::inq_frame_file(int frame) const
 {
     KIVString file = settings.output_dir;
     return file.append_path(KIVString(frame, FRAME_NUMBER_WIDTH));
+}
+
+KIVString CommandOutput::inq_frame_path(int frame) const
+{
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
+    return writer ? writer->inq_path(inq_frame_file(frame)) : KIVString();
 }
 
 std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene& scene,

@@ -15,7 +15,8 @@ public:
     bool inq_has_engine() const { return engine != nullptr; }
 
     /// False if the job was not taken; nothing of it is left with the service then, unless the
-    /// words say so. A name that waits or runs already is not taken twice.
+    /// words say so. A job with a task that waits or runs already under its name is not taken; it
+    /// may have further ones.
     bool submit(const BatchJob& job, KIVString* error);
 
     /// As the engine's operations of these names.
@@ -24,7 +25,7 @@ public:
     bool inq_highest_index(int* index, KIVString* error);
 
 private:
-    bool is_taken_after_all(const BatchJob& job, KIVString* error);
+    bool is_taken_after_all(const BatchJob& job, bool has_others, KIVString* error);
     bool can_ask(KIVString* error) const;
     bool can_ask(const KIVString& name, KIVString* error) const;
 

@@ -29,6 +29,20 @@ KIVString find_fault(const BatchJob& job)
     return {};
 }
 
+/// Those that may still run.
+std::vector<BatchTask> find_alive(std::vector<BatchTask> tasks)
+{
+    std::erase_if(tasks, [](const BatchTask& task) { return !task.is_alive(); });
+    return tasks;
+}
+
+bool has_one_of(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
+{
+    return std::ranges::any_of(tasks, [&](const BatchTask& task) {
+        return std::ranges::binary_search(indices, task.index);
+    });
+}
+
 bool has_all(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
 {
     return std::ranges::includes(tasks, indices, {}, &BatchTask::index);
@@ -49,15 +63,17 @@ bool BatchManager::submit(const BatchJob& job, KIVString* error)
     std::vector<BatchTask> tasks;
     if (!query(job.name, &tasks, error))
         return false;
-    if (is_alive(tasks)) {
+    tasks = find_alive(std::move(tasks));
+    if (has_one_of(tasks, job.tasks)) {
         *error = "The job " + job.name + " is in the queue already.";
         return false;
     }
-    return engine->submit(job, error) || is_taken_after_all(job, error);
+    return engine->submit(job, error) || is_taken_after_all(job, !tasks.empty(), error);
 }
 
-/// The service may have taken the job and the answer been lost. A job that it took in part goes.
-bool BatchManager::is_taken_after_all(const BatchJob& job, KIVString* error)
+/// The service may have taken the job and the answer been lost. A job that it took in part goes,
+/// unless others that it took before would go with it.
+bool BatchManager::is_taken_after_all(const BatchJob& job, bool has_others, KIVString* error)
 {
     std::vector<BatchTask> tasks;
     KIVString second_error;
@@ -65,11 +81,14 @@ bool BatchManager::is_taken_after_all(const BatchJob& job, KIVString* error)
         *error += " The job " + job.name + " may have been taken all the same: " + second_error;
         return false;
     }
-    if (!is_alive(tasks))
-        return false;
-    if (has_all(tasks, job.tasks))
+    const std::vector<BatchTask> alive = find_alive(tasks);
+    if (has_others ? has_all(alive, job.tasks) : !alive.empty() && has_all(tasks, job.tasks))
         return true;
-    if (!cancel(job.name, &second_error))
+    if (!has_one_of(alive, job.tasks))
+        return false;
+    if (has_others)
+        *error += " A part of the job " + job.name + " was taken.";
+    else if (!cancel(job.name, &second_error))
         *error += " A part of the job " + job.name + " was taken: " + second_error;
     return false;
 }

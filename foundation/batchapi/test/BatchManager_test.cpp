@@ -48,15 +48,24 @@ struct Service {
 };
 } // namespace
 
-TEST(BatchManager, takes_a_name_once_until_it_is_cancelled)
+TEST(BatchManager, takes_a_task_once_until_it_is_cancelled)
 {
     Service s;
     EXPECT_TRUE(s.manager.submit(JOB, &s.error));
+    BatchJob more = JOB;
+    more.tasks = {5, 6};
+    s.queue->says_yes = false;
+    EXPECT_TRUE(s.manager.submit(more, &s.error)); // after all
+    more.tasks = {7, 8};
+    s.queue->most = s.queue->waiting.size() + 1;
+    EXPECT_FALSE(s.manager.submit(more, &s.error));
+    EXPECT_EQ(s.error.str(), "No answer. A part of the job render-1 was taken.");
+    s.queue->says_yes = true;
     EXPECT_FALSE(s.manager.submit(JOB, &s.error));
     EXPECT_EQ(s.error.str(), "The job render-1 is in the queue already.");
     EXPECT_TRUE(s.manager.cancel("render-1", &s.error));
     EXPECT_TRUE(s.manager.submit(JOB, &s.error));
-    EXPECT_EQ(s.queue->submissions, 2);
+    EXPECT_EQ(s.queue->submissions, 4);
 }
 
 TEST(BatchManager, sends_nothing_that_it_could_not_find_again)
