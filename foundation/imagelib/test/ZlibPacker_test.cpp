@@ -37,7 +37,7 @@ TEST(ZlibPacker, packs_a_block_the_same_wherever_the_packer_lies)
     for (auto& block : blocks)
         for (std::size_t i = 0; i < SIZE; ++i)
             block[i] = i < SIZE / 2 || i >= SIZE / 2 + BEGINNING
-                           ? static_cast<unsigned char>((seed = seed * 1664525 + 1013904223) >> 24)
+                           ? static_cast<unsigned char>((seed = seed * 1664525 + 1013904223) >> 28)
                            : block[i - SIZE / 2];
     std::vector<std::unique_ptr<ZlibPacker>> packers(400);
     std::vector<std::vector<unsigned char>> first;
