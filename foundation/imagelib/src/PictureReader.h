@@ -35,6 +35,9 @@ public:
 
     /// False if there is no use in going on.
     virtual bool put_row(int y, const void* pixels, const RowLayout& layout) = 0;
+
+    /// Where the pixels of row `y` may be written to instead; null if they must be given.
+    virtual unsigned char* inq_place(int /*y*/, const RowLayout& /*layout*/) { return nullptr; }
 };
 
 /// The most that deflate can make of a byte.

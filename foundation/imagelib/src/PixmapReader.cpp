@@ -246,6 +246,13 @@ public:
         return true;
     }
 
+    unsigned char* inq_place(int y, const RowLayout& layout) override
+    {
+        const bool is_as_it_is = layout.samples == 4 && layout.alpha == Alpha::PREMULTIPLIED &&
+                                 layout.bits == pixmap.inq_bits_per_sample();
+        return is_as_it_is ? pixmap.inq_row(y) : nullptr;
+    }
+
 private:
     KIVPixmap& pixmap;
 };

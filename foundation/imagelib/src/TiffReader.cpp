@@ -1,13 +1,15 @@
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/TiffPage.h"
 #include "imagelib/src/TiffStream.h"
+#include "imagelib/src/TiffStrips.h"
+#include "imagelib/src/row_kernels.h"
 
 namespace {
 /// One of the pictures of a TIFF file.
 class TiffReader : public PictureReader {
 public:
     TiffReader(const FileHandle& file, std::size_t size, int number)
-        : stream(file, size, LARGEST_TIFF_BLOCK), number(number)
+        : file(file), size(size), stream(file, size, LARGEST_TIFF_BLOCK), number(number)
     {}
 
     bool needs_whole_file() const override { return false; }
@@ -20,6 +22,8 @@ private:
     bool fail_as_told(const char* otherwise);
     void note_profile(PictureInfo& info) const;
     bool read_bands(RowTarget& target);
+    bool put_rows_straight(RowTarget& target, TiffStrips& strips, int first, int rows) const;
+    bool put_rows(RowTarget& target, int first, int rows, bool have_differences);
     bool read_band(int first, int rows);
     bool read_block(unsigned char* to, int x, int y, int rows, int plane);
     void put_block(int x, int rows, int plane);
@@ -29,6 +33,8 @@ private:
         return page.layout.inq_bytes() * static_cast<std::size_t>(page.width);
     }
 
+    const FileHandle& file; // not owned
+    std::size_t size;
     TiffStream stream;
     int number;
     TIFF* tiff = nullptr;
@@ -107,15 +113,43 @@ bool TiffReader::read_bands(RowTarget& target)
     band = std::make_unique_for_overwrite<unsigned char[]>(band_bytes);
     if (page.is_tiled || page.is_in_planes)
         block = std::make_unique_for_overwrite<unsigned char[]>(page.inq_block_bytes());
+    TiffStrips strips(tiff, page, file, size);
     for (int first = 0; first < page.height; first += page.block_height) {
         const int rows = std::min(band_height, page.height - first);
-        if (!read_band(first, rows))
+        if (put_rows_straight(target, strips, first, rows))
+            continue;
+        const bool is_quick =
+            strips.read(first, band.get(), static_cast<std::size_t>(rows) * inq_row_bytes());
+        if (!is_quick && !read_band(first, rows))
             return false;
-        for (int i = 0; i < rows; ++i)
-            if (!target.put_row(first + i,
-                                band.get() + static_cast<std::size_t>(i) * inq_row_bytes(),
-                                page.layout))
-                return fail_by_target();
+        if (!put_rows(target, first, rows, is_quick && strips.have_differences()))
+            return fail_by_target();
+    }
+    return true;
+}
+
+/// Plain rows of the file that lie in the target as they do there. False if they don't.
+bool TiffReader::put_rows_straight(RowTarget& target, TiffStrips& strips, int first, int rows) const
+{
+    unsigned char* const place =
+        strips.are_plain() ? target.inq_place(first, page.layout) : nullptr;
+    const auto bytes = static_cast<std::size_t>(rows) * inq_row_bytes();
+    const auto last_row = static_cast<std::ptrdiff_t>(bytes - inq_row_bytes());
+    return place && target.inq_place(first + rows - 1, page.layout) == place + last_row &&
+           strips.read(first, place, bytes);
+}
+
+/// The rows of the band.
+bool TiffReader::put_rows(RowTarget& target, int first, int rows, bool have_differences)
+{
+    for (int y = first; y < first + rows; ++y) {
+        unsigned char* row = band.get() + static_cast<std::size_t>(y - first) * inq_row_bytes();
+        unsigned char* const place = have_differences ? target.inq_place(y, page.layout) : nullptr;
+        if (have_differences)
+            add_differences(place ? place : row, row, inq_row_bytes(), page.layout.inq_bytes(),
+                            page.layout.bits);
+        if (!place && !target.put_row(y, row, page.layout))
+            return false;
     }
     return true;
 }

@@ -2,9 +2,9 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapReader.h"
+#include "imagelib/src/AlignedMemory.h"
 #include "imagelib/src/PixelCache.h"
 #include "imagelib/src/PyramidFile.h"
-#include "imagelib/src/TileMemory.h"
 #include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/KIVStringList.h"
 
@@ -13,7 +13,7 @@ class TiledMipMap::Tile : public PixelCache::Item {
 public:
     Tile(TiledMipMap& picture, std::uint64_t place, const KIVPixmap& pixels);
 
-    bool is_empty() const { return !memory.inq_data(); }
+    bool is_empty() const { return !memory; }
 
     /// Puts it where its top left pixel comes to (x, y); what lies outside is cut off.
     void put_into(KIVPixmap& region, int x, int y) const;
@@ -31,16 +31,18 @@ private:
     int width;
     int height;
     std::size_t row_bytes;
-    TileMemory memory;
+    const std::unique_ptr<unsigned char, void (*)(void*)> memory;
 };
 
 TiledMipMap::Tile::Tile(TiledMipMap& picture, std::uint64_t place, const KIVPixmap& pixels)
     : picture(picture), place(place), width(pixels.inq_width()), height(pixels.inq_height()),
       row_bytes(static_cast<std::size_t>(width * pixels.inq_bytes_per_pixel())),
-      memory(row_bytes * static_cast<std::size_t>(height))
+      memory(static_cast<unsigned char*>(
+                 new_aligned(row_bytes * static_cast<std::size_t>(height), std::nothrow)),
+             delete_aligned)
 {
     for (int y = 0; !is_empty() && y < height; ++y)
-        std::memcpy(memory.inq_data() + static_cast<std::size_t>(y) * row_bytes, pixels.inq_row(y),
+        std::memcpy(memory.get() + static_cast<std::size_t>(y) * row_bytes, pixels.inq_row(y),
                     row_bytes);
 }
 
@@ -52,7 +54,7 @@ void TiledMipMap::Tile::put_into(KIVPixmap& region, int x, int y) const
     const int bottom = std::min(height, region.inq_height() - y);
     for (int row = std::max(0, -y); columns > 0 && row < bottom; ++row)
         std::memcpy(region.inq_row(y + row) + static_cast<std::size_t>(x + left) * pixel_bytes,
-                    memory.inq_data() + static_cast<std::size_t>(row) * row_bytes +
+                    memory.get() + static_cast<std::size_t>(row) * row_bytes +
                         static_cast<std::size_t>(left) * pixel_bytes,
                     static_cast<std::size_t>(columns) * pixel_bytes);
 }

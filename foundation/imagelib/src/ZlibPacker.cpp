@@ -18,23 +18,38 @@ bool has_wide_vectors()
 }
 } // namespace
 
+/// The beginning of a block is packed by itself, up to a byte's end. The library's vector code
+/// takes the hash of a block's third byte from the address of the stream; behind other bytes it
+/// doesn't.
 struct ZlibPacker::Vectors {
     isal_zstream stream = {}; // its own preparation forgets the length of the window
     unsigned char work[ISAL_DEF_LVL1_DEFAULT];
 
     std::size_t pack(const void* from, std::size_t count, void* to, std::size_t room)
     {
-        isal_deflate_stateless_init(&stream);
+        constexpr std::size_t BEGINNING = 8; // short enough for the library's plain code
+        isal_deflate_init(&stream);
         stream.level = FASTEST_LEVEL;
         stream.level_buf = work;
         stream.level_buf_size = sizeof(work);
         stream.gzip_flag = IGZIP_ZLIB;
-        stream.end_of_stream = 1;
         stream.next_in = static_cast<std::uint8_t*>(const_cast<void*>(from)); // is only read
-        stream.avail_in = static_cast<std::uint32_t>(count);
         stream.next_out = static_cast<std::uint8_t*>(to);
         stream.avail_out = static_cast<std::uint32_t>(room);
-        return isal_deflate_stateless(&stream) == COMP_OK ? stream.total_out : 0;
+        const std::size_t first = count > BEGINNING ? BEGINNING : 0;
+        const bool is_packed = (first == 0 || feed(first, SYNC_FLUSH)) && feed(count - first, END);
+        return is_packed && stream.internal_state.state == ZSTATE_END ? stream.total_out : 0;
+    }
+
+private:
+    static constexpr std::uint16_t END = NO_FLUSH;
+
+    bool feed(std::size_t count, std::uint16_t flush)
+    {
+        stream.avail_in = static_cast<std::uint32_t>(count);
+        stream.flush = flush;
+        stream.end_of_stream = flush == END;
+        return isal_deflate(&stream) == COMP_OK && stream.avail_in == 0;
     }
 };
 

@@ -4,13 +4,12 @@
 #include <memory>
 
 /// Compresses blocks of bytes, each to a whole zlib stream, with no more effort than pays. The same
-/// block comes out the same each time, but for the fastest way: there a few bytes now and then
-/// differ, of a stream that means the same.
+/// block comes out the same each time; without vectors, it comes out otherwise.
 class ZlibPacker {
 public:
-    enum Way { FASTEST, REPEATABLE };
+    enum Way { FASTEST, WITHOUT_VECTORS };
 
-    explicit ZlibPacker(Way way = REPEATABLE);
+    explicit ZlibPacker(Way way = FASTEST);
     ZlibPacker(const ZlibPacker&) = delete;
     ZlibPacker& operator=(const ZlibPacker&) = delete;
     ~ZlibPacker();

@@ -16,6 +16,33 @@ void subtract(Sample* __restrict to, const Sample* __restrict from, std::size_t 
         to[i] = static_cast<Sample>(from[i] - from[i - distance]);
 }
 
+/// Pixels of four samples, each a part of a vector.
+template <class Sample> void add_fours(Sample* to, const Sample* from, std::size_t pixels)
+{
+    using Pixel = std::conditional_t<sizeof(Sample) == 1, std::uint32_t, std::uint64_t>;
+    using Samples [[gnu::vector_size(16)]] = Sample;
+    using Pixels [[gnu::vector_size(16)]] = Pixel;
+    Samples sum = {};
+    for (std::size_t i = 0; i < pixels; ++i) {
+        Pixel pixel;
+        std::memcpy(&pixel, from + 4 * i, sizeof(pixel));
+        sum += reinterpret_cast<Samples>(Pixels{pixel});
+        pixel = reinterpret_cast<Pixels>(sum)[0];
+        std::memcpy(to + 4 * i, &pixel, sizeof(pixel));
+    }
+}
+
+template <class Sample>
+void add(Sample* to, const Sample* from, std::size_t count, std::size_t distance)
+{
+    if (distance == 4)
+        return add_fours(to, from, count / 4);
+    const std::size_t head = std::min(count, distance);
+    std::memmove(to, from, head * sizeof(Sample));
+    for (std::size_t i = head; i < count; ++i)
+        to[i] = static_cast<Sample>(from[i] + to[i - distance]);
+}
+
 template <class Sample>
 void divide(Sample* __restrict to, const Sample* __restrict from, int pixels)
 {
@@ -64,6 +91,16 @@ void put_differences(void* to, const void* from, std::size_t bytes, std::size_t 
     else
         subtract(static_cast<std::uint16_t*>(to), static_cast<const std::uint16_t*>(from),
                  bytes / 2, distance / 2);
+}
+
+void add_differences(void* to, const void* from, std::size_t bytes, std::size_t distance, int bits)
+{
+    if (bits == 8)
+        add(static_cast<std::uint8_t*>(to), static_cast<const std::uint8_t*>(from), bytes,
+            distance);
+    else
+        add(static_cast<std::uint16_t*>(to), static_cast<const std::uint16_t*>(from), bytes / 2,
+            distance / 2);
 }
 
 void make_straight(void* to, const void* from, int pixels, int bits)

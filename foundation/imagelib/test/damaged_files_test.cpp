@@ -188,6 +188,7 @@ protected:
         const std::string options = name == "a.text.ppm"     ? " -compress none"
                                     : name == "a.lzw.tif"    ? " -compress lzw -depth 16"
                                     : name == "a.plane.tif"  ? " -interlace plane -compress none"
+                                    : name == "a.plain.tif"  ? " -compress none -depth 8"
                                     : name == "a.scans.jpg"  ? " -interlace plane"
                                     : name == "a.passes.png" ? " -interlace plane -depth 16"
                                                              : "";
@@ -237,9 +238,9 @@ TEST_P(DamagedFiles, are_read_or_refused_in_little_memory_and_time)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles,
-                         testing::Values("source.tif", "a.lzw.tif", "a.plane.tif", "tiles.tif",
-                                         "a.png", "a.passes.png", "a.jpg", "a.scans.jpg", "a.gif",
-                                         "a.tga", "a.ppm", "a.text.ppm"),
+                         testing::Values("source.tif", "a.lzw.tif", "a.plane.tif", "a.plain.tif",
+                                         "tiles.tif", "a.png", "a.passes.png", "a.jpg",
+                                         "a.scans.jpg", "a.gif", "a.tga", "a.ppm", "a.text.ppm"),
                          [](const auto& test) {
                              std::string name = test.param;
                              std::ranges::replace(name, '.', '_');

@@ -185,7 +185,7 @@ TEST(Alpha, keeps_a_soft_edge_through_every_writer)
         {"PngWriter", 0, PT_RGB_16, ".png", 0},   {"PngWriter", 0, PT_RGBA_16, ".png", 1}};
     for (const Case& c : cases) {
         const TempFolder folder;
-        const auto patch = make_soft_patch(90, 130, c.type); // more rows than a strip has
+        const auto patch = make_soft_patch(96, 130, c.type); // more rows than a strip has
         patch->set_dpi(120.0, 1.5);
         const auto writer = make_writer(c.writer, c.variant);
         ASSERT_TRUE(writer);
@@ -260,6 +260,10 @@ TEST(PixmapReader, agrees_with_other_software)
         "-interlace plane -depth 8 a.tif",
         "-define tiff:tile-geometry=32x48 a.tif",
         "-endian MSB -compress rle a.tif",
+        "-endian MSB -compress zip -define tiff:predictor=2 a.tif",
+        "-endian LSB -compress none a.tif",
+        "-compress zip -define tiff:fill-order=lsb -depth 8 a.tif",
+        "-compress zip -define tiff:predictor=2 -colorspace gray a.tif",
         "-colorspace gray -depth 8 -define quantum:polarity=min-is-white a.tif",
         "-depth 8 -colors 100 -depth 8 -type palette a.tif",
         "-type bilevel -compress group4 a.tif",

@@ -1,0 +1,114 @@
+#include "imagelib/src/SystemMemory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <sys/mman.h>
+
+namespace {
+constexpr std::size_t HUGE_PAGE = std::size_t{2} << 20;
+constexpr std::size_t STEP = std::size_t{1} << 16; // all sizes are multiples of it
+
+std::size_t round_up(std::size_t bytes, std::size_t step)
+{
+    return (bytes + step - 1) / step * step;
+}
+
+void* map(std::size_t bytes)
+{
+    void* memory =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return memory == MAP_FAILED ? nullptr : memory;
+}
+
+/// In pages of 2 MB where the system has them, which it fills far more quickly than small ones.
+void* map_in_huge_pages(std::size_t bytes)
+{
+    auto* const memory = static_cast<unsigned char*>(map(bytes + HUGE_PAGE));
+    if (!memory)
+        return nullptr;
+    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(memory) % HUGE_PAGE;
+    const std::size_t before = (HUGE_PAGE - beyond) % HUGE_PAGE;
+    if (before > 0)
+        ::munmap(memory, before);
+    if (before < HUGE_PAGE)
+        ::munmap(memory + before + bytes, HUGE_PAGE - before);
+    ::madvise(memory + before, bytes / HUGE_PAGE * HUGE_PAGE, MADV_HUGEPAGE);
+    return memory + before;
+}
+
+void* map_as_fits(std::size_t bytes)
+{
+    constexpr std::size_t LEAST_IN_HUGE_PAGES = 2 * HUGE_PAGE;
+    return bytes < LEAST_IN_HUGE_PAGES ? map(bytes) : map_in_huge_pages(bytes);
+}
+} // namespace
+
+// It outlives every pixmap.
+SystemMemory& inq_system_memory()
+{
+    static auto* memory = new SystemMemory;
+    return *memory;
+}
+
+void* SystemMemory::take(std::size_t& bytes)
+{
+    constexpr std::size_t MOST_BYTES = SIZE_MAX / 2;
+    if (void* const memory = take_kept(bytes))
+        return memory;
+    if (bytes > MOST_BYTES)
+        return nullptr;
+    bytes = round_up(bytes, STEP);
+    if (void* const memory = map_as_fits(bytes))
+        return memory;
+    drop_all();
+    return map_as_fits(bytes);
+}
+
+/// The smallest that will do, unless too much of it would lie idle.
+void* SystemMemory::take_kept(std::size_t& bytes)
+{
+    constexpr std::size_t LEAST_SHARE = 8; // of what is wanted, that may be left over
+    Block* best = nullptr;
+    for (Block* block = kept.data(); block != kept.data() + count; ++block)
+        if (block->bytes >= bytes && block->bytes - bytes <= bytes / LEAST_SHARE + STEP &&
+            (!best || block->bytes < best->bytes))
+            best = block;
+    if (!best)
+        return nullptr;
+    const Block taken = *best;
+    remove(best);
+    bytes = taken.bytes;
+    return taken.memory;
+}
+
+void SystemMemory::give_back(void* block, std::size_t bytes)
+{
+    constexpr std::size_t MOST_KEPT_BYTES = std::size_t{64} << 20;
+    if (bytes > MOST_KEPT_BYTES) {
+        ::munmap(block, bytes);
+        return;
+    }
+    while (count == MOST_BLOCKS || kept_bytes + bytes > MOST_KEPT_BYTES)
+        drop_oldest();
+    kept[count++] = {block, bytes};
+    kept_bytes += bytes;
+}
+
+void SystemMemory::remove(Block* block)
+{
+    kept_bytes -= block->bytes;
+    std::move(block + 1, kept.data() + count, block);
+    --count;
+}
+
+void SystemMemory::drop_oldest()
+{
+    ::munmap(kept[0].memory, kept[0].bytes);
+    remove(kept.data());
+}
+
+void SystemMemory::drop_all()
+{
+    while (count > 0)
+        drop_oldest();
+}
