@@ -29,15 +29,16 @@ std::string make_clock(double seconds)
 
 Progress::Progress() : is_terminal(::isatty(STDERR_FILENO) == 1) {}
 
-void Progress::begin(int frames)
+void Progress::begin(int frames, int done)
 {
     n_frames = frames;
+    n_done = n_done_before = done;
     start = shown_at = Clock::now();
 }
 
-void Progress::add_frame()
+void Progress::set_done(int frames)
 {
-    ++n_done;
+    n_done = frames;
     const Clock::time_point now = Clock::now();
     const bool is_due = is_terminal ? now - shown_at >= BAR_PAUSE : now - shown_at >= LINE_PAUSE;
     if (is_due || n_done == n_frames)
@@ -47,7 +48,7 @@ void Progress::add_frame()
 void Progress::show(Clock::time_point now)
 {
     const std::chrono::duration<double> time = now - start;
-    const double rate = time.count() > 0.0 ? n_done / time.count() : 0.0;
+    const double rate = time.count() > 0.0 ? (n_done - n_done_before) / time.count() : 0.0;
     const double left = rate > 0.0 ? (n_frames - n_done) / rate : 0.0;
     std::fflush(stdout);
     std::fprintf(stderr, "%s%s%d of %d frames, %.1f a second, %s left%s",

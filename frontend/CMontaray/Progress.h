@@ -11,8 +11,10 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void begin(int frames);
-    void add_frame();
+    /// Some may have been done before.
+    void begin(int frames, int done = 0);
+    void add_frame() { set_done(n_done + 1); }
+    void set_done(int frames);
 
     /// Makes room for other words on the terminal.
     void hide();
@@ -26,6 +28,7 @@ private:
     bool is_shown = false;
     int n_frames = 0;
     int n_done = 0;
+    int n_done_before = 0;
     Clock::time_point start;
     Clock::time_point shown_at;
 };

@@ -1,7 +1,7 @@
 #include "frontend/CMontaray/RenderRun.h"
 
 #include "frontend/CMontaray/Options.h"
-#include "frontend/CMontaray/is_finished_frame.h"
+#include "render/hdr/is_finished_frame.h"
 #include "kivlib/hdr/ConsoleOStream.h"
 
 #include <algorithm>

@@ -2,7 +2,8 @@
 
 #include "kivlib/hdr/SearchFileFinder.h"
 
-Arguments::Arguments(int argc, char** argv, const std::set<std::string>& options)
+Arguments::Arguments(int argc, char** argv, const std::set<std::string>& options,
+                     const std::set<std::string>& switches)
 {
     bool may_be_option = true;
     for (int i = 0; i < argc; ++i) {
@@ -11,6 +12,8 @@ Arguments::Arguments(int argc, char** argv, const std::set<std::string>& options
             may_be_option = false;
         else if (!word.empty() && (!may_be_option || !word.starts_with("--")))
             names.push_back(word);
+        else if (switches.contains(word))
+            given_switches.insert(word);
         else if (options.contains(word) && i + 1 < argc)
             values[word].emplace_back(argv[++i]);
         else

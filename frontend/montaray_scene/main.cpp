@@ -14,6 +14,9 @@ constexpr char USAGE[] =
     "       montaray-scene recover SCENE_FOLDER\n"
     "       montaray-scene backup SCENE_FOLDER [--keep N]\n"
     "       montaray-scene tile IMAGE OUT.tif\n"
+    "       montaray-scene submit SCENE_FOLDER [--frames A-B] [--chunk N] -- OPTIONS\n"
+    "       montaray-scene status OUTPUT_FOLDER [--json] [--watch]\n"
+    "       montaray-scene cancel OUTPUT_FOLDER\n"
     "\n"
     "build    makes a scene folder from a description\n"
     "show     prints the exposure sheet and the graph of a scene\n"
@@ -22,6 +25,14 @@ constexpr char USAGE[] =
     "recover  ends or undoes a save that was interrupted\n"
     "backup   copies a scene to SCENE_FOLDER.backup-0001 and so on, and keeps the newest N copies\n"
     "tile     writes an image in tiles, with smaller copies, so that a frame reads what it shows\n"
+    "submit   sends frames to the farm, N of them to a task; OPTIONS are those of CMontaray "
+    "image,\n"
+    "         with -o OUTPUT_FOLDER among them and without a range\n"
+    "status   tells which frames of the farm are there and what became of the others; --watch "
+    "does\n"
+    "         so once no task is left, and shows meanwhile how far it is; exit status 0: all are\n"
+    "         there, 3: some are on their way, 4: some are missing\n"
+    "cancel   takes the frames that are not there yet out of the farm's queue\n"
     "\n"
     "SEARCH says where artwork may be that is not at its place, as often as needed:\n"
     "  --map OLD=NEW    what was under the folder OLD is under NEW\n"
@@ -60,10 +71,49 @@ int back_up(const Arguments& arguments)
     return back_up_scene(arguments.inq_only_name(), text ? std::optional(keep) : std::nullopt);
 }
 
+/// "5" or "5-9".
+bool read_range(const std::string& text, std::pair<int, int>& range)
+{
+    const std::size_t sign = text.find('-');
+    if (!read_count(text.substr(0, sign), range.first))
+        return false;
+    range.second = range.first;
+    return sign == std::string::npos || read_count(text.substr(sign + 1), range.second);
+}
+
+int submit(const Arguments& arguments)
+{
+    std::pair<int, int> range;
+    const std::optional<std::string> frames = arguments.inq_value("--frames");
+    if (frames && !read_range(*frames, range))
+        return refuse("--frames needs a range such as 5-9");
+    std::vector<std::string> options(arguments.inq_names().begin() + 1,
+                                     arguments.inq_names().end());
+    if (const std::optional<std::string> chunk = arguments.inq_value("--chunk"))
+        options.insert(options.end(), {"--chunk", *chunk});
+    return submit_render(arguments.inq_names()[0], frames ? std::optional(range) : std::nullopt,
+                         options);
+}
+
+int show_status(const Arguments& arguments)
+{
+    return show_farm_status(arguments.inq_only_name(), arguments.has_switch("--json"),
+                            arguments.has_switch("--watch"));
+}
+
+constexpr std::size_t MANY = 0;
+
 struct Verb {
     std::set<std::string> options;
-    std::size_t name_count;
+    std::size_t name_count; // MANY: one or more
     std::function<int(const Arguments&)> run;
+    std::set<std::string> switches = {};
+
+    bool takes(const Arguments& arguments) const
+    {
+        const std::size_t n = arguments.inq_names().size();
+        return arguments.is_good() && (name_count == MANY ? n > 0 : n == name_count);
+    }
 };
 
 const std::map<std::string, Verb> VERBS{
@@ -77,6 +127,9 @@ const std::map<std::string, Verb> VERBS{
     {"backup", {{"--keep"}, 1, back_up}},
     {"tile",
      {{}, 2, [](const Arguments& a) { return tile_image(a.inq_names()[0], a.inq_names()[1]); }}},
+    {"submit", {{"--frames", "--chunk"}, MANY, submit}},
+    {"status", {{}, 1, show_status, {"--json", "--watch"}}},
+    {"cancel", {{}, 1, [](const Arguments& a) { return cancel_farm_jobs(a.inq_only_name()); }}},
 };
 } // namespace
 
@@ -85,9 +138,10 @@ int main(int argc, char** argv)
     const std::string verb = argc > 1 ? argv[1] : "";
     int status = BAD_INPUT;
     if (const auto found = VERBS.find(verb); found != VERBS.end()) {
-        const Arguments arguments(argc - 2, argv + 2, found->second.options);
-        if (arguments.is_good() && arguments.inq_names().size() == found->second.name_count)
-            return found->second.run(arguments);
+        const Verb& known = found->second;
+        const Arguments arguments(argc - 2, argv + 2, known.options, known.switches);
+        if (known.takes(arguments))
+            return known.run(arguments);
     } else if (verb == "--help" || verb == "-h") {
         status = DONE;
     }

@@ -3,6 +3,7 @@
 #include "render/hdr/OutputSettings.h"
 
 #include <memory>
+#include <vector>
 
 class HeldFrame;
 class KIVPixmap;
@@ -46,6 +47,15 @@ public:
 
     const OutputSettings& inq_settings() const { return settings; }
 
+    /// The arguments that were no options, in their order: ranges of frames, and what is ignored.
+    const std::vector<KIVString>& inq_other_arguments() const { return other_arguments; }
+
+    /// Where a frame is written, with its extension; empty for a type without a writer.
+    KIVString inq_frame_path(int frame) const;
+
+    /// Works out the side of the picture that was not given, if the other one was.
+    void complete_size(double camera_aspect);
+
     /// In place of the type that the arguments name.
     void set_file_type(int file_type) { settings.file_type = file_type; }
 
@@ -60,7 +70,6 @@ private:
     bool has_output_dir() const;
     bool check_output_dir();
     bool complete_range(int scene_length, OutputRun& run);
-    void complete_size(double camera_aspect);
     int inq_bits_per_channel() const;
     void report_settings();
     void report_tv_filter();
@@ -77,4 +86,5 @@ private:
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, int& writer_error);
 
     OutputSettings settings;
+    std::vector<KIVString> other_arguments;
 };

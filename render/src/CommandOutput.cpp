@@ -330,6 +330,7 @@ void ArgumentReader::use_option(const char* argument)
             option.effect(*this);
             return;
         }
+    output.other_arguments.emplace_back(argument);
     output.parse_limits_argument(argument, &settings.first_frame, &settings.last_frame);
 }
 

@@ -313,6 +313,12 @@ KIVString CommandOutput::inq_frame_file(int frame) const
     return file.append_path(KIVString(frame, FRAME_NUMBER_WIDTH));
 }
 
+KIVString CommandOutput::inq_frame_path(int frame) const
+{
+    const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
+    return writer ? writer->inq_path(inq_frame_file(frame)) : KIVString();
+}
+
 std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene& scene,
                                                  OutputRun& run, int frame)
 {

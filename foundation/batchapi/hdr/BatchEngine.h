@@ -4,28 +4,51 @@
 
 #include <vector>
 
-/// A command for the batch service, known by a name of the caller's choice.
+/// One command for the batch service, run once for each of its tasks, on whatever hosts the
+/// service has. A job is known by its name alone.
 struct BatchJob {
-    KIVString name;
-    std::vector<KIVString> arguments; // the program first
+    KIVString name;                   // letters, digits, '.', '_' and '-'
+    std::vector<KIVString> arguments; // the program first; a task gets its index as the last
+    std::vector<int> tasks;           // their indices, from 0 and ascending
+    KIVString folder;                 // absolute: where the tasks work
+    KIVString log; // absolute: where a task's output goes. "{task}" in the file's
+                   // name is its index; a second try adds to what is there
 };
 
 enum class BatchState {
-    UNKNOWN, // never taken, or forgotten
+    UNKNOWN, // the service has no such task, or calls its state by a strange name
     WAITING,
     RUNNING,
-    ENDED
+    ENDED // well or not: the service forgets such a task after a while
 };
 
-/// What really queues and runs the jobs.
+struct BatchTask {
+    int index = 0;
+    BatchState state = BatchState::UNKNOWN;
+    KIVString host; // where it runs or ran, if it is known
+
+    /// Also in a state of a strange name.
+    bool is_alive() const { return state != BatchState::ENDED; }
+};
+
+/// Whether any of them may still run.
+bool is_alive(const std::vector<BatchTask>& tasks);
+
+/// What really queues and runs the jobs. Wherever false is given, `*error` has words for the user.
 class BatchEngine {
 public:
     virtual ~BatchEngine() = default;
 
-    /// False with words in `*error` if the job was not taken.
+    /// After false the job may have been taken all the same, or a part of its tasks.
     virtual bool submit(const BatchJob& job, KIVString* error) = 0;
-    virtual BatchState query(const KIVString& name) = 0;
 
-    /// False if there was nothing to cancel.
-    virtual bool cancel(const KIVString& name) = 0;
+    /// The tasks of that name by ascending index, each once; none if the service knows no such job.
+    /// False if the service did not answer.
+    virtual bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) = 0;
+
+    /// Tasks that wait never start, and those that run are ended. True as well if there were none.
+    virtual bool cancel(const KIVString& name, KIVString* error) = 0;
+
+    /// The highest index that a task may have. False if the service did not answer.
+    virtual bool inq_highest_index(int* index, KIVString* error) = 0;
 };

@@ -1,5 +1,54 @@
 #include "batchapi/hdr/BatchManager.h"
 
+namespace {
+/// No more than a name: commands of a service take lists, patterns and nothing at all for
+/// everything.
+bool is_job_name(const KIVString& name)
+{
+    return !name.is_null() && std::ranges::all_of(name.str(), [](char c) {
+        return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || ('0' <= c && c <= '9') ||
+               c == '.' || c == '_' || c == '-';
+    });
+}
+
+bool is_ascending(const std::vector<int>& tasks)
+{
+    return tasks.front() >= 0 &&
+           std::ranges::adjacent_find(tasks, std::greater_equal<>()) == tasks.end();
+}
+
+/// What is wrong with a job; empty if nothing.
+KIVString find_fault(const BatchJob& job)
+{
+    if (job.arguments.empty())
+        return "A job needs a command.";
+    if (job.tasks.empty() || !is_ascending(job.tasks))
+        return "A job needs tasks, in ascending order.";
+    if (!job.folder.str().starts_with('/') || !job.log.str().starts_with('/'))
+        return "A job needs a folder to work in and a log.";
+    return {};
+}
+
+/// Those that may still run.
+std::vector<BatchTask> find_alive(std::vector<BatchTask> tasks)
+{
+    std::erase_if(tasks, [](const BatchTask& task) { return !task.is_alive(); });
+    return tasks;
+}
+
+bool has_one_of(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
+{
+    return std::ranges::any_of(tasks, [&](const BatchTask& task) {
+        return std::ranges::binary_search(indices, task.index);
+    });
+}
+
+bool has_all(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
+{
+    return std::ranges::includes(tasks, indices, {}, &BatchTask::index);
+}
+} // namespace
+
 BatchManager* BatchManager::inq_batch_manager()
 {
     static BatchManager manager;
@@ -8,28 +57,70 @@ BatchManager* BatchManager::inq_batch_manager()
 
 bool BatchManager::submit(const BatchJob& job, KIVString* error)
 {
-    if (!engine) {
-        *error = "No batch service is installed.";
+    *error = find_fault(job);
+    if (!error->is_null())
         return false;
-    }
-    if (job.name.is_null() || job.arguments.empty()) {
-        *error = "A job needs a name and a command.";
+    std::vector<BatchTask> tasks;
+    if (!query(job.name, &tasks, error))
         return false;
-    }
-    const BatchState state = engine->query(job.name);
-    if (state == BatchState::WAITING || state == BatchState::RUNNING) {
+    tasks = find_alive(std::move(tasks));
+    if (has_one_of(tasks, job.tasks)) {
         *error = "The job " + job.name + " is in the queue already.";
         return false;
     }
-    return engine->submit(job, error);
+    return engine->submit(job, error) || is_taken_after_all(job, !tasks.empty(), error);
 }
 
-BatchState BatchManager::query(const KIVString& name)
+/// The service may have taken the job and the answer been lost. A job that it took in part goes,
+/// unless others that it took before would go with it.
+bool BatchManager::is_taken_after_all(const BatchJob& job, bool has_others, KIVString* error)
 {
-    return engine ? engine->query(name) : BatchState::UNKNOWN;
+    std::vector<BatchTask> tasks;
+    KIVString second_error;
+    if (!query(job.name, &tasks, &second_error)) {
+        *error += " The job " + job.name + " may have been taken all the same: " + second_error;
+        return false;
+    }
+    const std::vector<BatchTask> alive = find_alive(tasks);
+    if (has_others ? has_all(alive, job.tasks) : !alive.empty() && has_all(tasks, job.tasks))
+        return true;
+    if (!has_one_of(alive, job.tasks))
+        return false;
+    if (has_others)
+        *error += " A part of the job " + job.name + " was taken.";
+    else if (!cancel(job.name, &second_error))
+        *error += " A part of the job " + job.name + " was taken: " + second_error;
+    return false;
 }
 
-bool BatchManager::cancel(const KIVString& name)
+bool BatchManager::query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error)
 {
-    return engine && engine->cancel(name);
+    tasks->clear();
+    return can_ask(name, error) && engine->query(name, tasks, error);
+}
+
+bool BatchManager::cancel(const KIVString& name, KIVString* error)
+{
+    return can_ask(name, error) && engine->cancel(name, error);
+}
+
+bool BatchManager::inq_highest_index(int* index, KIVString* error)
+{
+    return can_ask(error) && engine->inq_highest_index(index, error);
+}
+
+bool BatchManager::can_ask(KIVString* error) const
+{
+    if (!engine)
+        *error = "No batch service is installed.";
+    return engine != nullptr;
+}
+
+bool BatchManager::can_ask(const KIVString& name, KIVString* error) const
+{
+    if (!can_ask(error))
+        return false;
+    if (!is_job_name(name))
+        *error = "\"" + name + "\" can not be the name of a job.";
+    return is_job_name(name);
 }

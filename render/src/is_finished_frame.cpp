@@ -1,4 +1,4 @@
-#include "frontend/CMontaray/is_finished_frame.h"
+#include "render/hdr/is_finished_frame.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/PixmapReader.h"

@@ -1,0 +1,37 @@
+#include "batchapi/src/SlurmConfiguration.h"
+
+#include "kivlib/hdr/file_operations.h"
+
+#include <arpa/nameser.h>
+#include <cstdlib>
+#include <netinet/in.h>
+#include <resolv.h>
+
+namespace {
+/// Whether the network tells hosts where the service is. One question, and a short wait.
+bool is_told_by_network(const KIVString& service)
+{
+    struct __res_state resolver {};
+    if (service.is_null() || ::res_ninit(&resolver) != 0)
+        return false;
+    resolver.retrans = 1;
+    resolver.retry = 1;
+    unsigned char answer[NS_PACKETSZ];
+    const int length =
+        ::res_nsearch(&resolver, service.c_str(), ns_c_in, ns_t_srv, answer, sizeof answer);
+    ::res_nclose(&resolver);
+    return length > 0;
+}
+} // namespace
+
+KIVString find_configuration_fault(const SlurmEngine::Settings& settings)
+{
+    if (const char* told = std::getenv("SLURM_CONF"))
+        return inq_file_exists(told) ? KIVString()
+                                     : KIVString("SLURM_CONF: ") + told + " is not there.";
+    if (std::ranges::any_of(settings.configurations, inq_file_exists) ||
+        is_told_by_network(settings.network_service))
+        return {};
+    return "No configuration of Slurm was found: SLURM_CONF is not set, and the usual places are "
+           "empty.";
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "modules/farm/hdr/FrameSet.h"
+
+#include <optional>
+
+/// A render job as its folder keeps it: all that a task on any host needs. The key stands for what
+/// the frames will look like and where they lie; which ones are wanted may grow from one order
+/// to the next.
+struct FarmJob {
+    std::string renderer; // the program
+    std::string renderer_print;
+    std::string scene;
+    std::string scene_print;
+    std::vector<std::string> shown; // files that the scene refers to
+    std::string output;             // the folder of the frames
+    std::vector<std::string> options;
+
+    int scene_length = 0; // in frames
+    std::string extension;
+    int width = 0; // of a frame, in pixels
+    int height = 0;
+
+    FrameSet asked; // by all orders
+    int chunk_size = 0;
+    int order = 0; // counts the orders that sent tasks
+    std::string ordered_at;
+
+    std::string inq_key() const;
+    std::string inq_name() const { return "render-" + inq_key(); } // with the batch service
+    ChunkPlan inq_plan() const { return ChunkPlan(chunk_size); }
+
+    /// The name of its file, such as 0001.tif.
+    std::string inq_file_name(int frame) const;
+
+    /// Whether a file has the same name in both.
+    bool makes_files_of(const FarmJob& other) const;
+
+    std::string inq_text() const;
+
+    /// None if the text is no job.
+    static std::optional<FarmJob> parse(const std::string& text);
+};
+
+/// Now, in UTC, as 2000-01-01T00:00:00Z.
+std::string inq_time_text();

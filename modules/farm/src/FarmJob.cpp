@@ -1,0 +1,106 @@
+#include "modules/farm/hdr/FarmJob.h"
+
+#include "kivlib/hdr/KIVString.h"
+#include "modules/farm/hdr/finger_prints.h"
+#include "modules/farm/src/json.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace {
+constexpr int FORMAT = 1; // of the job file
+constexpr int FRAME_NUMBER_WIDTH = 4;
+
+Json to_json(const FrameSet& frames)
+{
+    Json runs = Json::array();
+    for (const auto [first, last] : inq_runs(frames))
+        runs.push_back({first, last});
+    return runs;
+}
+
+FrameSet to_frames(const Json& runs)
+{
+    FrameSet frames;
+    for (const Json& run : runs)
+        frames.merge(inq_frames({run.at(0), run.at(1)}));
+    return frames;
+}
+
+FarmJob to_job(const Json& json)
+{
+    FarmJob job;
+    job.renderer = json.at("renderer");
+    job.renderer_print = json.at("renderer_print");
+    job.scene = json.at("scene");
+    job.scene_print = json.at("scene_print");
+    job.shown = json.at("shown").get<std::vector<std::string>>();
+    job.output = json.at("output");
+    job.options = json.at("options").get<std::vector<std::string>>();
+    job.scene_length = json.at("scene_length");
+    job.extension = json.at("extension");
+    job.width = json.at("width");
+    job.height = json.at("height");
+    job.asked = to_frames(json.at("asked"));
+    job.chunk_size = json.at("chunk_size");
+    job.order = json.at("order");
+    job.ordered_at = json.at("ordered_at");
+    return job;
+}
+} // namespace
+
+std::string FarmJob::inq_key() const
+{
+    std::vector<std::string> texts{renderer, renderer_print, scene, scene_print, output};
+    texts.insert(texts.end(), options.begin(), options.end());
+    return inq_text_print(texts);
+}
+
+std::string FarmJob::inq_file_name(int frame) const
+{
+    return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
+}
+
+bool FarmJob::makes_files_of(const FarmJob& other) const
+{
+    return output == other.output && extension == other.extension &&
+           std::ranges::any_of(asked, [&](int frame) { return other.asked.contains(frame); });
+}
+
+std::string FarmJob::inq_text() const
+{
+    constexpr int INDENT = 2;
+    const Json json{{"format", FORMAT},         {"key", inq_key()},
+                    {"renderer", renderer},     {"renderer_print", renderer_print},
+                    {"scene", scene},           {"scene_print", scene_print},
+                    {"shown", shown},           {"output", output},
+                    {"options", options},       {"scene_length", scene_length},
+                    {"extension", extension},   {"width", width},
+                    {"height", height},         {"asked", to_json(asked)},
+                    {"chunk_size", chunk_size}, {"order", order},
+                    {"ordered_at", ordered_at}};
+    return json.dump(INDENT) + "\n";
+}
+
+std::optional<FarmJob> FarmJob::parse(const std::string& text)
+{
+    try {
+        const Json json = parse_json(text);
+        if (json.value("format", 0) != FORMAT)
+            return std::nullopt;
+        FarmJob job = to_job(json);
+        const bool is_sound = job.chunk_size > 0 && job.inq_key() == json.at("key");
+        return is_sound ? std::optional(std::move(job)) : std::nullopt;
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::string inq_time_text()
+{
+    char text[] = "2000-01-01T00:00:00Z";
+    const std::time_t now = std::time(nullptr);
+    struct tm parts {};
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", ::gmtime_r(&now, &parts));
+    return text;
+}

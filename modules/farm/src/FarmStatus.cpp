@@ -1,0 +1,182 @@
+#include "modules/farm/hdr/FarmStatus.h"
+
+#include "batchapi/hdr/BatchManager.h"
+#include "batchapi/hdr/SlurmEngine.h"
+#include "modules/farm/hdr/durable_file.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace {
+std::vector<std::string> read_last_lines(const fs::path& file)
+{
+    constexpr std::size_t MOST = 5;
+    std::vector<std::string> lines;
+    std::istringstream text(read_file(file));
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+        if (lines.size() > MOST)
+            lines.erase(lines.begin());
+    }
+    return lines;
+}
+
+/// The chunks that the service has tasks for, and whether those run.
+std::map<int, bool> ask(BatchManager& manager, const FarmJob& job, std::string& error)
+{
+    std::vector<BatchTask> tasks;
+    KIVString words;
+    if (!manager.query(job.inq_name(), &tasks, &words))
+        error = words.str();
+    std::map<int, bool> chunks;
+    for (const BatchTask& task : tasks)
+        if (task.is_alive())
+            chunks[task.index] = task.state == BatchState::RUNNING;
+    return chunks;
+}
+
+/// Sorts the frames of a job by what has become of them.
+class JobLook {
+public:
+    JobLook(const JobFolder& folder, const FarmJob& job, const std::map<int, bool>& alive)
+        : folder(folder), alive(alive)
+    {
+        status.job = job;
+    }
+
+    JobStatus look()
+    {
+        const FarmJob& job = status.job;
+        status.done = folder.inq_done(job, job.asked);
+        const FrameSet undone = without(job.asked, status.done);
+        for (const int chunk : job.inq_plan().inq_chunks(undone))
+            look_at(chunk, job.inq_plan().cut(undone, chunk));
+        return std::move(status);
+    }
+
+private:
+    void look_at(int chunk, FrameSet undone)
+    {
+        const std::vector<FailedTry> failures = folder.read_failures(chunk);
+        if (!failures.empty())
+            status.failures.push_back(
+                {chunk, failures.back(), read_last_lines(folder.inq_log(chunk))});
+        const auto task = alive.find(chunk);
+        if (task != alive.end())
+            (task->second ? status.running : status.waiting).merge(undone);
+        else if (!failures.empty() && failures.back().is_final)
+            status.failed.merge(undone);
+        else
+            status.missing.merge(undone);
+    }
+
+    const JobFolder& folder;
+    const std::map<int, bool>& alive; // whether the task of a chunk runs
+    JobStatus status;
+};
+
+/// Frames of superseded jobs that no other job of the folder has asked for, and whose files lie
+/// there still.
+FrameSet find_old(const std::vector<FarmJob>& superseded, const std::vector<JobStatus>& jobs)
+{
+    FrameSet old;
+    for (const FarmJob& before : superseded) {
+        FrameSet frames = before.asked;
+        for (const JobStatus& status : jobs)
+            if (status.job.extension == before.extension)
+                frames = without(frames, status.job.asked);
+        std::error_code failure;
+        for (const int frame : frames)
+            if (fs::exists(fs::path(before.output) / before.inq_file_name(frame), failure))
+                old.insert(frame);
+    }
+    return old;
+}
+} // namespace
+
+FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
+{
+    FarmStatus status;
+    std::vector<FarmJob> superseded;
+    for (const JobFolder& folder : JobFolder::list(output)) {
+        const std::optional<FarmJob> job = folder.read_job();
+        if (!job)
+            continue;
+        if (folder.is_superseded()) {
+            superseded.push_back(*job);
+            continue;
+        }
+        // Asked before the files are looked at: a task that ends in between has done its frames.
+        const std::map<int, bool> alive = ask(manager, *job, status.service_error);
+        status.jobs.push_back(JobLook(folder, *job, alive).look());
+        if (status.service_error.empty() && alive.empty() && status.jobs.back().is_complete())
+            folder.remove_all_scratch();
+    }
+    status.old = find_old(superseded, status.jobs);
+    return status;
+}
+
+bool FarmStatus::is_complete() const
+{
+    return old.empty() &&
+           std::ranges::all_of(jobs, [](const JobStatus& status) { return status.is_complete(); });
+}
+
+bool FarmStatus::is_in_work() const
+{
+    return std::ranges::any_of(jobs, [](const JobStatus& status) {
+        return !status.running.empty() || !status.waiting.empty();
+    });
+}
+
+namespace {
+/// Waits a while for the tasks to end. False if there are some still, or nobody knows.
+bool wait_until_idle(BatchManager& manager, const FarmJob& job)
+{
+    constexpr int MOST_LOOKS = 20;
+    constexpr std::chrono::milliseconds PAUSE(500);
+    for (int i = 0; i < MOST_LOOKS; ++i) {
+        std::string error;
+        const bool is_idle = ask(manager, job, error).empty();
+        if (is_idle || !error.empty())
+            return error.empty();
+        std::this_thread::sleep_for(PAUSE);
+    }
+    return false;
+}
+} // namespace
+
+std::string cancel_jobs(BatchManager& manager, const std::string& output)
+{
+    std::string said;
+    for (const JobFolder& folder : JobFolder::list(output)) {
+        const std::optional<FarmJob> job = folder.read_job();
+        KIVString error;
+        if (!job)
+            continue;
+        if (!manager.cancel(job->inq_name(), &error))
+            throw std::runtime_error(error.str());
+        const bool is_idle = wait_until_idle(manager, *job);
+        if (is_idle)
+            folder.remove_all_scratch();
+        else
+            folder.remove_dead_scratch();
+        said += job->inq_name() + (is_idle ? ": nothing of it is in the queue.\n"
+                                           : ": its tasks have not ended yet.\n");
+    }
+    return said;
+}
+
+BatchManager& inq_farm_service()
+{
+    BatchManager& manager = *BatchManager::inq_batch_manager();
+    if (!manager.inq_has_engine())
+        manager.set_engine(std::make_unique<SlurmEngine>());
+    return manager;
+}

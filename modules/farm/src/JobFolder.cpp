@@ -1,0 +1,236 @@
+#include "modules/farm/hdr/JobFolder.h"
+
+#include "kivlib/hdr/Checksum.h"
+#include "kivlib/hdr/FileHandle.h"
+#include "kivlib/hdr/KIVString.h"
+#include "modules/farm/hdr/durable_file.h"
+#include "modules/farm/src/json.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <sstream>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+constexpr char PREFIX[] = ".farm-";
+constexpr char JOB_FILE[] = "job.json";
+constexpr char SUPERSEDED[] = "superseded";
+constexpr char DONE[] = "done";
+constexpr char FAIL[] = "fail";
+constexpr char LOG[] = "log";
+constexpr char SCRATCH[] = "tmp";
+constexpr int FRAME_NUMBER_WIDTH = 4;
+
+struct SizeAndTime {
+    std::int64_t size;
+    std::string time;
+};
+
+/// None if there is no such regular file.
+std::optional<SizeAndTime> inq_size_and_time(const fs::path& file)
+{
+    struct stat facts {};
+    if (::stat(file.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode))
+        return std::nullopt;
+    return SizeAndTime{facts.st_size, std::to_string(facts.st_mtim.tv_sec) + "." +
+                                          std::to_string(facts.st_mtim.tv_nsec)};
+}
+
+std::string inq_sum(const fs::path& file)
+{
+    const std::optional<FileSum> sum = inq_file_sum(file.string());
+    return sum ? std::to_string(sum->sum) : "";
+}
+
+FailedTry to_failure(const Json& json)
+{
+    FailedTry failed;
+    failed.time = json.value("time", "");
+    failed.host = json.value("host", "");
+    failed.order = json.value("order", 0);
+    failed.number = json.value("try", 0);
+    failed.result = json.value("result", 0);
+    failed.frames = json.value("frames", "");
+    failed.reason = json.value("reason", "");
+    failed.is_final = json.value("final", false);
+    return failed;
+}
+} // namespace
+
+std::optional<FrameFacts> FrameFacts::look(const fs::path& file)
+{
+    const std::optional<SizeAndTime> found = inq_size_and_time(file);
+    const std::string sum = inq_sum(file);
+    return found && !sum.empty() ? std::optional(FrameFacts{found->size, found->time, sum})
+                                 : std::nullopt;
+}
+
+// Two tasks may have made the same frame, and the facts may be of the one file and the file of the
+// other: it has the same contents then, though not the same time.
+bool FrameFacts::are_of(const fs::path& file) const
+{
+    const std::optional<SizeAndTime> found = inq_size_and_time(file);
+    return found && found->size == size && (found->time == time || inq_sum(file) == sum);
+}
+
+JobFolder JobFolder::of(const FarmJob& job)
+{
+    return JobFolder(fs::path(job.output) / (PREFIX + job.inq_key()));
+}
+
+std::vector<JobFolder> JobFolder::list(const std::string& output)
+{
+    std::vector<std::pair<std::string, fs::path>> found;
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator(output, failure)) {
+        if (!entry.path().filename().string().starts_with(PREFIX))
+            continue;
+        if (const std::optional<FarmJob> job = JobFolder(entry.path()).read_job())
+            found.emplace_back(job->ordered_at, entry.path());
+    }
+    std::ranges::sort(found);
+    std::vector<JobFolder> folders;
+    for (const auto& [ordered_at, path] : found)
+        folders.emplace_back(path);
+    return folders;
+}
+
+void JobFolder::make() const
+{
+    std::error_code failure;
+    for (const char* name : {"", DONE, FAIL, LOG, SCRATCH})
+        fs::create_directory(path / name, failure);
+    if (!fs::is_directory(path / SCRATCH, failure) || !sync_folder(path.parent_path().string()))
+        throw_disc_error("can't make " + path.string());
+}
+
+std::optional<FarmJob> JobFolder::read_job() const
+{
+    return FarmJob::parse(read_file(path / JOB_FILE));
+}
+
+void JobFolder::write_job(const FarmJob& job) const
+{
+    write_durably(path / JOB_FILE, job.inq_text());
+}
+
+bool JobFolder::is_superseded() const
+{
+    std::error_code failure;
+    return fs::exists(path / SUPERSEDED, failure);
+}
+
+void JobFolder::set_superseded(bool superseded) const
+{
+    std::error_code failure;
+    if (superseded)
+        write_durably(path / SUPERSEDED, "");
+    else
+        fs::remove(path / SUPERSEDED, failure);
+}
+
+fs::path JobFolder::inq_marker(int frame) const
+{
+    return path / DONE / KIVString(frame, FRAME_NUMBER_WIDTH).str();
+}
+
+fs::path JobFolder::inq_log(int chunk) const
+{
+    return path / LOG / std::to_string(chunk);
+}
+
+bool JobFolder::is_done(const FarmJob& job, int frame) const
+{
+    const Json marker = parse_json(read_file(inq_marker(frame)));
+    if (marker.is_null())
+        return false;
+    const FrameFacts facts{marker.value("size", std::int64_t(-1)), marker.value("time", ""),
+                           marker.value("sum", "")};
+    return facts.are_of(fs::path(job.output) / job.inq_file_name(frame));
+}
+
+FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
+{
+    FrameSet done;
+    for (const int frame : frames)
+        if (is_done(job, frame))
+            done.insert(frame);
+    return done;
+}
+
+void JobFolder::mark_done(int frame, const FrameFacts& facts) const
+{
+    const Json marker{
+        {"size", facts.size}, {"time", facts.time}, {"sum", facts.sum}, {"host", inq_host_name()}};
+    write_durably(inq_marker(frame), inq_line(marker) + "\n");
+}
+
+// A line that two hosts wrote into one another is left out.
+std::vector<FailedTry> JobFolder::read_failures(int chunk) const
+{
+    std::vector<FailedTry> failures;
+    std::istringstream lines(read_file(path / FAIL / std::to_string(chunk)));
+    for (std::string line; std::getline(lines, line);)
+        if (const Json json = parse_json(line); json.is_object())
+            failures.push_back(to_failure(json));
+    return failures;
+}
+
+void JobFolder::add_failure(int chunk, const FailedTry& failed) const
+{
+    const Json json{{"time", failed.time},     {"host", failed.host},     {"order", failed.order},
+                    {"try", failed.number},    {"result", failed.result}, {"frames", failed.frames},
+                    {"reason", failed.reason}, {"final", failed.is_final}};
+    add_line_durably(path / FAIL / std::to_string(chunk), inq_line(json));
+}
+
+fs::path JobFolder::make_scratch(int number) const
+{
+    const fs::path scratch = path / SCRATCH / (inq_process_name() + "-" + std::to_string(number));
+    std::error_code failure;
+    fs::remove_all(scratch, failure); // of a process of the same number, long ago
+    if (!fs::create_directory(scratch, failure))
+        throw std::runtime_error("can't make " + scratch.string() + ": " + failure.message());
+    return scratch;
+}
+
+namespace {
+/// Whether the folder of a try has a name of this host and of a process that is gone.
+bool is_dead(const std::string& name)
+{
+    const std::string host = inq_host_name() + "-";
+    if (!name.starts_with(host))
+        return false;
+    pid_t pid = 0;
+    const char* const start = name.data() + host.size();
+    const auto read = std::from_chars(start, name.data() + name.size(), pid);
+    return read.ec == std::errc() && *read.ptr == '-' && pid > 0 && pid != ::getpid() &&
+           ::kill(pid, 0) != 0 && errno == ESRCH;
+}
+
+void remove_folders(const fs::path& parent, bool (*wanted)(const std::string&))
+{
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator(parent, failure))
+        if (wanted(entry.path().filename().string())) {
+            std::error_code ignored;
+            fs::remove_all(entry.path(), ignored);
+        }
+}
+} // namespace
+
+void JobFolder::remove_dead_scratch() const
+{
+    remove_folders(path / SCRATCH, is_dead);
+}
+
+void JobFolder::remove_all_scratch() const
+{
+    remove_folders(path / SCRATCH, [](const std::string&) { return true; });
+}

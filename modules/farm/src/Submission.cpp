@@ -1,0 +1,227 @@
+#include "modules/farm/hdr/Submission.h"
+
+#include "batch/hdr/BatchSceneInfo.h"
+#include "batchapi/hdr/BatchManager.h"
+#include "batchapi/src/Command.h"
+#include "kivlib/hdr/ModuleFolder.h"
+#include "kivlib/hdr/file_operations.h"
+#include "modules/farm/hdr/finger_prints.h"
+#include "modules/farm/src/json.h"
+#include "xsheet/store_control/hdr/FolderLock.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+constexpr int NORMAL_CHUNK_SIZE = 8;
+
+[[noreturn]] void refuse(const std::string& reason)
+{
+    throw std::runtime_error(reason);
+}
+
+bool is_program(const fs::path& path)
+{
+    return ::access(path.c_str(), X_OK) == 0;
+}
+
+/// What is asked for, as far as the scene has it.
+FrameRun choose_run(const RenderWords& words, const BatchSceneInfo& info)
+{
+    FrameRun run{};
+    FrameRun whole{};
+    info.inq_frame_range(&whole.first, &whole.last);
+    if (words.key_range)
+        info.inq_key_range(&run.first, &run.last);
+    else
+        info.inq_selected_range(&run.first, &run.last);
+    const FrameRun cut{std::max({run.first, whole.first, 1}), std::min(run.last, whole.last)};
+    if (cut.last < cut.first)
+        refuse("The scene has no frames from " + std::to_string(run.first) + " to " +
+               std::to_string(run.last) + ".");
+    return cut;
+}
+
+void make_output_folder(const std::string& output)
+{
+    constexpr int ALL_MAY_USE_IT = 0777;
+    makedir(output, ALL_MAY_USE_IT, false);
+    if (!inq_is_directory(output) || ::access(output.c_str(), W_OK | X_OK) != 0)
+        refuse("Can't write to the output folder " + output + ".");
+}
+
+/// The files that the scene refers to, as the renderer sees them. It loads the scene in a process
+/// of its own: there may be another one in this process, and one at a time can be loaded.
+std::vector<std::string> list_shown(const std::string& renderer, const std::string& scene)
+{
+    constexpr int DEADLINE = 600'000; // milliseconds
+    constexpr std::size_t MOST_TEXT = std::size_t(1) << 28;
+    Command command{renderer, {"list_refs", "--json", "--", scene}, {}, DEADLINE, MOST_TEXT};
+    for (char** variable = environ; *variable; ++variable)
+        command.environment.emplace_back(*variable);
+    const CommandAnswer answer = run(command);
+    const Json list = Json::parse(answer.output, nullptr, false);
+    if (!list.is_array() || answer.result != 0)
+        refuse("The renderer can't load the scene " + scene + ". " + answer.errors);
+    std::set<std::string> shown;
+    for (const Json& entry : list)
+        shown.insert(entry.value("path", ""));
+    return {shown.begin(), shown.end()};
+}
+} // namespace
+
+FarmPrograms FarmPrograms::find()
+{
+    fs::path folder = ModuleFolder::inq_path().str();
+    while (folder.has_relative_path()) {
+        folder = folder.parent_path();
+        const FarmPrograms programs{folder / "bin/CMontaray", folder / "bin/montaray-farm-task"};
+        if (is_program(programs.renderer) && is_program(programs.task))
+            return programs;
+    }
+    refuse("The programs CMontaray and montaray-farm-task are not installed beside the library.");
+}
+
+FarmJob Submission::make_job(const RenderWords& words, const std::string& scene) const
+{
+    if (scene.empty())
+        refuse("The scene was never saved.");
+    FarmJob job;
+    job.renderer = programs.renderer;
+    job.renderer_print = inq_program_print(programs.renderer);
+    job.scene = inq_absolute_path(scene).str();
+    job.shown = list_shown(programs.renderer, job.scene);
+    if (!words.profile.empty())
+        job.shown.push_back(words.profile);
+    job.scene_print = inq_scene_print(job.scene, job.shown);
+    job.output = words.output;
+    job.options = words.options;
+    job.extension = words.extension;
+    job.width = words.width;
+    job.height = words.height;
+    return job;
+}
+
+std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job) const
+{
+    std::vector<BatchTask> tasks;
+    KIVString error;
+    if (!manager.query(job.inq_name(), &tasks, &error))
+        refuse(error.str());
+    std::set<int> chunks;
+    for (const BatchTask& task : tasks)
+        if (task.is_alive())
+            chunks.insert(task.index);
+    return chunks;
+}
+
+void Submission::choose_chunk_size(FarmJob& job, const std::optional<FarmJob>& before,
+                                   const RenderWords& words, bool is_on_its_way) const
+{
+    job.chunk_size = before ? before->chunk_size : NORMAL_CHUNK_SIZE;
+    if (is_on_its_way)
+        return; // they know the chunks by their numbers
+    job.chunk_size = words.chunk_size.value_or(job.chunk_size);
+    int highest = 0;
+    KIVString error;
+    if (!manager.inq_highest_index(&highest, &error))
+        refuse(error.str());
+    const int least = (job.scene_length + highest) / (highest + 1);
+    job.chunk_size = std::max(job.chunk_size, least);
+}
+
+std::string Submission::supersede_others(const FarmJob& job) const
+{
+    std::string said;
+    for (const JobFolder& folder : JobFolder::list(job.output)) {
+        const std::optional<FarmJob> other = folder.read_job();
+        if (!other || other->inq_key() == job.inq_key() || !other->makes_files_of(job) ||
+            folder.is_superseded())
+            continue;
+        folder.set_superseded(true);
+        KIVString error;
+        const bool is_cancelled = manager.cancel(other->inq_name(), &error);
+        said += "It takes the place of " + other->inq_name() +
+                (is_cancelled ? ".\n" : ", which may be running: " + error.str() + "\n");
+    }
+    return said;
+}
+
+void Submission::send(const FarmJob& job, const std::set<int>& chunks) const
+{
+    const std::string folder = JobFolder::of(job).inq_path();
+    BatchJob batch_job;
+    batch_job.name = job.inq_name();
+    batch_job.arguments = {programs.task, folder};
+    batch_job.tasks.assign(chunks.begin(), chunks.end());
+    batch_job.folder = folder;
+    batch_job.log = folder + "/log/{task}";
+    KIVString error;
+    if (!manager.submit(batch_job, &error))
+        refuse(error.str());
+}
+
+namespace {
+/// What would be found out by looking at the frames.
+std::string describe_missing_files(const FarmJob& job)
+{
+    const auto n = std::ranges::count_if(
+        job.shown, [](const std::string& file) { return !inq_file_exists(file); });
+    return n == 0 ? ""
+                  : std::to_string(n) + " of the files that the scene refers to are missing; " +
+                        "list_refs --check names them.\n";
+}
+
+std::string describe(const FarmJob& job, const FrameSet& missing, const std::set<int>& sent)
+{
+    const std::string start = job.inq_name() + ": ";
+    if (missing.empty())
+        return start + "all frames are there, and nothing is sent.\n";
+    if (sent.empty())
+        return start + "the frames " + inq_text(missing) +
+               " are on their way already, and nothing is sent.\n";
+    FrameSet frames;
+    for (const int chunk : sent)
+        frames.merge(job.inq_plan().cut(missing, chunk));
+    return start + std::to_string(sent.size()) + " tasks for the frames " + inq_text(frames) +
+           " are sent.\n";
+}
+} // namespace
+
+std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& info)
+{
+    const FrameRun run = choose_run(words, info);
+    make_output_folder(words.output);
+    FolderLock lock;
+    if (lock.take(words.output, FolderLock::EXCLUSIVE) == FolderLock::BUSY)
+        refuse("Another render job is being submitted to " + words.output + ".");
+
+    FarmJob job = make_job(words, info.inq_scene_path().str());
+    int first = 0;
+    info.inq_frame_range(&first, &job.scene_length);
+    const JobFolder folder = JobFolder::of(job);
+    folder.make();
+    const std::optional<FarmJob> before = folder.read_job();
+    const std::set<int> on_their_way = find_chunks_on_their_way(job);
+    choose_chunk_size(job, before, words, !on_their_way.empty());
+    job.asked = inq_frames(run);
+    const FrameSet missing = without(job.asked, folder.inq_done(job, job.asked));
+    std::set<int> chunks = job.inq_plan().inq_chunks(missing);
+    for (const int chunk : on_their_way)
+        chunks.erase(chunk);
+    if (before)
+        job.asked.merge(FrameSet(before->asked));
+    job.order = (before ? before->order : 0) + (chunks.empty() ? 0 : 1);
+    job.ordered_at = inq_time_text();
+    folder.write_job(job);
+    folder.set_superseded(false);
+    std::string said = describe_missing_files(job) + supersede_others(job);
+    if (on_their_way.empty())
+        folder.remove_all_scratch();
+    if (!chunks.empty())
+        send(job, chunks);
+    return said + describe(job, missing, chunks);
+}

@@ -1,0 +1,85 @@
+#include "modules/farm/hdr/durable_file.h"
+
+#include "kivlib/hdr/FileHandle.h"
+
+#include <climits>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+constexpr int PERMISSIONS = 0666;
+
+void write_and_sync(FileHandle& file, const std::string& path, const std::string& contents)
+{
+    if (!file.is_open() || !file.write_all(contents.data(), contents.size()) || !file.sync() ||
+        !file.close())
+        throw_disc_error("can't write " + path);
+}
+
+void sync_folder_of(const std::string& path)
+{
+    if (!sync_folder(std::filesystem::path(path).parent_path().string()))
+        throw_disc_error("can't write " + path);
+}
+} // namespace
+
+void throw_disc_error(const std::string& what)
+{
+    throw std::runtime_error(what + ": " + inq_system_error().str());
+}
+
+void write_durably(const std::string& path, const std::string& contents)
+{
+    const std::string unfinished = path + "." + inq_process_name() + "~";
+    FileHandle file = FileHandle::open_to_write(unfinished.c_str(), PERMISSIONS);
+    write_and_sync(file, path, contents);
+    if (std::rename(unfinished.c_str(), path.c_str()) != 0)
+        throw_disc_error("can't write " + path);
+    sync_folder_of(path);
+}
+
+void add_line_durably(const std::string& path, const std::string& line)
+{
+    FileHandle file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, PERMISSIONS));
+    write_and_sync(file, path, line + "\n");
+    sync_folder_of(path);
+}
+
+std::string read_file(const std::string& path)
+{
+    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    struct stat facts {};
+    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0 || !S_ISREG(facts.st_mode))
+        return {};
+    std::string contents(static_cast<std::size_t>(facts.st_size), '\0');
+    return file.read_all(contents.data(), contents.size()) ? contents : "";
+}
+
+namespace {
+/// Processes of two containers may have one number, and their hosts one name.
+std::string inq_process_space()
+{
+    constexpr std::string_view FIRST_SPACE = "pid:[4026531836]";
+    std::error_code failure;
+    const std::string space = std::filesystem::read_symlink("/proc/self/ns/pid", failure).string();
+    if (failure || space == FIRST_SPACE)
+        return {};
+    return "." + space.substr(space.find('[') + 1, space.size() - space.find('[') - 2);
+}
+} // namespace
+
+std::string inq_host_name()
+{
+    char name[HOST_NAME_MAX + 1] = "";
+    ::gethostname(name, sizeof name - 1);
+    return name + inq_process_space();
+}
+
+std::string inq_process_name()
+{
+    return inq_host_name() + "-" + std::to_string(::getpid());
+}

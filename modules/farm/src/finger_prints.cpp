@@ -1,0 +1,84 @@
+#include "modules/farm/hdr/finger_prints.h"
+
+#include "kivlib/hdr/Checksum.h"
+#include "kivlib/hdr/FileHandle.h"
+#include "kivlib/hdr/file_operations.h"
+#include "kivlib/hdr/montaray_version.h"
+#include "modules/farm/hdr/durable_file.h"
+#include "xsheet/store_control/hdr/FolderLock.h"
+#include "xsheet/store_control/hdr/InterruptedSave.h"
+#include "xsheet/store_control/hdr/SceneParts.h"
+
+#include <charconv>
+#include <stdexcept>
+#include <sys/stat.h>
+
+namespace {
+std::string hexadecimal(Checksum::Value sum)
+{
+    constexpr std::size_t DIGITS = 2 * sizeof sum;
+    constexpr int BASE = 16;
+    char digits[DIGITS];
+    const char* const end = std::to_chars(digits, digits + DIGITS, sum, BASE).ptr;
+    const auto n = static_cast<std::size_t>(end - digits);
+    return std::string(DIGITS - n, '0').append(digits, n);
+}
+
+/// Contents of a file in a word.
+std::string inq_contents(const std::string& path)
+{
+    const std::optional<FileSum> sum = inq_file_sum(path);
+    return sum ? std::to_string(sum->size) + " " + hexadecimal(sum->sum) : "none";
+}
+
+/// Size and time of a file in a word.
+std::string inq_facts(const std::string& path)
+{
+    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    struct stat facts {};
+    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
+        return "none";
+    return std::to_string(facts.st_size) + " " + std::to_string(facts.st_mtim.tv_sec) + " " +
+           std::to_string(facts.st_mtim.tv_nsec);
+}
+
+void lock(FolderLock& folder_lock, const std::string& scene)
+{
+    if (!inq_is_directory(scene))
+        throw std::runtime_error("there is no scene " + scene);
+    if (folder_lock.take(scene, FolderLock::SHARED) == FolderLock::BUSY)
+        throw std::runtime_error(scene + " is being saved by another program");
+    if (InterruptedSave(scene).inq_state() != InterruptedSave::NONE)
+        throw std::runtime_error("a save of " + scene + " was interrupted; recover it first");
+}
+} // namespace
+
+std::string inq_text_print(const std::vector<std::string>& texts)
+{
+    Checksum checksum;
+    for (const std::string& text : texts)
+        checksum.add(text.c_str(), text.size() + 1); // with its end, which no text contains
+    return hexadecimal(checksum.get());
+}
+
+std::string inq_scene_print(const std::string& scene, const std::vector<std::string>& shown)
+{
+    FolderLock scene_lock;
+    lock(scene_lock, scene);
+    std::vector<std::string> names(SCENE_PARTS.begin(), SCENE_PARTS.end());
+    names.insert(names.end(), {OLD_ASSET_PART, DRAWING_WINDOW_TAGS});
+    std::vector<std::string> texts;
+    for (const std::string& name : names)
+        texts.insert(texts.end(), {name, inq_contents(scene + "/" + name)});
+    for (const std::string& file : shown)
+        texts.insert(texts.end(), {file, inq_facts(file)});
+    return inq_text_print(texts);
+}
+
+std::string inq_program_print(const std::string& program)
+{
+    const std::string contents = inq_contents(inq_real_path(program).str());
+    if (contents == "none")
+        throw std::runtime_error("there is no program " + program);
+    return MONTARAY_VERSION " " + contents;
+}

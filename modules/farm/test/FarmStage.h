@@ -1,0 +1,59 @@
+#pragma once
+
+#include "modules/farm/hdr/Child.h"
+#include "modules/farm/hdr/JobFolder.h"
+#include "tests/support/TempFolder.h"
+
+#include <algorithm>
+
+/// A scene, an output folder and a renderer that is a script, for jobs of files that nobody here
+/// can read.
+class FarmStage {
+public:
+    FarmStage()
+    {
+        HeldSignals::hold();
+        std::filesystem::create_directory(folder.path("scene").str());
+        std::filesystem::create_directory(folder.path("frames").str());
+        folder.write("scene/Scene.contents", "as submitted");
+        set_renderer("");
+    }
+
+    /// A renderer that does its work up to `trouble`, which sees a `frame` before it is rendered.
+    /// It counts its runs in the file "runs".
+    void set_renderer(const std::string& trouble) const
+    {
+        write_program("renderer", "[ $1 = list_refs ] && echo '[]' && exit\n"
+                                  "here=$(dirname \"$0\")\n"
+                                  "echo run >> \"$here/runs\"\n"
+                                  "while [ $1 != --frames ]; do shift; done\n"
+                                  "for part in $(echo $2 | tr , ' '); do\n"
+                                  "for frame in $(seq ${part%-*} ${part#*-}); do\n" +
+                                      trouble +
+                                      "\necho $frame $(cat $here/scene/Scene.contents) > "
+                                      "\"$4/$(printf %04d $frame).pict\"\n"
+                                      "done\ndone\n");
+    }
+
+    void write_program(const std::string& name, const std::string& text) const
+    {
+        folder.write(name + "~", "#!/bin/sh\n" + text);
+        const std::filesystem::path program = folder.path(name + "~").str();
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        std::filesystem::rename(program, folder.path(name).str());
+    }
+
+    bool has_frame(int frame) const
+    {
+        const std::string number = std::to_string(frame);
+        return folder.has("frames/" + std::string(4 - number.size(), '0') + number + ".pict");
+    }
+
+    int count_runs() const
+    {
+        const std::string runs = folder.read("runs");
+        return static_cast<int>(std::ranges::count(runs, '\n'));
+    }
+
+    TempFolder folder;
+};

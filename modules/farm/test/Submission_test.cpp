@@ -1,0 +1,165 @@
+#include "batch/hdr/BatchSceneInfo.h"
+#include "batchapi/hdr/BatchManager.h"
+#include "modules/farm/hdr/ChunkTask.h"
+#include "modules/farm/hdr/FarmStatus.h"
+#include "modules/farm/hdr/Submission.h"
+#include "modules/farm/test/FarmStage.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace {
+using Tasks = std::vector<int>;
+
+/// Keeps tasks until it is told to run them.
+class Farm : public BatchEngine {
+public:
+    bool submit(const BatchJob& job, KIVString*) override
+    {
+        sent = job.tasks;
+        for (const int index : job.tasks)
+            waiting[job.name.str()].push_back({index, BatchState::WAITING, {}});
+        return true;
+    }
+    bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) override
+    {
+        const auto found = waiting.find(name.str());
+        *tasks = found == waiting.end() ? std::vector<BatchTask>() : found->second;
+        *error = answers ? "" : "Silence.";
+        return answers;
+    }
+    bool cancel(const KIVString& name, KIVString*) override
+    {
+        waiting.erase(name.str());
+        return true;
+    }
+    bool inq_highest_index(int* index, KIVString*) override
+    {
+        *index = highest_index;
+        return true;
+    }
+
+    bool answers = true;
+    int highest_index = 1000;
+    Tasks sent; // by the last job
+    std::map<std::string, std::vector<BatchTask>> waiting;
+};
+
+/// A scene of 40 frames, in chunks of 8 for the farm.
+class SubmissionTest : public testing::Test {
+protected:
+    SubmissionTest() { manager.set_engine(std::unique_ptr<BatchEngine>(farm)); }
+
+    std::string submit(int first, int last, const std::string& options = "-pict")
+    {
+        farm->sent.clear();
+        BatchSceneInfo info(stage.folder.path("scene"), 1, 40);
+        info.set_selected_range(first, last);
+        info.set_key_range(30, 60);
+        const std::string renderer = stage.folder.path("renderer").str();
+        const std::string output = stage.folder.path("frames").str();
+        return Submission(manager, {renderer, "/task"})
+            .submit(RenderWords::read(options + " -o " + output, 1.0), info);
+    }
+
+    void run_all()
+    {
+        const auto all = std::exchange(farm->waiting, {});
+        for (const auto& [name, tasks] : all)
+            for (const BatchTask& task : tasks)
+                ChunkTask(JobFolder(stage.folder.path("frames/.farm-" + name.substr(7)).str()),
+                          task.index)
+                    .run();
+    }
+
+    FarmStatus look() { return FarmStatus::look(manager, stage.folder.path("frames").str()); }
+
+    FarmStage stage;
+    BatchManager manager;
+    Farm* farm = new Farm; // the manager's
+};
+} // namespace
+
+TEST_F(SubmissionTest, sends_what_is_neither_done_nor_on_its_way)
+{
+    EXPECT_NE(submit(1, 20).find("3 tasks for the frames 1-20 are sent"), std::string::npos);
+    EXPECT_EQ(farm->sent, (Tasks{0, 1, 2}));
+    EXPECT_NE(submit(1, 20).find("are on their way already"), std::string::npos);
+    EXPECT_EQ(farm->sent, Tasks());
+    submit(18, 34); // 21 to 24 come with the task that has 17 to 20
+    EXPECT_EQ(farm->sent, (Tasks{3, 4}));
+    EXPECT_EQ(farm->waiting.size(), 1U);
+    EXPECT_TRUE(look().is_in_work());
+    run_all();
+    ASSERT_EQ(look().jobs.size(), 1U);
+    EXPECT_EQ(inq_text(look().jobs[0].done), "1-34");
+    EXPECT_TRUE(look().is_complete());
+
+    EXPECT_NE(submit(1, 34).find("all frames are there"), std::string::npos);
+    EXPECT_EQ(farm->sent, Tasks());
+    std::filesystem::remove(stage.folder.path("frames/0009.pict").str());
+    EXPECT_FALSE(look().is_complete());
+    submit(1, 34);
+    EXPECT_EQ(farm->sent, Tasks{1});
+    submit(1, 8, "-pict -key_range"); // cut to the scene's 40 frames
+    EXPECT_EQ(farm->sent, Tasks{4});
+    EXPECT_THROW(submit(41, 50), std::runtime_error);
+    farm->answers = false;
+    EXPECT_THROW(submit(1, 40), std::runtime_error);
+}
+
+TEST_F(SubmissionTest, tries_failed_chunks_again_and_tells_of_them)
+{
+    stage.set_renderer("[ $frame = 12 ] && [ -e $here/scene/bad ] && echo no ink && exit 213");
+    stage.folder.write("scene/bad", "");
+    submit(1, 24);
+    run_all();
+    const FarmStatus status = look();
+    EXPECT_EQ(inq_text(status.jobs[0].failed), "12-16");
+    EXPECT_EQ(status.jobs[0].failures.at(0).last.result, 213);
+    EXPECT_FALSE(status.is_complete() || status.is_in_work());
+    std::filesystem::remove(stage.folder.path("scene/bad").str());
+    submit(1, 24);
+    EXPECT_EQ(farm->sent, Tasks{1});
+    run_all();
+    EXPECT_TRUE(look().is_complete());
+    EXPECT_TRUE(look().jobs[0].failures.empty());
+}
+
+TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
+{
+    submit(1, 16);
+    run_all();
+    submit(33, 40);
+    submit(1, 8, "-tga"); // other files
+    EXPECT_EQ(farm->waiting.size(), 2U);
+    stage.folder.write("scene/Scene.contents", "saved anew");
+    EXPECT_NE(submit(1, 8).find("takes the place of render-"), std::string::npos);
+    EXPECT_EQ(farm->sent, Tasks{0});
+    EXPECT_EQ(farm->waiting.size(), 2U); // without the first
+    cancel_jobs(manager, stage.folder.path("frames").str());
+    EXPECT_TRUE(farm->waiting.empty());
+    submit(1, 8);
+    run_all();
+    EXPECT_EQ(inq_text(look().old), "9-16");
+    EXPECT_FALSE(look().is_complete());
+
+    stage.folder.write("scene/Scene.contents", "as submitted");
+    submit(1, 16);
+    EXPECT_EQ(farm->sent, Tasks{0}) << "9 to 16 are still those of this version";
+}
+
+TEST_F(SubmissionTest, keeps_chunks_while_tasks_know_them_by_number)
+{
+    submit(1, 10, "-pict --chunk 5");
+    submit(11, 20, "-pict --chunk 7");
+    EXPECT_EQ(farm->sent, (Tasks{2, 3}));
+    run_all();
+    submit(21, 40, "-pict --chunk 7");
+    EXPECT_EQ(farm->sent, (Tasks{2, 3, 4, 5}));
+    run_all();
+    farm->highest_index = 3;
+    stage.folder.write("scene/Scene.contents", "saved anew");
+    submit(1, 40);
+    EXPECT_EQ(farm->sent, (Tasks{0, 1, 2, 3}));
+}
