@@ -79,7 +79,7 @@ class Studio(programs.InFolder):
     def setUp(self):
         super().setUp()
         self.scene = None
-        self.frames = self.folder / "frames"
+        self.frames = self.folder / "frames, 100% done"
         self.frames.mkdir()
         self.whole = {}
         watcher = Watcher(self.frames, self.whole)
