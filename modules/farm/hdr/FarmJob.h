@@ -2,6 +2,7 @@
 
 #include "modules/farm/hdr/FrameSet.h"
 
+#include <map>
 #include <optional>
 
 /// A render job as its folder keeps it: all that a task on any host needs. The key stands for what
@@ -12,8 +13,8 @@ struct FarmJob {
     std::string renderer_print;
     std::string scene;
     std::string scene_print;
-    std::vector<std::string> shown; // files that the scene refers to
-    std::string output;             // the folder of the frames
+    std::map<std::string, std::string> shown; // files that the scene refers to, with their prints
+    std::string output;                       // the folder of the frames
     std::vector<std::string> options;
 
     int scene_length = 0; // in frames
@@ -32,6 +33,10 @@ struct FarmJob {
 
     /// The name of its file, such as 0001.tif.
     std::string inq_file_name(int frame) const;
+
+    /// A shown file that is not as it was; empty if all are. A strict render has done no frame that
+    /// lacks a file, so to it one that has come is none that has changed.
+    std::string find_changed_file() const;
 
     /// Whether a file has the same name in both.
     bool makes_files_of(const FarmJob& other) const;

@@ -62,6 +62,9 @@ public:
     bool is_done(const FarmJob& job, int frame) const;
     FrameSet inq_done(const FarmJob& job, const FrameSet& frames) const;
 
+    /// All frames count as not done.
+    void forget_done() const;
+
     /// The frame's file lies in its place.
     void mark_done(int frame, const FrameFacts& facts) const;
 

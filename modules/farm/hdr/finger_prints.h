@@ -3,12 +3,16 @@
 #include <string>
 #include <vector>
 
-// What things are known again by, as texts. A file that is read from a shared disc is opened, since
-// a host may remember older facts of one that it does not open.
+// What things are known again by, as texts.
 
-/// The contents of the scene's own files, and size and time of each file that it shows. Throws a
-/// `std::runtime_error` while the scene is being saved, or if there is none.
-std::string inq_scene_print(const std::string& scene, const std::vector<std::string>& shown);
+/// The contents of the scene's own files. Throws a `std::runtime_error` while the scene is being
+/// saved, or if there is none.
+std::string inq_scene_print(const std::string& scene);
+
+/// Size and time of a file, or NO_FILE_PRINT. The file is opened, since a host may remember older
+/// facts of one on a shared disc that it does not open.
+std::string inq_file_print(const std::string& path);
+inline constexpr char NO_FILE_PRINT[] = "none";
 
 /// The release and the contents of a program. Throws a `std::runtime_error` if it can't be read.
 std::string inq_program_print(const std::string& program);

@@ -5,6 +5,7 @@
 #include "modules/farm/hdr/Child.h"
 #include "modules/farm/hdr/durable_file.h"
 #include "modules/farm/hdr/finger_prints.h"
+#include "modules/farm/src/json.h"
 #include "render/hdr/is_finished_frame.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <iostream>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -22,7 +24,9 @@ namespace {
 /// order.
 constexpr std::array FINAL_RESULTS = {
     1, 201, 204, 206, 207, 213, int(ChunkTask::SCENE_CHANGED), int(ChunkTask::RENDERER_DIFFERS)};
-constexpr int NOT_STRICT = 221; // of the renderer: frames are there, with something wanting
+constexpr int NOT_STRICT = 221; // of the renderer, when frames lack some of their pictures
+
+constexpr char RENDERER_LOG[] = "log.jsonl";
 
 bool is_final(int result)
 {
@@ -66,6 +70,7 @@ std::vector<std::string> make_command(const FarmJob& job, const FrameSet& frames
 {
     std::vector<std::string> command{job.renderer, "image"};
     command.insert(command.end(), job.options.begin(), job.options.end());
+    command.insert(command.end(), {"--log-jsonl", scratch / RENDERER_LOG});
     command.insert(command.end(),
                    {"--frames", inq_text(frames), "-o", scratch.string(), "--", job.scene});
     return command;
@@ -157,8 +162,10 @@ namespace {
 std::optional<ChunkTask::Try> find_change(const FarmJob& job)
 {
     try {
-        if (inq_scene_print(job.scene, job.shown) != job.scene_print)
+        if (inq_scene_print(job.scene) != job.scene_print)
             return {{ChunkTask::SCENE_CHANGED, "the scene is not the one that was submitted"}};
+        if (const std::string file = job.find_changed_file(); !file.empty())
+            return {{ChunkTask::SCENE_CHANGED, file + " is not the file that was submitted"}};
         if (inq_program_print(job.renderer) != job.renderer_print)
             return {{ChunkTask::RENDERER_DIFFERS, "this host has another renderer"}};
         return std::nullopt;
@@ -172,7 +179,19 @@ std::string describe(int result, std::size_t n_missing)
     const std::string end = result == Child::NOT_STARTED
                                 ? "the renderer could not be started"
                                 : "the renderer ended with " + std::to_string(result);
-    return end + ", and " + std::to_string(n_missing) + " frames are not whole";
+    return end +
+           (n_missing == 0 ? "" : ", and " + std::to_string(n_missing) + " frames are not whole");
+}
+
+/// Frames that the renderer says were rendered without some of their pictures.
+FrameSet find_wanting(const fs::path& scratch)
+{
+    FrameSet frames;
+    std::istringstream lines(read_file(scratch / RENDERER_LOG));
+    for (std::string line; std::getline(lines, line);)
+        if (const Json event = parse_json(line); event.contains("unreadable"))
+            frames.insert(event.value("frame", 0));
+    return frames;
 }
 
 /// The frames that the renderer has left whole.
@@ -207,7 +226,9 @@ ChunkTask::Try ChunkTask::render_into(const fs::path& scratch, const FarmJob& jo
     const int result = Child::run(make_command(job, frames, scratch));
     if (is_stopped(result))
         return {inq_stopped_result(), "stopped"};
-    const FrameSet whole = result == NOT_STRICT ? FrameSet() : find_whole(scratch, job, frames);
+    FrameSet whole = find_whole(scratch, job, frames);
+    if (result == NOT_STRICT)
+        whole = without(std::move(whole), find_wanting(scratch));
     if (const std::optional<Try> change = find_change(job))
         return *change;
     if (folder.is_superseded())

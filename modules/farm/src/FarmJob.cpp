@@ -34,7 +34,7 @@ FarmJob to_job(const Json& json)
     job.renderer_print = json.at("renderer_print");
     job.scene = json.at("scene");
     job.scene_print = json.at("scene_print");
-    job.shown = json.at("shown").get<std::vector<std::string>>();
+    job.shown = json.at("shown").get<std::map<std::string, std::string>>();
     job.output = json.at("output");
     job.options = json.at("options").get<std::vector<std::string>>();
     job.scene_length = json.at("scene_length");
@@ -59,6 +59,15 @@ std::string FarmJob::inq_key() const
 std::string FarmJob::inq_file_name(int frame) const
 {
     return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
+}
+
+std::string FarmJob::find_changed_file() const
+{
+    const bool is_strict = std::ranges::count(options, "--strict") > 0;
+    for (const auto& [file, print] : shown)
+        if (!(is_strict && print == NO_FILE_PRINT) && inq_file_print(file) != print)
+            return file;
+    return {};
 }
 
 bool FarmJob::makes_files_of(const FarmJob& other) const

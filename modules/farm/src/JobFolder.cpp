@@ -214,7 +214,7 @@ bool is_dead(const std::string& name)
            ::kill(pid, 0) != 0 && errno == ESRCH;
 }
 
-void remove_folders(const fs::path& parent, bool (*wanted)(const std::string&))
+void remove_entries(const fs::path& parent, bool (*wanted)(const std::string&))
 {
     std::error_code failure;
     for (const fs::directory_entry& entry : fs::directory_iterator(parent, failure))
@@ -225,12 +225,17 @@ void remove_folders(const fs::path& parent, bool (*wanted)(const std::string&))
 }
 } // namespace
 
+void JobFolder::forget_done() const
+{
+    remove_entries(path / DONE, [](const std::string&) { return true; });
+}
+
 void JobFolder::remove_dead_scratch() const
 {
-    remove_folders(path / SCRATCH, is_dead);
+    remove_entries(path / SCRATCH, is_dead);
 }
 
 void JobFolder::remove_all_scratch() const
 {
-    remove_folders(path / SCRATCH, [](const std::string&) { return true; });
+    remove_entries(path / SCRATCH, [](const std::string&) { return true; });
 }

@@ -55,7 +55,7 @@ void make_output_folder(const std::string& output)
 
 /// The files that the scene refers to, as the renderer sees them. It loads the scene in a process
 /// of its own: there may be another one in this process, and one at a time can be loaded.
-std::vector<std::string> list_shown(const std::string& renderer, const std::string& scene)
+std::map<std::string, std::string> list_shown(const std::string& renderer, const std::string& scene)
 {
     constexpr int DEADLINE = 600'000; // milliseconds
     constexpr std::size_t MOST_TEXT = std::size_t(1) << 28;
@@ -66,10 +66,10 @@ std::vector<std::string> list_shown(const std::string& renderer, const std::stri
     const Json list = Json::parse(answer.output, nullptr, false);
     if (!list.is_array() || answer.result != 0)
         refuse("The renderer can't load the scene " + scene + ". " + answer.errors);
-    std::set<std::string> shown;
+    std::map<std::string, std::string> shown;
     for (const Json& entry : list)
-        shown.insert(entry.value("path", ""));
-    return {shown.begin(), shown.end()};
+        shown.emplace(entry.value("path", ""), "");
+    return shown;
 }
 } // namespace
 
@@ -95,8 +95,10 @@ FarmJob Submission::make_job(const RenderWords& words, const std::string& scene)
     job.scene = inq_absolute_path(scene).str();
     job.shown = list_shown(programs.renderer, job.scene);
     if (!words.profile.empty())
-        job.shown.push_back(words.profile);
-    job.scene_print = inq_scene_print(job.scene, job.shown);
+        job.shown.emplace(words.profile, "");
+    for (auto& [file, print] : job.shown)
+        print = inq_file_print(file);
+    job.scene_print = inq_scene_print(job.scene);
     job.output = words.output;
     job.options = words.options;
     job.extension = words.extension;
@@ -169,7 +171,7 @@ namespace {
 std::string describe_missing_files(const FarmJob& job)
 {
     const auto n = std::ranges::count_if(
-        job.shown, [](const std::string& file) { return !inq_file_exists(file); });
+        job.shown, [](const auto& entry) { return entry.second == NO_FILE_PRINT; });
     return n == 0 ? ""
                   : std::to_string(n) + " of the files that the scene refers to are missing; " +
                         "list_refs --check names them.\n";
@@ -205,6 +207,11 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     const JobFolder folder = JobFolder::of(job);
     folder.make();
     const std::optional<FarmJob> before = folder.read_job();
+    std::string said = describe_missing_files(job);
+    if (const std::string changed = before ? before->find_changed_file() : ""; !changed.empty()) {
+        folder.forget_done();
+        said += changed + " has changed: all frames are rendered anew.\n";
+    }
     const std::set<int> on_their_way = find_chunks_on_their_way(job);
     choose_chunk_size(job, before, words, !on_their_way.empty());
     job.asked = inq_frames(run);
@@ -218,7 +225,7 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     job.ordered_at = inq_time_text();
     folder.write_job(job);
     folder.set_superseded(false);
-    std::string said = describe_missing_files(job) + supersede_others(job);
+    said += supersede_others(job);
     if (on_their_way.empty())
         folder.remove_all_scratch();
     if (!chunks.empty())

@@ -24,22 +24,11 @@ std::string hexadecimal(Checksum::Value sum)
     return std::string(DIGITS - n, '0').append(digits, n);
 }
 
-/// Contents of a file in a word.
+/// The contents of a file.
 std::string inq_contents(const std::string& path)
 {
     const std::optional<FileSum> sum = inq_file_sum(path);
-    return sum ? std::to_string(sum->size) + " " + hexadecimal(sum->sum) : "none";
-}
-
-/// Size and time of a file in a word.
-std::string inq_facts(const std::string& path)
-{
-    const FileHandle file = FileHandle::open_to_read(path.c_str());
-    struct stat facts {};
-    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
-        return "none";
-    return std::to_string(facts.st_size) + " " + std::to_string(facts.st_mtim.tv_sec) + " " +
-           std::to_string(facts.st_mtim.tv_nsec);
+    return sum ? std::to_string(sum->size) + " " + hexadecimal(sum->sum) : NO_FILE_PRINT;
 }
 
 void lock(FolderLock& folder_lock, const std::string& scene)
@@ -61,7 +50,17 @@ std::string inq_text_print(const std::vector<std::string>& texts)
     return hexadecimal(checksum.get());
 }
 
-std::string inq_scene_print(const std::string& scene, const std::vector<std::string>& shown)
+std::string inq_file_print(const std::string& path)
+{
+    const FileHandle file = FileHandle::open_to_read(path.c_str());
+    struct stat facts {};
+    if (!file.is_open() || ::fstat(file.inq_descriptor(), &facts) != 0)
+        return NO_FILE_PRINT;
+    return std::to_string(facts.st_size) + " " + std::to_string(facts.st_mtim.tv_sec) + " " +
+           std::to_string(facts.st_mtim.tv_nsec);
+}
+
+std::string inq_scene_print(const std::string& scene)
 {
     FolderLock scene_lock;
     lock(scene_lock, scene);
@@ -70,15 +69,13 @@ std::string inq_scene_print(const std::string& scene, const std::vector<std::str
     std::vector<std::string> texts;
     for (const std::string& name : names)
         texts.insert(texts.end(), {name, inq_contents(scene + "/" + name)});
-    for (const std::string& file : shown)
-        texts.insert(texts.end(), {file, inq_facts(file)});
     return inq_text_print(texts);
 }
 
 std::string inq_program_print(const std::string& program)
 {
     const std::string contents = inq_contents(inq_real_path(program).str());
-    if (contents == "none")
+    if (contents == NO_FILE_PRINT)
         throw std::runtime_error("there is no program " + program);
     return MONTARAY_VERSION " " + contents;
 }

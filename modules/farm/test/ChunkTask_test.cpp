@@ -31,7 +31,7 @@ protected:
     void update_prints()
     {
         job.renderer_print = inq_program_print(job.renderer);
-        job.scene_print = inq_scene_print(job.scene, {});
+        job.scene_print = inq_scene_print(job.scene);
         folder().make();
         folder().write_job(job);
     }
@@ -82,7 +82,11 @@ TEST_F(ChunkTaskTest, believes_files_and_not_the_renderers_result)
         {"[ $frame = 7 ] && continue", ChunkTask::FRAMES_MISSING, 3, {5, 6, 8}},
         {"[ $frame = 7 ] && exit 213", 213, 1, {5, 6}},
         {"[ $frame = 7 ] && exit 205", 205, 3, {5, 6}},
-        {"[ $frame = 7 ] && exit 221", 221, 3, {}},
+        {"[ $frame = 6 ] && echo '{\"frame\":6,\"unreadable\":[\"x\"]}' > $4/log.jsonl && "
+         "echo 6 > $4/0006.pict && exit 221",
+         221,
+         3,
+         {5}},
         {"[ $frame = 7 ] && : > $4/0007.pict && kill -9 $$", 128 + SIGKILL, 3, {5, 6}},
         {"[ $frame = 8 ] && echo 8 > $4/0008.pict && exit 9", ChunkTask::DONE, 0, {5, 6, 7, 8}},
         {"[ -e $here/scene/mark ] || { touch $here/scene/mark; exit 9; }",

@@ -23,7 +23,8 @@ public:
     /// It counts its runs in the file "runs".
     void set_renderer(const std::string& trouble) const
     {
-        write_program("renderer", "[ $1 = list_refs ] && echo '[]' && exit\n"
+        write_program("renderer", "[ $1 = list_refs ] && echo \"[{\\\"path\\\":\\\"$(dirname "
+                                  "$0)/drawing\\\"}]\" && exit\n"
                                   "here=$(dirname \"$0\")\n"
                                   "echo run >> \"$here/runs\"\n"
                                   "while [ $1 != --frames ]; do shift; done\n"

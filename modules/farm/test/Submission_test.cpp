@@ -74,6 +74,14 @@ protected:
 
     FarmStatus look() { return FarmStatus::look(manager, stage.folder.path("frames").str()); }
 
+    JobStatus look_at_picts()
+    {
+        for (const JobStatus& status : look().jobs)
+            if (status.job.extension == ".pict")
+                return status;
+        return {};
+    }
+
     FarmStage stage;
     BatchManager manager;
     Farm* farm = new Farm; // the manager's
@@ -147,6 +155,15 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     stage.folder.write("scene/Scene.contents", "as submitted");
     submit(1, 16);
     EXPECT_EQ(farm->sent, Tasks{0}) << "9 to 16 are still those of this version";
+    run_all();
+    stage.folder.write("drawing", "repainted");
+    EXPECT_NE(submit(1, 8).find("drawing has changed: all frames"), std::string::npos);
+    EXPECT_EQ(farm->sent, Tasks{0});
+    EXPECT_EQ(inq_text(look_at_picts().waiting), "1-8");
+    EXPECT_EQ(inq_text(look_at_picts().missing), "9-16,33-40");
+    stage.folder.write("drawing", "repainted once more");
+    run_all();
+    EXPECT_EQ(inq_text(look_at_picts().failed), "1-8");
 }
 
 TEST_F(SubmissionTest, keeps_chunks_while_tasks_know_them_by_number)
