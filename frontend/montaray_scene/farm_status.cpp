@@ -99,6 +99,8 @@ int inq_exit_status(const FarmStatus& status)
 {
     if (status.is_complete())
         return DONE;
+    if (!status.service_error.empty())
+        return FAILED;
     return status.is_in_work() ? FRAMES_COMING : FRAMES_MISSING;
 }
 

@@ -152,7 +152,7 @@ ChunkTask::Try ChunkTask::render(const FarmJob& job, const FrameSet& frames, int
     try {
         const Scratch scratch(folder.make_scratch(number));
         return render_into(scratch.path, job, frames);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         return {NO_PLACE, error.what()};
     }
 }
@@ -169,7 +169,7 @@ std::optional<ChunkTask::Try> find_change(const FarmJob& job)
         if (inq_program_print(job.renderer) != job.renderer_print)
             return {{ChunkTask::RENDERER_DIFFERS, "this host has another renderer"}};
         return std::nullopt;
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         return {{ChunkTask::NO_SCENE, error.what()}};
     }
 }

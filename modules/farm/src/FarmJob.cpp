@@ -27,9 +27,12 @@ FrameSet to_frames(const Json& runs)
     return frames;
 }
 
+/// Without a chunk size if it is of another release, or was changed by hand.
 FarmJob to_job(const Json& json)
 {
     FarmJob job;
+    if (json.at("format") != FORMAT)
+        return job;
     job.renderer = json.at("renderer");
     job.renderer_print = json.at("renderer_print");
     job.scene = json.at("scene");
@@ -42,9 +45,10 @@ FarmJob to_job(const Json& json)
     job.width = json.at("width");
     job.height = json.at("height");
     job.asked = to_frames(json.at("asked"));
-    job.chunk_size = json.at("chunk_size");
     job.order = json.at("order");
     job.ordered_at = json.at("ordered_at");
+    if (json.at("key") == job.inq_key())
+        job.chunk_size = json.at("chunk_size");
     return job;
 }
 } // namespace
@@ -93,16 +97,9 @@ std::string FarmJob::inq_text() const
 
 std::optional<FarmJob> FarmJob::parse(const std::string& text)
 {
-    try {
-        const Json json = parse_json(text);
-        if (json.value("format", 0) != FORMAT)
-            return std::nullopt;
-        FarmJob job = to_job(json);
-        const bool is_sound = job.chunk_size > 0 && job.inq_key() == json.at("key");
-        return is_sound ? std::optional(std::move(job)) : std::nullopt;
-    } catch (const Json::exception&) {
-        return std::nullopt;
-    }
+    const Json json = parse_json(text);
+    std::optional<FarmJob> job = read_json<FarmJob>([&] { return to_job(json); });
+    return job && job->chunk_size > 0 ? job : std::nullopt;
 }
 
 std::string inq_time_text()

@@ -64,10 +64,12 @@ private:
     void look_at(int chunk, FrameSet undone)
     {
         const std::vector<FailedTry> failures = folder.read_failures(chunk);
-        if (!failures.empty())
+        const auto task = alive.find(chunk);
+        const bool is_old =
+            task != alive.end() && !failures.empty() && failures.back().order != status.job.order;
+        if (!failures.empty() && !is_old)
             status.failures.push_back(
                 {chunk, failures.back(), read_last_lines(folder.inq_log(chunk))});
-        const auto task = alive.find(chunk);
         if (task != alive.end())
             (task->second ? status.running : status.waiting).merge(undone);
         else if (!failures.empty() && failures.back().is_final)

@@ -51,14 +51,14 @@ std::string inq_sum(const fs::path& file)
 FailedTry to_failure(const Json& json)
 {
     FailedTry failed;
-    failed.time = json.value("time", "");
-    failed.host = json.value("host", "");
-    failed.order = json.value("order", 0);
-    failed.number = json.value("try", 0);
-    failed.result = json.value("result", 0);
-    failed.frames = json.value("frames", "");
-    failed.reason = json.value("reason", "");
-    failed.is_final = json.value("final", false);
+    failed.time = json.at("time");
+    failed.host = json.at("host");
+    failed.order = json.at("order");
+    failed.number = json.at("try");
+    failed.result = json.at("result");
+    failed.frames = json.at("frames");
+    failed.reason = json.at("reason");
+    failed.is_final = json.at("final");
     return failed;
 }
 } // namespace
@@ -148,11 +148,10 @@ fs::path JobFolder::inq_log(int chunk) const
 bool JobFolder::is_done(const FarmJob& job, int frame) const
 {
     const Json marker = parse_json(read_file(inq_marker(frame)));
-    if (marker.is_null())
-        return false;
-    const FrameFacts facts{marker.value("size", std::int64_t(-1)), marker.value("time", ""),
-                           marker.value("sum", "")};
-    return facts.are_of(fs::path(job.output) / job.inq_file_name(frame));
+    const std::optional<FrameFacts> facts = read_json<FrameFacts>([&] {
+        return FrameFacts{marker.at("size"), marker.at("time"), marker.at("sum")};
+    });
+    return facts && facts->are_of(fs::path(job.output) / job.inq_file_name(frame));
 }
 
 FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
@@ -177,8 +176,8 @@ std::vector<FailedTry> JobFolder::read_failures(int chunk) const
     std::vector<FailedTry> failures;
     std::istringstream lines(read_file(path / FAIL / std::to_string(chunk)));
     for (std::string line; std::getline(lines, line);)
-        if (const Json json = parse_json(line); json.is_object())
-            failures.push_back(to_failure(json));
+        if (const auto failed = read_json<FailedTry>([&] { return to_failure(parse_json(line)); }))
+            failures.push_back(*failed);
     return failures;
 }
 
@@ -201,16 +200,18 @@ fs::path JobFolder::make_scratch(int number) const
 }
 
 namespace {
-/// Whether the folder of a try has a name of this host and of a process that is gone.
+/// Whether the folder of a try, HOST-PROCESS-NUMBER, is of this host and of a process that is gone.
+/// Other hosts may have a name that begins like that of this one.
 bool is_dead(const std::string& name)
 {
-    const std::string host = inq_host_name() + "-";
-    if (!name.starts_with(host))
+    const std::size_t end = name.rfind('-');
+    const std::size_t start = end == 0 ? std::string::npos : name.rfind('-', end - 1);
+    if (end == std::string::npos || start == std::string::npos ||
+        name.substr(0, start) != inq_host_name())
         return false;
     pid_t pid = 0;
-    const char* const start = name.data() + host.size();
-    const auto read = std::from_chars(start, name.data() + name.size(), pid);
-    return read.ec == std::errc() && *read.ptr == '-' && pid > 0 && pid != ::getpid() &&
+    const auto read = std::from_chars(&name[start + 1], &name[end], pid);
+    return read.ec == std::errc() && read.ptr == &name[end] && pid > 0 && pid != ::getpid() &&
            ::kill(pid, 0) != 0 && errno == ESRCH;
 }
 

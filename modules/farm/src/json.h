@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 using Json = nlohmann::ordered_json;
 
@@ -15,4 +16,14 @@ inline Json parse_json(const std::string& text)
 {
     const Json json = Json::parse(text, nullptr, false);
     return json.is_object() ? json : Json();
+}
+
+/// What `read` makes of some JSON; none if that is not what it should be.
+template <class Result, class Read> std::optional<Result> read_json(Read read)
+{
+    try {
+        return read();
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
 }
