@@ -5,6 +5,7 @@
 
 class BatchManager;
 class BatchSceneInfo;
+enum class BatchState;
 
 /// The programs of a farm. Every host has them at the same places.
 struct FarmPrograms {
@@ -28,10 +29,11 @@ public:
     std::string submit(const RenderWords& words, const BatchSceneInfo& info);
 
 private:
-    FarmJob make_job(const RenderWords& words, const std::string& scene) const;
-    std::set<int> find_chunks_on_their_way(const FarmJob& job) const;
-    void choose_chunk_size(FarmJob& job, const std::optional<FarmJob>& before,
-                           const RenderWords& words, bool is_on_its_way) const;
+    FarmJob make_job(const RenderWords& words, const BatchSceneInfo& info) const;
+    std::map<int, BatchState> find_tasks(const FarmJob& job) const;
+    std::set<int> find_chunks_on_their_way(const FarmJob& job, const FarmJob& before) const;
+    void choose_chunk_size(FarmJob& job, const FarmJob& before, const RenderWords& words,
+                           bool is_idle) const;
     std::string supersede_others(const FarmJob& job) const;
     void send(const FarmJob& job, const std::set<int>& chunks) const;
 

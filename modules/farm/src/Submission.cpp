@@ -10,7 +10,9 @@
 #include "xsheet/store_control/hdr/FolderLock.h"
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -85,14 +87,16 @@ FarmPrograms FarmPrograms::find()
     refuse("The programs CMontaray and montaray-farm-task are not installed beside the library.");
 }
 
-FarmJob Submission::make_job(const RenderWords& words, const std::string& scene) const
+FarmJob Submission::make_job(const RenderWords& words, const BatchSceneInfo& info) const
 {
-    if (scene.empty())
+    if (info.inq_scene_path().is_null())
         refuse("The scene was never saved.");
     FarmJob job;
+    int first = 0;
+    info.inq_frame_range(&first, &job.scene_length);
     job.renderer = programs.renderer;
     job.renderer_print = inq_program_print(programs.renderer);
-    job.scene = inq_absolute_path(scene).str();
+    job.scene = inq_absolute_path(info.inq_scene_path()).str();
     job.shown = list_shown(programs.renderer, job.scene);
     if (!words.profile.empty())
         job.shown.emplace(words.profile, "");
@@ -104,28 +108,55 @@ FarmJob Submission::make_job(const RenderWords& words, const std::string& scene)
     job.extension = words.extension;
     job.width = words.width;
     job.height = words.height;
+    job.ordered_at = inq_time_text();
     return job;
 }
 
-std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job) const
+/// Those that wait or run, by their chunks.
+std::map<int, BatchState> Submission::find_tasks(const FarmJob& job) const
 {
     std::vector<BatchTask> tasks;
     KIVString error;
     if (!manager.query(job.inq_name(), &tasks, &error))
         refuse(error.str());
-    std::set<int> chunks;
+    std::map<int, BatchState> chunks;
     for (const BatchTask& task : tasks)
         if (task.is_alive())
-            chunks.insert(task.index);
+            chunks[task.index] = task.state;
     return chunks;
 }
 
-void Submission::choose_chunk_size(FarmJob& job, const std::optional<FarmJob>& before,
-                                   const RenderWords& words, bool is_on_its_way) const
+// A task that runs and has done all that it was asked for before this order may be about to end,
+// and not see that more is asked for. It has seen that if it does not end soon.
+std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job, const FarmJob& before) const
 {
-    job.chunk_size = before ? before->chunk_size : NORMAL_CHUNK_SIZE;
-    if (is_on_its_way)
-        return; // they know the chunks by their numbers
+    constexpr int MOST_LOOKS = 20;
+    constexpr std::chrono::milliseconds PAUSE(250);
+    const JobFolder folder = JobFolder::of(job);
+    std::set<int> chunks;
+    bool has_doubt = true;
+    for (int look = 0; has_doubt && look < MOST_LOOKS; ++look) {
+        if (look > 0)
+            std::this_thread::sleep_for(PAUSE);
+        chunks.clear();
+        has_doubt = false;
+        for (const auto& [chunk, state] : find_tasks(job)) {
+            const FrameSet known = job.inq_plan().cut(before.asked, chunk);
+            const FrameSet wanted = job.inq_plan().cut(job.asked, chunk);
+            chunks.insert(chunk);
+            has_doubt |= state != BatchState::WAITING && known != wanted &&
+                         folder.inq_done(job, known) == known;
+        }
+    }
+    return chunks;
+}
+
+void Submission::choose_chunk_size(FarmJob& job, const FarmJob& before, const RenderWords& words,
+                                   bool is_idle) const
+{
+    job.chunk_size = before.chunk_size > 0 ? before.chunk_size : NORMAL_CHUNK_SIZE;
+    if (!is_idle)
+        return; // its tasks know the chunks by their numbers
     job.chunk_size = words.chunk_size.value_or(job.chunk_size);
     int highest = 0;
     KIVString error;
@@ -177,6 +208,16 @@ std::string describe_missing_files(const FarmJob& job)
                         "list_refs --check names them.\n";
 }
 
+/// Nobody knows which frames show a picture.
+std::string forget_changed(const FarmJob& before, const JobFolder& folder)
+{
+    const std::string changed = before.find_changed_file();
+    if (changed.empty())
+        return "";
+    folder.forget_done();
+    return changed + " has changed: all frames are rendered anew.\n";
+}
+
 std::string describe(const FarmJob& job, const FrameSet& missing, const std::set<int>& sent)
 {
     const std::string start = job.inq_name() + ": ";
@@ -195,39 +236,33 @@ std::string describe(const FarmJob& job, const FrameSet& missing, const std::set
 
 std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& info)
 {
-    const FrameRun run = choose_run(words, info);
+    const FrameSet frames = inq_frames(choose_run(words, info));
     make_output_folder(words.output);
     FolderLock lock;
     if (lock.take(words.output, FolderLock::EXCLUSIVE) == FolderLock::BUSY)
         refuse("Another render job is being submitted to " + words.output + ".");
 
-    FarmJob job = make_job(words, info.inq_scene_path().str());
-    int first = 0;
-    info.inq_frame_range(&first, &job.scene_length);
+    FarmJob job = make_job(words, info);
     const JobFolder folder = JobFolder::of(job);
     folder.make();
-    const std::optional<FarmJob> before = folder.read_job();
-    std::string said = describe_missing_files(job);
-    if (const std::string changed = before ? before->find_changed_file() : ""; !changed.empty()) {
-        folder.forget_done();
-        said += changed + " has changed: all frames are rendered anew.\n";
-    }
-    const std::set<int> on_their_way = find_chunks_on_their_way(job);
-    choose_chunk_size(job, before, words, !on_their_way.empty());
-    job.asked = inq_frames(run);
-    const FrameSet missing = without(job.asked, folder.inq_done(job, job.asked));
-    std::set<int> chunks = job.inq_plan().inq_chunks(missing);
-    for (const int chunk : on_their_way)
-        chunks.erase(chunk);
-    if (before)
-        job.asked.merge(FrameSet(before->asked));
-    job.order = (before ? before->order : 0) + (chunks.empty() ? 0 : 1);
-    job.ordered_at = inq_time_text();
+    const FarmJob before = folder.read_job().value_or(FarmJob());
+    const bool is_idle = find_tasks(job).empty();
+    choose_chunk_size(job, before, words, is_idle);
+    if (is_idle)
+        folder.remove_all_scratch();
+    std::string said = describe_missing_files(job) + forget_changed(before, folder);
+    job.asked = frames;
+    job.asked.merge(FrameSet(before.asked));
+    job.order = before.order + (folder.inq_done(job, frames) == frames ? 0 : 1);
     folder.write_job(job);
     folder.set_superseded(false);
     said += supersede_others(job);
-    if (on_their_way.empty())
-        folder.remove_all_scratch();
+
+    const std::set<int> on_their_way = find_chunks_on_their_way(job, before);
+    const FrameSet missing = without(frames, folder.inq_done(job, frames));
+    std::set<int> chunks = job.inq_plan().inq_chunks(missing);
+    for (const int chunk : on_their_way)
+        chunks.erase(chunk);
     if (!chunks.empty())
         send(job, chunks);
     return said + describe(job, missing, chunks);

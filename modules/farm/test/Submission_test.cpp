@@ -23,6 +23,8 @@ public:
     }
     bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) override
     {
+        if (looks_until_end > 0 && --looks_until_end == 0)
+            waiting.clear();
         const auto found = waiting.find(name.str());
         *tasks = found == waiting.end() ? std::vector<BatchTask>() : found->second;
         *error = answers ? "" : "Silence.";
@@ -40,6 +42,7 @@ public:
     }
 
     bool answers = true;
+    int looks_until_end = 0; // of all tasks; 0: they stay
     int highest_index = 1000;
     Tasks sent; // by the last job
     std::map<std::string, std::vector<BatchTask>> waiting;
@@ -114,6 +117,19 @@ TEST_F(SubmissionTest, sends_what_is_neither_done_nor_on_its_way)
     EXPECT_THROW(submit(41, 50), std::runtime_error);
     farm->answers = false;
     EXPECT_THROW(submit(1, 40), std::runtime_error);
+}
+
+TEST_F(SubmissionTest, does_not_count_on_tasks_that_are_about_to_end)
+{
+    submit(1, 20);
+    auto ending = farm->waiting;
+    run_all();
+    for (BatchTask& task : ending.begin()->second)
+        task.state = BatchState::RUNNING;
+    farm->waiting = ending;
+    farm->looks_until_end = 3;
+    submit(1, 24);
+    EXPECT_EQ(farm->sent, Tasks{2});
 }
 
 TEST_F(SubmissionTest, tries_failed_chunks_again_and_tells_of_them)
