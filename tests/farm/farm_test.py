@@ -8,14 +8,13 @@ ART is a folder for the pictures of the demo, which are drawn if they are not th
 
 import subprocess
 import sys
-import unittest
 from pathlib import Path
 
 ART = Path(sys.argv.pop(2)).resolve()
 DEMO = Path(__file__).resolve().parents[2] / "demo"
 
 from cluster import Cluster, wait_until  # pylint: disable=wrong-import-position
-from studio import Studio, main  # pylint: disable=wrong-import-position
+from studio import Studio, images, main, output  # pylint: disable=wrong-import-position
 
 
 class Demo(Studio):
@@ -45,12 +44,12 @@ class Orders(Studio):
         self.use(self.make_cards(20))
 
     def test_what_is_there_or_on_its_way_is_not_sent_again(self):
-        self.tell("hold")
+        self.hold()
         for frames, sent in (("1-12", [0, 1]), ("1-12", [0, 1]), ("6-20", [0, 1, 2])):
             self.submit("--frames", frames)
             self.assertEqual(self.sent(), sent, frames)
         self.wait_for_runs(2)
-        self.take_back("hold")
+        self.let_go()
         self.expect_frames(*range(1, 21))
         self.submit()
         self.assertEqual(self.sent(), [0, 1, 2])
@@ -62,13 +61,13 @@ class Orders(Studio):
         self.assertEqual(self.status()["count"]["done"], 20)
 
     def test_a_task_that_is_ended_leaves_nothing(self):
-        self.tell("hold")
+        self.hold()
         self.submit()
         self.wait_for_runs(2)
         self.cluster.ask("scancel", self.cluster.ask("squeue", "-hr", "-o", "%i").split()[0])
         wait_until(lambda: self.status()["frames"]["missing"], "a chunk that nobody is at")
         missing = self.status()["frames"]["missing"]
-        self.take_back("hold")
+        self.let_go()
         self.cluster.wait_until_idle()
         self.expect_no_scratch()
         self.assertIn(missing, ("1-8", "9-16", "17-20"))
@@ -78,7 +77,7 @@ class Orders(Studio):
         self.assertEqual(len(self.sent()), 4)
 
     def test_cancel_ends_all(self):
-        self.tell("hold")
+        self.hold()
         self.submit()
         self.wait_for_runs(2)
         self.farm("cancel", self.frames)
@@ -86,31 +85,34 @@ class Orders(Studio):
         self.expect_no_scratch()
         status = self.status()
         self.assertEqual((status["frames"]["missing"], status["failures"]), ("1-20", []))
-        self.take_back("hold")
+        self.let_go()
         self.submit()
         self.expect_frames(*range(1, 21))
 
-    def test_a_frame_that_fails_is_told_and_sent_alone_when_it_is_mended(self):
-        self.tell("lost", "0011.tif")
-        self.submit()
-        others = [frame for frame in range(1, 21) if frame != 11]
-        self.expect_frames(*others)
+    def test_a_missing_picture_is_told_and_its_frame_sent_alone_when_it_is_there(self):
+        pictures = [self.folder / f"{number}.ppm" for number in range(1, 21)]
+        for number, picture in enumerate(pictures):
+            picture.write_bytes(b"P6 16 12 255\n" + bytes([number * 12]) * 16 * 12 * 3)
+        self.use(self.make_scene([output("cel"), images("cel", *pictures)], length=20))
+        pictures[10].rename(self.folder / "elsewhere")
+        self.submit(options=["--strict"])
+        self.expect_frames(*(frame for frame in range(1, 21) if frame != 11))
         status = self.status()
         self.assertEqual(status["frames"]["failed"], "11")
         failure = status["failures"][0]
         self.assertEqual([failure[name] for name in ("chunk", "frames", "try", "result", "final")],
-                         [1, "11", 3, 215, True])
-        self.take_back("lost")
-        self.submit()
+                         [1, "11", 3, 221, True])
+        (self.folder / "elsewhere").rename(pictures[10])
+        self.submit(options=["--strict"])
         self.expect_frames(*range(1, 21))
         self.assertEqual(self.sent(), [0, 1, 1, 2])
 
     def test_two_versions_of_a_scene_do_not_mix(self):
-        self.tell("hold")
+        self.hold()
         self.submit()
         self.wait_for_runs(2)
         self.make_cards(20, last_value=0.5)
-        self.take_back("hold")
+        self.let_go()
         self.expect_frames()
         status = self.status()
         self.assertEqual(status["frames"]["failed"], "1-20")

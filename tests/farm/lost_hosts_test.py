@@ -21,7 +21,7 @@ class LostHosts(Studio):
     def setUp(self):
         super().setUp()
         self.use(self.make_cards(len(FRAMES)))
-        self.tell("hold")
+        self.hold()
         self.submit()
         self.wait_for_runs(2)
         self.lost = next(host for host, chunk in self.runs() if chunk == "0")
@@ -44,7 +44,7 @@ class LostHosts(Studio):
 
     def test_its_power_is_cut(self):
         self.cluster.cut_power(self.lost)
-        self.take_back("hold")
+        self.let_go()
         self.expect_another_run()
         self.cluster.start_node(self.lost)
         self.expect_all()
@@ -52,7 +52,7 @@ class LostHosts(Studio):
     def test_its_daemon_dies_and_its_task_goes_on(self):
         self.cluster.kill_daemon(self.lost)
         self.expect_another_run()
-        self.take_back("hold")  # and both go on at once
+        self.let_go()  # and both go on at once
         self.expect_frames(*FRAMES)
         self.cluster.cut_power(self.lost)
         self.cluster.start_node(self.lost)
@@ -61,14 +61,14 @@ class LostHosts(Studio):
     def test_its_cable_is_pulled_and_put_back(self):
         self.cluster.pull_cable(self.lost)
         self.expect_another_run()
-        self.take_back("hold")
+        self.let_go()
         wait_until(lambda: self.status()["count"]["done"] == len(FRAMES), "all frames")
         self.cluster.plug_cable(self.lost)
         self.expect_all()
 
     def test_the_service_forgets_the_job(self):
         self.cluster.restart_controller()
-        self.take_back("hold")
+        self.let_go()
         self.cluster.wait_for_nodes()
         self.cluster.wait_until_idle()
         self.submit()

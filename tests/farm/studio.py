@@ -2,9 +2,8 @@
 
     *_test.py BIN_FOLDER
 
-The bin folder is that of an installation. The studio has its own, with a renderer that does what
-it is told to: it keeps what it has rendered to itself while there is a file `hold`, and loses the
-frame that the file `lost` names.
+The bin folder is that of an installation. The studio has its own, with a renderer that keeps what
+it has rendered to itself while there is a file `hold`.
 """
 
 import ctypes
@@ -19,8 +18,10 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "command_line"))
 
-import programs  # pylint: disable=wrong-import-position
-from cluster import NOT_HERE, NotHere, wait_until  # pylint: disable=wrong-import-position
+# pylint: disable=wrong-import-position
+import programs
+from cluster import NOT_HERE, NotHere, wait_until
+from programs import images, output
 
 INSTALLED = programs.BIN.parent
 CHUNK = 8  # frames
@@ -30,8 +31,6 @@ result=$?
 [ "$1" = image ] || exit $result
 echo "$HOSTNAME $SLURM_ARRAY_TASK_ID" >>{folder}/runs
 while [ -e {folder}/hold ]; do sleep 0.1; done
-for word; do [ "$last" = -o ] && scratch=$word; last=$word; done
-[ -e {folder}/lost ] && rm "$scratch/$(cat {folder}/lost)" && exit 215
 exit $result
 """
 
@@ -107,24 +106,24 @@ class Studio(programs.InFolder):
 
     def make_cards(self, length, last_value=1):
         keys = [{"frame": 1, "value": [0, 0, 0]}, {"frame": length, "value": [last_value, 0, 1]}]
-        return self.make_scene([programs.output("card"), {"name": "card", "type": "Color Card",
+        return self.make_scene([output("card"), {"name": "card", "type": "Color Card",
                                                           "columns": {"Color": keys}}],
                                length=length)
 
-    def tell(self, order, words=""):
-        (self.folder / order).write_text(words)
+    def hold(self):
+        (self.folder / "hold").touch()
 
-    def take_back(self, order):
-        (self.folder / order).unlink()
+    def let_go(self):
+        (self.folder / "hold").unlink()
 
     def farm(self, verb, *words):
         done = programs.run("montaray-scene", verb, *words)
         self.assertEqual(done.stderr, "")
         return done.stdout
 
-    def submit(self, *words):
-        return self.farm("submit", self.scene, *words, "--", "-width", self.width, "-o",
-                         self.frames)
+    def submit(self, *words, options=()):
+        self.farm("submit", self.scene, *words, "--", "-width", self.width, *options, "-o",
+                  self.frames)
 
     def status(self):
         """Of the latest job."""
