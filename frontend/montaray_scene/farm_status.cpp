@@ -1,3 +1,4 @@
+#include "batchapi/hdr/BatchManager.h"
 #include "frontend/CMontaray/Progress.h"
 #include "frontend/montaray_scene/verbs.h"
 #include "kivlib/hdr/file_operations.h"
@@ -11,6 +12,11 @@
 
 namespace {
 using Json = nlohmann::ordered_json;
+
+BatchManager& inq_service()
+{
+    return with_engine(*BatchManager::inq_batch_manager());
+}
 
 struct Kind {
     const char* name;
@@ -122,7 +128,7 @@ void watch(const std::string& output)
     std::optional<Progress> progress;
     bool is_in_work = true;
     for (int silence = 0; is_in_work && silence < MOST_SILENCE;) {
-        const FarmStatus status = FarmStatus::look(inq_farm_service(), output);
+        const FarmStatus status = FarmStatus::look(inq_service(), output);
         const auto [done, asked] = count(status);
         if (!progress)
             progress.emplace().begin(asked, done);
@@ -146,7 +152,7 @@ int show_farm_status(const std::string& output_folder, bool as_json, bool is_wat
     const std::string output = inq_absolute_path(output_folder).str();
     if (is_watch)
         watch(output);
-    const FarmStatus status = FarmStatus::look(inq_farm_service(), output);
+    const FarmStatus status = FarmStatus::look(inq_service(), output);
     if (status.jobs.empty())
         return tell_no_job(output);
     if (!status.service_error.empty())
@@ -163,7 +169,7 @@ int cancel_farm_jobs(const std::string& output_folder)
 {
     const std::string output = inq_absolute_path(output_folder).str();
     try {
-        const std::string said = cancel_jobs(inq_farm_service(), output);
+        const std::string said = cancel_jobs(inq_service(), output);
         if (said.empty())
             return tell_no_job(output);
         std::cout << said;

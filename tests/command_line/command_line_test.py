@@ -349,6 +349,19 @@ class Descriptions(InFolder):
         self.assertEqual((listed.returncode, listed.stdout), (0, f"{picture}\n"))
         self.assertEqual(run("CMontaray", "list_refs", self.folder / "none").returncode, 205)
 
+    def test_the_module_for_render_jobs_says_what_is_wrong_with_one(self):
+        scene = self.make_scene([output("card"), card("card", 1, 0.5, 0)])
+        for options, reason in ((["-tga"], "needs an output folder, behind -o"),
+                                (["-o", "x", "5"], "have no range of frames, such as 5"),
+                                (["-o", "no/where"], f"write to the output folder {self.folder}")):
+            done = run("montaray-scene", "submit", scene, "--", *options, cwd=self.folder)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(reason, done.stderr)
+        for verb in ("status", "cancel"):
+            done = run("montaray-scene", verb, self.folder)
+            self.assertEqual((done.returncode, done.stderr),
+                             (1, f"{self.folder}: there is no render job\n"))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -89,10 +89,12 @@ public:
     }
 
     /// 0 or an error number.
-    int set_descriptors(const Stream& output, const Stream& errors)
+    int set_place(const Stream& output, const Stream& errors)
     {
-        int error =
-            ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        int error = ::posix_spawn_file_actions_addchdir_np(&actions, "/"); // ours may be gone
+        if (!error)
+            error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null",
+                                                       O_RDONLY, 0);
         if (!error)
             error =
                 ::posix_spawn_file_actions_adddup2(&actions, output.inq_writer(), STDOUT_FILENO);
@@ -140,7 +142,7 @@ public:
     int start(const Command& command, const Stream& output, const Stream& errors)
     {
         Beginning beginning;
-        int error = beginning.set_descriptors(output, errors);
+        int error = beginning.set_place(output, errors);
         if (!error)
             error = beginning.set_signals();
         std::vector<KIVString> line = command.arguments;

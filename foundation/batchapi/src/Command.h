@@ -4,8 +4,8 @@
 
 #include <vector>
 
-/// A program that is run to its end and listened to. It has no input, and of this process it gets
-/// the working directory alone: no descriptor, no signal setting, no variable that is not told.
+/// A program that is run to its end and listened to. It has no input, works in the root folder and
+/// gets nothing of this process: no descriptor, no signal setting, no variable that is not told.
 struct Command {
     static constexpr std::size_t MOST_TEXT = std::size_t(1) << 20;
 

@@ -54,8 +54,10 @@ KIVString inq_path(const SlurmEngine::Settings& settings)
 std::vector<KIVString> make_environment(const KIVString& path)
 {
     std::vector<KIVString> environment = {"PATH=" + path, "LANG=C"};
-    for (const char* name : {"HOME", "USER", "LOGNAME", "XDG_CONFIG_HOME", "SLURM_CONF",
-                             "SBATCH_ACCOUNT", "SBATCH_PARTITION", "SBATCH_QOS"})
+    if (const char* configuration = std::getenv("SLURM_CONF"))
+        environment.push_back("SLURM_CONF=" + inq_absolute_path(configuration));
+    for (const char* name : {"HOME", "USER", "LOGNAME", "XDG_CONFIG_HOME", "SBATCH_ACCOUNT",
+                             "SBATCH_PARTITION", "SBATCH_QOS"})
         if (const char* value = std::getenv(name))
             environment.push_back(KIVString(name) + "=" + value);
     return environment;

@@ -129,7 +129,7 @@ TEST(SlurmEngine, hands_the_words_of_a_job_over_and_nothing_of_the_program)
     const int open = ::fcntl(STDOUT_FILENO, F_DUPFD, 100);
     ::setenv("MONTARAY_SECRET", "secret", 1);
     Cluster cluster;
-    cluster.command("sbatch", "env > env; ls /proc/self/fd > open\n"
+    cluster.command("sbatch", "echo $OLDPWD > from; env > env; ls /proc/self/fd > open\n"
                               "while case $1 in --*) true;; *) false;; esac; do\n"
                               "echo \"$1\" >> options; shift; done\n"
                               "SLURM_ARRAY_TASK_ID=1 sh \"$@\" > words; " +
@@ -146,6 +146,7 @@ TEST(SlurmEngine, hands_the_words_of_a_job_over_and_nothing_of_the_program)
     EXPECT_EQ(cluster.read("options"), "--parsable\n--job-name=render-1\n--array=0-1\n--requeue\n"
                                        "--dependency=singleton\n--ntasks=1\n--open-mode=append\n"
                                        "--output=/100%%/{task}/%a.log\n--chdir=/tmp\n");
+    EXPECT_EQ(cluster.read("from"), "/\n");
     EXPECT_EQ(cluster.read("env").find("secret"), std::string::npos);
     EXPECT_EQ(cluster.read("open"), "0\n1\n2\n3\n"); // the last is the folder that ls reads
 }

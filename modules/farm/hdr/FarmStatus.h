@@ -41,5 +41,5 @@ struct FarmStatus {
 /// words for the user. Throws a `std::runtime_error` that says why it could not be.
 std::string cancel_jobs(BatchManager& manager, const std::string& output);
 
-/// The batch service of the farm.
-BatchManager& inq_farm_service();
+/// The batch service, with the farm's engine if it has none.
+BatchManager& with_engine(BatchManager& manager);

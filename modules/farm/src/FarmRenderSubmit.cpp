@@ -10,7 +10,7 @@ bool FarmRenderSubmit::submit_render_job(const KIVString& options, const BatchSc
 {
     try {
         const RenderWords words = RenderWords::read(options.str(), info.inq_camera_aspect_ratio());
-        Submission submission(inq_farm_service(), FarmPrograms::find());
+        Submission submission(with_engine(*inq_batch_manager()), FarmPrograms::find());
         *coutp << submission.submit(words, info);
         return true;
     } catch (const std::exception& exception) {

@@ -175,9 +175,8 @@ std::string cancel_jobs(BatchManager& manager, const std::string& output)
     return said;
 }
 
-BatchManager& inq_farm_service()
+BatchManager& with_engine(BatchManager& manager)
 {
-    BatchManager& manager = *BatchManager::inq_batch_manager();
     if (!manager.inq_has_engine())
         manager.set_engine(std::make_unique<SlurmEngine>());
     return manager;
