@@ -24,7 +24,6 @@ from cluster import NOT_HERE, NotHere, wait_until
 from programs import images, output
 
 INSTALLED = programs.BIN.parent
-CHUNK = 8  # frames
 RENDERER = """#!/bin/bash
 {bin}/CMontaray "$@"
 result=$?
@@ -60,10 +59,14 @@ class Watcher(threading.Thread):
                 data = data[EVENT.size + length:]
                 if event == IGNORED:
                     return
-                if name in self.whole and (
-                        event != MOVED_TO
-                        or (self.folder / name).read_bytes() != self.whole[name]):
+                if name in self.whole and not (event == MOVED_TO and self.is_whole(name)):
                     self.faults.append(name)
+
+    def is_whole(self, name):
+        try:
+            return (self.folder / name).read_bytes() == self.whole[name]
+        except OSError:
+            return False
 
     def stop(self):
         self.library.inotify_rm_watch(self.events, self.watch)
