@@ -111,9 +111,20 @@ void refuse_other_words(const std::vector<KIVString>& words)
             refuse(word.str() + " is no option.");
 }
 
-/// The settings that the options with one hyphen make.
-void read_settings(CommandOutput& output, std::vector<std::string> words)
+std::vector<std::string> split(const std::string& line)
 {
+    const std::optional<std::vector<std::string>> words = split_words(line);
+    if (!words)
+        refuse("A quote of the options is not closed.");
+    if (words->empty())
+        refuse("A render job needs options, with an output folder behind -o among them.");
+    return *words;
+}
+
+/// The settings that the options make.
+void read_settings(CommandOutput& output, const LongOptions& long_options)
+{
+    std::vector<std::string> words = long_options.others;
     words.insert(words.begin(), {"CMontaray", "image"});
     words.emplace_back("scene");
     std::vector<char*> arguments;
@@ -125,6 +136,12 @@ void read_settings(CommandOutput& output, std::vector<std::string> words)
     if (result != CommandOutput::SUCCESS)
         refuse("The renderer refuses the options with code " + std::to_string(result) + ".");
     refuse_other_words(output.inq_other_arguments());
+    if (output.inq_settings().output_dir.is_null())
+        refuse("A render job needs an output folder, behind -o.");
+    if (long_options.file_type)
+        output.set_file_type(*long_options.file_type);
+    if (output.inq_frame_path(1).is_null())
+        refuse("Frames of this type can not be written.");
 }
 
 struct Flag {
@@ -168,8 +185,10 @@ template <class Number> std::string inq_text(Number number)
     return {text, std::to_chars(text, text + ROOM, number).ptr};
 }
 
-/// The option words that make these settings.
-std::vector<std::string> list_options(const OutputSettings& settings)
+/// The option words that make these settings. The renderer's words don't matter, but in silence -tv
+/// filters television's own formats as well.
+std::vector<std::string> list_options(const OutputSettings& settings,
+                                      const LongOptions& long_options)
 {
     std::vector<std::string> words;
     const auto add = [&](const char* option, const std::string& value) {
@@ -193,38 +212,27 @@ std::vector<std::string> list_options(const OutputSettings& settings)
     for (const Flag& flag : FLAGS)
         if (settings.*flag.field == flag.value)
             words.emplace_back(flag.option);
+    if (settings.silent && settings.tv_filter)
+        words.emplace_back("-silent");
+    if (long_options.is_strict)
+        words.emplace_back("--strict");
+    if (long_options.tiff_compression == "lzw")
+        words.insert(words.end(), {"--tiff-compression", "lzw"});
     return words;
 }
 } // namespace
 
 RenderWords RenderWords::read(const std::string& line, double camera_aspect)
 {
-    const std::optional<std::vector<std::string>> all = split_words(line);
-    if (!all)
-        refuse("A quote of the options is not closed.");
-    if (all->empty())
-        refuse("A render job needs options, with an output folder behind -o among them.");
-    const LongOptions long_options(*all);
+    const LongOptions long_options(split(line));
     CommandOutput output;
-    read_settings(output, long_options.others);
-    if (long_options.file_type)
-        output.set_file_type(*long_options.file_type);
-    if (output.inq_settings().output_dir.is_null())
-        refuse("A render job needs an output folder, behind -o.");
-    const KIVString frame = output.inq_frame_path(1);
-    if (frame.is_null())
-        refuse("Frames of this type can not be written.");
-
+    read_settings(output, long_options);
     RenderWords words;
-    words.options = list_options(output.inq_settings()); // before the size is completed
-    if (long_options.is_strict)
-        words.options.emplace_back("--strict");
-    if (long_options.tiff_compression == "lzw")
-        words.options.insert(words.options.end(), {"--tiff-compression", "lzw"});
+    words.options = list_options(output.inq_settings(), long_options); // as yet without all sizes
     output.complete_size(camera_aspect);
     const OutputSettings& settings = output.inq_settings();
     words.output = inq_absolute_path(settings.output_dir).str();
-    words.extension = std::filesystem::path(frame.str()).extension().string();
+    words.extension = std::filesystem::path(output.inq_frame_path(1).str()).extension().string();
     words.width = settings.width;
     words.height = settings.height;
     if (!(settings.colour_profile == "none"))

@@ -75,7 +75,10 @@ TEST(RenderWords, have_one_form_for_all_words_that_mean_the_same)
     EXPECT_EQ(words.chunk_size, 4);
 
     const Words long_form = RenderWords::read("-o x --format=png16 --strict -pal", 1.0).options;
-    EXPECT_EQ(long_form, RenderWords::read("--strict -key -pal -o /y --format png16", 1.0).options);
+    EXPECT_EQ(long_form,
+              RenderWords::read("--strict -key -sil -pal -o /y --format png16", 1.0).options);
+    EXPECT_EQ(RenderWords::read("-sil -tv -yuv625 -o x", 1.0).options,
+              (Words{"-yuv625", "-tv", "-silent"}));
     EXPECT_EQ(RenderWords::read("-academy_cineon -cineon_half -o x", 1.0).options,
               (Words{"-cineon_half", "-academy_cineon", "-width", "1828", "-height", "1332", "-par",
                      "1.5"}));
