@@ -77,3 +77,9 @@ bool FrameQueue::is_wanted(int place) const
 {
     return place <= shared->last;
 }
+
+bool FrameQueue::has_more(int n_frames) const
+{
+    const int next = shared->next;
+    return next < n_frames && is_wanted(next);
+}

@@ -30,6 +30,9 @@ public:
     void end_at(int place);
     bool is_wanted(int place) const;
 
+    /// Whether nobody has taken some that are wanted.
+    bool has_more(int n_frames) const;
+
 private:
     struct Shared;
 

@@ -5,6 +5,7 @@
 #include "imagelib/hdr/UnfinishedFile.h"
 #include "render/hdr/CommandOutput.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <iostream>
@@ -45,6 +46,7 @@ JobPool::JobPool(FrameQueue& queue, const std::string& folder, const std::vector
 int JobPool::run(int n_jobs)
 {
     share_unfinished_files();
+    ::signal(SIGCHLD, SIG_DFL); // where it is ignored, nobody learns how a process ended
     for (int number = 0; number < n_jobs; ++number)
         start(number, {});
     while (!jobs.empty()) {
@@ -149,6 +151,8 @@ std::vector<int> JobPool::list_lost_places(const Job& job) const
     const FrameBatch batch = queue.inq_in_hand(job.number);
     for (int place = batch.begin; place < batch.end; ++place)
         places.push_back(place);
+    std::ranges::sort(places); // one that has taken no batch since has the last one's in hand
+    places.erase(std::ranges::unique(places).begin(), places.end());
     std::erase_if(places, [this](int place) { return is_known(place) || !queue.is_wanted(place); });
     return places;
 }
@@ -167,7 +171,8 @@ void JobPool::bury(Job& job)
     const bool has_finished = WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
     if (!has_finished)
         remove_unfinished_files(folder, job.pid, list_waiting_files());
-    const bool lacks_frames = !has_finished || !list_lost_places(job).empty();
+    const bool lacks_frames = !has_finished || !list_lost_places(job).empty() ||
+                              queue.has_more(static_cast<int>(frames.size()));
     if (lacks_frames && StopSignal::inq_signal() == 0)
         replace(job, inq_reason(status));
 }

@@ -297,19 +297,15 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
     return report;
 }
 
-/// A frame of a transparent run has no alpha where a picture without any fills it.
 bool CommandOutput::holds_frame(const KIVString& file) const
 {
     const std::unique_ptr<KIVPixmapWriter> writer = make_writer(settings.file_type);
     if (!writer)
         return false;
     const bool has_8_bits = find_output_file_kind(settings.file_type)->is_written_in_8_bits;
-    PictureForm form = {settings.width, settings.height, 3,
-                        has_8_bits ? 8 : inq_bits_per_channel()};
-    if (writer->has_finished(file, form))
-        return true;
-    form.samples = 4;
-    return settings.transparent && writer->has_finished(file, form);
+    return writer->has_finished(file,
+                                {settings.width, settings.height, settings.transparent ? 4 : 3,
+                                 has_8_bits ? 8 : inq_bits_per_channel()});
 }
 
 /// False if the frame has to be rendered after all.
@@ -356,6 +352,9 @@ std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene
     const std::unique_ptr<KIVPixmap> second = render_field(renderer, run, frame);
     if (!second)
         return nullptr; // half a frame is none
+    if (pixmap->inq_samples_per_pixel() != second->inq_samples_per_pixel())
+        for (KIVPixmap* field : {pixmap.get(), second.get()})
+            PixOpConvertType(4, field->inq_bits_per_sample(), true).transform(field);
     PixOpAddInterlace(second.get(), inq_field_order(settings.file_type)).transform(pixmap.get());
     return pixmap;
 }
@@ -393,7 +392,11 @@ std::unique_ptr<KIVPixmapWriter> CommandOutput::make_writer(int file_type) const
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type)
 {
     FrameReport report;
-    return write_file(name, pixmap, file_type, report);
+    const int result = write_file(name, pixmap, file_type, report);
+    if (result != SUCCESS || report.unfinished.is_null())
+        return result;
+    finish_file(report);
+    return report.result;
 }
 
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
@@ -417,6 +420,7 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
     if (!writer)
         return SUCCESS;
     writer->write_pixmap(name, pixmap);
+    report.file = writer->inq_path(name);
     report.unfinished = writer->inq_unfinished();
     report.writer_error = writer->inq_error();
     return result_for_writer_error(report.writer_error);

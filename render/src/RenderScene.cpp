@@ -183,13 +183,12 @@ gsl::owner<KIVPixmap*> RenderScene::complete(CDataImage& image) const
         return make_background_pixmap();
     if (!pixmap->inq_alpha() && pixmap->inq_width() >= width && pixmap->inq_height() >= height)
         return pixmap.release();
-    gsl::owner<KIVPixmap*> whole = make_background_pixmap();
+    std::unique_ptr<KIVPixmap> whole(make_background_pixmap());
     if (whole) {
         const IntVector2 corner = box.inq_rectangle().get_top_left();
-        whole->composite_and_delete(pixmap.release(),
-                                    IntVector2(corner.x(), height - corner.y()));
+        whole->composite_and_delete(pixmap.release(), IntVector2(corner.x(), height - corner.y()));
     }
-    return whole;
+    return whole.release();
 }
 
 gsl::owner<KIVPixmap*> RenderScene::make_background_pixmap() const

@@ -130,7 +130,8 @@ class Options(InFolder):
             return events_of(log)[-2]["how"]
         for first, then in ((["-tiff16"], ["-tiff"]), (["-tiffuncompressed"], ["-tiff"]),
                             (["--tiff-compression", "lzw"], ["-tiff"]),
-                            (["-transparent"], ["-tiff"]), (["-tiff"], ["-tiff16"]),
+                            (["-transparent"], ["-tiff"]), (["-tiff"], ["-transparent"]),
+                            (["-tiff"], ["-tiff16"]),
                             (["--format", "png16"], ["--format", "png"]),
                             (["-width", "80", "-tga"], ["-tga"]),
                             (["-width", "80", "-pict"], ["-pict"]),

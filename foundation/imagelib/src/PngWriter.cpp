@@ -115,7 +115,7 @@ bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const 
     if (profile.size() > 0)
         put_chunk(png, "iCCP", profile);
     put_chunk(png, "IDAT", packed);
-    put_chunk(png, "IEND", ByteBuffer());
+    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
     return true;
 }
 

@@ -99,7 +99,7 @@ bool FileHandle::rewind_and_empty() const
 
 bool FileHandle::sync() const
 {
-    return ::fsync(descriptor) == 0;
+    return uninterrupted([&] { return ::fsync(descriptor); }) == 0;
 }
 
 bool FileHandle::close()
