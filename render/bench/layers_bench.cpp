@@ -1,5 +1,6 @@
 #include "compositor/affine/lib/hdr/CNodeTransform.h"
 #include "kivlib/hdr/KIVStringList.h"
+#include "render/hdr/OutputRun.h"
 #include "render/src/HeldFrame.h"
 #include "tests/layer_stacks/Stack.h"
 
@@ -117,20 +118,22 @@ void merged_frame(benchmark::State& state)
         draw(cels.stack);
 }
 
-/// All that is done for the second of two equal frames, but for its file.
+/// All that is done for the second of two equal frames, but for the copy of the file.
 void held_frame(benchmark::State& state)
 {
     const HeldCels cels;
     RenderScene renderer(cels.stack.scene.get(), WIDTH, HEIGHT, 1.0, 0, 0, 8, 0);
     HeldFrame held(*cels.stack.scene, renderer, 8, false);
-    const KIVString file = cels.folder.path("0.tif");
+    FrameReport report;
+    report.frame = 1;
+    report.file = cels.folder.path("0.tif");
     held.will_render(1);
-    held.was_written(1, file);
+    held.was_written(report);
     for (auto _ : state) {
         held.will_render(2);
-        if (!held.can_stand_for(2))
+        if (!held.open_file_for(2).is_open())
             state.SkipWithError("it would be drawn");
-        held.was_written(1, file);
+        held.was_written(report);
     }
 }
 } // namespace
