@@ -36,8 +36,8 @@ TEST(BatchRenderSubmit, is_made_once_when_a_module_offers_one)
               "batch/src/BatchRenderSubmitDescriptor, line 147: Can not make new "
               "BatchRenderSubmit (null function): SubmitTestModule.\n");
 
-    [[maybe_unused]] static const auto* const MODULE = // which comes
-        new_descriptor(ClassManager::inq_main());
+    const std::unique_ptr<BatchRenderSubmitDescriptor> module(
+        new_descriptor(ClassManager::inq_main())); // which comes
     BatchRenderSubmit* submitter = BatchRenderSubmit::inq_batch_render_submit();
     ASSERT_NE(submitter, nullptr);
     EXPECT_EQ(BatchRenderSubmit::inq_batch_render_submit(), submitter);
