@@ -67,35 +67,38 @@ template <class Pixel> Common look_at_whole(const unsigned char* from, std::size
 }
 } // namespace
 
-BlockMap::BlockMap(const unsigned char* data, std::size_t row_bytes, int width, int height,
-                   int bits)
+BlockMap::BlockMap(int width, int height)
     : width(width), height(height), across(count_blocks(width)),
       marks(static_cast<std::size_t>(across) * static_cast<std::size_t>(count_blocks(height)), 0)
+{}
+
+void BlockMap::look_at_rows(const unsigned char* data, std::size_t row_bytes, int bits, int rows)
 {
-    if (bits == 8)
-        look_at<std::uint8_t>(data, row_bytes);
-    else
-        look_at<std::uint16_t>(data, row_bytes);
+    for (; next_line < height && std::min(next_line + BLOCK, height) <= rows; next_line += BLOCK)
+        if (bits == 8)
+            look_at_line<std::uint8_t>(data, row_bytes);
+        else
+            look_at_line<std::uint16_t>(data, row_bytes);
 }
 
-template <class Sample> void BlockMap::look_at(const unsigned char* data, std::size_t row_bytes)
+/// The blocks from row `next_line` on.
+template <class Sample>
+void BlockMap::look_at_line(const unsigned char* data, std::size_t row_bytes)
 {
     using P = Pixel<Sample>;
     constexpr std::uint64_t OPAQUE =
         sizeof(P) == 8 ? ALPHA<Sample> : std::uint64_t{ALPHA<Sample>} << 32 | ALPHA<Sample>;
-    unsigned char* mark = marks.data();
-    for (int y = 0; y < height; y += BLOCK)
-        for (int x = 0; x < width; x += BLOCK) {
-            const int columns = std::min(BLOCK, width - x);
-            const int rows = std::min(BLOCK, height - y);
-            const unsigned char* from = data + static_cast<std::size_t>(y) * row_bytes +
-                                        static_cast<std::size_t>(x) * sizeof(P);
-            const Common common = columns == BLOCK && rows == BLOCK
-                                      ? look_at_whole<P>(from, row_bytes)
-                                      : look_at_part<P>(from, row_bytes, columns, rows);
-            *mark++ = static_cast<unsigned char>(
-                (common.any != 0 ? SEEN : 0) | ((common.all & OPAQUE) != OPAQUE ? TRANSLUCENT : 0));
-        }
+    const int rows = std::min(BLOCK, height - next_line);
+    const unsigned char* from = data + static_cast<std::size_t>(next_line) * row_bytes;
+    unsigned char* mark = marks.data() + static_cast<std::ptrdiff_t>(next_line / BLOCK) * across;
+    for (int x = 0; x < width; x += BLOCK, from += BLOCK * sizeof(P)) {
+        const int columns = std::min(BLOCK, width - x);
+        const Common common = columns == BLOCK && rows == BLOCK
+                                  ? look_at_whole<P>(from, row_bytes)
+                                  : look_at_part<P>(from, row_bytes, columns, rows);
+        *mark++ = static_cast<unsigned char>((common.any != 0 ? SEEN : 0) |
+                                             ((common.all & OPAQUE) != OPAQUE ? TRANSLUCENT : 0));
+    }
 }
 
 BlockMap::Content BlockMap::inq_content(Interval columns, Interval lines) const
