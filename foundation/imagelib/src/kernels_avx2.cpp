@@ -1,3 +1,4 @@
+#include "imagelib/src/Tile.h"
 #include "imagelib/src/kernels.h"
 
 #if defined(__x86_64__)
@@ -669,6 +670,34 @@ AVX2 void weigh_columns_16(std::uint16_t* out, const float* mixed, const Taps<st
     plain::weigh_columns(out, mixed, taps, pixels - i);
 }
 
+/// The four 64 bits of `any` and of `all`, joined.
+AVX2 CommonBits join(__m256i any, __m256i all)
+{
+    const __m128i some =
+        _mm_or_si128(_mm256_castsi256_si128(any), _mm256_extracti128_si256(any, 1));
+    const __m128i each =
+        _mm_and_si128(_mm256_castsi256_si128(all), _mm256_extracti128_si256(all, 1));
+    const auto low = [](__m128i value)
+                         AVX2 { return static_cast<std::uint64_t>(_mm_cvtsi128_si64(value)); };
+    return {low(some) | low(_mm_unpackhi_epi64(some, some)),
+            low(each) & low(_mm_unpackhi_epi64(each, each))};
+}
+
+template <class Sample>
+AVX2 CommonBits look_at_block(const unsigned char* from, std::size_t row_bytes)
+{
+    constexpr std::size_t COUNT = BLOCK * 4 * sizeof(Sample) / sizeof(__m256i);
+    __m256i any = _mm256_setzero_si256();
+    __m256i all = _mm256_cmpeq_epi8(any, any);
+    for (int y = 0; y < BLOCK; ++y, from += row_bytes)
+        for (std::size_t i = 0; i < COUNT; ++i) {
+            const __m256i pixels = load(from + i * sizeof(pixels));
+            any = _mm256_or_si256(any, pixels);
+            all = _mm256_and_si256(all, pixels);
+        }
+    return join(any, all);
+}
+
 bool can_run()
 {
     return __builtin_cpu_supports("avx2") > 0;
@@ -677,9 +706,17 @@ bool can_run()
 
 template <> const Kernels<std::uint8_t>* inq_avx2_kernels()
 {
-    static constexpr Kernels<std::uint8_t> KERNELS = {
-        sample_nearest_8, sample_bilinear_8,     mix_rows_8, mix_columns_8, pick_8,
-        over_8,           average<std::uint8_t>, halve_8,    weigh_rows_8,  weigh_columns_8};
+    static constexpr Kernels<std::uint8_t> KERNELS = {sample_nearest_8,
+                                                      sample_bilinear_8,
+                                                      mix_rows_8,
+                                                      mix_columns_8,
+                                                      pick_8,
+                                                      over_8,
+                                                      average<std::uint8_t>,
+                                                      halve_8,
+                                                      weigh_rows_8,
+                                                      weigh_columns_8,
+                                                      look_at_block<std::uint8_t>};
     return can_run() ? &KERNELS : nullptr;
 }
 
@@ -694,7 +731,8 @@ template <> const Kernels<std::uint16_t>* inq_avx2_kernels()
                                                        average<std::uint16_t>,
                                                        halve_16,
                                                        weigh_rows_16,
-                                                       weigh_columns_16};
+                                                       weigh_columns_16,
+                                                       look_at_block<std::uint16_t>};
     return can_run() ? &KERNELS : nullptr;
 }
 
