@@ -503,19 +503,27 @@ template <class Sample> AVX2 void average(Sample* out, const Sample* const rows[
     plain::average(out + 4 * i, rest, pixels - i);
 }
 
+/// Of eight pixels each, the means of 2 by 2 with 16 bits a sample.
+AVX2 __m256i average_pairs(const std::uint8_t* upper, const std::uint8_t* lower)
+{
+    const __m256i side_by_side = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const auto add = [&](const std::uint8_t* row) AVX2 {
+        return _mm256_maddubs_epi16(_mm256_shuffle_epi8(load(row), side_by_side),
+                                    _mm256_set1_epi8(1));
+    };
+    const __m256i sum = _mm256_add_epi16(add(upper), add(lower));
+    return _mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(2)), 2);
+}
+
 AVX2 void halve_8(std::uint8_t* out, const std::uint8_t* upper, const std::uint8_t* lower,
                   int out_pixels)
 {
     int i = 0;
-    for (; i + 4 <= out_pixels; i += 4, out += 16, upper += 32, lower += 32) {
-        const __m256i first = widen_sum<std::uint8_t>(load_16_bytes(upper), load_16_bytes(lower));
-        const __m256i second =
-            widen_sum<std::uint8_t>(load_16_bytes(upper + 16), load_16_bytes(lower + 16));
-        const __m256i sum = _mm256_add_epi16(_mm256_unpacklo_epi64(first, second),
-                                             _mm256_unpackhi_epi64(first, second));
-        // pixels 0, 2, 1, 3 come out
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
-                         _mm_shuffle_epi32(quarter<std::uint8_t>(sum), 0xD8));
+    for (; i + 8 <= out_pixels; i += 8, out += 32, upper += 64, lower += 64) {
+        const __m256i means =
+            _mm256_packus_epi16(average_pairs(upper, lower), average_pairs(upper + 32, lower + 32));
+        store(out, _mm256_permute4x64_epi64(means, 0xD8)); // which packing mixed up
     }
     plain::halve(out, upper, lower, out_pixels - i);
 }
