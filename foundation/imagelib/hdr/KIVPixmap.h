@@ -93,6 +93,10 @@ public:
     /// after its end. A later change, or the writable `inq_data`, ends that.
     void fix_pixels();
 
+    /// The same with a map of them that was made while they came.
+    void fix_pixels(std::shared_ptr<const BlockMap> known_blocks);
+    bool inq_is_fixed() const { return blocks != nullptr; }
+
     /// Draws what waits. False if the panel stopped it; the pixels are then undefined, as they are
     /// after an exception for want of memory.
     bool finish_drawing(AbortPanel* abort) const;

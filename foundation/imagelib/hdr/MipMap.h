@@ -7,7 +7,9 @@
 #include <memory>
 #include <vector>
 
+class CopyMaker;
 class KIVPixmap;
+class RowFollower;
 
 /// One picture and its smaller copies, each half the size of the one before. The copies are made
 /// when they are asked for, and a provider drops them when memory runs short; the rest stays.
@@ -60,8 +62,9 @@ protected:
     MipMap();
 
     /// Reads one of the copies that the file has, 0 being the full picture. Null, with a text for
-    /// the user, if it can't.
-    virtual gsl::owner<KIVPixmap*> load_copy(std::size_t level, KIVString& error);
+    /// the user, if it can't. The follower may be told of its rows as they come.
+    virtual gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower,
+                                             KIVString& error);
 
     /// The largest copy that may be in memory as a whole.
     virtual std::size_t inq_first_level() const { return 0; }
@@ -82,7 +85,7 @@ protected:
 private:
     /// Or the smallest level there is, if it is larger than that.
     KIVPixmap* inq_level(std::size_t level);
-    bool make_level(std::size_t level);
+    bool load_level(std::size_t level, CopyMaker& copies);
 
     std::vector<CopySize> sizes;
     std::size_t stored_count = 0;                   // of the copies that the file has

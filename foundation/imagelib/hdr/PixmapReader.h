@@ -24,8 +24,19 @@ struct PictureInfo {
 /// contents, whatever the name.
 bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error);
 
+/// Works on the rows of a picture as they come from its file.
+class RowFollower {
+public:
+    virtual ~RowFollower() = default;
+
+    /// The first `rows` rows of the picture are there, and stay as they are if all of it can be
+    /// read.
+    virtual void take_rows(KIVPixmap& picture, int rows) = 0;
+};
+
 /// The picture with alpha at 8 or 16 bits per sample, for the caller to delete; null, with a text
-/// for the user, if any of it can't be read. The colours are those of the file.
+/// for the user, if any of it can't be read. The colours are those of the file. A follower is told
+/// of the rows unless they come in another order than from the top, or are turned afterwards.
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
-                                            KIVString& error);
+                                            KIVString& error, RowFollower* follower = nullptr);
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error);

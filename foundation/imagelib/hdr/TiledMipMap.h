@@ -35,7 +35,8 @@ private:
     class Tile;
     struct Area;
 
-    gsl::owner<KIVPixmap*> load_copy(std::size_t level, KIVString& error) override;
+    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower,
+                                     KIVString& error) override;
     std::unique_ptr<KIVPixmap> make_copy(std::size_t level, KIVString& error);
     std::unique_ptr<KIVPixmap> make_region(Vector2* corners, int shown_width, int shown_height);
     std::size_t inq_first_level() const override;

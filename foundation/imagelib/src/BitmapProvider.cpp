@@ -52,7 +52,8 @@ public:
     void drop_pixels() override { forget_copies(); }
 
 private:
-    gsl::owner<KIVPixmap*> load_copy(std::size_t level, KIVString& error) override;
+    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower,
+                                     KIVString& error) override;
     void note_growth() override { inq_pixel_cache().note_use(item); }
 
     const KIVString path;
@@ -61,10 +62,13 @@ private:
     PixelCache::Item& item;
 };
 
-gsl::owner<KIVPixmap*> FileMipMap::load_copy(std::size_t /*level*/, KIVString& error)
+/// Nobody follows pixels that are still to be brought to the output profile.
+gsl::owner<KIVPixmap*> FileMipMap::load_copy(std::size_t /*level*/, RowFollower& follower,
+                                             KIVString& error)
 {
     PictureInfo info;
-    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(path, bits, info, error));
+    std::unique_ptr<KIVPixmap> picture(
+        new_pixmap_from_file(path, bits, info, error, is_for_output ? nullptr : &follower));
     if (!picture)
         return nullptr;
     if (picture->inq_width() != width || picture->inq_height() != height)

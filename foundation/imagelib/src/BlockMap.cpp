@@ -1,5 +1,7 @@
 #include "imagelib/src/BlockMap.h"
 
+#include "imagelib/src/kernels.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -19,83 +21,58 @@ int count_blocks(int size)
     return (size + BLOCK - 1) / BLOCK;
 }
 
-/// What the pixels of a block have in common.
-struct Common {
-    std::uint64_t any = 0; // two pixels of 8 bits, or one of 16
-    std::uint64_t all = ~std::uint64_t{0};
-
-    template <class Pixel> void add(const unsigned char* from)
-    {
-        Pixel pixel;
-        std::memcpy(&pixel, from, sizeof(pixel));
-        any |= pixel;
-        all &= sizeof(pixel) == 8 ? pixel : std::uint64_t{pixel} << 32 | pixel;
-    }
-};
+template <class Pixel> void add_pixel(CommonBits& common, const unsigned char* from)
+{
+    Pixel pixel;
+    std::memcpy(&pixel, from, sizeof(pixel));
+    common.any |= pixel;
+    common.all &= sizeof(pixel) == 8 ? pixel : std::uint64_t{pixel} << 32 | pixel;
+}
 
 /// Of a block that is cut off by the picture's edge.
 template <class Pixel>
-Common look_at_part(const unsigned char* from, std::size_t row_bytes, int columns, int rows)
+CommonBits look_at_part(const unsigned char* from, std::size_t row_bytes, int columns, int rows)
 {
-    Common common;
+    CommonBits common;
     for (int y = 0; y < rows; ++y, from += row_bytes)
         for (int x = 0; x < columns; ++x)
-            common.add<Pixel>(from + static_cast<std::size_t>(x) * sizeof(Pixel));
+            add_pixel<Pixel>(common, from + static_cast<std::size_t>(x) * sizeof(Pixel));
     return common;
-}
-
-/// Of a whole one, 16 bytes at once.
-template <class Pixel> Common look_at_whole(const unsigned char* from, std::size_t row_bytes)
-{
-    using Vector [[gnu::vector_size(16)]] = std::uint64_t;
-    constexpr std::size_t COUNT = BLOCK * sizeof(Pixel) / sizeof(Vector);
-    Vector any[COUNT] = {};
-    Vector all[COUNT];
-    std::memset(all, 0xFF, sizeof(all));
-    for (int y = 0; y < BLOCK; ++y, from += row_bytes)
-        for (std::size_t i = 0; i < COUNT; ++i) {
-            Vector pixels;
-            std::memcpy(&pixels, from + i * sizeof(pixels), sizeof(pixels));
-            any[i] |= pixels;
-            all[i] &= pixels;
-        }
-    for (std::size_t i = 1; i < COUNT; ++i) {
-        any[0] |= any[i];
-        all[0] &= all[i];
-    }
-    return {any[0][0] | any[0][1], all[0][0] & all[0][1]};
 }
 } // namespace
 
-BlockMap::BlockMap(const unsigned char* data, std::size_t row_bytes, int width, int height,
-                   int bits)
+BlockMap::BlockMap(int width, int height)
     : width(width), height(height), across(count_blocks(width)),
       marks(static_cast<std::size_t>(across) * static_cast<std::size_t>(count_blocks(height)), 0)
+{}
+
+void BlockMap::look_at_rows(const unsigned char* data, std::size_t row_bytes, int bits, int rows)
 {
-    if (bits == 8)
-        look_at<std::uint8_t>(data, row_bytes);
-    else
-        look_at<std::uint16_t>(data, row_bytes);
+    for (; next_line < height && std::min(next_line + BLOCK, height) <= rows; next_line += BLOCK)
+        if (bits == 8)
+            look_at_line<std::uint8_t>(data, row_bytes);
+        else
+            look_at_line<std::uint16_t>(data, row_bytes);
 }
 
-template <class Sample> void BlockMap::look_at(const unsigned char* data, std::size_t row_bytes)
+/// The blocks from row `next_line` on.
+template <class Sample>
+void BlockMap::look_at_line(const unsigned char* data, std::size_t row_bytes)
 {
     using P = Pixel<Sample>;
     constexpr std::uint64_t OPAQUE =
         sizeof(P) == 8 ? ALPHA<Sample> : std::uint64_t{ALPHA<Sample>} << 32 | ALPHA<Sample>;
-    unsigned char* mark = marks.data();
-    for (int y = 0; y < height; y += BLOCK)
-        for (int x = 0; x < width; x += BLOCK) {
-            const int columns = std::min(BLOCK, width - x);
-            const int rows = std::min(BLOCK, height - y);
-            const unsigned char* from = data + static_cast<std::size_t>(y) * row_bytes +
-                                        static_cast<std::size_t>(x) * sizeof(P);
-            const Common common = columns == BLOCK && rows == BLOCK
-                                      ? look_at_whole<P>(from, row_bytes)
+    const int rows = std::min(BLOCK, height - next_line);
+    const unsigned char* from = data + static_cast<std::size_t>(next_line) * row_bytes;
+    unsigned char* mark = marks.data() + static_cast<std::ptrdiff_t>(next_line / BLOCK) * across;
+    for (int x = 0; x < width; x += BLOCK, from += BLOCK * sizeof(P)) {
+        const int columns = std::min(BLOCK, width - x);
+        const CommonBits common = columns == BLOCK && rows == BLOCK
+                                      ? inq_kernels<Sample>().look_at_block(from, row_bytes)
                                       : look_at_part<P>(from, row_bytes, columns, rows);
-            *mark++ = static_cast<unsigned char>(
-                (common.any != 0 ? SEEN : 0) | ((common.all & OPAQUE) != OPAQUE ? TRANSLUCENT : 0));
-        }
+        *mark++ = static_cast<unsigned char>((common.any != 0 ? SEEN : 0) |
+                                             ((common.all & OPAQUE) != OPAQUE ? TRANSLUCENT : 0));
+    }
 }
 
 BlockMap::Content BlockMap::inq_content(Interval columns, Interval lines) const

@@ -145,9 +145,16 @@ void KIVPixmap::prepare_change()
 void KIVPixmap::fix_pixels()
 {
     draw_what_waits();
-    if (pixels && inq_alpha())
-        blocks = std::make_shared<BlockMap>(pixels.get(), row_bytes, width, height,
-                                            inq_bits_per_sample());
+    if (!pixels || !inq_alpha())
+        return;
+    const auto map = std::make_shared<BlockMap>(width, height);
+    map->look_at_rows(pixels.get(), row_bytes, inq_bits_per_sample(), height);
+    fix_pixels(map);
+}
+
+void KIVPixmap::fix_pixels(std::shared_ptr<const BlockMap> known_blocks)
+{
+    blocks = std::move(known_blocks);
 }
 
 bool KIVPixmap::finish_drawing(AbortPanel* abort) const

@@ -1,7 +1,7 @@
 #include "imagelib/hdr/MipMap.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
-#include "imagelib/src/reduce.h"
+#include "imagelib/src/CopyMaker.h"
 
 namespace {
 constexpr double UNITS_PER_INCH = 60.0;
@@ -36,7 +36,8 @@ gsl::owner<KIVPixmap*> MipMap::new_region_pixmap(Vector2* /*corners*/, int /*wid
     return nullptr;
 }
 
-gsl::owner<KIVPixmap*> MipMap::load_copy(std::size_t /*level*/, KIVString& /*error*/)
+gsl::owner<KIVPixmap*> MipMap::load_copy(std::size_t /*level*/, RowFollower& /*follower*/,
+                                         KIVString& /*error*/)
 {
     return nullptr;
 }
@@ -110,25 +111,22 @@ KIVPixmap* MipMap::inq_level(std::size_t level)
     if (levels[level])
         return levels[level].get();
     std::size_t next = level; // from the next larger copy that is there, or is in the file
-    while (next >= stored_count && !levels[next - 1])
+    while (next >= stored_count && !levels[next])
         --next;
-    while (next <= level && make_level(next))
-        ++next;
+    CopyMaker copies(level - next);
+    if (levels[next] || load_level(next, copies)) {
+        KIVPixmap& picture = *levels[next++];
+        for (auto& copy : copies.finish(picture))
+            levels[next++] = std::move(copy);
+    }
     note_growth(); // which drops them again if nobody has locked the picture
     return next > 0 ? levels[next - 1].get() : nullptr;
 }
 
-bool MipMap::make_level(std::size_t level)
+bool MipMap::load_level(std::size_t level, CopyMaker& copies)
 {
-    const bool is_stored = level < stored_count;
-    std::unique_ptr<KIVPixmap> made(is_stored
-                                        ? load_copy(level, error)
-                                        : make_reduced(*levels[level - 1], true, true).release());
-    if (!made) {
-        usable = usable && !is_stored; // reading it again would end the same
-        return false;
-    }
-    made->fix_pixels();
-    levels[level] = std::move(made);
-    return true;
+    levels[level].reset(load_copy(level, copies, error));
+    if (!levels[level])
+        usable = false; // reading it again would end the same
+    return usable;
 }

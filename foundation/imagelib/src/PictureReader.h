@@ -38,6 +38,9 @@ public:
 
     /// Where the pixels of row `y` may be written to instead; null if they must be given.
     virtual unsigned char* inq_place(int /*y*/, const RowLayout& /*layout*/) { return nullptr; }
+
+    /// The first `rows` rows are in their places, or have been given.
+    virtual void note_rows(int /*rows*/) {}
 };
 
 /// The most that deflate can make of a byte.

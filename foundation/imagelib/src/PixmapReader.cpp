@@ -101,7 +101,8 @@ public:
     bool open(const KIVString& path, Wanted wanted, PictureInfo& info, KIVString& error);
 
     /// Null without memory, or if the pixels can't be read.
-    std::unique_ptr<KIVPixmap> make_pixmap(const PictureInfo& info, int bits);
+    std::unique_ptr<KIVPixmap> make_pixmap(const PictureInfo& info, int bits,
+                                           RowFollower* follower = nullptr);
 
     /// From the top. False if the target or the file gave up.
     bool read_rows(const PictureInfo& info, RowTarget& target);
@@ -119,6 +120,10 @@ public:
     }
 
 private:
+    bool is_upright_from_top() const
+    {
+        return reader->is_from_top() && reader->inq_orientation() == 1;
+    }
     bool find_head(Wanted wanted, PictureInfo& info);
     bool open_file();
     bool load(std::size_t bytes);
@@ -238,12 +243,20 @@ bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& i
 /// A pixmap that takes the rows of a reader.
 class PixmapRows : public RowTarget {
 public:
-    explicit PixmapRows(KIVPixmap& pixmap) : pixmap(pixmap) {}
+    /// The follower may be null.
+    PixmapRows(KIVPixmap& pixmap, RowFollower* follower) : pixmap(pixmap), follower(follower) {}
 
     bool put_row(int y, const void* pixels, const RowLayout& layout) override
     {
         put_pixels(pixmap, 0, y, pixels, pixmap.inq_width(), layout);
+        note_rows(y + 1);
         return true;
+    }
+
+    void note_rows(int rows) override
+    {
+        if (follower)
+            follower->take_rows(pixmap, rows);
     }
 
     unsigned char* inq_place(int y, const RowLayout& layout) override
@@ -255,9 +268,11 @@ public:
 
 private:
     KIVPixmap& pixmap;
+    RowFollower* const follower; // not owned
 };
 
-std::unique_ptr<KIVPixmap> PictureFile::make_pixmap(const PictureInfo& info, int bits)
+std::unique_ptr<KIVPixmap> PictureFile::make_pixmap(const PictureInfo& info, int bits,
+                                                    RowFollower* follower)
 {
     const int orientation = reader->inq_orientation();
     PictureInfo stored = info;
@@ -266,7 +281,7 @@ std::unique_ptr<KIVPixmap> PictureFile::make_pixmap(const PictureInfo& info, int
                                               nullptr, false);
     if (!pixmap->inq_data())
         return nullptr;
-    PixmapRows rows(*pixmap);
+    PixmapRows rows(*pixmap, is_upright_from_top() ? follower : nullptr);
     if (!reader->read_pixels(rows))
         return nullptr;
     if (orientation != 1)
@@ -278,7 +293,7 @@ std::unique_ptr<KIVPixmap> PictureFile::make_pixmap(const PictureInfo& info, int
 
 bool PictureFile::read_rows(const PictureInfo& info, RowTarget& target)
 {
-    if (reader->is_from_top() && reader->inq_orientation() == 1)
+    if (is_upright_from_top())
         return reader->read_pixels(target);
     const std::unique_ptr<KIVPixmap> pixmap = make_pixmap(info, info.bits);
     bool goes_on = pixmap != nullptr;
@@ -327,11 +342,11 @@ bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error
 }
 
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
-                                            KIVString& error)
+                                            KIVString& error, RowFollower* follower)
 {
     std::unique_ptr<KIVPixmap> pixmap;
     with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
-        pixmap = picture.make_pixmap(info, bits);
+        pixmap = picture.make_pixmap(info, bits, follower);
         return pixmap != nullptr;
     });
     return pixmap.release();

@@ -22,7 +22,7 @@ private:
     bool fail_as_told(const char* otherwise);
     void note_profile(PictureInfo& info) const;
     bool read_bands(RowTarget& target);
-    bool put_rows_straight(RowTarget& target, TiffStrips& strips, int first, int rows) const;
+    bool put_rows_straight(RowTarget& target, const TiffStrips& strips, int first, int rows) const;
     bool put_rows(RowTarget& target, int first, int rows, bool have_differences);
     bool read_band(int first, int rows);
     bool read_block(unsigned char* to, int x, int y, int rows, int plane);
@@ -128,15 +128,27 @@ bool TiffReader::read_bands(RowTarget& target)
     return true;
 }
 
-/// Plain rows of the file that lie in the target as they do there. False if they don't.
-bool TiffReader::put_rows_straight(RowTarget& target, TiffStrips& strips, int first, int rows) const
+/// Plain rows of the file that lie in the target as they do there, in pieces that stay in the
+/// processor's cache until they are noted. False if they don't.
+bool TiffReader::put_rows_straight(RowTarget& target, const TiffStrips& strips, int first,
+                                   int rows) const
 {
+    constexpr std::size_t PIECE_BYTES = 1 << 18;
     unsigned char* const place =
         strips.are_plain() ? target.inq_place(first, page.layout) : nullptr;
-    const auto bytes = static_cast<std::size_t>(rows) * inq_row_bytes();
-    const auto last_row = static_cast<std::ptrdiff_t>(bytes - inq_row_bytes());
-    return place && target.inq_place(first + rows - 1, page.layout) == place + last_row &&
-           strips.read(first, place, bytes);
+    const std::size_t row_bytes = inq_row_bytes();
+    const std::size_t bytes = static_cast<std::size_t>(rows) * row_bytes;
+    const auto last_row = static_cast<std::ptrdiff_t>(bytes - row_bytes);
+    if (!place || target.inq_place(first + rows - 1, page.layout) != place + last_row)
+        return false;
+    const std::size_t step = std::max(std::size_t{1}, PIECE_BYTES / row_bytes) * row_bytes;
+    for (std::size_t done = 0; done < bytes; done += step) {
+        const std::size_t piece = std::min(step, bytes - done);
+        if (!strips.read_plain(first, done, place + done, piece))
+            return false;
+        target.note_rows(first + static_cast<int>((done + piece) / row_bytes));
+    }
+    return true;
 }
 
 /// The rows of the band.
@@ -148,7 +160,9 @@ bool TiffReader::put_rows(RowTarget& target, int first, int rows, bool have_diff
         if (have_differences)
             add_differences(place ? place : row, row, inq_row_bytes(), page.layout.inq_bytes(),
                             page.layout.bits);
-        if (!place && !target.put_row(y, row, page.layout))
+        if (place)
+            target.note_rows(y + 1);
+        else if (!target.put_row(y, row, page.layout))
             return false;
     }
     return true;

@@ -43,20 +43,33 @@ bool TiffStrips::read_file(std::uint64_t place, void* to, std::size_t bytes) con
     return count == static_cast<ssize_t>(bytes);
 }
 
+TiffStrips::Extent TiffStrips::find_strip(int first) const
+{
+    const std::uint32_t strip = TIFFComputeStrip(tiff, static_cast<std::uint32_t>(first), 0);
+    const std::uint64_t place = TIFFGetStrileOffset(tiff, strip);
+    const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, strip);
+    const bool is_there = place != 0 && place <= file_bytes && bytes <= file_bytes - place;
+    return {place, is_there ? bytes : 0};
+}
+
+bool TiffStrips::read_plain(int first, std::size_t before, unsigned char* to,
+                            std::size_t bytes) const
+{
+    const Extent strip = find_strip(first);
+    return scheme == Scheme::PLAIN && before + bytes <= strip.bytes &&
+           read_file(strip.place + before, to, bytes);
+}
+
 bool TiffStrips::read(int first, unsigned char* to, std::size_t bytes)
 {
     if (scheme == Scheme::OTHER)
         return false;
-    const std::uint32_t strip = TIFFComputeStrip(tiff, static_cast<std::uint32_t>(first), 0);
-    const std::uint64_t place = TIFFGetStrileOffset(tiff, strip);
-    const std::uint64_t told = TIFFGetStrileByteCount(tiff, strip);
-    if (place == 0 || told == 0 || place > file_bytes || told > file_bytes - place)
-        return false;
     if (scheme == Scheme::PLAIN)
-        return told >= bytes && read_file(place, to, bytes);
-    const auto packed_bytes = static_cast<std::size_t>(told);
-    return packed.reset(packed_bytes) && read_file(place, packed.data(), packed_bytes) &&
-           unpack(to, bytes, packed_bytes);
+        return read_plain(first, 0, to, bytes);
+    const Extent strip = find_strip(first);
+    const auto packed_bytes = static_cast<std::size_t>(strip.bytes);
+    return packed_bytes > 0 && packed.reset(packed_bytes) &&
+           read_file(strip.place, packed.data(), packed_bytes) && unpack(to, bytes, packed_bytes);
 }
 
 bool TiffStrips::unpack(unsigned char* to, std::size_t bytes, std::size_t packed_bytes)

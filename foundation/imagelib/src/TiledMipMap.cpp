@@ -141,7 +141,8 @@ std::size_t TiledMipMap::inq_first_level() const
     return level;
 }
 
-gsl::owner<KIVPixmap*> TiledMipMap::load_copy(std::size_t level, KIVString& error)
+gsl::owner<KIVPixmap*> TiledMipMap::load_copy(std::size_t level, RowFollower& /*follower*/,
+                                              KIVString& error)
 {
     try {
         return make_copy(level, error).release();

@@ -1,5 +1,6 @@
 #include "imagelib/src/kernels.h"
 
+#include "imagelib/src/Tile.h"
 #include "imagelib/src/samples.h"
 
 // A sample of 8 bits has 6 bits more while it is worked on, and weights of 15 bits; one of 16 bits
@@ -242,6 +243,24 @@ template bool weigh_rows(float*, const std::uint16_t* const[TAPS], const float[T
 template void weigh_columns(std::uint8_t*, const std::uint16_t*, const Taps<std::uint8_t>*, int);
 template void weigh_columns(std::uint16_t*, const float*, const Taps<std::uint16_t>*, int);
 
+template <class Sample> CommonBits look_at_block(const unsigned char* from, std::size_t row_bytes)
+{
+    using Vector [[gnu::vector_size(16)]] = std::uint64_t;
+    constexpr std::size_t COUNT = BLOCK * 4 * sizeof(Sample) / sizeof(Vector);
+    Vector any = {};
+    Vector all = ~any;
+    for (int y = 0; y < BLOCK; ++y, from += row_bytes)
+        for (std::size_t i = 0; i < COUNT; ++i) {
+            Vector pixels;
+            std::memcpy(&pixels, from + i * sizeof(pixels), sizeof(pixels));
+            any |= pixels;
+            all &= pixels;
+        }
+    return {any[0] | any[1], all[0] & all[1]};
+}
+template CommonBits look_at_block<std::uint8_t>(const unsigned char*, std::size_t);
+template CommonBits look_at_block<std::uint16_t>(const unsigned char*, std::size_t);
+
 } // namespace plain
 
 namespace {
@@ -250,7 +269,8 @@ constexpr Kernels<Sample> PLAIN = {plain::sample_nearest<Sample>, plain::sample_
                                    plain::mix_rows<Sample>,       plain::mix_columns<Sample>,
                                    plain::pick<Sample>,           plain::over<Sample>,
                                    plain::average<Sample>,        plain::halve<Sample>,
-                                   plain::weigh_rows<Sample>,     plain::weigh_columns<Sample>};
+                                   plain::weigh_rows<Sample>,     plain::weigh_columns<Sample>,
+                                   plain::look_at_block<Sample>};
 
 template <class Sample> const Kernels<Sample>& find_fastest()
 {

@@ -46,6 +46,15 @@ template <class Sample> struct Taps {
     Taps(int first, const float (&wanted)[TAPS]);
 };
 
+/// The bits that any of some pixels have, and those that all have: of two pixels of 8 bits a
+/// sample, of which either may have them, or of one of 16.
+struct CommonBits {
+    std::uint64_t any = 0;
+    std::uint64_t all = ~std::uint64_t{0};
+
+    bool operator==(const CommonBits&) const = default;
+};
+
 template <class Sample> struct Kernels {
     /// All places of the walk lie inside the source.
     void (*sample_nearest)(Sample* out, const SourcePixels& source, SourceWalk walk, int pixels);
@@ -81,6 +90,9 @@ template <class Sample> struct Kernels {
     /// Each pixel from the columns of its taps, which all are there, with or without a share.
     void (*weigh_columns)(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* taps,
                           int pixels);
+
+    /// Of a whole block of pixels.
+    CommonBits (*look_at_block)(const unsigned char* from, std::size_t row_bytes);
 };
 
 template <class Sample> const Kernels<Sample>& inq_plain_kernels();
@@ -138,5 +150,6 @@ bool weigh_rows(Mixed<Sample>* out, const Sample* const rows[TAPS],
                 const Weight<Sample> shares[TAPS], int row_count, int pixels);
 template <class Sample>
 void weigh_columns(Sample* out, const Mixed<Sample>* mixed, const Taps<Sample>* taps, int pixels);
+template <class Sample> CommonBits look_at_block(const unsigned char* from, std::size_t row_bytes);
 
 } // namespace plain

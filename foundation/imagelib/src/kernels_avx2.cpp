@@ -1,3 +1,4 @@
+#include "imagelib/src/Tile.h"
 #include "imagelib/src/kernels.h"
 
 #if defined(__x86_64__)
@@ -502,19 +503,27 @@ template <class Sample> AVX2 void average(Sample* out, const Sample* const rows[
     plain::average(out + 4 * i, rest, pixels - i);
 }
 
+/// Of eight pixels each, the means of 2 by 2 with 16 bits a sample.
+AVX2 __m256i average_pairs(const std::uint8_t* upper, const std::uint8_t* lower)
+{
+    const __m256i side_by_side = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+    const auto add = [&](const std::uint8_t* row) AVX2 {
+        return _mm256_maddubs_epi16(_mm256_shuffle_epi8(load(row), side_by_side),
+                                    _mm256_set1_epi8(1));
+    };
+    const __m256i sum = _mm256_add_epi16(add(upper), add(lower));
+    return _mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(2)), 2);
+}
+
 AVX2 void halve_8(std::uint8_t* out, const std::uint8_t* upper, const std::uint8_t* lower,
                   int out_pixels)
 {
     int i = 0;
-    for (; i + 4 <= out_pixels; i += 4, out += 16, upper += 32, lower += 32) {
-        const __m256i first = widen_sum<std::uint8_t>(load_16_bytes(upper), load_16_bytes(lower));
-        const __m256i second =
-            widen_sum<std::uint8_t>(load_16_bytes(upper + 16), load_16_bytes(lower + 16));
-        const __m256i sum = _mm256_add_epi16(_mm256_unpacklo_epi64(first, second),
-                                             _mm256_unpackhi_epi64(first, second));
-        // pixels 0, 2, 1, 3 come out
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
-                         _mm_shuffle_epi32(quarter<std::uint8_t>(sum), 0xD8));
+    for (; i + 8 <= out_pixels; i += 8, out += 32, upper += 64, lower += 64) {
+        const __m256i means =
+            _mm256_packus_epi16(average_pairs(upper, lower), average_pairs(upper + 32, lower + 32));
+        store(out, _mm256_permute4x64_epi64(means, 0xD8)); // which packing mixed up
     }
     plain::halve(out, upper, lower, out_pixels - i);
 }
@@ -669,6 +678,34 @@ AVX2 void weigh_columns_16(std::uint16_t* out, const float* mixed, const Taps<st
     plain::weigh_columns(out, mixed, taps, pixels - i);
 }
 
+/// The four 64 bits of `any` and of `all`, joined.
+AVX2 CommonBits join(__m256i any, __m256i all)
+{
+    const __m128i some =
+        _mm_or_si128(_mm256_castsi256_si128(any), _mm256_extracti128_si256(any, 1));
+    const __m128i each =
+        _mm_and_si128(_mm256_castsi256_si128(all), _mm256_extracti128_si256(all, 1));
+    const auto low = [](__m128i value)
+                         AVX2 { return static_cast<std::uint64_t>(_mm_cvtsi128_si64(value)); };
+    return {low(some) | low(_mm_unpackhi_epi64(some, some)),
+            low(each) & low(_mm_unpackhi_epi64(each, each))};
+}
+
+template <class Sample>
+AVX2 CommonBits look_at_block(const unsigned char* from, std::size_t row_bytes)
+{
+    constexpr std::size_t COUNT = BLOCK * 4 * sizeof(Sample) / sizeof(__m256i);
+    __m256i any = _mm256_setzero_si256();
+    __m256i all = _mm256_cmpeq_epi8(any, any);
+    for (int y = 0; y < BLOCK; ++y, from += row_bytes)
+        for (std::size_t i = 0; i < COUNT; ++i) {
+            const __m256i pixels = load(from + i * sizeof(pixels));
+            any = _mm256_or_si256(any, pixels);
+            all = _mm256_and_si256(all, pixels);
+        }
+    return join(any, all);
+}
+
 bool can_run()
 {
     return __builtin_cpu_supports("avx2") > 0;
@@ -677,9 +714,17 @@ bool can_run()
 
 template <> const Kernels<std::uint8_t>* inq_avx2_kernels()
 {
-    static constexpr Kernels<std::uint8_t> KERNELS = {
-        sample_nearest_8, sample_bilinear_8,     mix_rows_8, mix_columns_8, pick_8,
-        over_8,           average<std::uint8_t>, halve_8,    weigh_rows_8,  weigh_columns_8};
+    static constexpr Kernels<std::uint8_t> KERNELS = {sample_nearest_8,
+                                                      sample_bilinear_8,
+                                                      mix_rows_8,
+                                                      mix_columns_8,
+                                                      pick_8,
+                                                      over_8,
+                                                      average<std::uint8_t>,
+                                                      halve_8,
+                                                      weigh_rows_8,
+                                                      weigh_columns_8,
+                                                      look_at_block<std::uint8_t>};
     return can_run() ? &KERNELS : nullptr;
 }
 
@@ -694,7 +739,8 @@ template <> const Kernels<std::uint16_t>* inq_avx2_kernels()
                                                        average<std::uint16_t>,
                                                        halve_16,
                                                        weigh_rows_16,
-                                                       weigh_columns_16};
+                                                       weigh_columns_16,
+                                                       look_at_block<std::uint16_t>};
     return can_run() ? &KERNELS : nullptr;
 }
 

@@ -98,24 +98,38 @@ std::size_t count_row_bytes(int width, int bits)
 }
 } // namespace
 
-std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
-                                        bool halve_height)
+GrowingCopy::GrowingCopy(const KIVPixmap& source, bool halve_width, bool halve_height)
+    : source(source)
 {
     const int width = halve_width ? half_of(source.inq_width()) : source.inq_width();
     const int height = halve_height ? half_of(source.inq_height()) : source.inq_height();
-    std::unique_ptr<KIVPixmap> out(new (std::nothrow)
-                                       KIVPixmap(width, height, source.inq_type(), nullptr, false));
-    if (!out || !out->inq_data())
-        return nullptr;
-    const auto maker = make_maker(source.inq_bits_per_sample(), source.inq_width(),
-                                  source.inq_height(), width, height);
+    copy.reset(new (std::nothrow) KIVPixmap(width, height, source.inq_type(), nullptr, false));
+    if (copy && copy->inq_is_empty())
+        copy.reset();
+    if (copy)
+        maker = make_maker(source.inq_bits_per_sample(), source.inq_width(), source.inq_height(),
+                           width, height);
+}
+
+int GrowingCopy::make_rows(int source_rows)
+{
     const unsigned char* rows[TAPS];
-    for (int y = 0; y < height; ++y) {
-        for (int k = 0; k < maker->inq_count(); ++k)
-            rows[k] = source.inq_row(maker->inq_first(y) + k);
-        maker->make_row(out->inq_row(y), rows, y);
+    const int count = maker->inq_count();
+    for (; made < copy->inq_height() && maker->inq_first(made) + count <= source_rows; ++made) {
+        for (int k = 0; k < count; ++k)
+            rows[k] = source.inq_row(maker->inq_first(made) + k);
+        maker->make_row(copy->inq_row(made), rows, made);
     }
-    return out;
+    return made;
+}
+
+std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
+                                        bool halve_height)
+{
+    GrowingCopy copy(source, halve_width, halve_height);
+    if (copy.inq_copy())
+        copy.make_rows(source.inq_height());
+    return copy.take_copy();
 }
 
 RowReducer::RowReducer(int source_width, int source_height, int bits)

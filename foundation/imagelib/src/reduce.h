@@ -6,13 +6,7 @@
 
 class KIVPixmap;
 
-/// A copy of a pixmap with alpha at half its width, its height or both, each pixel the mean of the
-/// area that it stands for; odd sizes are rounded down, and nothing goes below 1. Null without
-/// memory.
-std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
-                                        bool halve_height);
-
-/// Makes single rows of such a copy.
+/// Makes single rows of a copy that is half as large.
 class RowMaker {
 public:
     virtual ~RowMaker() = default;
@@ -32,6 +26,32 @@ protected:
 private:
     const int source_height;
     const int height;
+};
+
+/// A copy of a pixmap with alpha at half its width, its height or both, each pixel the mean of the
+/// area that it stands for; odd sizes are rounded down, and nothing goes below 1. Null without
+/// memory.
+std::unique_ptr<KIVPixmap> make_reduced(const KIVPixmap& source, bool halve_width,
+                                        bool halve_height);
+
+/// The same while the rows of the source come from its top.
+class GrowingCopy {
+public:
+    GrowingCopy(const KIVPixmap& source, bool halve_width, bool halve_height);
+
+    /// Makes the rows that the first `source_rows` rows are enough for, and gives how many there
+    /// are. There must be memory.
+    int make_rows(int source_rows);
+
+    /// Null without memory.
+    KIVPixmap* inq_copy() const { return copy.get(); }
+    std::unique_ptr<KIVPixmap> take_copy() { return std::move(copy); }
+
+private:
+    const KIVPixmap& source; // not owned
+    std::unique_ptr<KIVPixmap> copy;
+    std::unique_ptr<RowMaker> maker;
+    int made = 0;
 };
 
 /// The same for rows that come one by one, with both sides halved.

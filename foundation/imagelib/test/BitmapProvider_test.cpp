@@ -110,6 +110,34 @@ TEST(BitmapProvider, gives_one_id_to_a_file_and_reads_it_when_locked)
     provider.unlock(1000);
 }
 
+TEST(BitmapProvider, makes_the_same_copies_while_it_reads_as_afterwards)
+{
+    const TempFolder folder;
+    BitmapProvider_8 provider;
+    auto* writers = static_cast<const KIVPixmapWriterDescriptor*>(
+        ClassManager::inq_main()->find_cd_for("TiffWriter"));
+    for (const int variant : {0, 1})
+        for (const int width : {2048, 333}) { // several pieces of a strip, and odd sizes
+            const KIVString file =
+                folder.path((std::to_string(width) + std::to_string(variant) + ".tif").c_str());
+            const std::unique_ptr<KIVPixmapWriter> writer(writers->new_writer(variant));
+            ASSERT_TRUE(writer->write_pixmap(file, make_soft_patch(width, 147, PT_RGBA_8).get()));
+            MipMap whole(make_soft_patch(width, 147, PT_RGBA_8).release());
+            const int id = provider.new_image_id(file);
+            MipMap* mip = provider.lock(id);
+            for (int size = 1; size <= 147; size = 2 * size + 1) { // the smallest first
+                const KIVPixmap* copy = mip->inq_pixmap(size, size);
+                ASSERT_TRUE(copy);
+                EXPECT_EQ(inq_difference(*copy, *whole.inq_pixmap(size, size)), 0U);
+                KIVPixmap drawn(copy->inq_width(), copy->inq_height(), PT_RGBA_8, nullptr, false);
+                drawn.clear();
+                drawn.composite(copy, IntVector2(0, 0));
+                EXPECT_EQ(inq_difference(*copy, drawn), 0U);
+            }
+            provider.unlock(id);
+        }
+}
+
 TEST(BitmapProvider, reads_a_changed_file_anew_but_not_under_a_lock)
 {
     const TempFolder folder;

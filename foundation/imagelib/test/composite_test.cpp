@@ -365,6 +365,9 @@ template <class Sample> void compare_kernels()
             plain.average(c.data(), rows, count);
             fast->average(d.data(), rows, count);
             EXPECT_EQ(c, d) << "average " << count;
+            const auto* block = reinterpret_cast<const unsigned char*>(rows[0]);
+            EXPECT_EQ(plain.look_at_block(block, 4 * sizeof(Sample)),
+                      fast->look_at_block(block, 4 * sizeof(Sample)));
             plain.halve(c.data(), rows[0], rows[1], count);
             fast->halve(d.data(), rows[0], rows[1], count);
             EXPECT_EQ(c, d) << "halve " << count;
