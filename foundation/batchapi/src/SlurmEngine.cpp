@@ -1,6 +1,6 @@
 #include "batchapi/hdr/SlurmEngine.h"
 
-#include "batchapi/src/Command.h"
+#include "batchapi/hdr/Command.h"
 #include "batchapi/src/SlurmConfiguration.h"
 #include "batchapi/src/slurm_texts.h"
 #include "kivlib/hdr/FileHandle.h"

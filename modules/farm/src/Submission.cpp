@@ -2,7 +2,7 @@
 
 #include "batch/hdr/BatchSceneInfo.h"
 #include "batchapi/hdr/BatchManager.h"
-#include "batchapi/src/Command.h"
+#include "batchapi/hdr/Command.h"
 #include "kivlib/hdr/ModuleFolder.h"
 #include "kivlib/hdr/file_operations.h"
 #include "modules/farm/hdr/finger_prints.h"
