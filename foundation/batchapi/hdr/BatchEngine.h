@@ -19,7 +19,8 @@ enum class BatchState {
     UNKNOWN, // the service has no such task, or calls its state by a strange name
     WAITING,
     RUNNING,
-    ENDED // well or not: the service forgets such a task after a while
+    ENDING, // has ended or was told to: it may still write, and takes up nothing new
+    ENDED   // well or not: the service forgets such a task after a while
 };
 
 struct BatchTask {
@@ -27,8 +28,11 @@ struct BatchTask {
     BatchState state = BatchState::UNKNOWN;
     KIVString host; // where it runs or ran, if it is known
 
-    /// Also in a state of a strange name.
+    /// Whether anything of it may still run; also in a state of a strange name.
     bool is_alive() const { return state != BatchState::ENDED; }
+
+    /// Whether what it is for may still come of it.
+    bool is_on_its_way() const { return is_alive() && state != BatchState::ENDING; }
 };
 
 /// Whether any of them may still run.
@@ -42,11 +46,14 @@ public:
     /// After false the job may have been taken all the same, or a part of its tasks.
     virtual bool submit(const BatchJob& job, KIVString* error) = 0;
 
-    /// The tasks of that name by ascending index, each once; none if the service knows no such job.
-    /// False if the service did not answer.
-    virtual bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) = 0;
+    /// The tasks of that name by ascending index, of several of one index the one that has most
+    /// before it; none if the service knows no such job. False if the service did not answer.
+    /// `user` is whose job it is, by name or number; empty: this program's user.
+    virtual bool query(const KIVString& name, const KIVString& user, std::vector<BatchTask>* tasks,
+                       KIVString* error) = 0;
 
-    /// Tasks that wait never start, and those that run are ended. True as well if there were none.
+    /// For jobs of this program's user: tasks that wait never start, and those that run are ended.
+    /// True as well if there were none.
     virtual bool cancel(const KIVString& name, KIVString* error) = 0;
 
     /// The highest index that a task may have. False if the service did not answer.

@@ -19,7 +19,8 @@ public:
     explicit SlurmEngine(const Settings& settings) : settings(settings) {}
 
     bool submit(const BatchJob& job, KIVString* error) override;
-    bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) override;
+    bool query(const KIVString& name, const KIVString& user, std::vector<BatchTask>* tasks,
+               KIVString* error) override;
     bool cancel(const KIVString& name, KIVString* error) override;
     bool inq_highest_index(int* index, KIVString* error) override;
 

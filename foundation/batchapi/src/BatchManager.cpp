@@ -3,7 +3,7 @@
 namespace {
 /// No more than a name: commands of a service take lists, patterns and nothing at all for
 /// everything.
-bool is_job_name(const KIVString& name)
+bool is_plain_name(const KIVString& name)
 {
     return !name.is_null() && std::ranges::all_of(name.str(), [](char c) {
         return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || ('0' <= c && c <= '9') ||
@@ -29,23 +29,27 @@ KIVString find_fault(const BatchJob& job)
     return {};
 }
 
-/// Those that may still run.
-std::vector<BatchTask> find_alive(std::vector<BatchTask> tasks)
-{
-    std::erase_if(tasks, [](const BatchTask& task) { return !task.is_alive(); });
-    return tasks;
-}
-
-bool has_one_of(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
+bool has_on_its_way(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
 {
     return std::ranges::any_of(tasks, [&](const BatchTask& task) {
-        return std::ranges::binary_search(indices, task.index);
+        return task.is_on_its_way() && std::ranges::binary_search(indices, task.index);
     });
 }
 
 bool has_all(const std::vector<BatchTask>& tasks, const std::vector<int>& indices)
 {
     return std::ranges::includes(tasks, indices, {}, &BatchTask::index);
+}
+
+/// Without what is left of tasks that were there before: a job is sent when none of its own is on
+/// its way.
+std::vector<BatchTask> find_new(std::vector<BatchTask> tasks, const std::vector<BatchTask>& before)
+{
+    std::erase_if(tasks, [&](const BatchTask& task) {
+        return !task.is_on_its_way() &&
+               std::ranges::binary_search(before, task.index, {}, &BatchTask::index);
+    });
+    return tasks;
 }
 } // namespace
 
@@ -63,17 +67,17 @@ bool BatchManager::submit(const BatchJob& job, KIVString* error)
     std::vector<BatchTask> tasks;
     if (!query(job.name, &tasks, error))
         return false;
-    tasks = find_alive(std::move(tasks));
-    if (has_one_of(tasks, job.tasks)) {
+    if (has_on_its_way(tasks, job.tasks)) {
         *error = "The job " + job.name + " is in the queue already.";
         return false;
     }
-    return engine->submit(job, error) || is_taken_after_all(job, !tasks.empty(), error);
+    return engine->submit(job, error) || is_taken_after_all(job, tasks, error);
 }
 
 /// The service may have taken the job and the answer been lost. A job that it took in part goes,
 /// unless others that it took before would go with it.
-bool BatchManager::is_taken_after_all(const BatchJob& job, bool has_others, KIVString* error)
+bool BatchManager::is_taken_after_all(const BatchJob& job, const std::vector<BatchTask>& before,
+                                      KIVString* error)
 {
     std::vector<BatchTask> tasks;
     KIVString second_error;
@@ -81,22 +85,29 @@ bool BatchManager::is_taken_after_all(const BatchJob& job, bool has_others, KIVS
         *error += " The job " + job.name + " may have been taken all the same: " + second_error;
         return false;
     }
-    const std::vector<BatchTask> alive = find_alive(tasks);
-    if (has_others ? has_all(alive, job.tasks) : !alive.empty() && has_all(tasks, job.tasks))
+    tasks = find_new(std::move(tasks), before);
+    if (has_all(tasks, job.tasks))
         return true;
-    if (!has_one_of(alive, job.tasks))
+    if (!has_on_its_way(tasks, job.tasks))
         return false;
-    if (has_others)
+    if (is_alive(before))
         *error += " A part of the job " + job.name + " was taken.";
     else if (!cancel(job.name, &second_error))
         *error += " A part of the job " + job.name + " was taken: " + second_error;
     return false;
 }
 
-bool BatchManager::query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error)
+bool BatchManager::query(const KIVString& name, const KIVString& user,
+                         std::vector<BatchTask>* tasks, KIVString* error)
 {
     tasks->clear();
-    return can_ask(name, error) && engine->query(name, tasks, error);
+    if (!can_ask(name, error))
+        return false;
+    if (!user.is_null() && !is_plain_name(user)) {
+        *error = "\"" + user + "\" can not be the name of a user.";
+        return false;
+    }
+    return engine->query(name, user, tasks, error);
 }
 
 bool BatchManager::cancel(const KIVString& name, KIVString* error)
@@ -120,7 +131,7 @@ bool BatchManager::can_ask(const KIVString& name, KIVString* error) const
 {
     if (!can_ask(error))
         return false;
-    if (!is_job_name(name))
+    if (!is_plain_name(name))
         *error = "\"" + name + "\" can not be the name of a job.";
-    return is_job_name(name);
+    return is_plain_name(name);
 }

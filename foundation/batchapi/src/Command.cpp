@@ -1,4 +1,4 @@
-#include "batchapi/src/Command.h"
+#include "batchapi/hdr/Command.h"
 
 #include "kivlib/hdr/FileHandle.h"
 

@@ -3,13 +3,17 @@
 #include "kivlib/hdr/file_operations.h"
 
 #include <arpa/nameser.h>
+#include <chrono>
 #include <cstdlib>
 #include <netinet/in.h>
 #include <resolv.h>
 
 namespace {
-/// Whether the network tells hosts where the service is. One question, and a short wait.
-bool is_told_by_network(const KIVString& service)
+using Clock = std::chrono::steady_clock;
+
+/// Whether the network tells hosts where the service is, in one of the domains where the service's
+/// commands look for it. A server that is silent is waited for a short time.
+bool ask_network(const KIVString& service)
 {
     struct __res_state resolver {};
     if (service.is_null() || ::res_ninit(&resolver) != 0)
@@ -21,6 +25,22 @@ bool is_told_by_network(const KIVString& service)
         ::res_nsearch(&resolver, service.c_str(), ns_c_in, ns_t_srv, answer, sizeof answer);
     ::res_nclose(&resolver);
     return length > 0;
+}
+
+/// Asks once: each command comes by here. A no is doubted after a while, as the network may have
+/// been down.
+bool is_told_by_network(const KIVString& service)
+{
+    struct Answer {
+        bool is_yes = false;
+        Clock::time_point ask_again_at;
+    };
+    constexpr std::chrono::minutes LIFE_OF_A_NO(1);
+    static std::unordered_map<std::string, Answer> answers;
+    Answer& answer = answers[service.str()];
+    if (!answer.is_yes && Clock::now() >= answer.ask_again_at)
+        answer = {ask_network(service), Clock::now() + LIFE_OF_A_NO};
+    return answer.is_yes;
 }
 } // namespace
 

@@ -1,6 +1,6 @@
 #include "batchapi/hdr/SlurmEngine.h"
 
-#include "batchapi/src/Command.h"
+#include "batchapi/hdr/Command.h"
 #include "batchapi/src/SlurmConfiguration.h"
 #include "batchapi/src/slurm_texts.h"
 #include "kivlib/hdr/FileHandle.h"
@@ -95,10 +95,10 @@ KIVString find_fault(const CommandAnswer& answer, int deadline_ms)
     return answer.is_cut ? "the answer is too long" : KIVString();
 }
 
-/// No other user's job of the same name.
-KIVString own_jobs()
+/// One user's jobs alone; empty: those of this program's.
+KIVString jobs_of(const KIVString& user)
 {
-    return "--user=" + KIVString(std::to_string(::getuid()));
+    return "--user=" + (user.is_null() ? KIVString(std::to_string(::getuid())) : user);
 }
 } // namespace
 
@@ -144,12 +144,13 @@ bool SlurmEngine::send(const BatchJob& job, const KIVString& indices, const KIVS
     return false;
 }
 
-bool SlurmEngine::query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error)
+bool SlurmEngine::query(const KIVString& name, const KIVString& user, std::vector<BatchTask>* tasks,
+                        KIVString* error)
 {
     std::string output;
     tasks->clear();
     if (!call("squeue",
-              {own_jobs(), "--name=" + name, "--array", "--states=all", "--noheader",
+              {jobs_of(user), "--name=" + name, "--array", "--states=all", "--noheader",
                KIVString("--format=") + TASK_FORMAT},
               &output, error))
         return false;
@@ -164,11 +165,11 @@ bool SlurmEngine::query(const KIVString& name, std::vector<BatchTask>* tasks, KI
 bool SlurmEngine::cancel(const KIVString& name, KIVString* error)
 {
     std::string output;
-    if (call("scancel", {own_jobs(), "--name=" + name}, &output, error))
+    if (call("scancel", {jobs_of({}), "--name=" + name}, &output, error))
         return true;
     std::vector<BatchTask> tasks;
     KIVString second_error;
-    return query(name, &tasks, &second_error) && !is_alive(tasks);
+    return query(name, {}, &tasks, &second_error) && !is_alive(tasks);
 }
 
 bool SlurmEngine::inq_highest_index(int* index, KIVString* error)

@@ -1,6 +1,7 @@
 #include "batchapi/src/slurm_texts.h"
 
 #include <charconv>
+#include <tuple>
 
 namespace {
 constexpr std::size_t LONGEST_LIST = 4096;
@@ -39,13 +40,12 @@ struct StateName {
     BatchState state;
 };
 
-// A task that ends counts as running: it may still write.
 constexpr StateName STATES[] = {
     {"PENDING", BatchState::WAITING},      {"CONFIGURING", BatchState::WAITING},
     {"REQUEUED", BatchState::WAITING},     {"REQUEUE_FED", BatchState::WAITING},
     {"REQUEUE_HOLD", BatchState::WAITING}, {"RESV_DEL_HOLD", BatchState::WAITING},
     {"SPECIAL_EXIT", BatchState::WAITING}, {"RUNNING", BatchState::RUNNING},
-    {"COMPLETING", BatchState::RUNNING},   {"RESIZING", BatchState::RUNNING},
+    {"COMPLETING", BatchState::ENDING},    {"RESIZING", BatchState::RUNNING},
     {"SIGNALING", BatchState::RUNNING},    {"STAGE_OUT", BatchState::RUNNING},
     {"STOPPED", BatchState::RUNNING},      {"SUSPENDED", BatchState::RUNNING},
     {"BOOT_FAIL", BatchState::ENDED},      {"CANCELLED", BatchState::ENDED},
@@ -82,10 +82,10 @@ bool read_task(std::string_view line, std::vector<BatchTask>* tasks)
     return true;
 }
 
-/// By index, and those that may run first.
+/// By index, and the states in their order.
 bool comes_first(const BatchTask& a, const BatchTask& b)
 {
-    return a.index != b.index ? a.index < b.index : a.is_alive() && !b.is_alive();
+    return std::tie(a.index, a.state) < std::tie(b.index, b.state);
 }
 } // namespace
 

@@ -15,7 +15,7 @@ KIVString as_log_pattern(const KIVString& log);
 inline constexpr char TASK_FORMAT[] = "%K %T %N"; // index, state, host
 
 /// The tasks of an answer in TASK_FORMAT by ascending index: of several of one index the one that
-/// may still run. False if the answer is nothing of the sort.
+/// has most before it. False if the answer is nothing of the sort.
 bool read_tasks(std::string_view answer, std::vector<BatchTask>* tasks);
 
 /// The highest index, from the list of the service's settings. False if it is not in it.

@@ -169,10 +169,12 @@ TEST(SlurmEngine, lists_indices_by_runs_and_no_longer_than_is_taken)
 TEST(SlurmEngine, takes_an_answer_as_a_whole_or_not_at_all)
 {
     std::vector<BatchTask> tasks;
-    EXPECT_TRUE(read_tasks("N/A CANCELLED \n10 PENDING \n9 FAILED a\n9 COMPLETING b\n", &tasks));
+    EXPECT_TRUE(read_tasks("N/A CANCELLED \n10 COMPLETING a\n10 PENDING \n"
+                           "9 FAILED a\n9 COMPLETING b\n",
+                           &tasks));
     ASSERT_EQ(tasks.size(), 2u);
     EXPECT_EQ(tasks[0].index, 9);
-    EXPECT_EQ(tasks[0].state, BatchState::RUNNING);
+    EXPECT_EQ(tasks[0].state, BatchState::ENDING);
     EXPECT_EQ(tasks[0].host.str(), "b");
     EXPECT_EQ(tasks[1].state, BatchState::WAITING);
     EXPECT_TRUE(read_tasks("", &tasks));
@@ -182,9 +184,16 @@ TEST(SlurmEngine, takes_an_answer_as_a_whole_or_not_at_all)
         EXPECT_FALSE(read_tasks(garbage, &tasks)) << garbage;
 
     Cluster cluster;
+    cluster.command("squeue", "echo $1 >> users");
+    cluster.command("scancel", "echo $1 >> users");
+    SlurmEngine engine(cluster.settings);
+    EXPECT_TRUE(engine.query("render-1", "alice", &tasks, &cluster.error));
+    EXPECT_TRUE(engine.query("render-1", "", &tasks, &cluster.error));
+    EXPECT_TRUE(engine.cancel("render-1", &cluster.error));
+    const std::string own = "--user=" + std::to_string(::getuid()) + "\n";
+    EXPECT_EQ(cluster.read("users"), "--user=alice\n" + own + own);
     int index = 0;
     cluster.command("scontrol", "printf 'MaxArraySize            = 1001\\n'; echo x >> asked");
-    SlurmEngine engine(cluster.settings);
     for (int times = 0; times < 2; ++times)
         EXPECT_TRUE(engine.inq_highest_index(&index, &cluster.error));
     EXPECT_EQ(index, 1000);

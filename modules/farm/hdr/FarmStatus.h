@@ -18,7 +18,7 @@ struct JobStatus {
     FarmJob job;
     FrameSet done;
     FrameSet running; // a task for it runs
-    FrameSet waiting; // a task for it is in the queue
+    FrameSet waiting; // a task for it is in the queue, perhaps one that ends or comes back
     FrameSet failed;  // for good, until the next order
     FrameSet missing; // and nobody is at it
     std::vector<FailedChunk> failures;

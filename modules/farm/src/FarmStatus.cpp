@@ -27,24 +27,24 @@ std::vector<std::string> read_last_lines(const fs::path& file)
     return lines;
 }
 
-/// The chunks that the service has tasks for, and whether those run.
-std::map<int, bool> ask(BatchManager& manager, const FarmJob& job, std::string& error)
+/// The chunks that the service has tasks for that may still run.
+std::map<int, BatchState> ask(BatchManager& manager, const FarmJob& job, std::string& error)
 {
     std::vector<BatchTask> tasks;
     KIVString words;
     if (!manager.query(job.inq_name(), &tasks, &words))
         error = words.str();
-    std::map<int, bool> chunks;
+    std::map<int, BatchState> chunks;
     for (const BatchTask& task : tasks)
         if (task.is_alive())
-            chunks[task.index] = task.state == BatchState::RUNNING;
+            chunks[task.index] = task.state;
     return chunks;
 }
 
 /// Sorts the frames of a job by what has become of them.
 class JobLook {
 public:
-    JobLook(const JobFolder& folder, const FarmJob& job, const std::map<int, bool>& alive)
+    JobLook(const JobFolder& folder, const FarmJob& job, const std::map<int, BatchState>& alive)
         : folder(folder), alive(alive)
     {
         status.job = job;
@@ -70,16 +70,15 @@ private:
         if (!failures.empty() && !is_old)
             status.failures.push_back(
                 {chunk, failures.back(), read_last_lines(folder.inq_log(chunk))});
-        if (task != alive.end())
-            (task->second ? status.running : status.waiting).merge(undone);
-        else if (!failures.empty() && failures.back().is_final)
-            status.failed.merge(undone);
+        const bool has_failed = !failures.empty() && failures.back().is_final;
+        if (task != alive.end() && !(has_failed && task->second == BatchState::ENDING))
+            (task->second == BatchState::RUNNING ? status.running : status.waiting).merge(undone);
         else
-            status.missing.merge(undone);
+            (has_failed ? status.failed : status.missing).merge(undone);
     }
 
     const JobFolder& folder;
-    const std::map<int, bool>& alive; // whether the task of a chunk runs
+    const std::map<int, BatchState>& alive; // by chunks
     JobStatus status;
 };
 
@@ -115,7 +114,7 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
             continue;
         }
         // Asked before the files are looked at: a task that ends in between has done its frames.
-        const std::map<int, bool> alive = ask(manager, *job, status.service_error);
+        const std::map<int, BatchState> alive = ask(manager, *job, status.service_error);
         status.jobs.push_back(JobLook(folder, *job, alive).look());
         if (status.service_error.empty() && alive.empty() && status.jobs.back().is_complete())
             folder.remove_all_scratch();

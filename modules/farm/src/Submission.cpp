@@ -2,7 +2,7 @@
 
 #include "batch/hdr/BatchSceneInfo.h"
 #include "batchapi/hdr/BatchManager.h"
-#include "batchapi/src/Command.h"
+#include "batchapi/hdr/Command.h"
 #include "kivlib/hdr/ModuleFolder.h"
 #include "kivlib/hdr/file_operations.h"
 #include "modules/farm/hdr/finger_prints.h"
@@ -141,6 +141,8 @@ std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job, const Far
         chunks.clear();
         has_doubt = false;
         for (const auto& [chunk, state] : find_tasks(job)) {
+            if (state == BatchState::ENDING)
+                continue; // a new one would wait for its end
             const FrameSet known = job.inq_plan().cut(before.asked, chunk);
             const FrameSet wanted = job.inq_plan().cut(job.asked, chunk);
             chunks.insert(chunk);

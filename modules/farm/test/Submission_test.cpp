@@ -21,7 +21,8 @@ public:
             waiting[job.name.str()].push_back({index, BatchState::WAITING, {}});
         return true;
     }
-    bool query(const KIVString& name, std::vector<BatchTask>* tasks, KIVString* error) override
+    bool query(const KIVString& name, const KIVString&, std::vector<BatchTask>* tasks,
+               KIVString* error) override
     {
         if (looks_until_end > 0 && --looks_until_end == 0)
             waiting.clear();
@@ -137,7 +138,9 @@ TEST_F(SubmissionTest, tries_failed_chunks_again_and_tells_of_them)
     stage.set_renderer("[ $frame = 12 ] && [ -e $here/scene/bad ] && echo no ink && exit 213");
     stage.folder.write("scene/bad", "");
     submit(1, 24);
+    const std::string name = farm->waiting.begin()->first;
     run_all();
+    farm->waiting[name] = {{1, BatchState::ENDING, {}}};
     const FarmStatus status = look();
     EXPECT_EQ(inq_text(status.jobs[0].failed), "12-16");
     EXPECT_EQ(status.jobs[0].failures.at(0).last.result, 213);

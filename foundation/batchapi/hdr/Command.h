@@ -9,8 +9,8 @@
 struct Command {
     static constexpr std::size_t MOST_TEXT = std::size_t(1) << 20;
 
-    KIVString program;                  // a path
-    std::vector<KIVString> arguments;   // behind the program
+    KIVString program;                  // a path, absolute
+    std::vector<KIVString> arguments;   // behind the program; no shell reads them
     std::vector<KIVString> environment; // NAME=value
     int deadline_ms = 15000;            // then it is killed, with what it has started
     std::size_t most_text = MOST_TEXT;  // kept of its output, and of its errors
@@ -23,6 +23,7 @@ enum class CommandEnd {
     UNSEEN // the process waits for all its children elsewhere, or leaves them to the system
 };
 
+/// What became of a command.
 struct CommandAnswer {
     /// Where nobody saw the result, it counts as good if no words say otherwise.
     bool is_good() const
@@ -38,6 +39,9 @@ struct CommandAnswer {
     bool is_cut = false; // there was more
 };
 
+/// Comes back when the program has ended, or about a second after the deadline at the latest.
+/// What a program that ended in time has left running goes on. No other child of this process is
+/// waited for, and the settings of its signals stay.
 CommandAnswer run(const Command& command);
 
 /// A program by its name in `path`, folders with colons between; empty if none has it. Folders
