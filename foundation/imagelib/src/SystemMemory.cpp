@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 namespace {
 constexpr std::size_t HUGE_PAGE = std::size_t{2} << 20;
@@ -25,7 +26,7 @@ void* map_in_huge_pages(std::size_t bytes)
 {
     auto* const memory = static_cast<unsigned char*>(map(bytes + HUGE_PAGE));
     if (!memory)
-        return nullptr;
+        return map(bytes); // there is no room to align it
     const std::size_t beyond = reinterpret_cast<std::uintptr_t>(memory) % HUGE_PAGE;
     const std::size_t before = (HUGE_PAGE - beyond) % HUGE_PAGE;
     if (before > 0)
@@ -40,6 +41,13 @@ void* map_as_fits(std::size_t bytes)
 {
     constexpr std::size_t LEAST_IN_HUGE_PAGES = 2 * HUGE_PAGE;
     return bytes < LEAST_IN_HUGE_PAGES ? map(bytes) : map_in_huge_pages(bytes);
+}
+
+/// What is kept would be missing elsewhere: the heap can't ask for it.
+bool has_limited_addresses()
+{
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
 }
 } // namespace
 
@@ -84,7 +92,8 @@ void* SystemMemory::take_kept(std::size_t& bytes)
 void SystemMemory::give_back(void* block, std::size_t bytes)
 {
     constexpr std::size_t MOST_KEPT_BYTES = std::size_t{64} << 20;
-    if (bytes > MOST_KEPT_BYTES) {
+    static const bool keeps_none = has_limited_addresses();
+    if (bytes > MOST_KEPT_BYTES || keeps_none) {
         ::munmap(block, bytes);
         return;
     }
