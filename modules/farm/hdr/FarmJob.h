@@ -31,6 +31,9 @@ struct FarmJob {
     std::string inq_name() const { return "render-" + inq_key(); } // with the batch service
     ChunkPlan inq_plan() const { return ChunkPlan(chunk_size); }
 
+    /// Whether frames without some of their pictures are none.
+    bool is_strict() const;
+
     /// The name of its file, such as 0001.tif.
     std::string inq_file_name(int frame) const;
 

@@ -60,6 +60,11 @@ std::string FarmJob::inq_key() const
     return inq_text_print(texts);
 }
 
+bool FarmJob::is_strict() const
+{
+    return std::ranges::count(options, "--strict") > 0;
+}
+
 std::string FarmJob::inq_file_name(int frame) const
 {
     return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
@@ -67,9 +72,8 @@ std::string FarmJob::inq_file_name(int frame) const
 
 std::string FarmJob::find_changed_file() const
 {
-    const bool is_strict = std::ranges::count(options, "--strict") > 0;
     for (const auto& [file, print] : shown)
-        if (!(is_strict && print == NO_FILE_PRINT) && inq_file_print(file) != print)
+        if (!(is_strict() && print == NO_FILE_PRINT) && inq_file_print(file) != print)
             return file;
     return {};
 }
