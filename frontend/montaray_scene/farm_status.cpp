@@ -61,6 +61,7 @@ void print_json(const FarmStatus& status, const std::string& output)
               {"complete", status.is_complete()},
               {"in_work", status.is_in_work()},
               {"service_error", status.service_error},
+              {"unreadable", status.unreadable},
               {"old", inq_text(status.old)},
               {"jobs", Json::array()}};
     for (const JobStatus& job : status.jobs)
@@ -105,7 +106,7 @@ int inq_exit_status(const FarmStatus& status)
 {
     if (status.is_complete())
         return DONE;
-    if (!status.service_error.empty())
+    if (!status.service_error.empty() || !status.unreadable.empty())
         return FAILED;
     return status.is_in_work() ? FRAMES_COMING : FRAMES_MISSING;
 }
@@ -153,8 +154,11 @@ int show_farm_status(const std::string& output_folder, bool as_json, bool is_wat
     if (is_watch)
         watch(output);
     const FarmStatus status = FarmStatus::look(inq_service(), output);
-    if (status.jobs.empty())
+    if (status.jobs.empty() && status.unreadable.empty())
         return tell_no_job(output);
+    for (const std::string& name : status.unreadable)
+        std::cerr << "montaray-scene: " << in_one_line(name).str()
+                  << ": its file can't be read; submit it again\n";
     if (!status.service_error.empty())
         std::cerr << "montaray-scene: what runs is not known: "
                   << in_one_line(status.service_error).str() << '\n';

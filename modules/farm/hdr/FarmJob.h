@@ -9,6 +9,8 @@
 /// the frames will look like and where they lie; which ones are wanted may grow from one order
 /// to the next.
 struct FarmJob {
+    static constexpr char NAME_PREFIX[] = "render-";
+
     std::string renderer; // the program
     std::string renderer_print;
     std::string scene;
@@ -28,7 +30,7 @@ struct FarmJob {
     std::string ordered_at;
 
     std::string inq_key() const;
-    std::string inq_name() const { return "render-" + inq_key(); } // with the batch service
+    std::string inq_name() const { return NAME_PREFIX + inq_key(); } // with the batch service
     ChunkPlan inq_plan() const { return ChunkPlan(chunk_size); }
 
     /// Whether frames without some of their pictures are none.
@@ -41,7 +43,8 @@ struct FarmJob {
     /// lacks a file, so to it one that has come is none that has changed.
     std::string find_changed_file() const;
 
-    /// Whether a file has the same name in both.
+    /// Whether both are of one sequence or a file has the same name in both, if they are in the
+    /// same folder.
     bool makes_files_of(const FarmJob& other) const;
 
     std::string inq_text() const;

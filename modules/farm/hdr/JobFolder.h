@@ -45,14 +45,21 @@ public:
     /// That of the job; it need not be there.
     static JobFolder of(const FarmJob& job);
 
-    /// All those of an output folder, oldest order first.
+    /// All those of an output folder, oldest order first, and before them those whose job can't be
+    /// read. One that was copied or moved here is none: its job is that of another folder.
     static std::vector<JobFolder> list(const std::string& output);
 
     /// Makes the folders. Throws a `std::runtime_error`, as all that writes here does.
     void make() const;
 
-    /// None while there is none, or if it can't be read.
+    /// None while there is none, or if it can't be read, after some looks.
     std::optional<FarmJob> read_job() const;
+
+    /// Whether there is one, though it may be damaged.
+    bool has_job() const;
+
+    /// Of the job with the batch service, whether or not it can be read.
+    std::string inq_job_name() const;
     void write_job(const FarmJob& job) const;
 
     bool is_superseded() const;
@@ -70,6 +77,7 @@ public:
 
     std::vector<FailedTry> read_failures(int chunk) const;
     void add_failure(int chunk, const FailedTry& failed) const;
+    void forget_failures() const;
 
     /// A new folder for a try of this process.
     std::filesystem::path make_scratch(int number) const;

@@ -80,8 +80,9 @@ std::string FarmJob::find_changed_file() const
 
 bool FarmJob::makes_files_of(const FarmJob& other) const
 {
-    return output == other.output && extension == other.extension &&
-           std::ranges::any_of(asked, [&](int frame) { return other.asked.contains(frame); });
+    return extension == other.extension &&
+           (scene == other.scene ||
+            std::ranges::any_of(asked, [&](int frame) { return other.asked.contains(frame); }));
 }
 
 std::string FarmJob::inq_text() const

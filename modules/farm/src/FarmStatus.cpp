@@ -28,11 +28,11 @@ std::vector<std::string> read_last_lines(const fs::path& file)
 }
 
 /// The chunks that the service has tasks for, and whether those run.
-std::map<int, bool> ask(BatchManager& manager, const FarmJob& job, std::string& error)
+std::map<int, bool> ask(BatchManager& manager, const std::string& job, std::string& error)
 {
     std::vector<BatchTask> tasks;
     KIVString words;
-    if (!manager.query(job.inq_name(), &tasks, &words))
+    if (!manager.query(job, &tasks, &words))
         error = words.str();
     std::map<int, bool> chunks;
     for (const BatchTask& task : tasks)
@@ -108,14 +108,17 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
     std::vector<FarmJob> superseded;
     for (const JobFolder& folder : JobFolder::list(output)) {
         const std::optional<FarmJob> job = folder.read_job();
-        if (!job)
-            continue;
         if (folder.is_superseded()) {
-            superseded.push_back(*job);
+            if (job)
+                superseded.push_back(*job);
+            continue;
+        }
+        if (!job) {
+            status.unreadable.push_back(folder.inq_job_name());
             continue;
         }
         // Asked before the files are looked at: a task that ends in between has done its frames.
-        const std::map<int, bool> alive = ask(manager, *job, status.service_error);
+        const std::map<int, bool> alive = ask(manager, job->inq_name(), status.service_error);
         status.jobs.push_back(JobLook(folder, *job, alive).look());
         if (status.service_error.empty() && alive.empty() && status.jobs.back().is_complete())
             folder.remove_all_scratch();
@@ -126,7 +129,7 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
 
 bool FarmStatus::is_complete() const
 {
-    return old.empty() &&
+    return old.empty() && unreadable.empty() &&
            std::ranges::all_of(jobs, [](const JobStatus& status) { return status.is_complete(); });
 }
 
@@ -139,7 +142,7 @@ bool FarmStatus::is_in_work() const
 
 namespace {
 /// Waits a while for the tasks to end. False if there are some still, or nobody knows.
-bool wait_until_idle(BatchManager& manager, const FarmJob& job)
+bool wait_until_idle(BatchManager& manager, const std::string& job)
 {
     constexpr int MOST_LOOKS = 20;
     constexpr std::chrono::milliseconds PAUSE(500);
@@ -158,19 +161,17 @@ std::string cancel_jobs(BatchManager& manager, const std::string& output)
 {
     std::string said;
     for (const JobFolder& folder : JobFolder::list(output)) {
-        const std::optional<FarmJob> job = folder.read_job();
+        const std::string name = folder.inq_job_name();
         KIVString error;
-        if (!job)
-            continue;
-        if (!manager.cancel(job->inq_name(), &error))
+        if (!manager.cancel(name, &error))
             throw std::runtime_error(error.str());
-        const bool is_idle = wait_until_idle(manager, *job);
+        const bool is_idle = wait_until_idle(manager, name);
         if (is_idle)
             folder.remove_all_scratch();
         else
             folder.remove_dead_scratch();
-        said += job->inq_name() + (is_idle ? ": nothing of it is in the queue.\n"
-                                           : ": its tasks have not ended yet.\n");
+        said += name + (is_idle ? ": nothing of it is in the queue.\n"
+                                : ": its tasks have not ended yet.\n");
     }
     return said;
 }

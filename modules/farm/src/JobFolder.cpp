@@ -9,10 +9,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -84,15 +86,35 @@ JobFolder JobFolder::of(const FarmJob& job)
     return JobFolder(fs::path(job.output) / (PREFIX + job.inq_key()));
 }
 
+namespace {
+/// What is in a folder, as far as it can be read.
+std::vector<fs::path> list_entries(const fs::path& folder)
+{
+    std::vector<fs::path> entries;
+    std::error_code failure;
+    for (fs::directory_iterator i(folder, failure); !failure && i != fs::directory_iterator();
+         i.increment(failure))
+        entries.push_back(i->path());
+    return entries;
+}
+
+/// Links may give one folder several paths.
+bool is_of(const FarmJob& job, const fs::path& folder)
+{
+    std::error_code failure;
+    return fs::equivalent(JobFolder::of(job).inq_path(), folder, failure);
+}
+} // namespace
+
 std::vector<JobFolder> JobFolder::list(const std::string& output)
 {
     std::vector<std::pair<std::string, fs::path>> found;
-    std::error_code failure;
-    for (const fs::directory_entry& entry : fs::directory_iterator(output, failure)) {
-        if (!entry.path().filename().string().starts_with(PREFIX))
+    for (const fs::path& entry : list_entries(output)) {
+        if (!entry.filename().string().starts_with(PREFIX))
             continue;
-        if (const std::optional<FarmJob> job = JobFolder(entry.path()).read_job())
-            found.emplace_back(job->ordered_at, entry.path());
+        const std::optional<FarmJob> job = JobFolder(entry).read_job();
+        if (job ? is_of(*job, entry) : JobFolder(entry).has_job())
+            found.emplace_back(job ? job->ordered_at : "", entry);
     }
     std::ranges::sort(found);
     std::vector<JobFolder> folders;
@@ -110,9 +132,28 @@ void JobFolder::make() const
         throw_disc_error("can't make " + path.string());
 }
 
+// A server that has just replaced the file may have lost the old one under our hands.
 std::optional<FarmJob> JobFolder::read_job() const
 {
-    return FarmJob::parse(read_file(path / JOB_FILE));
+    constexpr int MOST_LOOKS = 4;
+    constexpr std::chrono::milliseconds PAUSE(100);
+    for (int look = 1;; ++look) {
+        const std::optional<FarmJob> job = FarmJob::parse(read_file(path / JOB_FILE));
+        if (job || look == MOST_LOOKS || !has_job())
+            return job;
+        std::this_thread::sleep_for(PAUSE);
+    }
+}
+
+bool JobFolder::has_job() const
+{
+    const bool is_there = FileHandle::open_to_read((path / JOB_FILE).c_str()).is_open();
+    return is_there || (errno != ENOENT && errno != ENOTDIR);
+}
+
+std::string JobFolder::inq_job_name() const
+{
+    return FarmJob::NAME_PREFIX + path.filename().string().substr(sizeof PREFIX - 1);
 }
 
 void JobFolder::write_job(const FarmJob& job) const
@@ -217,11 +258,10 @@ bool is_dead(const std::string& name)
 
 void remove_entries(const fs::path& parent, bool (*wanted)(const std::string&))
 {
-    std::error_code failure;
-    for (const fs::directory_entry& entry : fs::directory_iterator(parent, failure))
-        if (wanted(entry.path().filename().string())) {
+    for (const fs::path& entry : list_entries(parent))
+        if (wanted(entry.filename().string())) {
             std::error_code ignored;
-            fs::remove_all(entry.path(), ignored);
+            fs::remove_all(entry, ignored);
         }
 }
 } // namespace
@@ -229,6 +269,11 @@ void remove_entries(const fs::path& parent, bool (*wanted)(const std::string&))
 void JobFolder::forget_done() const
 {
     remove_entries(path / DONE, [](const std::string&) { return true; });
+}
+
+void JobFolder::forget_failures() const
+{
+    remove_entries(path / FAIL, [](const std::string&) { return true; });
 }
 
 void JobFolder::remove_dead_scratch() const

@@ -166,19 +166,24 @@ void Submission::choose_chunk_size(FarmJob& job, const FarmJob& before, const Re
     job.chunk_size = std::max(job.chunk_size, least);
 }
 
+// One that can't be read may make any files. One that was superseded before may have stayed in the
+// queue.
 std::string Submission::supersede_others(const FarmJob& job) const
 {
     std::string said;
     for (const JobFolder& folder : JobFolder::list(job.output)) {
         const std::optional<FarmJob> other = folder.read_job();
-        if (!other || other->inq_key() == job.inq_key() || !other->makes_files_of(job) ||
-            folder.is_superseded())
+        const std::string name = folder.inq_job_name();
+        if (name == job.inq_name() || (other && !other->makes_files_of(job)))
             continue;
-        folder.set_superseded(true);
+        const bool is_new = !folder.is_superseded();
+        if (is_new)
+            folder.set_superseded(true);
         KIVString error;
-        const bool is_cancelled = manager.cancel(other->inq_name(), &error);
-        said += "It takes the place of " + other->inq_name() +
-                (is_cancelled ? ".\n" : ", which may be running: " + error.str() + "\n");
+        const bool is_cancelled = manager.cancel(name, &error);
+        if (is_new || !is_cancelled)
+            said += "It takes the place of " + name +
+                    (is_cancelled ? ".\n" : ", which may be running: " + error.str() + "\n");
     }
     return said;
 }
@@ -206,6 +211,21 @@ std::string describe_missing_files(const FarmJob& job)
     return n == 0 ? ""
                   : std::to_string(n) + " of the files that the scene refers to are missing; " +
                         "list_refs --check names them.\n";
+}
+
+/// What is left of a job that can't be read any more says nothing about this one.
+std::string begin_anew(const JobFolder& folder, bool is_idle)
+{
+    const std::string name = folder.inq_job_name();
+    const bool is_damaged = folder.has_job();
+    if (is_damaged && !is_idle)
+        refuse("The file of the job " + name + " can't be read, and it is in the queue. " +
+               "Cancel it, and submit again.");
+    folder.forget_done();
+    folder.forget_failures();
+    return is_damaged ? "The file of the job " + name +
+                            " can't be read: what it was asked for is rendered anew.\n"
+                      : "";
 }
 
 /// Nobody knows which frames show a picture.
@@ -245,12 +265,14 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     FarmJob job = make_job(words, info);
     const JobFolder folder = JobFolder::of(job);
     folder.make();
-    const FarmJob before = folder.read_job().value_or(FarmJob());
+    const std::optional<FarmJob> found = folder.read_job();
+    const FarmJob before = found.value_or(FarmJob());
     const bool is_idle = find_tasks(job).empty();
+    std::string said = describe_missing_files(job);
+    said += found ? forget_changed(before, folder) : begin_anew(folder, is_idle);
     choose_chunk_size(job, before, words, is_idle);
     if (is_idle)
         folder.remove_all_scratch();
-    std::string said = describe_missing_files(job) + forget_changed(before, folder);
     job.asked = frames;
     job.asked.merge(FrameSet(before.asked));
     job.order = before.order + (folder.inq_done(job, frames) == frames ? 0 : 1);

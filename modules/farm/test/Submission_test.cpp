@@ -3,6 +3,7 @@
 #include "modules/farm/hdr/ChunkTask.h"
 #include "modules/farm/hdr/FarmStatus.h"
 #include "modules/farm/hdr/Submission.h"
+#include "modules/farm/hdr/durable_file.h"
 #include "modules/farm/test/FarmStage.h"
 
 #include <gtest/gtest.h>
@@ -60,9 +61,8 @@ protected:
         info.set_selected_range(first, last);
         info.set_key_range(30, 60);
         const std::string renderer = stage.folder.path("renderer").str();
-        const std::string output = stage.folder.path("frames").str();
         return Submission(manager, {renderer, "/task"})
-            .submit(RenderWords::read(options + " -o " + output, 1.0), info);
+            .submit(RenderWords::read(options + " -o " + output(), 1.0), info);
     }
 
     void run_all()
@@ -75,7 +75,8 @@ protected:
                     .run();
     }
 
-    FarmStatus look() { return FarmStatus::look(manager, stage.folder.path("frames").str()); }
+    std::string output() const { return stage.folder.path("frames").str(); }
+    FarmStatus look() { return FarmStatus::look(manager, output()); }
 
     JobStatus look_at_yuv()
     {
@@ -158,10 +159,10 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     submit(1, 8, "-tga"); // other files
     EXPECT_EQ(farm->waiting.size(), 2U);
     stage.folder.write("scene/Scene.contents", "saved anew");
-    EXPECT_NE(submit(1, 8).find("takes the place of render-"), std::string::npos);
-    EXPECT_EQ(farm->sent, Tasks{0});
+    EXPECT_NE(submit(17, 24).find("takes the place of render-"), std::string::npos);
+    EXPECT_EQ(farm->sent, Tasks{2});
     EXPECT_EQ(farm->waiting.size(), 2U); // without the first
-    cancel_jobs(manager, stage.folder.path("frames").str());
+    cancel_jobs(manager, output());
     EXPECT_TRUE(farm->waiting.empty());
     submit(1, 8);
     run_all();
@@ -180,6 +181,36 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     stage.folder.write("drawing", "repainted once more");
     run_all();
     EXPECT_EQ(inq_text(look_at_yuv().failed), "1-8");
+}
+
+TEST_F(SubmissionTest, begins_a_job_anew_that_can_not_be_read)
+{
+    submit(1, 16);
+    run_all();
+    submit(17, 24);
+    const JobFolder folder = JobFolder::list(output()).at(0);
+    write_durably(folder.inq_path() / "job.json", "{\"format\":1}");
+    EXPECT_EQ(look().unreadable.size(), 1U);
+    EXPECT_FALSE(look().is_complete());
+    EXPECT_THROW(submit(1, 16), std::runtime_error) << "its tasks may know other chunks";
+    cancel_jobs(manager, output());
+    EXPECT_TRUE(farm->waiting.empty());
+    stage.folder.write("drawing", "repainted");
+    submit(1, 16);
+    EXPECT_EQ(farm->sent, (Tasks{0, 1}));
+}
+
+TEST_F(SubmissionTest, knows_job_folders_by_their_place)
+{
+    submit(1, 8);
+    const std::string link = stage.folder.path("link").str();
+    std::filesystem::create_directory_symlink(output(), link);
+    EXPECT_EQ(JobFolder::list(link).size(), 1U);
+    const std::string copy = stage.folder.path("copy").str();
+    std::filesystem::copy(output(), copy, std::filesystem::copy_options::recursive);
+    EXPECT_TRUE(JobFolder::list(copy).empty());
+    EXPECT_EQ(cancel_jobs(manager, copy), "");
+    EXPECT_EQ(farm->waiting.size(), 1U);
 }
 
 TEST_F(SubmissionTest, keeps_chunks_while_tasks_know_them_by_number)
