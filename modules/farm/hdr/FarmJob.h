@@ -16,6 +16,7 @@ struct FarmJob {
     std::string scene;
     std::string scene_print;
     std::map<std::string, std::string> shown; // files that the scene refers to, with their prints
+    int pictures = 0;                         // counts the orders that found one of them changed
     std::string output;                       // the folder of the frames
     std::vector<std::string> options;
 
@@ -26,7 +27,7 @@ struct FarmJob {
 
     FrameSet asked; // by all orders
     int chunk_size = 0;
-    int order = 0; // counts the orders that sent tasks
+    int order = 0; // counts the orders that found frames undone
     std::string ordered_at;
 
     std::string inq_key() const;
@@ -39,9 +40,9 @@ struct FarmJob {
     /// The name of its file, such as 0001.tif.
     std::string inq_file_name(int frame) const;
 
-    /// A shown file that is not as it was; empty if all are. A strict render has done no frame that
-    /// lacks a file, so to it one that has come is none that has changed.
-    std::string find_changed_file() const;
+    /// A shown file that is not as it was; empty if all are. One that has come may pass: no frame
+    /// of a strict job shows it until it is ordered again.
+    std::string find_changed_file(bool may_have_come) const;
 
     /// Whether both are of one sequence or a file has the same name in both, if they are in the
     /// same folder.

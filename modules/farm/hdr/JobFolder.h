@@ -65,15 +65,15 @@ public:
     bool is_superseded() const;
     void set_superseded(bool superseded) const;
 
-    /// Whether the frame's file is there as the task left it.
+    /// Whether the frame's file is there as a task left it that knew the pictures of the job.
     bool is_done(const FarmJob& job, int frame) const;
     FrameSet inq_done(const FarmJob& job, const FrameSet& frames) const;
 
     /// All frames count as not done.
     void forget_done() const;
 
-    /// The frame's file lies in its place.
-    void mark_done(int frame, const FrameFacts& facts) const;
+    /// The frame's file lies in its place. The job is the one that the task began with.
+    void mark_done(const FarmJob& job, int frame, const FrameFacts& facts) const;
 
     std::vector<FailedTry> read_failures(int chunk) const;
     void add_failure(int chunk, const FailedTry& failed) const;

@@ -162,7 +162,7 @@ std::optional<ChunkTask::Try> find_change(const FarmJob& job)
     try {
         if (inq_scene_print(job.scene) != job.scene_print)
             return {{ChunkTask::SCENE_CHANGED, "the scene is not the one that was submitted"}};
-        if (const std::string file = job.find_changed_file(); !file.empty())
+        if (const std::string file = job.find_changed_file(false); !file.empty())
             return {{ChunkTask::SCENE_CHANGED, file + " is not the file that was submitted"}};
         if (inq_program_print(job.renderer) != job.renderer_print)
             return {{ChunkTask::RENDERER_DIFFERS, "this host has another renderer"}};
@@ -258,5 +258,5 @@ void ChunkTask::publish(const fs::path& scratch, const FarmJob& job, const Frame
     if (!moved.empty() && !sync_folder(job.output))
         throw_disc_error("can't write to " + job.output);
     for (const auto& [frame, facts] : moved)
-        folder.mark_done(frame, facts);
+        folder.mark_done(job, frame, facts);
 }

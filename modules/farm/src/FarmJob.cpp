@@ -38,6 +38,7 @@ FarmJob to_job(const Json& json)
     job.scene = json.at("scene");
     job.scene_print = json.at("scene_print");
     job.shown = json.at("shown").get<std::map<std::string, std::string>>();
+    job.pictures = json.at("pictures");
     job.output = json.at("output");
     job.options = json.at("options").get<std::vector<std::string>>();
     job.scene_length = json.at("scene_length");
@@ -70,10 +71,10 @@ std::string FarmJob::inq_file_name(int frame) const
     return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
 }
 
-std::string FarmJob::find_changed_file() const
+std::string FarmJob::find_changed_file(bool may_have_come) const
 {
     for (const auto& [file, print] : shown)
-        if (!(is_strict() && print == NO_FILE_PRINT) && inq_file_print(file) != print)
+        if (!(may_have_come && print == NO_FILE_PRINT) && inq_file_print(file) != print)
             return file;
     return {};
 }
@@ -88,14 +89,23 @@ bool FarmJob::makes_files_of(const FarmJob& other) const
 std::string FarmJob::inq_text() const
 {
     constexpr int INDENT = 2;
-    const Json json{{"format", FORMAT},         {"key", inq_key()},
-                    {"renderer", renderer},     {"renderer_print", renderer_print},
-                    {"scene", scene},           {"scene_print", scene_print},
-                    {"shown", shown},           {"output", output},
-                    {"options", options},       {"scene_length", scene_length},
-                    {"extension", extension},   {"width", width},
-                    {"height", height},         {"asked", to_json(asked)},
-                    {"chunk_size", chunk_size}, {"order", order},
+    const Json json{{"format", FORMAT},
+                    {"key", inq_key()},
+                    {"renderer", renderer},
+                    {"renderer_print", renderer_print},
+                    {"scene", scene},
+                    {"scene_print", scene_print},
+                    {"shown", shown},
+                    {"pictures", pictures},
+                    {"output", output},
+                    {"options", options},
+                    {"scene_length", scene_length},
+                    {"extension", extension},
+                    {"width", width},
+                    {"height", height},
+                    {"asked", to_json(asked)},
+                    {"chunk_size", chunk_size},
+                    {"order", order},
                     {"ordered_at", ordered_at}};
     return json.dump(INDENT) + "\n";
 }

@@ -192,7 +192,8 @@ bool JobFolder::is_done(const FarmJob& job, int frame) const
     const std::optional<FrameFacts> facts = read_json<FrameFacts>([&] {
         return FrameFacts{marker.at("size"), marker.at("time"), marker.at("sum")};
     });
-    return facts && facts->are_of(fs::path(job.output) / job.inq_file_name(frame));
+    return facts && marker.contains("pictures") && marker["pictures"] == job.pictures &&
+           facts->are_of(fs::path(job.output) / job.inq_file_name(frame));
 }
 
 FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
@@ -204,10 +205,13 @@ FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
     return done;
 }
 
-void JobFolder::mark_done(int frame, const FrameFacts& facts) const
+void JobFolder::mark_done(const FarmJob& job, int frame, const FrameFacts& facts) const
 {
-    const Json marker{
-        {"size", facts.size}, {"time", facts.time}, {"sum", facts.sum}, {"host", inq_host_name()}};
+    const Json marker{{"size", facts.size},
+                      {"time", facts.time},
+                      {"sum", facts.sum},
+                      {"pictures", job.pictures},
+                      {"host", inq_host_name()}};
     write_durably(inq_marker(frame), inq_line(marker) + "\n");
 }
 

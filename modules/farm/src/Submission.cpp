@@ -97,12 +97,14 @@ FarmJob Submission::make_job(const RenderWords& words, const BatchSceneInfo& inf
     job.renderer = programs.renderer;
     job.renderer_print = inq_program_print(programs.renderer);
     job.scene = inq_absolute_path(info.inq_scene_path()).str();
+    job.scene_print = inq_scene_print(job.scene);
     job.shown = list_shown(programs.renderer, job.scene);
     if (!words.profile.empty())
         job.shown.emplace(words.profile, "");
     for (auto& [file, print] : job.shown)
         print = inq_file_print(file);
-    job.scene_print = inq_scene_print(job.scene);
+    if (inq_scene_print(job.scene) != job.scene_print)
+        refuse("The scene was saved meanwhile. Submit again.");
     job.output = words.output;
     job.options = words.options;
     job.extension = words.extension;
@@ -229,11 +231,13 @@ std::string begin_anew(const JobFolder& folder, bool is_idle)
 }
 
 /// Nobody knows which frames show a picture.
-std::string forget_changed(const FarmJob& before, const JobFolder& folder)
+std::string forget_changed(FarmJob& job, const FarmJob& before, const JobFolder& folder)
 {
-    const std::string changed = before.find_changed_file();
+    job.pictures = before.pictures;
+    const std::string changed = before.find_changed_file(before.is_strict());
     if (changed.empty())
         return "";
+    ++job.pictures;
     folder.forget_done();
     return changed + " has changed: all frames are rendered anew.\n";
 }
@@ -269,7 +273,7 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     const FarmJob before = found.value_or(FarmJob());
     const bool is_idle = find_tasks(job).empty();
     std::string said = describe_missing_files(job);
-    said += found ? forget_changed(before, folder) : begin_anew(folder, is_idle);
+    said += found ? forget_changed(job, before, folder) : begin_anew(folder, is_idle);
     choose_chunk_size(job, before, words, is_idle);
     if (is_idle)
         folder.remove_all_scratch();

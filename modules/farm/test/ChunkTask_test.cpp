@@ -135,6 +135,11 @@ TEST_F(ChunkTaskTest, never_mixes_two_versions)
     EXPECT_EQ(run(2), ChunkTask::SCENE_CHANGED);
     EXPECT_EQ(stage.count_runs(), 1);
 
+    start_order("--strict");
+    job.shown = {{stage.folder.path("scene/Scene.contents").str(), NO_FILE_PRINT}};
+    folder().write_job(job);
+    EXPECT_EQ(run(1), ChunkTask::SCENE_CHANGED) << "a picture has come";
+
     start_order();
     stage.set_renderer("");
     EXPECT_EQ(run(1), ChunkTask::RENDERER_DIFFERS);
