@@ -146,11 +146,9 @@ int tell_no_job(const std::string& output)
     std::cerr << in_one_line(output).str() << ": there is no render job\n";
     return FAILED;
 }
-} // namespace
 
-int show_farm_status(const std::string& output_folder, bool as_json, bool is_watch)
+int show(const std::string& output, bool as_json, bool is_watch)
 {
-    const std::string output = inq_absolute_path(output_folder).str();
     if (is_watch)
         watch(output);
     const FarmStatus status = FarmStatus::look(inq_service(), output);
@@ -169,17 +167,32 @@ int show_farm_status(const std::string& output_folder, bool as_json, bool is_wat
     return inq_exit_status(status);
 }
 
-int cancel_farm_jobs(const std::string& output_folder)
+int cancel(const std::string& output)
 {
-    const std::string output = inq_absolute_path(output_folder).str();
+    const std::string said = cancel_jobs(inq_service(), output);
+    std::cout << said;
+    return said.empty() ? tell_no_job(output) : DONE;
+}
+
+/// Tells what goes wrong.
+template <class Verb> int run(const std::string& output_folder, Verb verb)
+{
     try {
-        const std::string said = cancel_jobs(inq_service(), output);
-        if (said.empty())
-            return tell_no_job(output);
-        std::cout << said;
-        return DONE;
+        return verb(inq_absolute_path(output_folder).str());
     } catch (const std::exception& exception) {
         std::cerr << "montaray-scene: " << in_one_line(exception.what()).str() << '\n';
         return FAILED;
     }
+}
+} // namespace
+
+int show_farm_status(const std::string& output_folder, bool as_json, bool is_watch)
+{
+    return run(output_folder,
+               [=](const std::string& output) { return show(output, as_json, is_watch); });
+}
+
+int cancel_farm_jobs(const std::string& output_folder)
+{
+    return run(output_folder, cancel);
 }

@@ -10,6 +10,7 @@
 /// to the next.
 struct FarmJob {
     static constexpr char NAME_PREFIX[] = "render-";
+    static constexpr int MOST_FRAMES = 1'000'000; // of the scene
 
     std::string renderer; // the program
     std::string renderer_print;
@@ -29,6 +30,7 @@ struct FarmJob {
     int chunk_size = 0;
     int order = 0; // counts the orders that found frames undone
     std::string ordered_at;
+    std::string user; // who made the order, and whose tasks there are
 
     std::string inq_key() const;
     std::string inq_name() const { return NAME_PREFIX + inq_key(); } // with the batch service

@@ -19,12 +19,22 @@ Json to_json(const FrameSet& frames)
     return runs;
 }
 
-FrameSet to_frames(const Json& runs)
+/// None if a run is not in the scene.
+FrameSet to_frames(const Json& runs, int scene_length)
 {
     FrameSet frames;
-    for (const Json& run : runs)
-        frames.merge(inq_frames({run.at(0), run.at(1)}));
+    for (const Json& run : runs) {
+        const FrameRun found{run.at(0), run.at(1)};
+        if (found.first < 1 || found.last < found.first || found.last > scene_length)
+            return {};
+        frames.merge(inq_frames(found));
+    }
     return frames;
+}
+
+bool is_in_bounds(const FarmJob& job)
+{
+    return !job.asked.empty() && 0 < job.chunk_size && job.chunk_size <= FarmJob::MOST_FRAMES;
 }
 
 /// Without a chunk size if it is of another release, or was changed by hand.
@@ -45,9 +55,11 @@ FarmJob to_job(const Json& json)
     job.extension = json.at("extension");
     job.width = json.at("width");
     job.height = json.at("height");
-    job.asked = to_frames(json.at("asked"));
+    if (job.scene_length <= FarmJob::MOST_FRAMES)
+        job.asked = to_frames(json.at("asked"), job.scene_length);
     job.order = json.at("order");
     job.ordered_at = json.at("ordered_at");
+    job.user = json.at("user");
     if (json.at("key") == job.inq_key())
         job.chunk_size = json.at("chunk_size");
     return job;
@@ -106,7 +118,8 @@ std::string FarmJob::inq_text() const
                     {"asked", to_json(asked)},
                     {"chunk_size", chunk_size},
                     {"order", order},
-                    {"ordered_at", ordered_at}};
+                    {"ordered_at", ordered_at},
+                    {"user", user}};
     return json.dump(INDENT) + "\n";
 }
 
@@ -114,7 +127,7 @@ std::optional<FarmJob> FarmJob::parse(const std::string& text)
 {
     const Json json = parse_json(text);
     std::optional<FarmJob> job = read_json<FarmJob>([&] { return to_job(json); });
-    return job && job->chunk_size > 0 ? job : std::nullopt;
+    return job && is_in_bounds(*job) ? job : std::nullopt;
 }
 
 std::string inq_time_text()

@@ -41,6 +41,16 @@ std::map<int, bool> ask(BatchManager& manager, const std::string& job, std::stri
     return chunks;
 }
 
+/// Of the latest order. A host that was cut off may tell later of an earlier one.
+std::optional<FailedTry> find_last_failure(const JobFolder& folder, int chunk)
+{
+    std::optional<FailedTry> last;
+    for (const FailedTry& failed : folder.read_failures(chunk))
+        if (!last || failed.order >= last->order)
+            last = failed;
+    return last;
+}
+
 /// Sorts the frames of a job by what has become of them.
 class JobLook {
 public:
@@ -63,16 +73,14 @@ public:
 private:
     void look_at(int chunk, FrameSet undone)
     {
-        const std::vector<FailedTry> failures = folder.read_failures(chunk);
+        const std::optional<FailedTry> failure = find_last_failure(folder, chunk);
         const auto task = alive.find(chunk);
-        const bool is_old =
-            task != alive.end() && !failures.empty() && failures.back().order != status.job.order;
-        if (!failures.empty() && !is_old)
-            status.failures.push_back(
-                {chunk, failures.back(), read_last_lines(folder.inq_log(chunk))});
+        const bool is_old = task != alive.end() && failure && failure->order != status.job.order;
+        if (failure && !is_old)
+            status.failures.push_back({chunk, *failure, read_last_lines(folder.inq_log(chunk))});
         if (task != alive.end())
             (task->second ? status.running : status.waiting).merge(undone);
-        else if (!failures.empty() && failures.back().is_final)
+        else if (failure && failure->is_final)
             status.failed.merge(undone);
         else
             status.missing.merge(undone);
@@ -120,7 +128,8 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
         // Asked before the files are looked at: a task that ends in between has done its frames.
         const std::map<int, bool> alive = ask(manager, job->inq_name(), status.service_error);
         status.jobs.push_back(JobLook(folder, *job, alive).look());
-        if (status.service_error.empty() && alive.empty() && status.jobs.back().is_complete())
+        if (status.service_error.empty() && alive.empty() && job->user == inq_user_name() &&
+            status.jobs.back().is_complete())
             folder.remove_all_scratch();
     }
     status.old = find_old(superseded, status.jobs);
@@ -157,11 +166,27 @@ bool wait_until_idle(BatchManager& manager, const std::string& job)
 }
 } // namespace
 
+namespace {
+/// Whose job that is to come is in the folder; empty if it is this user's, or nobody knows.
+std::string find_other_user(const JobFolder& folder)
+{
+    const std::optional<FarmJob> job = folder.read_job();
+    const bool is_to_come =
+        job && !folder.is_superseded() && folder.inq_done(*job, job->asked) != job->asked;
+    return is_to_come && job->user != inq_user_name() ? job->user : "";
+}
+} // namespace
+
 std::string cancel_jobs(BatchManager& manager, const std::string& output)
 {
     std::string said;
+    std::string refused;
     for (const JobFolder& folder : JobFolder::list(output)) {
         const std::string name = folder.inq_job_name();
+        if (const std::string other = find_other_user(folder); !other.empty()) {
+            refused += name + " is a job of " + other + ", who alone can cancel it. ";
+            continue;
+        }
         KIVString error;
         if (!manager.cancel(name, &error))
             throw std::runtime_error(error.str());
@@ -173,6 +198,8 @@ std::string cancel_jobs(BatchManager& manager, const std::string& output)
         said += name + (is_idle ? ": nothing of it is in the queue.\n"
                                 : ": its tasks have not ended yet.\n");
     }
+    if (!refused.empty())
+        throw std::runtime_error(said + refused);
     return said;
 }
 

@@ -34,11 +34,14 @@ struct SizeAndTime {
     std::string time;
 };
 
-/// None if there is no such regular file.
+/// None if there is no such regular file. It is opened, since a host may remember older facts of a
+/// file on a shared disc that it does not open.
 std::optional<SizeAndTime> inq_size_and_time(const fs::path& file)
 {
+    const FileHandle handle = FileHandle::open_to_read(file.c_str());
     struct stat facts {};
-    if (::stat(file.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode))
+    if (!handle.is_open() || ::fstat(handle.inq_descriptor(), &facts) != 0 ||
+        !S_ISREG(facts.st_mode))
         return std::nullopt;
     return SizeAndTime{facts.st_size, std::to_string(facts.st_mtim.tv_sec) + "." +
                                           std::to_string(facts.st_mtim.tv_nsec)};
@@ -163,17 +166,16 @@ void JobFolder::write_job(const FarmJob& job) const
 
 bool JobFolder::is_superseded() const
 {
-    std::error_code failure;
-    return fs::exists(path / SUPERSEDED, failure);
+    return FileHandle::open_to_read((path / SUPERSEDED).c_str()).is_open();
 }
 
 void JobFolder::set_superseded(bool superseded) const
 {
-    std::error_code failure;
     if (superseded)
         write_durably(path / SUPERSEDED, "");
-    else
-        fs::remove(path / SUPERSEDED, failure);
+    else if (is_superseded() &&
+             (::unlink((path / SUPERSEDED).c_str()) != 0 || !sync_folder(path.string())))
+        throw_disc_error("can't change " + path.string());
 }
 
 fs::path JobFolder::inq_marker(int frame) const

@@ -27,6 +27,7 @@ protected:
         if (!strict.empty())
             job.options.push_back(strict);
         job.chunk_size = 4;
+        job.scene_length = 12;
         job.asked = inq_frames({3, 12});
         update_prints();
     }

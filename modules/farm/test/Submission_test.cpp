@@ -18,6 +18,8 @@ public:
     bool submit(const BatchJob& job, KIVString*) override
     {
         sent = job.tasks;
+        if (!answers_orders)
+            return false;
         for (const int index : job.tasks)
             waiting[job.name.str()].push_back({index, BatchState::WAITING, {}});
         return true;
@@ -43,6 +45,7 @@ public:
     }
 
     bool answers = true;
+    bool answers_orders = true;
     int looks_until_end = 0; // of all tasks; 0: they stay
     int highest_index = 1000;
     Tasks sent; // by the last job
@@ -63,6 +66,15 @@ protected:
         const std::string renderer = stage.folder.path("renderer").str();
         return Submission(manager, {renderer, "/task"})
             .submit(RenderWords::read(options + " -o " + output(), 1.0), info);
+    }
+
+    std::string refusal_of(int first, int last)
+    {
+        try {
+            return "taken: " + submit(first, last);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
     }
 
     void run_all()
@@ -125,12 +137,13 @@ TEST_F(SubmissionTest, does_not_count_on_tasks_that_are_about_to_end)
     submit(1, 20);
     auto ending = farm->waiting;
     run_all();
+    std::filesystem::remove(output() + "/0003.yuv");
     for (BatchTask& task : ending.begin()->second)
         task.state = BatchState::RUNNING;
     farm->waiting = ending;
     farm->looks_until_end = 3;
     submit(1, 24);
-    EXPECT_EQ(farm->sent, Tasks{2});
+    EXPECT_EQ(farm->sent, (Tasks{0, 2}));
 }
 
 TEST_F(SubmissionTest, tries_failed_chunks_again_and_tells_of_them)
@@ -159,7 +172,10 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     submit(1, 8, "-tga"); // other files
     EXPECT_EQ(farm->waiting.size(), 2U);
     stage.folder.write("scene/Scene.contents", "saved anew");
-    EXPECT_NE(submit(17, 24).find("takes the place of render-"), std::string::npos);
+    farm->answers_orders = false;
+    EXPECT_NE(refusal_of(17, 24).find("takes the place of render-"), std::string::npos);
+    farm->answers_orders = true;
+    submit(17, 24);
     EXPECT_EQ(farm->sent, Tasks{2});
     EXPECT_EQ(farm->waiting.size(), 2U); // without the first
     cancel_jobs(manager, output());
@@ -202,7 +218,7 @@ TEST_F(SubmissionTest, begins_a_job_anew_that_can_not_be_read)
     EXPECT_EQ(farm->sent, (Tasks{0, 1}));
 }
 
-TEST_F(SubmissionTest, knows_job_folders_by_their_place)
+TEST_F(SubmissionTest, knows_whose_job_is_in_which_folder)
 {
     submit(1, 8);
     const std::string link = stage.folder.path("link").str();
@@ -212,6 +228,15 @@ TEST_F(SubmissionTest, knows_job_folders_by_their_place)
     std::filesystem::copy(output(), copy, std::filesystem::copy_options::recursive);
     EXPECT_TRUE(JobFolder::list(copy).empty());
     EXPECT_EQ(cancel_jobs(manager, copy), "");
+
+    FarmJob job = look_at_yuv().job;
+    job.user = "somebody";
+    JobFolder::of(job).write_job(job);
+    EXPECT_THROW(cancel_jobs(manager, output()), std::runtime_error);
+    EXPECT_NE(refusal_of(1, 16).find("one of somebody"), std::string::npos);
+    job.asked.insert({41, 2'000'000'000});
+    JobFolder::of(job).write_job(job);
+    EXPECT_EQ(look().unreadable.size(), 1U);
     EXPECT_EQ(farm->waiting.size(), 1U);
 }
 
