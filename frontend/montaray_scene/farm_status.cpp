@@ -61,6 +61,7 @@ void print_json(const FarmStatus& status, const std::string& output)
               {"complete", status.is_complete()},
               {"in_work", status.is_in_work()},
               {"service_error", status.service_error},
+              {"unreadable", status.unreadable},
               {"old", inq_text(status.old)},
               {"jobs", Json::array()}};
     for (const JobStatus& job : status.jobs)
@@ -105,7 +106,7 @@ int inq_exit_status(const FarmStatus& status)
 {
     if (status.is_complete())
         return DONE;
-    if (!status.service_error.empty())
+    if (!status.service_error.empty() || !status.unreadable.empty())
         return FAILED;
     return status.is_in_work() ? FRAMES_COMING : FRAMES_MISSING;
 }
@@ -145,16 +146,17 @@ int tell_no_job(const std::string& output)
     std::cerr << in_one_line(output).str() << ": there is no render job\n";
     return FAILED;
 }
-} // namespace
 
-int show_farm_status(const std::string& output_folder, bool as_json, bool is_watch)
+int show(const std::string& output, bool as_json, bool is_watch)
 {
-    const std::string output = inq_absolute_path(output_folder).str();
     if (is_watch)
         watch(output);
     const FarmStatus status = FarmStatus::look(inq_service(), output);
-    if (status.jobs.empty())
+    if (status.jobs.empty() && status.unreadable.empty())
         return tell_no_job(output);
+    for (const std::string& name : status.unreadable)
+        std::cerr << "montaray-scene: " << in_one_line(name).str()
+                  << ": its file can't be read; submit it again\n";
     if (!status.service_error.empty())
         std::cerr << "montaray-scene: what runs is not known: "
                   << in_one_line(status.service_error).str() << '\n';
@@ -165,17 +167,32 @@ int show_farm_status(const std::string& output_folder, bool as_json, bool is_wat
     return inq_exit_status(status);
 }
 
-int cancel_farm_jobs(const std::string& output_folder)
+int cancel(const std::string& output)
 {
-    const std::string output = inq_absolute_path(output_folder).str();
+    const std::string said = cancel_jobs(inq_service(), output);
+    std::cout << said;
+    return said.empty() ? tell_no_job(output) : DONE;
+}
+
+/// Tells what goes wrong.
+template <class Verb> int run(const std::string& output_folder, Verb verb)
+{
     try {
-        const std::string said = cancel_jobs(inq_service(), output);
-        if (said.empty())
-            return tell_no_job(output);
-        std::cout << said;
-        return DONE;
+        return verb(inq_absolute_path(output_folder).str());
     } catch (const std::exception& exception) {
         std::cerr << "montaray-scene: " << in_one_line(exception.what()).str() << '\n';
         return FAILED;
     }
+}
+} // namespace
+
+int show_farm_status(const std::string& output_folder, bool as_json, bool is_watch)
+{
+    return run(output_folder,
+               [=](const std::string& output) { return show(output, as_json, is_watch); });
+}
+
+int cancel_farm_jobs(const std::string& output_folder)
+{
+    return run(output_folder, cancel);
 }

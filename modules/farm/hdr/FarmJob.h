@@ -9,11 +9,15 @@
 /// the frames will look like and where they lie; which ones are wanted may grow from one order
 /// to the next.
 struct FarmJob {
+    static constexpr char NAME_PREFIX[] = "render-";
+    static constexpr int MOST_FRAMES = 1'000'000; // of the scene
+
     std::string renderer; // the program
     std::string renderer_print;
     std::string scene;
     std::string scene_print;
     std::map<std::string, std::string> shown; // files that the scene refers to, with their prints
+    int pictures = 0;                         // counts the orders that found one of them changed
     std::string output;                       // the folder of the frames
     std::vector<std::string> options;
 
@@ -24,21 +28,26 @@ struct FarmJob {
 
     FrameSet asked; // by all orders
     int chunk_size = 0;
-    int order = 0; // counts the orders that sent tasks
+    int order = 0; // counts the orders that found frames undone
     std::string ordered_at;
+    std::string user; // who made the order, and whose tasks there are
 
     std::string inq_key() const;
-    std::string inq_name() const { return "render-" + inq_key(); } // with the batch service
+    std::string inq_name() const { return NAME_PREFIX + inq_key(); } // with the batch service
     ChunkPlan inq_plan() const { return ChunkPlan(chunk_size); }
+
+    /// Whether frames without some of their pictures are none.
+    bool is_strict() const;
 
     /// The name of its file, such as 0001.tif.
     std::string inq_file_name(int frame) const;
 
-    /// A shown file that is not as it was; empty if all are. A strict render has done no frame that
-    /// lacks a file, so to it one that has come is none that has changed.
-    std::string find_changed_file() const;
+    /// A shown file that is not as it was; empty if all are. One that has come may pass: no frame
+    /// of a strict job shows it until it is ordered again.
+    std::string find_changed_file(bool may_have_come) const;
 
-    /// Whether a file has the same name in both.
+    /// Whether both are of one sequence or a file has the same name in both, if they are in the
+    /// same folder.
     bool makes_files_of(const FarmJob& other) const;
 
     std::string inq_text() const;

@@ -32,8 +32,9 @@ struct FarmStatus {
     bool is_complete() const;
     bool is_in_work() const;
 
-    std::string service_error;   // why nobody knows what waits and runs; empty: it is known
-    std::vector<JobStatus> jobs; // not those whose place another one has taken
+    std::string service_error;           // why nobody knows what waits and runs; empty: it is known
+    std::vector<JobStatus> jobs;         // not those whose place another one has taken
+    std::vector<std::string> unreadable; // jobs whose file can't be read
     FrameSet old; // with a file that was made before such a change, and nobody has asked for again
 };
 

@@ -45,31 +45,39 @@ public:
     /// That of the job; it need not be there.
     static JobFolder of(const FarmJob& job);
 
-    /// All those of an output folder, oldest order first.
+    /// All those of an output folder, oldest order first, and before them those whose job can't be
+    /// read. One that was copied or moved here is none: its job is that of another folder.
     static std::vector<JobFolder> list(const std::string& output);
 
     /// Makes the folders. Throws a `std::runtime_error`, as all that writes here does.
     void make() const;
 
-    /// None while there is none, or if it can't be read.
+    /// None while there is none, or if it can't be read, after some looks.
     std::optional<FarmJob> read_job() const;
+
+    /// Whether there is one, though it may be damaged.
+    bool has_job() const;
+
+    /// Of the job with the batch service, whether or not it can be read.
+    std::string inq_job_name() const;
     void write_job(const FarmJob& job) const;
 
     bool is_superseded() const;
     void set_superseded(bool superseded) const;
 
-    /// Whether the frame's file is there as the task left it.
+    /// Whether the frame's file is there as a task left it that knew the pictures of the job.
     bool is_done(const FarmJob& job, int frame) const;
     FrameSet inq_done(const FarmJob& job, const FrameSet& frames) const;
 
     /// All frames count as not done.
     void forget_done() const;
 
-    /// The frame's file lies in its place.
-    void mark_done(int frame, const FrameFacts& facts) const;
+    /// The frame's file lies in its place. The job is the one that the task began with.
+    void mark_done(const FarmJob& job, int frame, const FrameFacts& facts) const;
 
     std::vector<FailedTry> read_failures(int chunk) const;
     void add_failure(int chunk, const FailedTry& failed) const;
+    void forget_failures() const;
 
     /// A new folder for a try of this process.
     std::filesystem::path make_scratch(int number) const;

@@ -31,10 +31,11 @@ public:
 private:
     FarmJob make_job(const RenderWords& words, const BatchSceneInfo& info) const;
     std::map<int, BatchState> find_tasks(const FarmJob& job) const;
-    std::set<int> find_chunks_on_their_way(const FarmJob& job, const FarmJob& before) const;
+    std::set<int> find_chunks_on_their_way(const FarmJob& job) const;
     void choose_chunk_size(FarmJob& job, const FarmJob& before, const RenderWords& words,
                            bool is_idle) const;
     std::string supersede_others(const FarmJob& job) const;
+    std::string send_missing(const FarmJob& job, const FrameSet& frames) const;
     void send(const FarmJob& job, const std::set<int>& chunks) const;
 
     BatchManager& manager;

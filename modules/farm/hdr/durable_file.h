@@ -18,5 +18,8 @@ std::string read_file(const std::string& path);
 /// By which the processes of this host are told from those of others.
 std::string inq_host_name();
 
+/// Of who runs this process; the number where there is no name.
+std::string inq_user_name();
+
 /// A name that no other process of any host has at the time.
 std::string inq_process_name();

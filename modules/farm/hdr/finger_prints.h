@@ -14,7 +14,8 @@ std::string inq_scene_print(const std::string& scene);
 std::string inq_file_print(const std::string& path);
 inline constexpr char NO_FILE_PRINT[] = "none";
 
-/// The release and the contents of a program. Throws a `std::runtime_error` if it can't be read.
+/// The release and the contents of a program, with those of the libraries of this project that are
+/// installed for it. Throws a `std::runtime_error` if it can't be read.
 std::string inq_program_print(const std::string& program);
 
 /// Of the texts and of their order.

@@ -24,8 +24,6 @@ namespace {
 /// order.
 constexpr std::array FINAL_RESULTS = {
     1, 201, 204, 206, 207, 213, int(ChunkTask::SCENE_CHANGED), int(ChunkTask::RENDERER_DIFFERS)};
-constexpr int NOT_STRICT = 221; // of the renderer, when frames lack some of their pictures
-
 constexpr char RENDERER_LOG[] = "log.jsonl";
 
 bool is_final(int result)
@@ -164,7 +162,7 @@ std::optional<ChunkTask::Try> find_change(const FarmJob& job)
     try {
         if (inq_scene_print(job.scene) != job.scene_print)
             return {{ChunkTask::SCENE_CHANGED, "the scene is not the one that was submitted"}};
-        if (const std::string file = job.find_changed_file(); !file.empty())
+        if (const std::string file = job.find_changed_file(false); !file.empty())
             return {{ChunkTask::SCENE_CHANGED, file + " is not the file that was submitted"}};
         if (inq_program_print(job.renderer) != job.renderer_print)
             return {{ChunkTask::RENDERER_DIFFERS, "this host has another renderer"}};
@@ -183,14 +181,20 @@ std::string describe(int result, std::size_t n_missing)
            (n_missing == 0 ? "" : ", and " + std::to_string(n_missing) + " frames are not whole");
 }
 
-/// Frames that the renderer says were rendered without some of their pictures.
-FrameSet find_wanting(const fs::path& scratch)
+/// Frames that the renderer says are done, with all of their pictures. Its result is no help: a
+/// frame that could not be written ranks above one with holes, and one that is killed has none.
+FrameSet find_flawless(const fs::path& scratch)
 {
     FrameSet frames;
     std::istringstream lines(read_file(scratch / RENDERER_LOG));
-    for (std::string line; std::getline(lines, line);)
-        if (const Json event = parse_json(line); event.contains("unreadable"))
+    for (std::string line; std::getline(lines, line);) {
+        const Json event = parse_json(line);
+        const auto is_flawless = [&] {
+            return event.at("event") == "frame done" && !event.contains("unreadable");
+        };
+        if (read_json<bool>(is_flawless).value_or(false))
             frames.insert(event.value("frame", 0));
+    }
     return frames;
 }
 
@@ -228,8 +232,10 @@ ChunkTask::Try ChunkTask::render_into(const fs::path& scratch, const FarmJob& jo
     if (is_stopped(result))
         return {inq_stopped_result(), "stopped"};
     FrameSet whole = find_whole(scratch, job, frames);
-    if (result == NOT_STRICT)
-        whole = without(std::move(whole), find_wanting(scratch));
+    if (job.is_strict())
+        std::erase_if(whole, [flawless = find_flawless(scratch)](int frame) {
+            return !flawless.contains(frame);
+        });
     if (const std::optional<Try> change = find_change(job))
         return *change;
     if (folder.is_superseded())
@@ -252,5 +258,5 @@ void ChunkTask::publish(const fs::path& scratch, const FarmJob& job, const Frame
     if (!moved.empty() && !sync_folder(job.output))
         throw_disc_error("can't write to " + job.output);
     for (const auto& [frame, facts] : moved)
-        folder.mark_done(frame, facts);
+        folder.mark_done(job, frame, facts);
 }

@@ -19,12 +19,22 @@ Json to_json(const FrameSet& frames)
     return runs;
 }
 
-FrameSet to_frames(const Json& runs)
+/// None if a run is not in the scene.
+FrameSet to_frames(const Json& runs, int scene_length)
 {
     FrameSet frames;
-    for (const Json& run : runs)
-        frames.merge(inq_frames({run.at(0), run.at(1)}));
+    for (const Json& run : runs) {
+        const FrameRun found{run.at(0), run.at(1)};
+        if (found.first < 1 || found.last < found.first || found.last > scene_length)
+            return {};
+        frames.merge(inq_frames(found));
+    }
     return frames;
+}
+
+bool is_in_bounds(const FarmJob& job)
+{
+    return !job.asked.empty() && 0 < job.chunk_size && job.chunk_size <= FarmJob::MOST_FRAMES;
 }
 
 /// Without a chunk size if it is of another release, or was changed by hand.
@@ -38,15 +48,18 @@ FarmJob to_job(const Json& json)
     job.scene = json.at("scene");
     job.scene_print = json.at("scene_print");
     job.shown = json.at("shown").get<std::map<std::string, std::string>>();
+    job.pictures = json.at("pictures");
     job.output = json.at("output");
     job.options = json.at("options").get<std::vector<std::string>>();
     job.scene_length = json.at("scene_length");
     job.extension = json.at("extension");
     job.width = json.at("width");
     job.height = json.at("height");
-    job.asked = to_frames(json.at("asked"));
+    if (job.scene_length <= FarmJob::MOST_FRAMES)
+        job.asked = to_frames(json.at("asked"), job.scene_length);
     job.order = json.at("order");
     job.ordered_at = json.at("ordered_at");
+    job.user = json.at("user");
     if (json.at("key") == job.inq_key())
         job.chunk_size = json.at("chunk_size");
     return job;
@@ -60,38 +73,53 @@ std::string FarmJob::inq_key() const
     return inq_text_print(texts);
 }
 
+bool FarmJob::is_strict() const
+{
+    return std::ranges::count(options, "--strict") > 0;
+}
+
 std::string FarmJob::inq_file_name(int frame) const
 {
     return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
 }
 
-std::string FarmJob::find_changed_file() const
+std::string FarmJob::find_changed_file(bool may_have_come) const
 {
-    const bool is_strict = std::ranges::count(options, "--strict") > 0;
     for (const auto& [file, print] : shown)
-        if (!(is_strict && print == NO_FILE_PRINT) && inq_file_print(file) != print)
+        if (!(may_have_come && print == NO_FILE_PRINT) && inq_file_print(file) != print)
             return file;
     return {};
 }
 
 bool FarmJob::makes_files_of(const FarmJob& other) const
 {
-    return output == other.output && extension == other.extension &&
-           std::ranges::any_of(asked, [&](int frame) { return other.asked.contains(frame); });
+    return extension == other.extension &&
+           (scene == other.scene ||
+            std::ranges::any_of(asked, [&](int frame) { return other.asked.contains(frame); }));
 }
 
 std::string FarmJob::inq_text() const
 {
     constexpr int INDENT = 2;
-    const Json json{{"format", FORMAT},         {"key", inq_key()},
-                    {"renderer", renderer},     {"renderer_print", renderer_print},
-                    {"scene", scene},           {"scene_print", scene_print},
-                    {"shown", shown},           {"output", output},
-                    {"options", options},       {"scene_length", scene_length},
-                    {"extension", extension},   {"width", width},
-                    {"height", height},         {"asked", to_json(asked)},
-                    {"chunk_size", chunk_size}, {"order", order},
-                    {"ordered_at", ordered_at}};
+    const Json json{{"format", FORMAT},
+                    {"key", inq_key()},
+                    {"renderer", renderer},
+                    {"renderer_print", renderer_print},
+                    {"scene", scene},
+                    {"scene_print", scene_print},
+                    {"shown", shown},
+                    {"pictures", pictures},
+                    {"output", output},
+                    {"options", options},
+                    {"scene_length", scene_length},
+                    {"extension", extension},
+                    {"width", width},
+                    {"height", height},
+                    {"asked", to_json(asked)},
+                    {"chunk_size", chunk_size},
+                    {"order", order},
+                    {"ordered_at", ordered_at},
+                    {"user", user}};
     return json.dump(INDENT) + "\n";
 }
 
@@ -99,7 +127,7 @@ std::optional<FarmJob> FarmJob::parse(const std::string& text)
 {
     const Json json = parse_json(text);
     std::optional<FarmJob> job = read_json<FarmJob>([&] { return to_job(json); });
-    return job && job->chunk_size > 0 ? job : std::nullopt;
+    return job && is_in_bounds(*job) ? job : std::nullopt;
 }
 
 std::string inq_time_text()

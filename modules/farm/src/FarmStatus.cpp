@@ -27,18 +27,30 @@ std::vector<std::string> read_last_lines(const fs::path& file)
     return lines;
 }
 
-/// The chunks that the service has tasks for that may still run.
-std::map<int, BatchState> ask(BatchManager& manager, const FarmJob& job, std::string& error)
+/// The chunks that the service has tasks of the user for that may still run.
+std::map<int, BatchState> ask(BatchManager& manager, const std::string& job,
+                              const std::string& user, std::string& error)
 {
     std::vector<BatchTask> tasks;
     KIVString words;
-    if (!manager.query(job.inq_name(), &tasks, &words))
+    if (!manager.query(job, user == inq_user_name() ? KIVString() : KIVString(user), &tasks,
+                       &words))
         error = words.str();
     std::map<int, BatchState> chunks;
     for (const BatchTask& task : tasks)
         if (task.is_alive())
             chunks[task.index] = task.state;
     return chunks;
+}
+
+/// Of the latest order. A host that was cut off may tell later of an earlier one.
+std::optional<FailedTry> find_last_failure(const JobFolder& folder, int chunk)
+{
+    std::optional<FailedTry> last;
+    for (const FailedTry& failed : folder.read_failures(chunk))
+        if (!last || failed.order >= last->order)
+            last = failed;
+    return last;
 }
 
 /// Sorts the frames of a job by what has become of them.
@@ -63,14 +75,12 @@ public:
 private:
     void look_at(int chunk, FrameSet undone)
     {
-        const std::vector<FailedTry> failures = folder.read_failures(chunk);
+        const std::optional<FailedTry> failure = find_last_failure(folder, chunk);
         const auto task = alive.find(chunk);
-        const bool is_old =
-            task != alive.end() && !failures.empty() && failures.back().order != status.job.order;
-        if (!failures.empty() && !is_old)
-            status.failures.push_back(
-                {chunk, failures.back(), read_last_lines(folder.inq_log(chunk))});
-        const bool has_failed = !failures.empty() && failures.back().is_final;
+        const bool is_old = task != alive.end() && failure && failure->order != status.job.order;
+        if (failure && !is_old)
+            status.failures.push_back({chunk, *failure, read_last_lines(folder.inq_log(chunk))});
+        const bool has_failed = failure && failure->is_final;
         if (task != alive.end() && !(has_failed && task->second == BatchState::ENDING))
             (task->second == BatchState::RUNNING ? status.running : status.waiting).merge(undone);
         else
@@ -107,16 +117,21 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
     std::vector<FarmJob> superseded;
     for (const JobFolder& folder : JobFolder::list(output)) {
         const std::optional<FarmJob> job = folder.read_job();
-        if (!job)
-            continue;
         if (folder.is_superseded()) {
-            superseded.push_back(*job);
+            if (job)
+                superseded.push_back(*job);
+            continue;
+        }
+        if (!job) {
+            status.unreadable.push_back(folder.inq_job_name());
             continue;
         }
         // Asked before the files are looked at: a task that ends in between has done its frames.
-        const std::map<int, BatchState> alive = ask(manager, *job, status.service_error);
+        const std::map<int, BatchState> alive =
+            ask(manager, job->inq_name(), job->user, status.service_error);
         status.jobs.push_back(JobLook(folder, *job, alive).look());
-        if (status.service_error.empty() && alive.empty() && status.jobs.back().is_complete())
+        if (status.service_error.empty() && alive.empty() && job->user == inq_user_name() &&
+            status.jobs.back().is_complete())
             folder.remove_all_scratch();
     }
     status.old = find_old(superseded, status.jobs);
@@ -125,7 +140,7 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
 
 bool FarmStatus::is_complete() const
 {
-    return old.empty() &&
+    return old.empty() && unreadable.empty() &&
            std::ranges::all_of(jobs, [](const JobStatus& status) { return status.is_complete(); });
 }
 
@@ -138,13 +153,13 @@ bool FarmStatus::is_in_work() const
 
 namespace {
 /// Waits a while for the tasks to end. False if there are some still, or nobody knows.
-bool wait_until_idle(BatchManager& manager, const FarmJob& job)
+bool wait_until_idle(BatchManager& manager, const std::string& job)
 {
     constexpr int MOST_LOOKS = 20;
     constexpr std::chrono::milliseconds PAUSE(500);
     for (int i = 0; i < MOST_LOOKS; ++i) {
         std::string error;
-        const bool is_idle = ask(manager, job, error).empty();
+        const bool is_idle = ask(manager, job, "", error).empty();
         if (is_idle || !error.empty())
             return error.empty();
         std::this_thread::sleep_for(PAUSE);
@@ -153,24 +168,40 @@ bool wait_until_idle(BatchManager& manager, const FarmJob& job)
 }
 } // namespace
 
+namespace {
+/// Whose job that is to come is in the folder; empty if it is this user's, or nobody knows.
+std::string find_other_user(const JobFolder& folder)
+{
+    const std::optional<FarmJob> job = folder.read_job();
+    const bool is_to_come =
+        job && !folder.is_superseded() && folder.inq_done(*job, job->asked) != job->asked;
+    return is_to_come && job->user != inq_user_name() ? job->user : "";
+}
+} // namespace
+
 std::string cancel_jobs(BatchManager& manager, const std::string& output)
 {
     std::string said;
+    std::string refused;
     for (const JobFolder& folder : JobFolder::list(output)) {
-        const std::optional<FarmJob> job = folder.read_job();
-        KIVString error;
-        if (!job)
+        const std::string name = folder.inq_job_name();
+        if (const std::string other = find_other_user(folder); !other.empty()) {
+            refused += name + " is a job of " + other + ", who alone can cancel it. ";
             continue;
-        if (!manager.cancel(job->inq_name(), &error))
+        }
+        KIVString error;
+        if (!manager.cancel(name, &error))
             throw std::runtime_error(error.str());
-        const bool is_idle = wait_until_idle(manager, *job);
+        const bool is_idle = wait_until_idle(manager, name);
         if (is_idle)
             folder.remove_all_scratch();
         else
             folder.remove_dead_scratch();
-        said += job->inq_name() + (is_idle ? ": nothing of it is in the queue.\n"
-                                           : ": its tasks have not ended yet.\n");
+        said += name + (is_idle ? ": nothing of it is in the queue.\n"
+                                : ": its tasks have not ended yet.\n");
     }
+    if (!refused.empty())
+        throw std::runtime_error(said + refused);
     return said;
 }
 

@@ -9,10 +9,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -32,11 +34,14 @@ struct SizeAndTime {
     std::string time;
 };
 
-/// None if there is no such regular file.
+/// None if there is no such regular file. It is opened, since a host may remember older facts of a
+/// file on a shared disc that it does not open.
 std::optional<SizeAndTime> inq_size_and_time(const fs::path& file)
 {
+    const FileHandle handle = FileHandle::open_to_read(file.c_str());
     struct stat facts {};
-    if (::stat(file.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode))
+    if (!handle.is_open() || ::fstat(handle.inq_descriptor(), &facts) != 0 ||
+        !S_ISREG(facts.st_mode))
         return std::nullopt;
     return SizeAndTime{facts.st_size, std::to_string(facts.st_mtim.tv_sec) + "." +
                                           std::to_string(facts.st_mtim.tv_nsec)};
@@ -84,15 +89,35 @@ JobFolder JobFolder::of(const FarmJob& job)
     return JobFolder(fs::path(job.output) / (PREFIX + job.inq_key()));
 }
 
+namespace {
+/// What is in a folder, as far as it can be read.
+std::vector<fs::path> list_entries(const fs::path& folder)
+{
+    std::vector<fs::path> entries;
+    std::error_code failure;
+    for (fs::directory_iterator i(folder, failure); !failure && i != fs::directory_iterator();
+         i.increment(failure))
+        entries.push_back(i->path());
+    return entries;
+}
+
+/// Links may give one folder several paths.
+bool is_of(const FarmJob& job, const fs::path& folder)
+{
+    std::error_code failure;
+    return fs::equivalent(JobFolder::of(job).inq_path(), folder, failure);
+}
+} // namespace
+
 std::vector<JobFolder> JobFolder::list(const std::string& output)
 {
     std::vector<std::pair<std::string, fs::path>> found;
-    std::error_code failure;
-    for (const fs::directory_entry& entry : fs::directory_iterator(output, failure)) {
-        if (!entry.path().filename().string().starts_with(PREFIX))
+    for (const fs::path& entry : list_entries(output)) {
+        if (!entry.filename().string().starts_with(PREFIX))
             continue;
-        if (const std::optional<FarmJob> job = JobFolder(entry.path()).read_job())
-            found.emplace_back(job->ordered_at, entry.path());
+        const std::optional<FarmJob> job = JobFolder(entry).read_job();
+        if (job ? is_of(*job, entry) : JobFolder(entry).has_job())
+            found.emplace_back(job ? job->ordered_at : "", entry);
     }
     std::ranges::sort(found);
     std::vector<JobFolder> folders;
@@ -110,9 +135,28 @@ void JobFolder::make() const
         throw_disc_error("can't make " + path.string());
 }
 
+// A server that has just replaced the file may have lost the old one under our hands.
 std::optional<FarmJob> JobFolder::read_job() const
 {
-    return FarmJob::parse(read_file(path / JOB_FILE));
+    constexpr int MOST_LOOKS = 4;
+    constexpr std::chrono::milliseconds PAUSE(100);
+    for (int look = 1;; ++look) {
+        const std::optional<FarmJob> job = FarmJob::parse(read_file(path / JOB_FILE));
+        if (job || look == MOST_LOOKS || !has_job())
+            return job;
+        std::this_thread::sleep_for(PAUSE);
+    }
+}
+
+bool JobFolder::has_job() const
+{
+    const bool is_there = FileHandle::open_to_read((path / JOB_FILE).c_str()).is_open();
+    return is_there || (errno != ENOENT && errno != ENOTDIR);
+}
+
+std::string JobFolder::inq_job_name() const
+{
+    return FarmJob::NAME_PREFIX + path.filename().string().substr(sizeof PREFIX - 1);
 }
 
 void JobFolder::write_job(const FarmJob& job) const
@@ -122,17 +166,16 @@ void JobFolder::write_job(const FarmJob& job) const
 
 bool JobFolder::is_superseded() const
 {
-    std::error_code failure;
-    return fs::exists(path / SUPERSEDED, failure);
+    return FileHandle::open_to_read((path / SUPERSEDED).c_str()).is_open();
 }
 
 void JobFolder::set_superseded(bool superseded) const
 {
-    std::error_code failure;
     if (superseded)
         write_durably(path / SUPERSEDED, "");
-    else
-        fs::remove(path / SUPERSEDED, failure);
+    else if (is_superseded() &&
+             (::unlink((path / SUPERSEDED).c_str()) != 0 || !sync_folder(path.string())))
+        throw_disc_error("can't change " + path.string());
 }
 
 fs::path JobFolder::inq_marker(int frame) const
@@ -151,7 +194,8 @@ bool JobFolder::is_done(const FarmJob& job, int frame) const
     const std::optional<FrameFacts> facts = read_json<FrameFacts>([&] {
         return FrameFacts{marker.at("size"), marker.at("time"), marker.at("sum")};
     });
-    return facts && facts->are_of(fs::path(job.output) / job.inq_file_name(frame));
+    return facts && marker.contains("pictures") && marker["pictures"] == job.pictures &&
+           facts->are_of(fs::path(job.output) / job.inq_file_name(frame));
 }
 
 FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
@@ -163,10 +207,13 @@ FrameSet JobFolder::inq_done(const FarmJob& job, const FrameSet& frames) const
     return done;
 }
 
-void JobFolder::mark_done(int frame, const FrameFacts& facts) const
+void JobFolder::mark_done(const FarmJob& job, int frame, const FrameFacts& facts) const
 {
-    const Json marker{
-        {"size", facts.size}, {"time", facts.time}, {"sum", facts.sum}, {"host", inq_host_name()}};
+    const Json marker{{"size", facts.size},
+                      {"time", facts.time},
+                      {"sum", facts.sum},
+                      {"pictures", job.pictures},
+                      {"host", inq_host_name()}};
     write_durably(inq_marker(frame), inq_line(marker) + "\n");
 }
 
@@ -217,11 +264,10 @@ bool is_dead(const std::string& name)
 
 void remove_entries(const fs::path& parent, bool (*wanted)(const std::string&))
 {
-    std::error_code failure;
-    for (const fs::directory_entry& entry : fs::directory_iterator(parent, failure))
-        if (wanted(entry.path().filename().string())) {
+    for (const fs::path& entry : list_entries(parent))
+        if (wanted(entry.filename().string())) {
             std::error_code ignored;
-            fs::remove_all(entry.path(), ignored);
+            fs::remove_all(entry, ignored);
         }
 }
 } // namespace
@@ -229,6 +275,11 @@ void remove_entries(const fs::path& parent, bool (*wanted)(const std::string&))
 void JobFolder::forget_done() const
 {
     remove_entries(path / DONE, [](const std::string&) { return true; });
+}
+
+void JobFolder::forget_failures() const
+{
+    remove_entries(path / FAIL, [](const std::string&) { return true; });
 }
 
 void JobFolder::remove_dead_scratch() const

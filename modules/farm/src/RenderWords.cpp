@@ -7,6 +7,7 @@
 #include "render/hdr/CommandOutput.h"
 #include "render/hdr/OutputFileType.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <stdexcept>
@@ -119,6 +120,8 @@ std::vector<std::string> split(const std::string& line)
         refuse("A quote of the options is not closed.");
     if (words->empty())
         refuse("A render job needs options, with an output folder behind -o among them.");
+    if (std::ranges::count(*words, "") > 0)
+        refuse("A word of the options is empty.");
     return *words;
 }
 

@@ -5,6 +5,7 @@
 #include "batchapi/hdr/Command.h"
 #include "kivlib/hdr/ModuleFolder.h"
 #include "kivlib/hdr/file_operations.h"
+#include "modules/farm/hdr/durable_file.h"
 #include "modules/farm/hdr/finger_prints.h"
 #include "modules/farm/src/json.h"
 #include "xsheet/store_control/hdr/FolderLock.h"
@@ -19,6 +20,8 @@ namespace fs = std::filesystem;
 
 namespace {
 constexpr int NORMAL_CHUNK_SIZE = 8;
+constexpr char OTHER_ORDER[] = "Another order was made at the same time. Submit again.";
+constexpr char NO_CHARACTER[] = "\uFFFD"; // stands for bytes that are no UTF-8
 
 [[noreturn]] void refuse(const std::string& reason)
 {
@@ -40,6 +43,8 @@ FrameRun choose_run(const RenderWords& words, const BatchSceneInfo& info)
         info.inq_key_range(&run.first, &run.last);
     else
         info.inq_selected_range(&run.first, &run.last);
+    if (whole.last > FarmJob::MOST_FRAMES)
+        refuse("The scene is too long.");
     const FrameRun cut{std::max({run.first, whole.first, 1}), std::min(run.last, whole.last)};
     if (cut.last < cut.first)
         refuse("The scene has no frames from " + std::to_string(run.first) + " to " +
@@ -71,7 +76,18 @@ std::map<std::string, std::string> list_shown(const std::string& renderer, const
     std::map<std::string, std::string> shown;
     for (const Json& entry : list)
         shown.emplace(entry.value("path", ""), "");
+    for (const auto& [path, print] : shown)
+        if (path.find(NO_CHARACTER) != std::string::npos)
+            refuse("The scene refers to " + path + ", whose name is no UTF-8.");
     return shown;
+}
+
+/// The job file is JSON, which is UTF-8.
+void refuse_other_bytes(const FarmJob& job)
+{
+    if (!read_json<std::string>([&] { return job.inq_text(); }))
+        refuse("The name of the scene, of the output folder or of a file among the options is no "
+               "UTF-8.");
 }
 } // namespace
 
@@ -97,18 +113,22 @@ FarmJob Submission::make_job(const RenderWords& words, const BatchSceneInfo& inf
     job.renderer = programs.renderer;
     job.renderer_print = inq_program_print(programs.renderer);
     job.scene = inq_absolute_path(info.inq_scene_path()).str();
+    job.scene_print = inq_scene_print(job.scene);
     job.shown = list_shown(programs.renderer, job.scene);
     if (!words.profile.empty())
         job.shown.emplace(words.profile, "");
     for (auto& [file, print] : job.shown)
         print = inq_file_print(file);
-    job.scene_print = inq_scene_print(job.scene);
+    if (inq_scene_print(job.scene) != job.scene_print)
+        refuse("The scene was saved meanwhile. Submit again.");
     job.output = words.output;
     job.options = words.options;
     job.extension = words.extension;
     job.width = words.width;
     job.height = words.height;
     job.ordered_at = inq_time_text();
+    job.user = inq_user_name();
+    refuse_other_bytes(job);
     return job;
 }
 
@@ -126,9 +146,9 @@ std::map<int, BatchState> Submission::find_tasks(const FarmJob& job) const
     return chunks;
 }
 
-// A task that runs and has done all that it was asked for before this order may be about to end,
-// and not see that more is asked for. It has seen that if it does not end soon.
-std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job, const FarmJob& before) const
+// A task that runs may be about to end, since it has done or failed what it was asked for, and not
+// see that more is. It has seen that if it does not end soon.
+std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job) const
 {
     constexpr int MOST_LOOKS = 20;
     constexpr std::chrono::milliseconds PAUSE(250);
@@ -143,11 +163,9 @@ std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job, const Far
         for (const auto& [chunk, state] : find_tasks(job)) {
             if (state == BatchState::ENDING)
                 continue; // a new one would wait for its end
-            const FrameSet known = job.inq_plan().cut(before.asked, chunk);
             const FrameSet wanted = job.inq_plan().cut(job.asked, chunk);
             chunks.insert(chunk);
-            has_doubt |= state != BatchState::WAITING && known != wanted &&
-                         folder.inq_done(job, known) == known;
+            has_doubt |= state != BatchState::WAITING && folder.inq_done(job, wanted) != wanted;
         }
     }
     return chunks;
@@ -168,19 +186,28 @@ void Submission::choose_chunk_size(FarmJob& job, const FarmJob& before, const Re
     job.chunk_size = std::max(job.chunk_size, least);
 }
 
+// One that can't be read may make any files. One that was superseded before may have stayed in the
+// queue.
 std::string Submission::supersede_others(const FarmJob& job) const
 {
     std::string said;
     for (const JobFolder& folder : JobFolder::list(job.output)) {
         const std::optional<FarmJob> other = folder.read_job();
-        if (!other || other->inq_key() == job.inq_key() || !other->makes_files_of(job) ||
-            folder.is_superseded())
+        const std::string name = folder.inq_job_name();
+        if (name == job.inq_name() || (other && !other->makes_files_of(job)))
             continue;
-        folder.set_superseded(true);
+        const bool is_new = !folder.is_superseded();
+        if (is_new)
+            folder.set_superseded(true);
         KIVString error;
-        const bool is_cancelled = manager.cancel(other->inq_name(), &error);
-        said += "It takes the place of " + other->inq_name() +
-                (is_cancelled ? ".\n" : ", which may be running: " + error.str() + "\n");
+        bool is_cancelled = manager.cancel(name, &error);
+        if (other && other->user != job.user) {
+            error = "it is a job of " + other->user + ".";
+            is_cancelled = false;
+        }
+        if (is_new || !is_cancelled)
+            said += "It takes the place of " + name +
+                    (is_cancelled ? ".\n" : ", which may be running: " + error.str() + "\n");
     }
     return said;
 }
@@ -210,12 +237,43 @@ std::string describe_missing_files(const FarmJob& job)
                         "list_refs --check names them.\n";
 }
 
-/// Nobody knows which frames show a picture.
-std::string forget_changed(const FarmJob& before, const JobFolder& folder)
+/// Tasks of another user can't be told, nor can they be ended.
+void refuse_work_of_other(const FarmJob& before, const std::string& user)
 {
-    const std::string changed = before.find_changed_file();
+    const bool is_done = JobFolder::of(before).inq_done(before, before.asked) == before.asked;
+    if (before.user != user && !is_done)
+        refuse("The job " + before.inq_name() + " is one of " + before.user +
+               ", and not all of its frames are there. Choose another output folder.");
+}
+
+std::string inq_job_text(const std::optional<FarmJob>& job)
+{
+    return job ? job->inq_text() : "";
+}
+
+/// What is left of a job that can't be read any more says nothing about this one.
+std::string begin_anew(const JobFolder& folder, bool is_idle)
+{
+    const std::string name = folder.inq_job_name();
+    const bool is_damaged = folder.has_job();
+    if (is_damaged && !is_idle)
+        refuse("The file of the job " + name + " can't be read, and it is in the queue. " +
+               "Cancel it, and submit again.");
+    folder.forget_done();
+    folder.forget_failures();
+    return is_damaged ? "The file of the job " + name +
+                            " can't be read: what it was asked for is rendered anew.\n"
+                      : "";
+}
+
+/// Nobody knows which frames show a picture.
+std::string forget_changed(FarmJob& job, const FarmJob& before, const JobFolder& folder)
+{
+    job.pictures = before.pictures;
+    const std::string changed = before.find_changed_file(before.is_strict());
     if (changed.empty())
         return "";
+    ++job.pictures;
     folder.forget_done();
     return changed + " has changed: all frames are rendered anew.\n";
 }
@@ -247,25 +305,44 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     FarmJob job = make_job(words, info);
     const JobFolder folder = JobFolder::of(job);
     folder.make();
-    const FarmJob before = folder.read_job().value_or(FarmJob());
+    const std::optional<FarmJob> found = folder.read_job();
+    const FarmJob before = found.value_or(FarmJob());
+    refuse_work_of_other(before, job.user);
     const bool is_idle = find_tasks(job).empty();
+    std::string said = describe_missing_files(job);
+    said += found ? forget_changed(job, before, folder) : begin_anew(folder, is_idle);
+    job.scene_length = std::max(job.scene_length, before.scene_length);
     choose_chunk_size(job, before, words, is_idle);
-    if (is_idle)
+    if (is_idle && found && found->user == job.user)
         folder.remove_all_scratch();
-    std::string said = describe_missing_files(job) + forget_changed(before, folder);
     job.asked = frames;
     job.asked.merge(FrameSet(before.asked));
     job.order = before.order + (folder.inq_done(job, frames) == frames ? 0 : 1);
+    if (inq_job_text(folder.read_job()) != inq_job_text(found))
+        refuse(OTHER_ORDER);
     folder.write_job(job);
     folder.set_superseded(false);
     said += supersede_others(job);
+    try {
+        return said + send_missing(job, frames);
+    } catch (const std::runtime_error& error) {
+        refuse(said + error.what());
+    }
+}
 
-    const std::set<int> on_their_way = find_chunks_on_their_way(job, before);
+// Of two orders at the same time the one whose job file was written first is lost.
+std::string Submission::send_missing(const FarmJob& job, const FrameSet& frames) const
+{
+    const JobFolder folder = JobFolder::of(job);
+    const std::set<int> on_their_way = find_chunks_on_their_way(job);
     const FrameSet missing = without(frames, folder.inq_done(job, frames));
     std::set<int> chunks = job.inq_plan().inq_chunks(missing);
     for (const int chunk : on_their_way)
         chunks.erase(chunk);
     if (!chunks.empty())
         send(job, chunks);
-    return said + describe(job, missing, chunks);
+    const std::optional<FarmJob> now = folder.read_job();
+    if (!now || !std::ranges::includes(now->asked, frames))
+        refuse(OTHER_ORDER);
+    return describe(job, missing, chunks);
 }

@@ -2,22 +2,24 @@
 
 #include "kivlib/hdr/FileHandle.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <pwd.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 constexpr int PERMISSIONS = 0666;
 
-void write_and_sync(FileHandle& file, const std::string& path, const std::string& contents)
+bool write_and_sync(FileHandle& file, const std::string& contents)
 {
-    if (!file.is_open() || !file.write_all(contents.data(), contents.size()) || !file.sync() ||
-        !file.close())
-        throw_disc_error("can't write " + path);
+    return file.is_open() && file.write_all(contents.data(), contents.size()) && file.sync() &&
+           file.close();
 }
 
 void sync_folder_of(const std::string& path)
@@ -36,16 +38,20 @@ void write_durably(const std::string& path, const std::string& contents)
 {
     const std::string unfinished = path + "." + inq_process_name() + "~";
     FileHandle file = FileHandle::open_to_write(unfinished.c_str(), PERMISSIONS);
-    write_and_sync(file, path, contents);
-    if (std::rename(unfinished.c_str(), path.c_str()) != 0)
+    if (!write_and_sync(file, contents) || std::rename(unfinished.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        ::unlink(unfinished.c_str());
+        errno = error;
         throw_disc_error("can't write " + path);
+    }
     sync_folder_of(path);
 }
 
 void add_line_durably(const std::string& path, const std::string& line)
 {
     FileHandle file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, PERMISSIONS));
-    write_and_sync(file, path, line + "\n");
+    if (!write_and_sync(file, line + "\n"))
+        throw_disc_error("can't write " + path);
     sync_folder_of(path);
 }
 
@@ -77,6 +83,16 @@ std::string inq_host_name()
     char name[HOST_NAME_MAX + 1] = "";
     ::gethostname(name, sizeof name - 1);
     return name + inq_process_space();
+}
+
+std::string inq_user_name()
+{
+    constexpr std::size_t ROOM = 16384; // for what the system knows of a user
+    std::vector<char> texts(ROOM);
+    struct passwd entry {};
+    struct passwd* found = nullptr;
+    ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found);
+    return found ? found->pw_name : std::to_string(::getuid());
 }
 
 std::string inq_process_name()

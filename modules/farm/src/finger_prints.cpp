@@ -10,6 +10,7 @@
 #include "xsheet/store_control/hdr/SceneParts.h"
 
 #include <charconv>
+#include <filesystem>
 #include <stdexcept>
 #include <sys/stat.h>
 
@@ -74,8 +75,12 @@ std::string inq_scene_print(const std::string& scene)
 
 std::string inq_program_print(const std::string& program)
 {
-    const std::string contents = inq_contents(inq_real_path(program).str());
-    if (contents == NO_FILE_PRINT)
+    const std::filesystem::path file = inq_real_path(program).str();
+    std::vector<std::string> texts{MONTARAY_VERSION, inq_contents(file)};
+    if (texts.back() == NO_FILE_PRINT)
         throw std::runtime_error("there is no program " + program);
-    return MONTARAY_VERSION " " + contents;
+    const std::filesystem::path folder = file.parent_path().parent_path() / LIBRARY_FOLDER;
+    for (const char* name : {LIBRARY_NAMES})
+        texts.push_back(inq_contents(inq_real_path((folder / name).string()).str()));
+    return inq_text_print(texts);
 }

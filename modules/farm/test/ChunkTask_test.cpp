@@ -14,7 +14,7 @@ class ChunkTaskTest : public testing::Test {
 protected:
     ChunkTaskTest() { start_order(); }
 
-    void start_order()
+    void start_order(const std::string& strict = "")
     {
         const int order = job.order;
         job = FarmJob();
@@ -24,7 +24,10 @@ protected:
         job.output = stage.folder.path("frames").str();
         job.extension = ".yuv";
         job.options = {"-yuv625"};
+        if (!strict.empty())
+            job.options.push_back(strict);
         job.chunk_size = 4;
+        job.scene_length = 12;
         job.asked = inq_frames({3, 12});
         update_prints();
     }
@@ -80,15 +83,17 @@ TEST_F(ChunkTaskTest, believes_files_and_not_the_renderers_result)
         int result;
         int tries;
         FrameSet done;
+        const char* strict = "";
     } const cases[] = {
         {"[ $frame = 7 ] && continue", ChunkTask::FRAMES_MISSING, 3, {5, 6, 8}},
         {"[ $frame = 7 ] && exit 213", 213, 1, {5, 6}},
         {"[ $frame = 7 ] && exit 205", 205, 3, {5, 6}},
-        {"[ $frame = 6 ] && echo '{\"frame\":6,\"unreadable\":[\"x\"]}' > $4/log.jsonl && "
-         "write 6 $4/0006.yuv && exit 221",
-         221,
+        {"[ $frame = 6 ] && write 6 $4/0006.yuv && log ',\"unreadable\":[\"x\"]' && exit 215",
+         215,
          3,
-         {5}},
+         {5},
+         "--strict"},
+        {"[ $frame = 6 ] && write 6 $4/0006.yuv && kill -9 $$", 128 + SIGKILL, 3, {5}, "--strict"},
         {"[ $frame = 7 ] && echo 7 > $4/0007.yuv && kill -9 $$", 128 + SIGKILL, 3, {5, 6}},
         {"[ $frame = 8 ] && write 8 $4/0008.yuv && exit 9", ChunkTask::DONE, 0, {5, 6, 7, 8}},
         {"[ -e $here/scene/mark ] || { touch $here/scene/mark; exit 9; }",
@@ -96,8 +101,8 @@ TEST_F(ChunkTaskTest, believes_files_and_not_the_renderers_result)
          1,
          {5, 6, 7, 8}},
     };
-    for (const auto& [trouble, result, tries, frames] : cases) {
-        start_order();
+    for (const auto& [trouble, result, tries, frames, strict] : cases) {
+        start_order(strict);
         set_renderer(trouble);
         EXPECT_EQ(run(1), result) << trouble;
         EXPECT_EQ(failures().size(), tries) << trouble;
@@ -130,6 +135,11 @@ TEST_F(ChunkTaskTest, never_mixes_two_versions)
     EXPECT_EQ(run(1), ChunkTask::SCENE_CHANGED);
     EXPECT_EQ(run(2), ChunkTask::SCENE_CHANGED);
     EXPECT_EQ(stage.count_runs(), 1);
+
+    start_order("--strict");
+    job.shown = {{stage.folder.path("scene/Scene.contents").str(), NO_FILE_PRINT}};
+    folder().write_job(job);
+    EXPECT_EQ(run(1), ChunkTask::SCENE_CHANGED) << "a picture has come";
 
     start_order();
     stage.set_renderer("");

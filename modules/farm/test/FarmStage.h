@@ -29,12 +29,15 @@ public:
                                   "echo run >> \"$here/runs\"\n"
                                   "write() { echo $1 $(cat $here/scene/Scene.contents) > \"$2\"\n"
                                   "truncate -s 829440 \"$2\"; }\n"
+                                  "log() { echo \"{\\\"event\\\":\\\"frame done\\\",\\\"frame\\\":"
+                                  "$frame$1}\" >> \"$log\"; }\n"
                                   "while [ $1 != --frames ]; do shift; done\n"
+                                  "log=$4/log.jsonl\n"
                                   "for part in $(echo $2 | tr , ' '); do\n"
                                   "for frame in $(seq ${part%-*} ${part#*-}); do\n" +
                                       trouble +
                                       "\nwrite $frame \"$4/$(printf %04d $frame).yuv\"\n"
-                                      "done\ndone\n");
+                                      "log\ndone\ndone\n");
     }
 
     void write_program(const std::string& name, const std::string& text) const

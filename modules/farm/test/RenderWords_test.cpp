@@ -38,6 +38,7 @@ TEST(RenderWords, refuses_what_makes_no_render_job)
         {"-tga", "needs an output folder"},
         {"-tga -o", "needs an output folder"},
         {"-o 'x", "not closed"},
+        {"-o ''", "empty"},
         {"-o x 5", "no range of frames, such as 5"},
         {"-o x 5-9", "such as 5-9"},
         {"-o x 5-", "such as 5-"},

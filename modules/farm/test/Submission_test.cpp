@@ -3,6 +3,7 @@
 #include "modules/farm/hdr/ChunkTask.h"
 #include "modules/farm/hdr/FarmStatus.h"
 #include "modules/farm/hdr/Submission.h"
+#include "modules/farm/hdr/durable_file.h"
 #include "modules/farm/test/FarmStage.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +18,8 @@ public:
     bool submit(const BatchJob& job, KIVString*) override
     {
         sent = job.tasks;
+        if (!answers_orders)
+            return false;
         for (const int index : job.tasks)
             waiting[job.name.str()].push_back({index, BatchState::WAITING, {}});
         return true;
@@ -43,6 +46,7 @@ public:
     }
 
     bool answers = true;
+    bool answers_orders = true;
     int looks_until_end = 0; // of all tasks; 0: they stay
     int highest_index = 1000;
     Tasks sent; // by the last job
@@ -61,9 +65,17 @@ protected:
         info.set_selected_range(first, last);
         info.set_key_range(30, 60);
         const std::string renderer = stage.folder.path("renderer").str();
-        const std::string output = stage.folder.path("frames").str();
         return Submission(manager, {renderer, "/task"})
-            .submit(RenderWords::read(options + " -o " + output, 1.0), info);
+            .submit(RenderWords::read(options + " -o " + output(), 1.0), info);
+    }
+
+    std::string refusal_of(int first, int last)
+    {
+        try {
+            return "taken: " + submit(first, last);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
     }
 
     void run_all()
@@ -76,7 +88,8 @@ protected:
                     .run();
     }
 
-    FarmStatus look() { return FarmStatus::look(manager, stage.folder.path("frames").str()); }
+    std::string output() const { return stage.folder.path("frames").str(); }
+    FarmStatus look() { return FarmStatus::look(manager, output()); }
 
     JobStatus look_at_yuv()
     {
@@ -125,12 +138,13 @@ TEST_F(SubmissionTest, does_not_count_on_tasks_that_are_about_to_end)
     submit(1, 20);
     auto ending = farm->waiting;
     run_all();
+    std::filesystem::remove(output() + "/0003.yuv");
     for (BatchTask& task : ending.begin()->second)
         task.state = BatchState::RUNNING;
     farm->waiting = ending;
     farm->looks_until_end = 3;
     submit(1, 24);
-    EXPECT_EQ(farm->sent, Tasks{2});
+    EXPECT_EQ(farm->sent, (Tasks{0, 2}));
 }
 
 TEST_F(SubmissionTest, tries_failed_chunks_again_and_tells_of_them)
@@ -161,10 +175,13 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     submit(1, 8, "-tga"); // other files
     EXPECT_EQ(farm->waiting.size(), 2U);
     stage.folder.write("scene/Scene.contents", "saved anew");
-    EXPECT_NE(submit(1, 8).find("takes the place of render-"), std::string::npos);
-    EXPECT_EQ(farm->sent, Tasks{0});
+    farm->answers_orders = false;
+    EXPECT_NE(refusal_of(17, 24).find("takes the place of render-"), std::string::npos);
+    farm->answers_orders = true;
+    submit(17, 24);
+    EXPECT_EQ(farm->sent, Tasks{2});
     EXPECT_EQ(farm->waiting.size(), 2U); // without the first
-    cancel_jobs(manager, stage.folder.path("frames").str());
+    cancel_jobs(manager, output());
     EXPECT_TRUE(farm->waiting.empty());
     submit(1, 8);
     run_all();
@@ -175,14 +192,55 @@ TEST_F(SubmissionTest, takes_the_place_of_a_job_for_the_same_files)
     submit(1, 16);
     EXPECT_EQ(farm->sent, Tasks{0}) << "9 to 16 are still those of this version";
     run_all();
+    const FarmJob held_up = look_at_yuv().job;
     stage.folder.write("drawing", "repainted");
     EXPECT_NE(submit(1, 8).find("drawing has changed: all frames"), std::string::npos);
     EXPECT_EQ(farm->sent, Tasks{0});
+    JobFolder::of(held_up).mark_done(held_up, 3, *FrameFacts::look(output() + "/0003.yuv"));
     EXPECT_EQ(inq_text(look_at_yuv().waiting), "1-8");
     EXPECT_EQ(inq_text(look_at_yuv().missing), "9-16,33-40");
     stage.folder.write("drawing", "repainted once more");
     run_all();
     EXPECT_EQ(inq_text(look_at_yuv().failed), "1-8");
+}
+
+TEST_F(SubmissionTest, begins_a_job_anew_that_can_not_be_read)
+{
+    submit(1, 16);
+    run_all();
+    submit(17, 24);
+    const JobFolder folder = JobFolder::list(output()).at(0);
+    write_durably(folder.inq_path() / "job.json", "{\"format\":1}");
+    EXPECT_EQ(look().unreadable.size(), 1U);
+    EXPECT_FALSE(look().is_complete());
+    EXPECT_THROW(submit(1, 16), std::runtime_error) << "its tasks may know other chunks";
+    cancel_jobs(manager, output());
+    EXPECT_TRUE(farm->waiting.empty());
+    stage.folder.write("drawing", "repainted");
+    submit(1, 16);
+    EXPECT_EQ(farm->sent, (Tasks{0, 1}));
+}
+
+TEST_F(SubmissionTest, knows_whose_job_is_in_which_folder)
+{
+    submit(1, 8);
+    const std::string link = stage.folder.path("link").str();
+    std::filesystem::create_directory_symlink(output(), link);
+    EXPECT_EQ(JobFolder::list(link).size(), 1U);
+    const std::string copy = stage.folder.path("copy").str();
+    std::filesystem::copy(output(), copy, std::filesystem::copy_options::recursive);
+    EXPECT_TRUE(JobFolder::list(copy).empty());
+    EXPECT_EQ(cancel_jobs(manager, copy), "");
+
+    FarmJob job = look_at_yuv().job;
+    job.user = "somebody";
+    JobFolder::of(job).write_job(job);
+    EXPECT_THROW(cancel_jobs(manager, output()), std::runtime_error);
+    EXPECT_NE(refusal_of(1, 16).find("one of somebody"), std::string::npos);
+    job.asked.insert({41, 2'000'000'000});
+    JobFolder::of(job).write_job(job);
+    EXPECT_EQ(look().unreadable.size(), 1U);
+    EXPECT_EQ(farm->waiting.size(), 1U);
 }
 
 TEST_F(SubmissionTest, keeps_chunks_while_tasks_know_them_by_number)
