@@ -19,6 +19,9 @@ std::vector<FrameRun> inq_runs(const FrameSet& frames);
 /// Such as 1-8,12: as CMontaray takes it and as people read it.
 std::string inq_text(const FrameSet& frames);
 
+/// Of four digits or more, as the files of frames are named.
+std::string inq_number_text(int frame);
+
 FrameSet without(FrameSet frames, const FrameSet& others);
 
 /// The frames of a scene in pieces of one size, counted from 0. The cuts are the same whatever

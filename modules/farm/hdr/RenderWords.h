@@ -21,7 +21,7 @@ struct RenderWords {
     std::optional<int> chunk_size;
 };
 
-/// Whether a file is a whole frame as the renderer writes it with the options of a job, at this size
-/// in pixels. Throws as `RenderWords::read` does.
+/// Whether a file is a whole frame as the renderer writes it with the options of a job, at this
+/// size in pixels. Throws as `RenderWords::read` does.
 bool is_whole_frame(const std::string& file, const std::vector<std::string>& options, int width,
                     int height);

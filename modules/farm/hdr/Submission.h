@@ -30,7 +30,7 @@ public:
 
 private:
     FarmJob make_job(const RenderWords& words, const BatchSceneInfo& info) const;
-    std::map<int, BatchState> find_tasks(const FarmJob& job) const;
+    std::map<int, BatchState> find_own_tasks(const FarmJob& job) const;
     std::set<int> find_chunks_on_their_way(const FarmJob& job) const;
     void choose_chunk_size(FarmJob& job, const FarmJob& before, const RenderWords& words,
                            bool is_idle) const;

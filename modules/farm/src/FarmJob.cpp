@@ -1,6 +1,5 @@
 #include "modules/farm/hdr/FarmJob.h"
 
-#include "kivlib/hdr/KIVString.h"
 #include "modules/farm/hdr/finger_prints.h"
 #include "modules/farm/src/json.h"
 
@@ -9,7 +8,6 @@
 
 namespace {
 constexpr int FORMAT = 1; // of the job file
-constexpr int FRAME_NUMBER_WIDTH = 4;
 
 Json to_json(const FrameSet& frames)
 {
@@ -80,7 +78,7 @@ bool FarmJob::is_strict() const
 
 std::string FarmJob::inq_file_name(int frame) const
 {
-    return KIVString(frame, FRAME_NUMBER_WIDTH).str() + extension;
+    return inq_number_text(frame) + extension;
 }
 
 std::string FarmJob::find_changed_file(bool may_have_come) const

@@ -3,6 +3,7 @@
 #include "batchapi/hdr/BatchManager.h"
 #include "batchapi/hdr/SlurmEngine.h"
 #include "modules/farm/hdr/durable_file.h"
+#include "modules/farm/src/find_tasks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +15,11 @@
 namespace fs = std::filesystem;
 
 namespace {
+bool is_own(const FarmJob& job)
+{
+    return job.user == inq_user_name();
+}
+
 std::vector<std::string> read_last_lines(const fs::path& file)
 {
     constexpr std::size_t MOST = 5;
@@ -25,22 +31,6 @@ std::vector<std::string> read_last_lines(const fs::path& file)
             lines.erase(lines.begin());
     }
     return lines;
-}
-
-/// The chunks that the service has tasks of the user for that may still run.
-std::map<int, BatchState> ask(BatchManager& manager, const std::string& job,
-                              const std::string& user, std::string& error)
-{
-    std::vector<BatchTask> tasks;
-    KIVString words;
-    if (!manager.query(job, user == inq_user_name() ? KIVString() : KIVString(user), &tasks,
-                       &words))
-        error = words.str();
-    std::map<int, BatchState> chunks;
-    for (const BatchTask& task : tasks)
-        if (task.is_alive())
-            chunks[task.index] = task.state;
-    return chunks;
 }
 
 /// Of the latest order. A host that was cut off may tell later of an earlier one.
@@ -127,10 +117,10 @@ FarmStatus FarmStatus::look(BatchManager& manager, const std::string& output)
             continue;
         }
         // Asked before the files are looked at: a task that ends in between has done its frames.
-        const std::map<int, BatchState> alive =
-            ask(manager, job->inq_name(), job->user, status.service_error);
+        const std::map<int, BatchState> alive = find_tasks(
+            manager, job->inq_name(), is_own(*job) ? "" : job->user, status.service_error);
         status.jobs.push_back(JobLook(folder, *job, alive).look());
-        if (status.service_error.empty() && alive.empty() && job->user == inq_user_name() &&
+        if (status.service_error.empty() && alive.empty() && is_own(*job) &&
             status.jobs.back().is_complete())
             folder.remove_all_scratch();
     }
@@ -159,23 +149,21 @@ bool wait_until_idle(BatchManager& manager, const std::string& job)
     constexpr std::chrono::milliseconds PAUSE(500);
     for (int i = 0; i < MOST_LOOKS; ++i) {
         std::string error;
-        const bool is_idle = ask(manager, job, "", error).empty();
+        const bool is_idle = find_tasks(manager, job, "", error).empty();
         if (is_idle || !error.empty())
             return error.empty();
         std::this_thread::sleep_for(PAUSE);
     }
     return false;
 }
-} // namespace
 
-namespace {
 /// Whose job that is to come is in the folder; empty if it is this user's, or nobody knows.
 std::string find_other_user(const JobFolder& folder)
 {
     const std::optional<FarmJob> job = folder.read_job();
     const bool is_to_come =
         job && !folder.is_superseded() && folder.inq_done(*job, job->asked) != job->asked;
-    return is_to_come && job->user != inq_user_name() ? job->user : "";
+    return is_to_come && !is_own(*job) ? job->user : "";
 }
 } // namespace
 

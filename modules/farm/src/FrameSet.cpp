@@ -1,5 +1,7 @@
 #include "modules/farm/hdr/FrameSet.h"
 
+#include "kivlib/hdr/KIVString.h"
+
 FrameSet inq_frames(const FrameRun& run)
 {
     FrameSet frames;
@@ -17,6 +19,12 @@ std::vector<FrameRun> inq_runs(const FrameSet& frames)
         else
             runs.push_back({frame, frame});
     return runs;
+}
+
+std::string inq_number_text(int frame)
+{
+    constexpr int WIDTH = 4;
+    return KIVString(frame, WIDTH).str();
 }
 
 std::string inq_text(const FrameSet& frames)

@@ -1,5 +1,6 @@
 #include "modules/farm/hdr/JobFolder.h"
 
+#include "imagelib/hdr/UnfinishedFile.h"
 #include "kivlib/hdr/Checksum.h"
 #include "kivlib/hdr/FileHandle.h"
 #include "kivlib/hdr/KIVString.h"
@@ -27,7 +28,6 @@ constexpr char DONE[] = "done";
 constexpr char FAIL[] = "fail";
 constexpr char LOG[] = "log";
 constexpr char SCRATCH[] = "tmp";
-constexpr int FRAME_NUMBER_WIDTH = 4;
 
 struct SizeAndTime {
     std::int64_t size;
@@ -180,7 +180,7 @@ void JobFolder::set_superseded(bool superseded) const
 
 fs::path JobFolder::inq_marker(int frame) const
 {
-    return path / DONE / KIVString(frame, FRAME_NUMBER_WIDTH).str();
+    return path / DONE / inq_number_text(frame);
 }
 
 fs::path JobFolder::inq_log(int chunk) const
@@ -285,6 +285,7 @@ void JobFolder::forget_failures() const
 void JobFolder::remove_dead_scratch() const
 {
     remove_entries(path / SCRATCH, is_dead);
+    remove_abandoned_files((path / DONE).string());
 }
 
 void JobFolder::remove_all_scratch() const

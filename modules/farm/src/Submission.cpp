@@ -7,6 +7,7 @@
 #include "kivlib/hdr/file_operations.h"
 #include "modules/farm/hdr/durable_file.h"
 #include "modules/farm/hdr/finger_prints.h"
+#include "modules/farm/src/find_tasks.h"
 #include "modules/farm/src/json.h"
 #include "xsheet/store_control/hdr/FolderLock.h"
 
@@ -132,18 +133,14 @@ FarmJob Submission::make_job(const RenderWords& words, const BatchSceneInfo& inf
     return job;
 }
 
-/// Those that wait or run, by their chunks.
-std::map<int, BatchState> Submission::find_tasks(const FarmJob& job) const
+/// Those that may still run, by their chunks.
+std::map<int, BatchState> Submission::find_own_tasks(const FarmJob& job) const
 {
-    std::vector<BatchTask> tasks;
-    KIVString error;
-    if (!manager.query(job.inq_name(), &tasks, &error))
-        refuse(error.str());
-    std::map<int, BatchState> chunks;
-    for (const BatchTask& task : tasks)
-        if (task.is_alive())
-            chunks[task.index] = task.state;
-    return chunks;
+    std::string error;
+    std::map<int, BatchState> tasks = find_tasks(manager, job.inq_name(), "", error);
+    if (!error.empty())
+        refuse(error);
+    return tasks;
 }
 
 // A task that runs may be about to end, since it has done or failed what it was asked for, and not
@@ -160,7 +157,7 @@ std::set<int> Submission::find_chunks_on_their_way(const FarmJob& job) const
             std::this_thread::sleep_for(PAUSE);
         chunks.clear();
         has_doubt = false;
-        for (const auto& [chunk, state] : find_tasks(job)) {
+        for (const auto& [chunk, state] : find_own_tasks(job)) {
             if (state == BatchState::ENDING)
                 continue; // a new one would wait for its end
             const FrameSet wanted = job.inq_plan().cut(job.asked, chunk);
@@ -308,7 +305,7 @@ std::string Submission::submit(const RenderWords& words, const BatchSceneInfo& i
     const std::optional<FarmJob> found = folder.read_job();
     const FarmJob before = found.value_or(FarmJob());
     refuse_work_of_other(before, job.user);
-    const bool is_idle = find_tasks(job).empty();
+    const bool is_idle = find_own_tasks(job).empty();
     std::string said = describe_missing_files(job);
     said += found ? forget_changed(job, before, folder) : begin_anew(folder, is_idle);
     job.scene_length = std::max(job.scene_length, before.scene_length);

@@ -1,10 +1,10 @@
 #include "modules/farm/hdr/durable_file.h"
 
+#include "imagelib/hdr/UnfinishedFile.h"
 #include "kivlib/hdr/FileHandle.h"
+#include "kivlib/hdr/KIVString.h"
 
-#include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <pwd.h>
@@ -14,14 +14,6 @@
 #include <vector>
 
 namespace {
-constexpr int PERMISSIONS = 0666;
-
-bool write_and_sync(FileHandle& file, const std::string& contents)
-{
-    return file.is_open() && file.write_all(contents.data(), contents.size()) && file.sync() &&
-           file.close();
-}
-
 void sync_folder_of(const std::string& path)
 {
     if (!sync_folder(std::filesystem::path(path).parent_path().string()))
@@ -36,21 +28,20 @@ void throw_disc_error(const std::string& what)
 
 void write_durably(const std::string& path, const std::string& contents)
 {
-    const std::string unfinished = path + "." + inq_process_name() + "~";
-    FileHandle file = FileHandle::open_to_write(unfinished.c_str(), PERMISSIONS);
-    if (!write_and_sync(file, contents) || std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(unfinished.c_str());
-        errno = error;
+    UnfinishedFile file;
+    if (!file.create(path) || !file.inq_handle().write_all(contents.data(), contents.size()) ||
+        !file.close() || !file.finish())
         throw_disc_error("can't write " + path);
-    }
     sync_folder_of(path);
 }
 
 void add_line_durably(const std::string& path, const std::string& line)
 {
+    constexpr int PERMISSIONS = 0666;
     FileHandle file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, PERMISSIONS));
-    if (!write_and_sync(file, line + "\n"))
+    const std::string whole = line + "\n";
+    if (!file.is_open() || !file.write_all(whole.data(), whole.size()) || !file.sync() ||
+        !file.close())
         throw_disc_error("can't write " + path);
     sync_folder_of(path);
 }
