@@ -1,4 +1,5 @@
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/PngInput.h"
 #include "imagelib/src/orientation.h"
 #include "imagelib/src/want_of_memory.h"
 
@@ -14,7 +15,7 @@ constexpr png_uint_32 LONGEST_SIDE = 1000000;
 /// stand only locals that need no destructor.
 class PngReader : public PictureReader {
 public:
-    explicit PngReader(Bytes file) : file(file) {}
+    explicit PngReader(Bytes file) : input(file) {}
     ~PngReader() override { png_destroy_read_struct(&png, &head, nullptr); }
 
     bool read_head(PictureInfo& info) override;
@@ -37,8 +38,7 @@ private:
     [[noreturn]] static void take_error(png_structp png, png_const_charp text);
     static void take_warning(png_structp /*png*/, png_const_charp /*text*/) {}
 
-    Bytes file;
-    std::size_t position = 0;
+    PngInput input;
     png_structp png = nullptr;
     png_infop head = nullptr;
     unsigned stored_bits = 0; // of a pixel
@@ -51,10 +51,8 @@ private:
 void PngReader::read(png_structp png, png_bytep to, std::size_t count)
 {
     auto* reader = static_cast<PngReader*>(png_get_io_ptr(png));
-    if (reader->file.size() - reader->position < count)
-        png_error(png, "the PNG file ends too early");
-    std::memcpy(to, reader->file.data() + reader->position, count);
-    reader->position += count;
+    if (const char* reason = reader->input.read(to, count))
+        png_error(png, reason);
 }
 
 void PngReader::take_error(png_structp png, png_const_charp text)
@@ -81,6 +79,10 @@ bool PngReader::prepare_head(PictureInfo& info)
     png_set_user_limits(png, LONGEST_SIDE, LONGEST_SIDE);
     png_set_chunk_malloc_max(png, LARGEST_CHUNK);
     png_read_info(png, head);
+    if (input.has_stored_samples()) {
+        png_set_crc_action(png, PNG_CRC_QUIET_USE, PNG_CRC_NO_CHANGE);
+        png_set_option(png, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
+    }
     stored_bits = unsigned{png_get_bit_depth(png, head)} * png_get_channels(png, head);
     png_set_expand(png); // no palettes, nothing below 8 bits, transparent colours as alpha
     png_set_swap(png);   // 16 bits in the processor's order
@@ -145,6 +147,7 @@ bool PngReader::read_rows(RowTarget& target)
         if (!target.put_row(static_cast<int>(y), rows.get(), layout))
             return false;
     }
+    png_set_crc_action(png, PNG_CRC_DEFAULT, PNG_CRC_NO_CHANGE);
     png_read_end(png, nullptr);
     return true;
 }

@@ -74,14 +74,30 @@ Fields find_sizes(const std::string& file)
     return fields;
 }
 
-/// PNG has a checksum over its sizes.
-void mend_checksum(std::string& file)
+std::uint32_t inq_big_endian(const std::string& file, std::size_t at)
 {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        number = number << 8 | static_cast<unsigned char>(file[at + i]);
+    return number;
+}
+
+/// PNG has a checksum over each of its chunks, as far as they can still be told apart.
+void mend_checksums(std::string& file)
+{
+    constexpr std::size_t AROUND = 12; // length, name and checksum
     if (!file.starts_with("\x89PNG"))
         return;
-    const uLong sum = ::crc32(0, reinterpret_cast<const Bytef*>(file.data()) + 12, 17);
-    for (int i = 0; i < 4; ++i)
-        file[static_cast<std::size_t>(29 + i)] = static_cast<char>(sum >> (24 - 8 * i));
+    for (std::size_t at = 8; at + AROUND <= file.size();) {
+        const std::size_t bytes = inq_big_endian(file, at);
+        if (bytes > file.size() - at - AROUND)
+            return;
+        const auto* text = reinterpret_cast<const Bytef*>(file.data() + at + 4);
+        const uLong sum = ::crc32(0, text, static_cast<uInt>(bytes + 4));
+        at += AROUND + bytes;
+        for (std::size_t i = 0; i < 4; ++i)
+            file[at - 4 + i] = static_cast<char>(sum >> (24 - 8 * i));
+    }
 }
 
 enum Damage { CUT, FLIPPED, WRONG_SIZES, N_DAMAGES };
@@ -96,6 +112,8 @@ std::string damage(std::string file, Damage kind, std::minstd_rand& random)
             const std::size_t at = any(file.size());
             file[at] = static_cast<char>(file[at] ^ (1 << any(8)));
         }
+        if (any(2) == 0)
+            mend_checksums(file);
         return file;
     }
     const Fields fields = find_sizes(file);
@@ -105,7 +123,7 @@ std::string damage(std::string file, Damage kind, std::minstd_rand& random)
         for (std::size_t i = 0; i < field.size; ++i)
             file[field.at + i] = static_cast<char>(is_huge ? 0xFF >> any(3) : any(256));
     }
-    mend_checksum(file);
+    mend_checksums(file);
     return file;
 }
 

@@ -13,6 +13,7 @@
 #include <jpeglib.h>
 #include <png.h>
 #include <tiffio.h>
+#include <zlib.h>
 
 namespace {
 using Rows = std::vector<std::vector<unsigned>>;
@@ -274,6 +275,8 @@ TEST(PixmapReader, agrees_with_other_software)
         "-orient left-bottom a.tif",
         "-interlace plane a.png",
         "-colors 12 -depth 4 a.png",
+        "-depth 16 -colorspace gray a.png",
+        "-type bilevel a.png",
         "-interlace gif a.gif",
         "-depth 8 -compress rle a.tga",
     };
@@ -285,6 +288,62 @@ TEST(PixmapReader, agrees_with_other_software)
         ASSERT_TRUE(pixmap) << variant;
         EXPECT_EQ(inq_difference(*pixmap, *read(folder.path("expected.ppm"), 16)), 0U) << variant;
     }
+}
+
+namespace {
+std::string make_chunk(const std::string& name, const std::string& data)
+{
+    const std::string text = name + data;
+    const auto big_endian = [](std::size_t n) {
+        const auto number = static_cast<int>(n);
+        return bytes({number >> 24, number >> 16, number >> 8, number});
+    };
+    const uLong sum =
+        crc32(0, reinterpret_cast<const Bytef*>(text.data()), static_cast<uInt>(text.size()));
+    return big_endian(data.size()) + text + big_endian(sum);
+}
+
+/// The same PNG file with its samples in chunks of these sizes and of what is left, and up to
+/// `size` bytes of them.
+std::string part_samples(const std::string& file, std::initializer_list<std::size_t> sizes,
+                         std::size_t size = std::string::npos)
+{
+    const std::size_t chunk = file.find("IDAT") - 4;
+    const std::size_t end = file.find("IEND") - 4;
+    const std::string data = file.substr(chunk + 8, end - chunk - 12).substr(0, size);
+    std::string parted = file.substr(0, chunk);
+    std::size_t at = 0;
+    for (const std::size_t part : sizes) {
+        parted += make_chunk("IDAT", data.substr(at, part));
+        at += part;
+    }
+    return parted + make_chunk("IDAT", data.substr(at)) + file.substr(end);
+}
+} // namespace
+
+TEST(PixmapReader, takes_the_samples_of_a_png_file_from_any_chunks)
+{
+    const TempFolder folder;
+    const auto picture = make_soft_patch(300, 200, PT_RGBA_16);
+    make_writer("PngWriter", 1)->write_pixmap(folder.path("a.png"), picture.get());
+    const std::string file = folder.read("a.png");
+    const auto is_read = [&](const std::string& contents) {
+        folder.write("b.png", contents);
+        const Pixmap pixmap = read(folder.path("b.png"), 16);
+        return pixmap && inq_difference(*pixmap, *read(folder.path("a.png"), 16)) == 0;
+    };
+    EXPECT_TRUE(is_read(part_samples(file, {1, 0, 1, 100, 0})));
+    const std::size_t size = file.find("IEND") - file.find("IDAT") - 12;
+    EXPECT_TRUE(is_read(part_samples(file, {size}))); // the last one is empty
+    for (const std::size_t lost : {size - 400, std::size_t{4}, std::size_t{1}})
+        EXPECT_FALSE(is_read(part_samples(file, {50}, size - lost))) << lost;
+    std::string damaged = part_samples(file, {50});
+    damaged[file.find("IDAT") + 10] ^= 1;
+    EXPECT_FALSE(is_read(damaged));
+    EXPECT_FALSE(is_read(file.substr(0, file.size() - 12))); // without its end
+    damaged = file;
+    damaged.back() ^= 1;
+    EXPECT_FALSE(is_read(damaged));
 }
 
 TEST(PixmapReader, reads_targa_from_any_corner_and_compressed)
