@@ -87,7 +87,8 @@ class ExactFrame {
 public:
     ExactFrame(int width, int height, int grid = 1)
         : width(width), height(height), grid(grid),
-          values(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0.0)
+          covers(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0.0),
+          values(4 * covers.size(), 0.0)
     {}
 
     void draw(const Layer& layer)
@@ -97,19 +98,26 @@ public:
                 put_over(x, y, layer);
     }
 
-    /// In decibels, of what another painter made.
-    double inq_psnr(const KIVPixmap& other) const
+    enum Part { ALL, INSIDE };
+
+    /// In decibels, of what another painter made: of all pixels, or of those that the last layer
+    /// covers as a whole.
+    double inq_psnr(const KIVPixmap& other, Part part = ALL) const
     {
         double sum = 0.0;
+        std::size_t count = 0;
         for (int y = 0; y < height; ++y)
-            for (int i = 0; i < 4 * width; ++i) {
-                const double exact =
-                    values[static_cast<std::size_t>(y) * static_cast<std::size_t>(4 * width) +
-                           static_cast<std::size_t>(i)];
-                const double difference = sample(other, i / 4, y, i % 4) - exact;
-                sum += difference * difference;
+            for (int x = 0; x < width; ++x) {
+                const std::size_t at = inq_place(x, y);
+                if (part == INSIDE && covers[at] < 1.0)
+                    continue;
+                for (int c = 0; c < 4; ++c) {
+                    const double exact = values[4 * at + static_cast<std::size_t>(c)];
+                    sum += std::pow(sample(other, x, y, c) - exact, 2.0);
+                }
+                count += 4;
             }
-        return -10.0 * std::log10(sum / static_cast<double>(values.size()) + 1e-20);
+        return -10.0 * std::log10(sum / static_cast<double>(count) + 1e-20);
     }
 
 private:
@@ -121,46 +129,97 @@ private:
         return reinterpret_cast<const std::uint16_t*>(row)[4 * x + c] / 65535.0;
     }
 
-    void put_over(int x, int y, const Layer& layer)
+    struct Point {
+        double u;
+        double v;
+    };
+
+    std::size_t inq_place(int x, int y) const
     {
-        constexpr int EDGE = 8; // samples each way that tell how much is covered
-        double mean[4] = {};
-        double cover = 0.0;
-        for (int i = 0; i < EDGE * EDGE; ++i)
-            cover += covers(layer, x + (i % EDGE + 0.5) / EDGE, y + (i / EDGE + 0.5) / EDGE);
-        if (cover == 0.0)
-            return;
-        for (int i = 0; i < grid * grid; ++i)
-            add_sample(mean, layer, x + (i % grid + 0.5) / grid, y + (i / grid + 0.5) / grid);
-        cover /= EDGE * EDGE * grid * grid;
-        double* to = values.data() + 4 * (static_cast<std::ptrdiff_t>(y) * width + x);
-        const double rest = 1.0 - mean[3] * cover;
-        for (int c = 0; c < 4; ++c)
-            to[c] = mean[c] * cover + to[c] * rest;
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+               static_cast<std::size_t>(x);
     }
 
-    static void find(const Layer& layer, double x, double y, double& u, double& v)
+    void put_over(int x, int y, const Layer& layer)
+    {
+        const std::size_t at = inq_place(x, y);
+        const double cover = inq_cover(layer, x, y);
+        covers[at] = cover;
+        if (cover == 0.0)
+            return;
+        double mean[4] = {};
+        for (int i = 0; i < grid * grid; ++i)
+            add_sample(mean, layer, x + (i % grid + 0.5) / grid, y + (i / grid + 0.5) / grid);
+        const double share = cover / (grid * grid);
+        double* to = values.data() + 4 * at;
+        const double rest = 1.0 - mean[3] * share;
+        for (int c = 0; c < 4; ++c)
+            to[c] = mean[c] * share + to[c] * rest;
+    }
+
+    /// In pixels of the source.
+    static Point find(const Layer& layer, double x, double y)
     {
         const Placing& p = layer.placing;
         const double area = p.scale * p.scale;
-        u = ((x - p.x) * p.cosine() + (y - p.y) * p.sine()) / area;
-        v = (-(x - p.x) * p.sine() + (y - p.y) * p.cosine()) / area;
+        return {((x - p.x) * p.cosine() + (y - p.y) * p.sine()) / area,
+                (-(x - p.x) * p.sine() + (y - p.y) * p.cosine()) / area};
     }
 
-    static bool covers(const Layer& layer, double x, double y)
+    /// The part of a polygon where `distance(point)` is not negative.
+    template <class Distance>
+    static std::vector<Point> cut(const std::vector<Point>& polygon, Distance distance)
     {
-        double u;
-        double v;
-        find(layer, x, y, u, v);
-        return u >= 0.0 && v >= 0.0 && u < layer.source->inq_width() &&
-               v < layer.source->inq_height();
+        std::vector<Point> part;
+        for (std::size_t i = 0; i < polygon.size(); ++i) {
+            const Point& a = polygon[i];
+            const Point& b = polygon[(i + 1) % polygon.size()];
+            const double from = distance(a);
+            const double to = distance(b);
+            if (from >= 0.0)
+                part.push_back(a);
+            if ((from < 0.0) != (to < 0.0)) {
+                const double t = from / (from - to);
+                part.push_back({std::lerp(a.u, b.u, t), std::lerp(a.v, b.v, t)});
+            }
+        }
+        return part;
+    }
+
+    static double inq_area(const std::vector<Point>& polygon)
+    {
+        double twice = 0.0;
+        for (std::size_t i = 0; i < polygon.size(); ++i) {
+            const Point& a = polygon[i];
+            const Point& b = polygon[(i + 1) % polygon.size()];
+            twice += a.u * b.v - b.u * a.v;
+        }
+        return std::abs(twice) / 2.0;
+    }
+
+    /// How much of a pixel the source covers.
+    static double inq_cover(const Layer& layer, int x, int y)
+    {
+        const double u_end = layer.source->inq_width();
+        const double v_end = layer.source->inq_height();
+        std::vector<Point> pixel = {find(layer, x, y), find(layer, x + 1, y),
+                                    find(layer, x + 1, y + 1), find(layer, x, y + 1)};
+        const auto is_inside = [&](const Point& p) {
+            return p.u >= 0.0 && p.v >= 0.0 && p.u <= u_end && p.v <= v_end;
+        };
+        if (std::ranges::all_of(pixel, is_inside))
+            return 1.0;
+        const double whole = inq_area(pixel);
+        pixel = cut(pixel, [](const Point& p) { return p.u; });
+        pixel = cut(pixel, [](const Point& p) { return p.v; });
+        pixel = cut(pixel, [&](const Point& p) { return u_end - p.u; });
+        pixel = cut(pixel, [&](const Point& p) { return v_end - p.v; });
+        return inq_area(pixel) / whole;
     }
 
     static void add_sample(double* sum, const Layer& layer, double x, double y)
     {
-        double u;
-        double v;
-        find(layer, x, y, u, v);
+        auto [u, v] = find(layer, x, y);
         const KIVPixmap& from = *layer.source;
         u = std::clamp(u - 0.5, 0.0, from.inq_width() - 1.001);
         v = std::clamp(v - 0.5, 0.0, from.inq_height() - 1.001);
@@ -178,6 +237,7 @@ private:
     const int width;
     const int height;
     const int grid;
+    std::vector<double> covers; // by the last layer
     std::vector<double> values;
 };
 

@@ -140,6 +140,7 @@ void report_fidelity(benchmark::State& state, Painter& painter, const std::vecto
     for (const Layer& layer : layers)
         exact.draw(layer);
     state.counters["psnr"] = exact.inq_psnr(painter.inq_frame());
+    state.counters["inside"] = exact.inq_psnr(painter.inq_frame(), ExactFrame::INSIDE);
 }
 
 enum Case { TURNED, SCALED, MOVED, SHRUNK };
