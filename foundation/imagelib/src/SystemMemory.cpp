@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <utility>
 
 namespace {
 constexpr std::size_t HUGE_PAGE = std::size_t{2} << 20;
@@ -43,6 +44,13 @@ void* map_as_fits(std::size_t bytes)
     return bytes < LEAST_IN_HUGE_PAGES ? map(bytes) : map_in_huge_pages(bytes);
 }
 
+/// Unless too much of it would lie idle.
+bool will_do(std::size_t block_bytes, std::size_t bytes)
+{
+    constexpr std::size_t LEAST_SHARE = 8; // of what is wanted, that may be left over
+    return block_bytes >= bytes && block_bytes - bytes <= bytes / LEAST_SHARE + STEP;
+}
+
 /// What is kept would be missing elsewhere: the heap can't ask for it.
 bool has_limited_addresses()
 {
@@ -72,35 +80,52 @@ void* SystemMemory::take(std::size_t& bytes)
     return map_as_fits(bytes);
 }
 
-/// The smallest that will do, unless too much of it would lie idle.
+/// The smallest that will do.
 void* SystemMemory::take_kept(std::size_t& bytes)
 {
-    constexpr std::size_t LEAST_SHARE = 8; // of what is wanted, that may be left over
     Block* best = nullptr;
     for (Block* block = kept.data(); block != kept.data() + count; ++block)
-        if (block->bytes >= bytes && block->bytes - bytes <= bytes / LEAST_SHARE + STEP &&
-            (!best || block->bytes < best->bytes))
+        if (will_do(block->bytes, bytes) && (!best || block->bytes < best->bytes))
             best = block;
     if (!best)
-        return nullptr;
+        return take_largest(bytes);
     const Block taken = *best;
     remove(best);
     bytes = taken.bytes;
     return taken.memory;
 }
 
+void* SystemMemory::take_largest(std::size_t& bytes)
+{
+    if (!will_do(largest.bytes, bytes))
+        return nullptr;
+    bytes = largest.bytes;
+    return std::exchange(largest, {}).memory;
+}
+
 void SystemMemory::give_back(void* block, std::size_t bytes)
 {
-    constexpr std::size_t MOST_KEPT_BYTES = std::size_t{64} << 20;
     static const bool keeps_none = has_limited_addresses();
-    if (bytes > MOST_KEPT_BYTES || keeps_none) {
+    if (keeps_none || !keep({block, bytes}))
         ::munmap(block, bytes);
-        return;
+}
+
+bool SystemMemory::keep(const Block& block)
+{
+    constexpr std::size_t MOST_TOGETHER = std::size_t{64} << 20;
+    constexpr std::size_t MOST_ALONE = std::size_t{256} << 20;
+    if (block.bytes > MOST_ALONE)
+        return false;
+    if (block.bytes > MOST_TOGETHER) {
+        drop_largest();
+        largest = block;
+        return true;
     }
-    while (count == MOST_BLOCKS || kept_bytes + bytes > MOST_KEPT_BYTES)
+    while (count == MOST_BLOCKS || kept_bytes + block.bytes > MOST_TOGETHER)
         drop_oldest();
-    kept[count++] = {block, bytes};
-    kept_bytes += bytes;
+    kept[count++] = block;
+    kept_bytes += block.bytes;
+    return true;
 }
 
 void SystemMemory::remove(Block* block)
@@ -116,8 +141,16 @@ void SystemMemory::drop_oldest()
     remove(kept.data());
 }
 
+void SystemMemory::drop_largest()
+{
+    if (largest.memory)
+        ::munmap(largest.memory, largest.bytes);
+    largest = {};
+}
+
 void SystemMemory::drop_all()
 {
+    drop_largest();
     while (count > 0)
         drop_oldest();
 }

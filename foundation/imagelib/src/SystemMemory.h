@@ -25,10 +25,14 @@ private:
     static constexpr std::size_t MOST_BLOCKS = 32;
 
     void* take_kept(std::size_t& bytes);
+    void* take_largest(std::size_t& bytes);
+    bool keep(const Block& block);
     void remove(Block* block);
     void drop_oldest();
+    void drop_largest();
     void drop_all();
 
+    Block largest = {};                  // one that is too large to be kept beside others
     std::array<Block, MOST_BLOCKS> kept; // the oldest first
     std::size_t count = 0;
     std::size_t kept_bytes = 0;
