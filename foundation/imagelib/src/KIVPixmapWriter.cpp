@@ -54,7 +54,7 @@ public:
     FileContents& operator=(const FileContents&) = delete;
     ~FileContents()
     {
-        constexpr std::size_t MOST_KEPT = std::size_t{64} << 20;
+        constexpr std::size_t MOST_KEPT = std::size_t{256} << 20;
         if (buffer->capacity() <= MOST_KEPT)
             our_last = std::move(buffer);
     }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <utility>
 
 namespace {
 constexpr std::size_t HUGE_PAGE = std::size_t{2} << 20;
@@ -66,91 +65,72 @@ SystemMemory& inq_system_memory()
     return *memory;
 }
 
-void* SystemMemory::take(std::size_t& bytes)
-{
-    constexpr std::size_t MOST_BYTES = SIZE_MAX / 2;
-    if (void* const memory = take_kept(bytes))
-        return memory;
-    if (bytes > MOST_BYTES)
-        return nullptr;
-    bytes = round_up(bytes, STEP);
-    if (void* const memory = map_as_fits(bytes))
-        return memory;
-    drop_all();
-    return map_as_fits(bytes);
-}
-
-/// The smallest that will do.
-void* SystemMemory::take_kept(std::size_t& bytes)
+IdleBlocks::Block IdleBlocks::take(std::size_t bytes)
 {
     Block* best = nullptr;
-    for (Block* block = kept.data(); block != kept.data() + count; ++block)
+    for (Block* block = blocks.data(); block != blocks.data() + count; ++block)
         if (will_do(block->bytes, bytes) && (!best || block->bytes < best->bytes))
             best = block;
     if (!best)
-        return take_largest(bytes);
+        return {};
     const Block taken = *best;
     remove(best);
-    bytes = taken.bytes;
-    return taken.memory;
+    return taken;
 }
 
-void* SystemMemory::take_largest(std::size_t& bytes)
+void IdleBlocks::put(const Block& block)
 {
-    if (!will_do(largest.bytes, bytes))
+    if (block.bytes > most_bytes) {
+        ::munmap(block.memory, block.bytes);
+        return;
+    }
+    while (count == most_blocks || sum + block.bytes > most_bytes)
+        drop_oldest();
+    blocks[count++] = block;
+    sum += block.bytes;
+}
+
+void IdleBlocks::remove(Block* block)
+{
+    sum -= block->bytes;
+    std::move(block + 1, blocks.data() + count, block);
+    --count;
+}
+
+void IdleBlocks::drop_oldest()
+{
+    ::munmap(blocks[0].memory, blocks[0].bytes);
+    remove(blocks.data());
+}
+
+void IdleBlocks::drop_all()
+{
+    while (count > 0)
+        drop_oldest();
+}
+
+void* SystemMemory::take(std::size_t& bytes)
+{
+    constexpr std::size_t MOST_BYTES = SIZE_MAX / 2;
+    if (bytes > MOST_BYTES)
         return nullptr;
-    bytes = largest.bytes;
-    return std::exchange(largest, {}).memory;
+    bytes = round_up(bytes, STEP);
+    if (const IdleBlocks::Block block = blocks_like(bytes).take(bytes); block.memory) {
+        bytes = block.bytes;
+        return block.memory;
+    }
+    if (void* const memory = map_as_fits(bytes))
+        return memory;
+    small.drop_all();
+    large.drop_all();
+    return map_as_fits(bytes);
 }
 
 void SystemMemory::give_back(void* block, std::size_t bytes)
 {
     static const bool keeps_none = has_limited_addresses();
-    if (keeps_none || !keep({block, bytes}))
+    if (keeps_none)
         ::munmap(block, bytes);
-}
-
-bool SystemMemory::keep(const Block& block)
-{
-    constexpr std::size_t MOST_TOGETHER = std::size_t{64} << 20;
-    constexpr std::size_t MOST_ALONE = std::size_t{256} << 20;
-    if (block.bytes > MOST_ALONE)
-        return false;
-    if (block.bytes > MOST_TOGETHER) {
-        drop_largest();
-        largest = block;
-        return true;
-    }
-    while (count == MOST_BLOCKS || kept_bytes + block.bytes > MOST_TOGETHER)
-        drop_oldest();
-    kept[count++] = block;
-    kept_bytes += block.bytes;
-    return true;
-}
-
-void SystemMemory::remove(Block* block)
-{
-    kept_bytes -= block->bytes;
-    std::move(block + 1, kept.data() + count, block);
-    --count;
-}
-
-void SystemMemory::drop_oldest()
-{
-    ::munmap(kept[0].memory, kept[0].bytes);
-    remove(kept.data());
-}
-
-void SystemMemory::drop_largest()
-{
-    if (largest.memory)
-        ::munmap(largest.memory, largest.bytes);
-    largest = {};
-}
-
-void SystemMemory::drop_all()
-{
-    drop_largest();
-    while (count > 0)
-        drop_oldest();
+    else
+        blocks_like(bytes).put({block, bytes});
 }
