@@ -12,7 +12,8 @@ class KIVRectangle;
 class KIVScene;
 
 /// Turns a frame of a scene into a pixmap. With a fixed size the pixmap shows the camera's nominal
-/// view; with a resolution its size follows the camera node frame by frame (dynamic view).
+/// view; with a resolution its size follows the camera node frame by frame (dynamic view). One that
+/// was stored without its scene renders nothing, and has no dynamic view.
 class RenderScene : public KIVObject {
     KIV_STORED(RenderScene, KIVObject);
 

@@ -20,6 +20,8 @@
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
 
+#include <algorithm>
+#include <climits>
 #include <unistd.h>
 
 namespace {
@@ -28,9 +30,10 @@ constexpr int FRAME_NUMBER_WIDTH = 4;
 constexpr int ALL_MAY_USE_IT = 0777;
 constexpr int EXISTS = 17;
 
+/// Beyond all sizes, no memory holds the frame.
 int rounded(double value)
 {
-    return static_cast<int>(std::lround(value));
+    return static_cast<int>(std::lround(std::clamp<double>(value, INT_MIN, INT_MAX)));
 }
 
 /// The half of the first frame that is shown later, with the in-betweens that this takes.
@@ -107,6 +110,7 @@ int CommandOutput::output_scene(OutputRun& run)
         return NO_COLOUR_PROFILE;
     if (run.is_rehearsal() ? !check_output_dir() : !create_output_dir())
         return NO_OUTPUT;
+    const KIVString folder = inq_absolute_path(settings.output_dir); // the load leaves the folder
     const std::unique_ptr<KIVScene> scene(
         KIVScene::load_from_file(settings.scene_file, nullptr, false));
     if (!scene) {
@@ -121,6 +125,9 @@ int CommandOutput::output_scene(OutputRun& run)
     complete_size(scene->inq_camera()->inq_aspect_ratio());
     if (!settings.silent)
         report_settings();
+    settings.output_dir = folder;
+    if (run.is_rehearsal() && settings.file_type == NO_FILE)
+        return NO_OUTPUT;
     return output_frames(*scene, run);
 }
 
@@ -166,7 +173,7 @@ bool CommandOutput::check_output_dir()
 {
     if (!has_output_dir())
         return false;
-    KIVString folder = settings.output_dir;
+    KIVString folder = inq_absolute_path(settings.output_dir);
     if (!inq_file_exists(folder))
         folder = folder.get_path();
     if (inq_is_directory(folder) && ::access(folder.c_str(), W_OK | X_OK) == 0)
@@ -285,7 +292,8 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
         held.will_render(frame);
         if (!copy_frame(held, report)) {
             renderer.set_camera_view();
-            const std::unique_ptr<KIVPixmap> pixmap = render(renderer, scene, run, frame);
+            const auto pixmap = without_exceptions<std::unique_ptr<KIVPixmap>>(
+                nullptr, [&] { return render(renderer, scene, run, frame); });
             if (pixmap)
                 write_frame(name, pixmap.get(), report);
         }

@@ -87,6 +87,45 @@ TEST(RenderScene, a_dynamic_view_follows_the_camera)
     EXPECT_EQ(renderer.inq_world_to_camera_transform(1) * Vector2(100.0, 0.0), Vector2(0.0, 0.0));
 }
 
+TEST(RenderScene, a_dynamic_view_of_a_turned_camera_has_its_true_lengths)
+{
+    const FadingCard museum;
+    set_camera(museum, 100.0, 30.0, 360.0); // half the nominal width
+    museum.scene->inq_cover_sheet()->set_aspect_ratio(2.0);
+    constexpr double DPI = 10.013; // a thirteenth of a pixel more than 60 makes one more
+    RenderScene renderer(museum.scene.get(), DPI, 2.0, 0, 0, 8, 0);
+    const Pixmap frame(renderer.render_frame(1, nullptr));
+    EXPECT_EQ(frame->inq_width(), 61);
+    EXPECT_EQ(frame->inq_height(), 61); // 180 units, the pixels half as high as wide
+    const double grown = 61.0 / (360.0 * DPI / 60.0);
+    const double cosine = std::sqrt(0.75);
+    EXPECT_NEAR(frame->inq_origin().elem(0), 100.0 - 180.0 * cosine + 180.0 * (1.0 - grown), 1e-9);
+    EXPECT_NEAR(frame->inq_origin().elem(1), -90.0 * cosine + 90.0 * (1.0 - grown), 1e-9);
+    const Vector2 corner = renderer.inq_camera_to_pixmap_transform() * Vector2(360.0, 180.0);
+    EXPECT_NEAR(corner.elem(0), 30.5 + 30.5 / grown, 1e-9);
+    EXPECT_NEAR(corner.elem(1), 30.5 + 30.5 / grown, 1e-9);
+}
+
+TEST(RenderScene, fixed_views_are_scaled_to_the_width)
+{
+    const FadingCard museum;
+    auto* other = add_node<CNodeScreen>(*museum.scene);
+    set_key(other->inq_subcolumn(), 1, {1.0, 0.0, 0.0});
+    RenderScene renderer(museum.scene.get(), 100, 50, 2.0, 0, 0, 8, 0);
+    renderer.set_camera_view();
+    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform() * Vector2(72.0, 72.0), Vector2(60.0, 45.0));
+    Matrix44 move;
+    move.set_translation(Vector3(36.0, 72.0, 0.0));
+    renderer.set_view_transform(move);
+    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(5.0, 10.0));
+    EXPECT_EQ(pixel(*Pixmap(renderer.render_frame(40, nullptr))), "255 255 255 ");
+    renderer.set_view_transform_and_node(move, other);
+    EXPECT_EQ(renderer.inq_camera_to_pixmap_transform() * Vector2(0.0, 0.0), Vector2(5.0, 10.0));
+    EXPECT_EQ(pixel(*Pixmap(renderer.render_frame(40, nullptr))), "255 0 0 ");
+    RenderScene restricted(museum.scene.get(), 100, 50, 2.0, 0, 1, 8, 0);
+    EXPECT_EQ(pixel(*Pixmap(restricted.render_frame(40, nullptr))), "0 0 0 ");
+}
+
 TEST(RenderScene, a_view_of_no_size_is_one_pixel_and_one_beyond_measure_none)
 {
     const FadingCard museum;
