@@ -13,7 +13,7 @@ void set_element(const Place& place, BaseNumericCellData& data, int i)
     data.set_element(i, place.number());
     if (data.inq_element(i) != place.number())
         place.refuse("a number that the column allows, such as " +
-                     std::to_string(data.inq_element(i)));
+                     KIVString(data.inq_element(i)).str());
 }
 
 /// The two handles of a curve from (0, 0) to (1, 1): x and y of the first, x and y of the second.

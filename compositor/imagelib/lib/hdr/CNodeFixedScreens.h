@@ -2,8 +2,8 @@
 
 #include "compositor/imagelib/lib/hdr/CNodeScreenBase.h"
 
-// Screens of one colour for every frame. They have no sub-column and are not registered: programs
-// make them, users and files can't.
+// Screens of one colour for every frame. They have no sub-column and are not registered: without a
+// record that a program registers for them they have no channels, and no file can hold them.
 
 class CNodeBlackScreen : public CNodeScreenBase {
     KIV_NODE(CNodeBlackScreen, CNodeScreenBase);
