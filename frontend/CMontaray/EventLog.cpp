@@ -1,5 +1,6 @@
 #include "frontend/CMontaray/EventLog.h"
 
+#include "frontend/CMontaray/exit_codes.h"
 #include "frontend/CMontaray/outcomes.h"
 
 #include <ctime>
@@ -30,15 +31,15 @@ std::string to_line(const Json& event)
 } // namespace
 
 EventLog::EventLog(const std::string& name)
-    : file(name.empty() ? nullptr : std::fopen(name.c_str(), "ae")), is_open(name.empty() || file)
+    : file(name.empty() ? nullptr : std::fopen(name.c_str(), "ae")), is_whole(name.empty() || file)
 {}
 
 void EventLog::put(const std::string& line)
 {
     if (!file)
         return;
-    std::fputs(line.c_str(), file.get());
-    std::fflush(file.get());
+    is_whole = std::fputs(line.c_str(), file.get()) >= 0 && is_whole;
+    is_whole = std::fflush(file.get()) == 0 && is_whole;
 }
 
 void EventLog::put_started(const std::string& scene, const std::string& folder, int jobs,
@@ -61,10 +62,10 @@ void EventLog::put_frame(const FrameEvent& frame)
     event["seconds"] = frame.seconds;
     event["file"] = report.file.str();
     event["peak_memory"] = frame.peak_memory;
-    event["how"] = inq_outcome_name(report.outcome);
+    event["how"] = frame.loss.empty() ? inq_outcome_name(report.outcome) : "lost";
     if (!reason.empty()) {
         event["reason"] = reason;
-        event["code"] = report.result;
+        event["code"] = frame.loss.empty() ? report.result : static_cast<int>(FRAMES_LOST);
     }
     for (int i = 0; i < report.no_images.count(); ++i)
         event["unreadable"].push_back(report.no_images.at_index(i).str());

@@ -12,7 +12,8 @@ public:
     /// Without a name nothing is written, and all is well.
     explicit EventLog(const std::string& file);
 
-    bool is_good() const { return is_open; }
+    /// Whether the file has all that was put so far.
+    bool is_good() const { return is_whole; }
 
     void put_started(const std::string& scene, const std::string& folder, int jobs,
                      std::size_t frames);
@@ -26,5 +27,5 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     std::unique_ptr<std::FILE, Close> file;
-    bool is_open;
+    bool is_whole;
 };

@@ -74,8 +74,10 @@ Job Job::start(int number, const std::vector<int>& first_places, const JobWork& 
     coutp->flush();
     const pid_t parent = ::getpid();
     job.pid = ::fork();
-    if (job.pid == 0)
+    if (job.pid == 0) {
+        job.pipe.close(); // or it would never learn that nobody reads
         be_job(ends[1], parent, number, first_places, work);
+    }
     return job;
 }
 

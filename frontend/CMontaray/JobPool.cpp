@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 namespace {
-constexpr int MOST_DEATHS = 2; // with one frame in hand, or with none
+constexpr int MOST_DEATHS = 2; // with one frame in hand, or in a row with none
 
 std::string inq_reason(int status)
 {
@@ -47,6 +47,7 @@ int JobPool::run(int n_jobs)
 {
     share_unfinished_files();
     ::signal(SIGCHLD, SIG_DFL); // where it is ignored, nobody learns how a process ended
+    n_jobs = std::min(n_jobs, static_cast<int>(frames.size()));
     for (int number = 0; number < n_jobs; ++number)
         start(number, {});
     while (!jobs.empty()) {
@@ -110,6 +111,8 @@ void JobPool::take_frame(const FrameEvent& event)
     if (is_known(event.place)) // two processes had it
         return remove_file(event.report.unfinished);
     waiting.emplace(event.place, event);
+    if (event.loss.empty())
+        n_idle_deaths = 0;
     deliver();
 }
 
@@ -180,8 +183,10 @@ void JobPool::bury(Job& job)
 void JobPool::replace(const Job& job, const std::string& reason)
 {
     std::vector<int> places = list_lost_places(job);
-    if (places.empty() && ++n_idle_deaths > MOST_DEATHS)
+    if (places.empty() && ++n_idle_deaths > MOST_DEATHS) {
+        std::cerr << "CMontaray: a process is not replaced, as " << reason << " once more.\n";
         return;
+    }
     if (!places.empty() && ++n_deaths[places.front()] >= MOST_DEATHS) {
         lose(places.front(), reason);
         places.erase(places.begin());

@@ -42,7 +42,7 @@ private:
     std::vector<Job> jobs;
     std::map<int, FrameEvent> waiting; // by place, for those before them
     std::map<int, int> n_deaths;       // of processes that had the place in hand
-    int n_idle_deaths = 0;             // of those that had none
+    int n_idle_deaths = 0;             // of those that had none, since a frame was done
     int next_place = 0;
     bool has_ended = false; // by a frame that could not be written
     bool is_stopping = false;

@@ -27,7 +27,7 @@ const char* const OPTIONS_HELP =
     "  --check              of list_refs: with sizes; exit code 222 if a file is missing\n"
     "  --help  --version\n"
     "\n"
-    "All other options are told by CMontaray without any argument.\n";
+    "Most other options are told by CMontaray without any argument.\n";
 
 namespace {
 constexpr int MOST_JOBS = 256;
@@ -76,14 +76,33 @@ bool Options::read(int argc, char** argv)
         }
         const char* const sign = std::strchr(argv[i], '=');
         const std::string name(word.substr(0, sign ? word.find('=') : word.size()));
-        if (const Switch* found = sign ? nullptr : find_switch(name)) {
-            this->*found->field = true;
+        names.push_back(name);
+        if (find_switch(name)) {
+            if (!read_switch(name, sign))
+                return false;
             continue;
         }
         const char* const value = sign ? sign + 1 : i + 1 < argc ? argv[i + 1] : nullptr;
         if (!read_value(name, value))
             return false;
         i += sign ? 0 : 1;
+    }
+    return true;
+}
+
+bool Options::read_switch(const std::string& name, bool has_value)
+{
+    this->*find_switch(name)->field = true;
+    return !has_value || refuse(CommandOutput::BAD_USAGE, name + " takes no value.");
+}
+
+bool Options::check_form(bool is_list)
+{
+    for (const std::string& name : names) {
+        const bool is_of_list = name == "--json" || name == "--check";
+        if (is_of_list != is_list)
+            return refuse(CommandOutput::BAD_USAGE,
+                          name + " is no option of " + (is_list ? "list_refs." : "image."));
     }
     return true;
 }
@@ -127,7 +146,7 @@ bool Options::read_jobs(const std::string& value)
 bool Options::read_log_file(const std::string& value)
 {
     log_file = value;
-    return true;
+    return !value.empty() || refuse(CommandOutput::BAD_USAGE, "--log-jsonl needs a file.");
 }
 
 bool Options::read_format(const std::string& value)

@@ -13,6 +13,9 @@ struct Options {
     /// `mistake` is the exit code then.
     bool read(int argc, char** argv);
 
+    /// The same if an option is meant for the other form of the command line.
+    bool check_form(bool is_list);
+
     bool help = false;
     bool version = false;
     std::optional<FrameList> frames;
@@ -32,6 +35,7 @@ struct Options {
     int mistake = 0;
 
 private:
+    bool read_switch(const std::string& name, bool has_value);
     bool read_value(const std::string& name, const char* value);
     bool read_frames(const std::string& value);
     bool read_jobs(const std::string& value);
@@ -39,6 +43,8 @@ private:
     bool read_format(const std::string& value);
     bool read_tiff_compression(const std::string& value);
     bool refuse(int code, const std::string& reason);
+
+    std::vector<std::string> names; // of those that were given
 };
 
 extern const char* const OPTIONS_HELP;

@@ -1,5 +1,6 @@
 #include "frontend/CMontaray/Progress.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -27,34 +28,51 @@ std::string make_clock(double seconds)
 }
 } // namespace
 
-Progress::Progress() : is_terminal(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress() : is_terminal(::isatty(STDERR_FILENO) == 1), process(::getpid()) {}
 
 void Progress::begin(int frames, int done)
 {
     n_frames = frames;
     n_done = n_done_before = done;
     start = shown_at = Clock::now();
+    if (is_terminal)
+        show(start);
 }
 
-void Progress::set_done(int frames)
+void Progress::set_done(int done, int frames)
 {
-    n_done = frames;
+    n_done = done;
+    n_frames = std::max(done, frames);
     const Clock::time_point now = Clock::now();
-    const bool is_due = is_terminal ? now - shown_at >= BAR_PAUSE : now - shown_at >= LINE_PAUSE;
-    if (is_due || n_done == n_frames)
+    const auto pause = is_terminal ? Clock::duration(BAR_PAUSE) : Clock::duration(LINE_PAUSE);
+    if (now - shown_at >= pause || n_done == n_frames)
         show(now);
+}
+
+void Progress::add_old_frame()
+{
+    ++n_done_before;
+    add_frame();
+}
+
+/// Nothing can be told before a frame is done.
+std::string Progress::make_forecast(Clock::time_point now) const
+{
+    const std::chrono::duration<double> time = now - start;
+    if (n_done == n_done_before || time.count() <= 0.0)
+        return "";
+    const double rate = (n_done - n_done_before) / time.count();
+    char text[64];
+    std::snprintf(text, sizeof text, ", %.1f a second, ", rate);
+    return text + make_clock((n_frames - n_done) / rate) + " left";
 }
 
 void Progress::show(Clock::time_point now)
 {
-    const std::chrono::duration<double> time = now - start;
-    const double rate = time.count() > 0.0 ? (n_done - n_done_before) / time.count() : 0.0;
-    const double left = rate > 0.0 ? (n_frames - n_done) / rate : 0.0;
     std::fflush(stdout);
-    std::fprintf(stderr, "%s%s%d of %d frames, %.1f a second, %s left%s",
-                 is_terminal ? CLEAR_LINE : "",
-                 is_terminal ? make_bar(n_done, n_frames).c_str() : "", n_done, n_frames, rate,
-                 make_clock(left).c_str(), is_terminal && n_done < n_frames ? "" : "\n");
+    std::fprintf(stderr, "%s%s%d of %d frames%s%s", is_terminal ? CLEAR_LINE : "",
+                 is_terminal ? make_bar(n_done, n_frames).c_str() : "", n_done, n_frames,
+                 make_forecast(now).c_str(), is_terminal && n_done < n_frames ? "" : "\n");
     is_shown = is_terminal && n_done < n_frames;
     shown_at = now;
 }
@@ -64,4 +82,15 @@ void Progress::hide()
     if (is_shown)
         std::fputs(CLEAR_LINE, stderr);
     is_shown = false;
+}
+
+void Progress::write(std::FILE* console, const char* text, std::size_t n)
+{
+    if (n == 0)
+        return;
+    hide();
+    std::fwrite(text, 1, n, console);
+    const bool is_whole_line = text[n - 1] == '\n';
+    if (is_whole_line && n_done < n_frames && ::getpid() == process)
+        show(Clock::now());
 }

@@ -74,7 +74,6 @@ int RenderRun::next_frame(const SameFrames& same)
     place = stop.inq_abort() ? -1 : next_place(same);
     if (place < 0 || !queue.is_wanted(place))
         return 0;
-    listener->frame_begins();
     start = std::chrono::steady_clock::now();
     return frames[static_cast<std::size_t>(place)];
 }

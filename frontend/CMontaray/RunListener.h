@@ -20,8 +20,5 @@ class RunListener {
 public:
     virtual ~RunListener() = default;
     virtual void begun(const std::vector<int>& frames) = 0;
-
-    /// Something may be said on the console next.
-    virtual void frame_begins() {}
     virtual void frame_ended(const FrameEvent& event) = 0;
 };

@@ -9,12 +9,26 @@
 
 #include <iostream>
 
+RunReport::Consoles::Consoles()
+{
+    if (!progress.is_bar())
+        return;
+    coutp = &output;
+    cerrp = &errors;
+}
+
+RunReport::Consoles::~Consoles()
+{
+    coutp = old_output;
+    cerrp = old_errors;
+}
+
 RunReport::RunReport(const Options& options, const CommandOutput& output)
     : options(options), output(output), log(options.log_file),
       start(std::chrono::steady_clock::now())
 {
     if (options.progress)
-        progress.emplace();
+        consoles.emplace();
 }
 
 void RunReport::begun(const std::vector<int>& frames)
@@ -22,26 +36,32 @@ void RunReport::begun(const std::vector<int>& frames)
     const OutputSettings& settings = output.inq_settings();
     log.put_started(settings.scene_file.str(), settings.output_dir.str(), options.jobs,
                     frames.size());
-    if (progress)
-        progress->begin(static_cast<int>(frames.size()));
+    if (consoles)
+        consoles->progress.begin(static_cast<int>(frames.size()));
 }
 
-void RunReport::frame_begins()
-{
-    if (progress)
-        progress->hide();
-}
-
+/// A process that was lost could not tell which file it was about to write.
 void RunReport::frame_ended(const FrameEvent& event)
 {
-    frame_begins();
+    FrameEvent whole = event;
+    if (!event.loss.empty())
+        whole.report.file = output.inq_frame_path(event.report.frame);
+    tell(whole);
+}
+
+void RunReport::tell(const FrameEvent& event)
+{
     *coutp << event.said.c_str();
     if (!options.dry_run)
         log.put_frame(event);
     note_faults(event);
-    n_done += inq_failure(event).empty() ? 1 : 0;
-    if (progress)
-        progress->add_frame();
+    n_done += !options.dry_run && inq_failure(event).empty() ? 1 : 0;
+    if (!consoles)
+        return;
+    if (event.report.outcome == FrameReport::LEFT_OUT)
+        consoles->progress.add_old_frame();
+    else
+        consoles->progress.add_frame();
 }
 
 void RunReport::note_faults(const FrameEvent& event)
@@ -58,14 +78,17 @@ void RunReport::note_faults(const FrameEvent& event)
 
 int RunReport::finish(int result)
 {
-    progress.reset();
+    consoles.reset();
     coutp->flush();
     for (const std::string& fault : faults)
         std::cerr << "CMontaray: " << fault << '\n';
     const int code = inq_code(result);
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     log.put_finished(code, n_done, time.count());
-    return code;
+    if (!log.is_good())
+        std::cerr << "CMontaray: The log can't be written to its end.\n";
+    const bool is_told = log.is_good() && !(options.dry_run && std::ferror(stdout));
+    return code == CommandOutput::SUCCESS && !is_told ? static_cast<int>(NOT_ALL_TOLD) : code;
 }
 
 int RunReport::inq_code(int result) const

@@ -18,20 +18,34 @@ public:
     bool is_good() const { return log.is_good(); }
 
     void begun(const std::vector<int>& frames) override;
-    void frame_begins() override;
     void frame_ended(const FrameEvent& event) override;
 
     /// Gives the exit code of a run that ended with `result`.
     int finish(int result);
 
 private:
+    /// A bar needs to know of all other words.
+    struct Consoles {
+        Consoles();
+        ~Consoles();
+        Consoles(const Consoles&) = delete;
+        Consoles& operator=(const Consoles&) = delete;
+
+        Progress progress;
+        ProgressConsole output{progress, stdout};
+        ProgressConsole errors{progress, stderr};
+        KIVOStream* const old_output = coutp; // not owned, nor the next
+        KIVOStream* const old_errors = cerrp;
+    };
+
+    void tell(const FrameEvent& event);
     void note_faults(const FrameEvent& event);
     int inq_code(int result) const;
 
     const Options& options;
     const CommandOutput& output;
     EventLog log;
-    std::optional<Progress> progress;
+    std::optional<Consoles> consoles;
     std::vector<std::string> faults;
     bool has_lost_frames = false;
     bool has_missing_images = false;

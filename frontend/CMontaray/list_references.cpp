@@ -81,6 +81,10 @@ int list_references(const Options& options)
     }
     const std::vector<Reference> references = list_files(*scene, direct_only);
     (options.json ? print_json : print_text)(references, options.check);
+    if (!std::cout.flush()) {
+        std::cerr << "CMontaray: The list can't be written to its end.\n";
+        return NOT_ALL_TOLD;
+    }
     const bool all_there = std::ranges::all_of(references, &Reference::is_there);
     return options.check && !all_there ? static_cast<int>(FILE_MISSING) : CommandOutput::SUCCESS;
 }

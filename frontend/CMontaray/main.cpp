@@ -3,7 +3,9 @@
 #include "frontend/CMontaray/RunReport.h"
 #include "frontend/CMontaray/exit_codes.h"
 #include "frontend/CMontaray/list_references.h"
+#include "kivlib/hdr/file_operations.h"
 #include "kivlib/hdr/montaray_version.h"
+#include "kivlib/hdr/prepare_process.h"
 #include "render/hdr/CommandOutput.h"
 
 #include <cstring>
@@ -33,22 +35,25 @@ int render(const Options& options)
     if (!report.is_good())
         return refuse("Can't write to '" + options.log_file + "'.");
     StopSignal::watch();
-    RenderRun run(options, queue, output.inq_settings().output_dir.str(), report);
+    const KIVString folder = inq_absolute_path(output.inq_settings().output_dir);
+    RenderRun run(options, queue, folder.str(), report);
     return report.finish(output.perform_output(run));
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
+    prepare_process();
     Options options;
     if (!options.read(argc, argv))
         return options.mistake;
     if (options.help || options.version) {
         std::cout << (options.help ? OPTIONS_HELP : "CMontaray " MONTARAY_VERSION "\n");
-        return CommandOutput::SUCCESS;
+        return std::cout.flush() ? static_cast<int>(CommandOutput::SUCCESS) : NOT_ALL_TOLD;
     }
     const std::vector<char*>& words = options.words;
-    if (words.size() > 2 && std::strcmp(words[1], "list_refs") == 0)
-        return list_references(options);
-    return render(options);
+    const bool is_list = words.size() > 2 && std::strcmp(words[1], "list_refs") == 0;
+    if (!options.check_form(is_list))
+        return options.mistake;
+    return is_list ? list_references(options) : render(options);
 }

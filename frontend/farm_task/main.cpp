@@ -1,3 +1,4 @@
+#include "kivlib/hdr/prepare_process.h"
 #include "modules/farm/hdr/Child.h"
 #include "modules/farm/hdr/ChunkTask.h"
 
@@ -21,6 +22,7 @@ int read_chunk(std::string_view text)
 /// What the batch service runs on the hosts of a farm.
 int main(int argc, char** argv)
 {
+    prepare_process();
     const int chunk = argc == 3 ? read_chunk(argv[2]) : -1;
     if (chunk < 0) {
         std::cerr << "Usage: montaray-farm-task JOB_FOLDER CHUNK\n";

@@ -133,7 +133,7 @@ void watch(const std::string& output)
         const auto [done, asked] = count(status);
         if (!progress)
             progress.emplace().begin(asked, done);
-        progress->set_done(done);
+        progress->set_done(done, asked);
         silence = status.service_error.empty() ? 0 : silence + 1;
         is_in_work = silence > 0 || status.is_in_work();
         if (is_in_work)

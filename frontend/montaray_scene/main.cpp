@@ -1,6 +1,7 @@
 #include "frontend/montaray_scene/Arguments.h"
 #include "frontend/montaray_scene/verbs.h"
 #include "kivlib/hdr/SearchFileFinder.h"
+#include "kivlib/hdr/prepare_process.h"
 
 #include <charconv>
 #include <functional>
@@ -131,9 +132,8 @@ const std::map<std::string, Verb> VERBS{
     {"status", {{}, 1, show_status, {"--json", "--watch"}}},
     {"cancel", {{}, 1, [](const Arguments& a) { return cancel_farm_jobs(a.inq_only_name()); }}},
 };
-} // namespace
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     const std::string verb = argc > 1 ? argv[1] : "";
     int status = BAD_INPUT;
@@ -147,4 +147,15 @@ int main(int argc, char** argv)
     }
     (status == DONE ? std::cout : std::cerr) << USAGE;
     return status;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    prepare_process();
+    const int status = run(argc, argv);
+    if (std::cout.flush() && !std::ferror(stdout))
+        return status;
+    std::cerr << "montaray-scene: not all could be printed\n";
+    return status == DONE ? static_cast<int>(FAILED) : status;
 }

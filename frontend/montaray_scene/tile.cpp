@@ -8,8 +8,25 @@
 #include <filesystem>
 #include <iostream>
 
+namespace {
+/// It is replaced as a whole, so it must not be the image, a device or the like.
+bool may_be_replaced(const std::filesystem::path& file, const std::filesystem::path& image)
+{
+    std::error_code failure;
+    const auto type = std::filesystem::status(file, failure).type();
+    if (type == std::filesystem::file_type::not_found)
+        return true;
+    return type == std::filesystem::file_type::regular &&
+           !std::filesystem::equivalent(file, image, failure);
+}
+} // namespace
+
 int tile_image(const std::string& image, const std::string& tiled_image)
 {
+    if (!may_be_replaced(tiled_image, image)) {
+        std::cerr << "montaray-scene: " << tiled_image << " is the image itself, or no file\n";
+        return FAILED;
+    }
     StopSignal::watch();
     StopSignal stop;
     remove_abandoned_files((std::filesystem::path(tiled_image).parent_path() / ".").string());
