@@ -19,7 +19,7 @@ BAD_LISTS = ("", "0", "3-1", "1,", ",1", "1--2", "1-x2", "1-4x0", "1-4x", "a", "
              "99999999999")
 USAGE_MISTAKES = (["--frame", "1"], ["--jobs"], ["--jobs", "0"], ["--jobs", "2x"], ["--clamp=1"],
                   ["--format", "gif"], ["--tiff-compression", "zip"],
-                  ["--log-jsonl", "/none/log"])
+                  ["--log-jsonl", "/none/log"], ["--log-jsonl="], ["--check"])
 
 # options, exit code, frames that have files; of a scene of 4 frames
 RUNS = (
@@ -35,6 +35,7 @@ RUNS = (
     (["3-9"], 206, []),
     (["--dry-run"], 0, []),
     (["-no_output"], 1, []),
+    (["-no_output", "--dry-run"], 1, []),
     (["--strict", "-width", "1000000", "-height", "1000000", "2"], 221, []),
     (["-width", "1000000", "-height", "1000000", "2"], 0, []),
 )
