@@ -48,23 +48,3 @@ TEST(BatchRenderSubmit, is_made_once_when_a_module_offers_one)
         "BatchRenderSubmit::submit_render_job called on base-class\n"));
     EXPECT_EQ(BatchRenderSubmit::inq_read_constructor(), nullptr);
 }
-
-TEST(BatchSceneInfo, comes_back_with_its_ranges_and_without_its_path)
-{
-    BatchSceneInfo info("/scenes/walk", 3, 9);
-    EXPECT_EQ(info.inq_camera_aspect_ratio(), 1.68);
-    info.set_camera_aspect_ratio(1.5);
-    info.set_selected_range(4, 5);
-    const auto back = stored_and_read(info);
-    ASSERT_TRUE(back);
-    EXPECT_EQ(info.inq_scene_path(), "/scenes/walk");
-    EXPECT_TRUE(back->inq_scene_path().is_null());
-    EXPECT_EQ(back->inq_camera_aspect_ratio(), 1.5);
-    back->set_key_range(6, 7);
-    int range[6] = {};
-    back->inq_frame_range(&range[0], &range[1]);
-    back->inq_selected_range(&range[2], &range[3]);
-    back->inq_key_range(&range[4], &range[5]);
-    EXPECT_EQ(std::vector<int>(std::begin(range), std::end(range)),
-              (std::vector{3, 9, 4, 5, 6, 7}));
-}

@@ -85,28 +85,14 @@ constexpr Row ROWS[] = {
     {"-pal -width 100", "width=100 height=576 aspect=1.06667 given=wh"},
 
     // switches
-    {"-transparent", "transparent=1"},
-    {"-alias", "anti_alias=0"},
-    {"-low_quality_ink_paint", "low_quality=1"},
     {"-key_range", "key_range=1"},
-    {"-silent", "silent=1"},
     {"-silent -verbose", ""},
-    {"-tv", "tv=1"},
-    {"-interlace", "interlace=1"},
 
     // types of files
     {"-tga -tiff", ""},
-    {"-tiffuncompressed", "type=1"},
     {"-tga", "type=3"},
-    {"-yuv625", "type=4"},
     {"-yuv525", "type=5"},
-    {"-yiq625", "type=7"},
     {"-yiq525", "type=8"},
-    {"-pict", "type=9"},
-    {"-tiff16", "type=10"},
-    {"-cineon_full", "type=11"},
-    {"-cineon_half", "type=12"},
-    {"-no_output", "type=-1"},
 
     // short forms: the first name that they begin
     {"-c", "format=cinemascope"},
@@ -148,11 +134,9 @@ constexpr Row ROWS[] = {
     {"-clapper -tv", "tv=1", "", 204},
 
     // values, which are consumed even if they are wrong
-    {"-width 640", "width=640 given=w"},
     {"-width -5", "width=-5 given=w"},
     {"-width 640 -width 0", "given=w", "Invalid argument to -width: 0 ignored.\n"},
     {"-width 12x 7", "first=7 last=7", "Invalid argument to -width: 12x ignored.\n"},
-    {"-height 480", "height=480 given=h"},
     {"-height tv", "", "Invalid argument to -height: tv ignored.\n"},
     {"-par 0.001", "aspect=0.001"},
     {"-par 2.5 -par 0.0009", "", "Invalid argument to -par: 0.0009 ignored.\n"},
@@ -193,7 +177,6 @@ constexpr Row ROWS[] = {
 
     // Cineon sizes come last, and for Cineon alone
     {"-academy_cineon", "format=academy"},
-    {"-cineon_full", "type=11"},
     {"-academy_cineon -cineon_full -width 100",
      "width=3656 height=2664 aspect=1.5 type=11 format=academy given=wh"},
     {"-academy_cineon -cineon_half",

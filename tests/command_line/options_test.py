@@ -197,15 +197,6 @@ class Options(InFolder):
         self.assertEqual(listed("--check"), (222, f"missing\t{self.art}\n"))
         self.assertEqual(json.loads(listed("--json")[1]), [{"path": str(self.art)}])
 
-    def test_other_formats(self):
-        for options, name, facts in (
-                (["--format", "png"], "png", "PNG 8"), (["--format", "png16"], "png", "PNG 16"),
-                (["--tiff-compression", "lzw"], "tif", "TIFF 8 LZW"), ([], "tif", "TIFF 8 Zip")):
-            self.image(*options, "1")
-            said = convert(self.frames / f"0001.{name}", "-format", "%m %z %C", "info:")
-            self.assertTrue(said.startswith(facts), said)
-            self.clear()
-
 
 class Interrupted(InFolder):
     """Runs that take long enough to meet them on their way."""

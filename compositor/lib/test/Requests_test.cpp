@@ -215,19 +215,3 @@ TEST_F(Requests, leave_no_op_behind_if_one_cannot_be_made)
     EXPECT_GT(AreaOp::n_most, 1);
     EXPECT_EQ(AreaOp::n_alive, 0);
 }
-
-TEST_F(Requests, find_no_op_of_an_input_whose_type_is_open)
-{
-    SketchNode* root = add("a", 1, Area::TYPE);
-    for (int i = 0; i < 1000; ++i) {
-        SketchNode* open = add_universal("open", 1);
-        auto* types = new cdata_tDArray(0); // neither is wanted
-        types->insert_tail(Area::TYPE + 1);
-        types->insert_tail(Area::TYPE + 1);
-        open->set_types(types);
-        connect(open, root);
-    }
-    const GraphExec exec(Area::TYPE, root, 0);
-    EXPECT_EQ(AreaOp::n_alive, 1);
-    EXPECT_NE(exec.inq_root_data(), nullptr);
-}

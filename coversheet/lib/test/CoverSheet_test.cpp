@@ -76,22 +76,6 @@ TEST(Approval, of_the_oldest_files_has_no_contents)
     EXPECT_EQ(read->inq_date(), KIVDate());
 }
 
-TEST(CoverSheet, keeps_type_and_ratio_of_camera_and_chart_together)
-{
-    OwnSettings settings;
-    CoverSheet sheet(nullptr);
-    sheet.set_camera_type(CAMERA_EUROPEAN);
-    EXPECT_EQ(sheet.inq_aspect_ratio(), 1.66);
-    sheet.set_aspect_ratio(2.0);
-    EXPECT_EQ(sheet.inq_camera_type(), CAMERA_CUSTOM);
-    EXPECT_EQ(sheet.inq_aspect_ratio(), 2.0);
-    sheet.set_field_chart_type(CAMERA_ACADEMY);
-    EXPECT_EQ(sheet.inq_field_chart_ratio(), 4.0 / 3.0);
-    sheet.set_field_chart_ratio(1.25);
-    EXPECT_EQ(sheet.inq_field_chart_type(), CAMERA_CUSTOM);
-    EXPECT_EQ(sheet.inq_field_chart_ratio(), 1.25);
-}
-
 TEST(CoverSheet, converts_the_field_size_to_and_from_millimetres)
 {
     OwnSettings settings;

@@ -1,4 +1,3 @@
-#include "kivlib/hdr/ChangeRecorder.h"
 #include "kivlib/hdr/KIVLinkedList.h"
 #include "kivlib/hdr/KIVString.h"
 #include "kivlib/hdr/SlotList.h"
@@ -67,47 +66,4 @@ TEST(SlotList, agrees_with_a_set_of_numbers)
         for (std::size_t i = 1; i < list.inq_ranges().size(); ++i)
             ASSERT_GT(list.inq_ranges()[i].first, list.inq_ranges()[i - 1].last + 1);
     }
-}
-
-TEST(KIVString, takes_paths_apart)
-{
-    KIVString path("/scenes/shot 1");
-    EXPECT_TRUE(path.get_file() == "shot 1");
-    EXPECT_TRUE(path.get_path() == "/scenes");
-    EXPECT_TRUE(KIVString("/scene").get_path() == "/");
-    EXPECT_TRUE(KIVString("scene").get_path() == "");
-    EXPECT_TRUE(path.append_path("XSheet") == "/scenes/shot 1/XSheet");
-    EXPECT_TRUE(path.append_path("/abs/dir") == "/abs/dir");
-    KIVString file("a.b/c.tif");
-    file.set_extension("tga");
-    EXPECT_TRUE(file == "a.b/c.tga");
-    file.set_extension("");
-    EXPECT_TRUE(file == "a.b/c");
-}
-
-TEST(ChangeRecorder, undoes_a_step_backwards_and_makes_it_again)
-{
-    struct Note : ChangeEvt {
-        Note(std::string& log, char name) : log(log), name(name) {}
-        void undo() override { log += name; }
-        void redo() override { log += static_cast<char>(std::toupper(name)); }
-        std::string& log;
-        char name;
-    };
-    std::string log;
-    ChangeRecorder recorder;
-    EXPECT_TRUE(recorder.inq_undo_label().is_null());
-    recorder.add(new Note(log, 'a'));
-    recorder.add(new Note(log, 'b'));
-    recorder.end("Move");
-    EXPECT_TRUE(recorder.inq_undo_label() == "Move");
-    recorder.end(nullptr);
-    EXPECT_EQ(recorder.inq_undo_count(), 1);
-    EXPECT_TRUE(recorder.undo());
-    EXPECT_FALSE(recorder.undo());
-    EXPECT_TRUE(recorder.redo());
-    EXPECT_EQ(log, "baAB");
-    EXPECT_TRUE(recorder.undo());
-    recorder.add(new Note(log, 'c'));
-    EXPECT_FALSE(recorder.redo());
 }

@@ -1,5 +1,4 @@
 #include "kivlib/hdr/KIVColour.h"
-#include "kivlib/hdr/KIVDateAndTime.h"
 #include "kivlib/hdr/KIVDefaultUnitHandler.h"
 #include "kivlib/hdr/KIVFileReference.h"
 #include "kivlib/hdr/Matrix.h"
@@ -10,7 +9,6 @@
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <numbers>
 
 static_assert(source_place("foundation/kivlib/hdr/Vector.h") == "kivlib/hdr/Vector");
 static_assert(source_place("compositor/lib/src/CData.cpp") == "compositor/lib/src/CData");
@@ -34,20 +32,6 @@ TEST(Vector, reports_a_bad_index_and_uses_the_first)
     EXPECT_NE(errors.find("VECLIB [Vector::elem]: element index out of bounds\n"),
               std::string::npos);
     EXPECT_EQ(Vector().elem(0), 0.0);
-}
-
-TEST(Matrix, composes_with_column_vectors)
-{
-    Matrix33 move;
-    Matrix33 turn;
-    move.set_translation(Vector2(10.0, 0.0));
-    turn.set_rotation(std::numbers::pi / 2, Vector2(0.0, 0.0));
-    expect_near((turn * move) * Vector2(0.0, 0.0), Vector2(0.0, 10.0));
-    expect_near(Matrix44(move * turn) * Vector2(1.0, 0.0), Vector2(10.0, 1.0));
-    turn.set_rotation(0.7, Vector2(3.0, 4.0));
-    expect_near(turn * Vector2(3.0, 4.0), Vector2(3.0, 4.0));
-    turn.set_rotation(0.7, Vector2());
-    expect_near((turn * Vector2(5.0, 1.0)).rotate(-0.7), Vector2(5.0, 1.0));
 }
 
 TEST(Matrix, inverts_and_says_if_it_can_not)
@@ -158,22 +142,6 @@ TEST(UnitHandler, reads_back_what_it_shows)
     handler.set_default_unit(KIV_UNIT_PERCENT);
     EXPECT_TRUE(handler.x_to_internal("57", &value, false));
     EXPECT_EQ(value, 0.57) << "and not the number next to it";
-}
-
-TEST(Files, make_folders_and_second_names)
-{
-    const TempFolder folder;
-    EXPECT_EQ(makedir(folder.path("new"), 0777, false), 0);
-    EXPECT_EQ(makedir(folder.path("new"), 0777, false), 17);
-    EXPECT_NE(makedir(folder.path("a/b/c"), 0777, false), 0);
-    EXPECT_EQ(makedir(folder.path("a/b/c"), 0777, true), 0);
-    EXPECT_TRUE(inq_is_directory(folder.path("a/b/c")));
-    EXPECT_EQ(makedir(folder.path("d/e//"), 0777, true), 0);
-    folder.write("old", "content");
-    EXPECT_EQ(make_symbolic_link(folder.path("old"), folder.path("second")), 0);
-    std::filesystem::remove(folder.path("old").str());
-    EXPECT_EQ(folder.read("second"), "content");
-    EXPECT_TRUE(inq_absolute_path("/a/./b//../c/") == "/a/c");
 }
 
 namespace {
@@ -324,15 +292,4 @@ TEST(Files, tell_the_user_that_a_record_could_not_take_its_place)
     EXPECT_FALSE(scene.save_kvd());
     EXPECT_EQ(captured.inq_alerts().size(), 1U);
     EXPECT_FALSE(inq_file_exists(folder.path("scene/kvd~")));
-}
-
-TEST(DatesAndTimes, compare_and_name_files)
-{
-    const KIVDateAndTime now;
-    EXPECT_TRUE(now > KIVDateAndTime(1000, 0));
-    EXPECT_TRUE(KIVDateAndTime(5, 2) > KIVDateAndTime(5, 1));
-    EXPECT_FALSE(KIVDateAndTime(5, 1) > KIVDateAndTime(5, 1));
-    EXPECT_TRUE(KIVDate(9, 3, 2026, 1).inq_date_string(KIV_DATE_FILE_NAME) == "2026-03-09");
-    EXPECT_TRUE(KIVTime(9, 5, 2).inq_time_string(KIV_TIME_FILE_NAME) == "09-05-02");
-    EXPECT_TRUE(KIVTime(0, 5, 2).inq_time_string(KIV_TIME_TWELVE) == "12:05 am");
 }

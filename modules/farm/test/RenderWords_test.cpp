@@ -35,27 +35,21 @@ TEST(RenderWords, refuses_what_makes_no_render_job)
     const Captured captured;
     const std::pair<const char*, const char*> cases[] = {
         {"", "needs options"},
-        {"-tga", "needs an output folder"},
         {"-tga -o", "needs an output folder"},
         {"-o 'x", "not closed"},
         {"-o ''", "empty"},
-        {"-o x 5", "no range of frames, such as 5"},
         {"-o x 5-9", "such as 5-9"},
-        {"-o x 5-", "such as 5-"},
         {"-o x -7", "such as -7"},
-        {"-o x -1", "such as -1"},
         {"-o x 5k", "such as 5k"},
         {"-o x --frames 1-2", "such as --frames"},
         {"--frames=3 -o x", "such as --frames"},
         {"-o x --clamp", "such as --clamp"},
         {"-o x -transparant", "-transparant is no option"},
-        {"-o x --jobs 4", "--jobs is no option of a render job"},
         {"-o x --dry-run", "--dry-run is no option of a render job"},
         {"-o x --chunk 0", "from 1 to"},
         {"-o x --chunk", "needs a value"},
         {"-o x --format gif", "--format can not be gif"},
         {"-o x -no_output", "can not be written"},
-        {"-o x -slate", "code 204"},
         {"-o x -a", "code 204"},
     };
     for (const auto& [line, reason] : cases)

@@ -14,30 +14,6 @@ std::string order_of(const BaseCellList& list)
 }
 } // namespace
 
-TEST(BaseCellList, keeps_its_cells_in_order_and_a_late_equal_behind)
-{
-    BaseCellList list;
-    auto* late = new BaseCell(5, 2);
-    list.add_cell(new BaseCell(5, 1));
-    list.add_cell(new BaseCell(9, 4));
-    list.add_cell(new BaseCell(2, 3));
-    list.find_cell(5);
-    list.add_cell(late);
-    EXPECT_EQ(order_of(list), "2/3 5/1 5/2 9/4 ");
-    list.add_cell_at(new BaseCell(0, 7), 5);
-    EXPECT_EQ(order_of(list), "2/3 5/1 5/2 5/7 9/4 ");
-    EXPECT_EQ(list.inq_key_order(late), 3);
-
-    const std::unique_ptr<BaseCell> removed(list.remove_cell(late));
-    EXPECT_EQ(removed->inq_next(), nullptr);
-    EXPECT_EQ(removed->inq_prev(), nullptr);
-    EXPECT_EQ(order_of(list), "2/3 5/1 5/7 9/4 ");
-    EXPECT_EQ(list.inq_key_order(late), -1);
-    EXPECT_EQ(list.remove_cell(late), late); // it was not there
-    for (const BaseCell* cell = list.inq_last_cell(); cell->inq_prev(); cell = cell->inq_prev())
-        EXPECT_EQ(cell->inq_prev()->inq_next(), cell);
-}
-
 TEST(BaseCellList, comes_back_with_the_classes_of_its_cells)
 {
     BaseCellList list;

@@ -73,17 +73,6 @@ TEST_F(SubColumns, renumber_keys_with_the_lengths_of_old)
     EXPECT_EQ(inq_keys(), "10+9 40+-1(20) 50+50(30) ");
 }
 
-TEST_F(SubColumns, compare_what_two_frames_show)
-{
-    make_keys({10});
-    EXPECT_TRUE(column.is_frame_the_same(1, 2));
-    EXPECT_FALSE(column.is_frame_the_same(2, 10));
-    EXPECT_TRUE(column.is_frame_the_same(10, 50));
-    key_at(10)->set_mode(IM_INBETWEEN);
-    make_keys({20});
-    EXPECT_FALSE(column.is_frame_the_same(11, 12));
-}
-
 TEST_F(SubColumns, refuse_to_be_read_with_cells_among_their_keys)
 {
     OldRecord old("SubColumn", 1);

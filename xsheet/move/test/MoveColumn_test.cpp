@@ -1,6 +1,5 @@
 #include "curveslib/hdr/SquidgeSet.h"
 #include "tests/support/OldRecord.h"
-#include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/move/hdr/MoveColumn.h"
 #include "xsheet/move/hdr/PathKeyCell.h"
 #include "xsheet/move/hdr/PathNumericColumnPolicy.h"
@@ -37,28 +36,6 @@ TEST(MoveColumn, starts_with_x_and_y)
     EXPECT_EQ(move.inq_translation(2), Vector2(15.0, -4.0));
     EXPECT_EQ(move.inq_path_column(), nullptr);
     EXPECT_FALSE(move.can_remove());
-}
-
-TEST(MoveColumn, changes_its_members_with_its_mode)
-{
-    PrimedMove move;
-    key_at(*move.member(0), 1, {10.0});
-    move.prime_column(MoveColumn::XYCOL_MODE);
-    EXPECT_EQ(move.inq_translation(1), Vector2(10.0, 0.0)) << "the same mode changes nothing";
-
-    move.prime_column(MoveColumn::TCOL_MODE);
-    ASSERT_EQ(move.inq_sub_column_list()->count(), 1);
-    EXPECT_EQ(*move.member(0)->inq_header_text(), "E/W - N/S");
-    EXPECT_EQ(move.inq_translation(1), Vector2());
-    key_at(*move.member(0), 1, {1.0, 2.0});
-    EXPECT_EQ(move.inq_translation(1), Vector2(1.0, 2.0));
-
-    move.prime_column(MoveColumn::PATH_MODE);
-    EXPECT_EQ(*move.member(0)->inq_header_text(), "PATH");
-    EXPECT_EQ(move.inq_path_column(), move.member(0));
-    move.prime_column(9);
-    EXPECT_EQ(move.inq_mode(), 9);
-    EXPECT_EQ(move.inq_sub_column_list()->count(), 0);
 }
 
 TEST(MoveColumn, takes_over_the_columns_of_an_old_node)
@@ -99,26 +76,6 @@ TEST(MoveColumn, takes_over_the_columns_of_an_old_node)
     auto* taken = static_cast<PathKeyCell*>(path.inq_path_column()->inq_first_key());
     const Vector place = path.inq_path_column()->inq_path_policy()->update_key_value(taken);
     EXPECT_EQ(Vector2(place), Vector2(7.0, 8.0)) << "with its curve";
-}
-
-TEST(MoveColumn, comes_back_in_each_mode)
-{
-    for (const int mode : {MoveColumn::PATH_MODE, MoveColumn::TCOL_MODE, MoveColumn::XYCOL_MODE}) {
-        XSheet sheet(nullptr);
-        auto* move = new PrimedMove;
-        sheet.add_sub_column(move, nullptr);
-        move->prime_column(mode);
-        if (mode != MoveColumn::PATH_MODE)
-            key_at(*move->member(0), 1, {1.0, 2.0});
-        const auto read = stored_and_read(sheet);
-        ASSERT_TRUE(read) << mode;
-        EXPECT_FALSE(read->load_finished_with_abort(nullptr));
-        auto* back = static_cast<MoveColumn*>(read->find_sub_column(1));
-        EXPECT_EQ(back->inq_type(), 20);
-        EXPECT_EQ(back->inq_mode(), mode);
-        EXPECT_EQ(back->inq_translation(1), move->inq_translation(1));
-        EXPECT_EQ(back->inq_path_column() != nullptr, mode == MoveColumn::PATH_MODE);
-    }
 }
 
 TEST(MoveColumn, gives_its_mode_and_units_to_another_by_preferences)

@@ -70,20 +70,6 @@ public:
 };
 } // namespace
 
-TEST(XSNode, names_and_colours_its_column_from_its_class)
-{
-    GlowNode node;
-    EXPECT_TRUE(node.inq_name().is_null());
-    node.init();
-    EXPECT_EQ(node.inq_name(), "Glow/Shine&A B\tC\nD");
-    EXPECT_EQ(node.inq_column()->inq_colour_type(), 3);
-    EXPECT_EQ(node.inq_column()->inq_node(), &node);
-
-    node.inq_column()->set_header_text("Halo");
-    node.init();
-    EXPECT_EQ(node.inq_name(), "Halo");
-}
-
 TEST(XSNode, enters_and_leaves_graph_and_sheet_with_its_column)
 {
     XSheet sheet(nullptr);

@@ -120,24 +120,6 @@ TEST(NumericSubColumn, reads_a_key_before_and_with_ratio_data)
     }
 }
 
-TEST(NumericSubColumn, comes_back_whole)
-{
-    for (const int order : {1, 2, 3, 4, 6}) {
-        NumericSubColumn column(order);
-        data_of(key_at(column, 2, {}))->set_value(Vector(Vector4(1.0, 2.0, 3.0, 4.0)));
-        NumericKeyCell* last = key_at(column, 6, {});
-        data_of(last)->set_value(Vector(Vector4(5.0, 6.0, 7.0, 8.0)));
-        last->set_mode(IM_STOP);
-        const auto read = stored_and_read(column);
-        ASSERT_TRUE(read);
-        EXPECT_FALSE(read->load_finished_with_abort());
-        for (const int frame : {1, 2, 3, 5, 6, 7})
-            for (int i = 0; i < order; ++i)
-                EXPECT_EQ(read->inq_element(i, frame), column.inq_element(i, frame)) << order;
-        EXPECT_EQ(read->inq_policy()->inq_sub_column(), read.get());
-    }
-}
-
 TEST(NumericSubColumn, refuses_a_key_that_is_not_numeric)
 {
     NumericSubColumn column(1);

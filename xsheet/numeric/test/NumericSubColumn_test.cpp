@@ -13,17 +13,6 @@ std::vector<double> elements_of(const Vector& value)
 }
 } // namespace
 
-TEST(NumericSubColumn, reads_the_blank_value_under_a_stop_and_from_a_key_without_data)
-{
-    NumericSubColumn column(2);
-    column.set_default_values(Vector(Vector2(3.0, 4.0)));
-    key_at(column, 1, {1.0, 2.0})->set_mode(IM_STOP);
-    EXPECT_EQ(elements_of(column.inq_value(2)), (std::vector{3.0, 4.0}));
-    column.insert_key(column.create_new_key(), 5);
-    EXPECT_EQ(elements_of(column.inq_value(5)), (std::vector{3.0, 4.0}));
-    EXPECT_EQ(column.inq_element(1, 5), 4.0);
-}
-
 TEST(NumericSubColumn, clamps_keys_and_never_what_lies_between)
 {
     NumericSubColumn column(2);

@@ -48,17 +48,6 @@ struct Followed {
 };
 } // namespace
 
-TEST(RatioKeyCellData, follows_its_source_frame_by_frame_to_the_end_of_the_scene)
-{
-    Followed f;
-    NumericKeyCell* key = f.follow(11, 0.5, 20.0);
-    EXPECT_EQ(f.follower->inq_element(0, 11), 20.0) << "the lock value";
-    EXPECT_EQ(f.follower->inq_element(0, 51), 40.0) << "a last key too";
-    EXPECT_EQ(f.follower->inq_element(0, 200), 65.0) << "the source holds";
-    key->set_mode(IM_STOP);
-    EXPECT_EQ(f.follower->inq_element(0, 51), 0.0);
-}
-
 TEST(RatioKeyCellData, runs_to_the_next_key_whatever_that_follows)
 {
     Followed f;
@@ -73,24 +62,6 @@ TEST(RatioKeyCellData, runs_to_the_next_key_whatever_that_follows)
     next->inq_ratio_data()->set_ratio_value(Vector(1, 3.0));
     EXPECT_EQ(f.follower->inq_element(0, 21), 40.0);
     EXPECT_EQ(f.follower->inq_element(0, 16), 15.0 * 2.0 - 10.0);
-}
-
-TEST(RatioKeyCellData, carries_a_change_of_the_source_on)
-{
-    Followed f;
-    NumericKeyCell* key = f.follow(51, 2.0, 7.0);
-    SubColumnWatcher watcher(f.follower, 5, nullptr);
-    f.follower->add_watcher(&watcher);
-    key->inq_ratio_data()->set_lock_frame(1);
-    key->inq_ratio_data()->update_keycell();
-    EXPECT_EQ(f.follower->inq_element(0, 51), 107.0);
-    EXPECT_EQ(f.follower->inq_element(0, 76), 157.0);
-    watcher.clear_all_frames();
-    data_of(f.source->inq_last_key())->set_element(0, 200.0);
-    EXPECT_EQ(f.follower->inq_element(0, 51), 207.0);
-    EXPECT_EQ(f.follower->inq_element(0, 76), 307.0);
-    EXPECT_TRUE(watcher.inq_frame_changed(76));
-    f.follower->remove_watcher(&watcher);
 }
 
 TEST(RatioKeyCellData, lets_a_new_key_stand_on_the_way_to_the_next_one)

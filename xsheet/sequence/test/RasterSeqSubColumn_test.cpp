@@ -1,5 +1,4 @@
 #include "kivlib/hdr/BaseFileFinder.h"
-#include "kivlib/hdr/KIVStringList.h"
 #include "scene/hdr/KIVAssetManager.h"
 #include "scene/hdr/KIVScene.h"
 #include "scene/hdr/RasterAsset.h"
@@ -54,33 +53,6 @@ RasterSeqCellData& put_old_key(ImageScene& in, int version, int asset_id, const 
     return data_of(key);
 }
 } // namespace
-
-TEST(RasterSeqSubColumn, makes_an_asset_for_each_new_file_and_shows_its_name)
-{
-    ImageScene film;
-    const RasterSeqCellData& first = data_of(film.show("/art/first.tif", 1));
-    const RasterSeqCellData& second = data_of(film.show("/art/second.tif", 9));
-    EXPECT_EQ(film.assets().lookup_asset(0, RASTER_ASSET), first.inq_asset());
-    EXPECT_EQ(film.assets().lookup_asset(1, RASTER_ASSET), second.inq_asset());
-    EXPECT_EQ(*first.inq_file_name(), "/art/first.tif");
-    EXPECT_EQ(*first.inq_string(), "first");
-    EXPECT_EQ(film.images->inq_cell(8)->inq_data(), &first);
-
-    KIVStringList files;
-    film.scene->inq_xsheet()->get_dependencies(files, true);
-    ASSERT_EQ(files.count(), 2);
-    EXPECT_EQ(files.at_index(1), "/art/second.tif");
-
-    film.images->make_key(4); // holds the first image too
-    EXPECT_EQ(film.assets().inq_total_asset_count(), 2);
-    KeyCell* third = film.show("/art/third.tif", 20);
-    data_of(third).set_asset(first.inq_asset());
-    EXPECT_EQ(*data_of(third).inq_file_name(), "/art/first.tif");
-    film.assets().mark_all_unused();
-    film.scene->inq_xsheet()->mark_used_assets();
-    EXPECT_EQ(film.assets().remove_unused_assets(), 1);
-    EXPECT_EQ(film.assets().inq_tags(RASTER_ASSET), (std::vector<unsigned long>{0, 1}));
-}
 
 TEST(RasterSeqSubColumn, binds_a_key_from_another_scene_to_its_own_assets)
 {

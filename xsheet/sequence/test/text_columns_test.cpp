@@ -92,21 +92,6 @@ TEST(FrameNumberSubColumn, gives_its_format_to_another_by_preferences)
     EXPECT_EQ(other.text(3), "- 3");
 }
 
-TEST(NotesSubColumn, starts_each_note_as_an_empty_text_on_one_frame)
-{
-    NotesSubColumn notes;
-    notes.init_after_construction();
-    EXPECT_EQ(notes.inq_default_header_string(), "Notes");
-    KeyCell* first = notes.make_key(2);
-    first->inq_data()->set_string("slower");
-    const KeyCell* second = notes.make_key(3);
-    EXPECT_EQ(first->inq_mode(), IM_STOP);
-    EXPECT_EQ(second->inq_mode(), IM_STOP);
-    EXPECT_FALSE(second->can_set_mode(IM_HOLD));
-    EXPECT_EQ(*notes.inq_cell(3)->inq_data()->inq_string(), "");
-    EXPECT_EQ(notes.inq_cell(4), nullptr);
-}
-
 TEST(NotesSubColumn, keeps_and_copies_its_scribbles)
 {
     NotesSubColumn notes;

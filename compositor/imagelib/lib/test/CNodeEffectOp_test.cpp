@@ -130,13 +130,11 @@ protected:
         root->set_request_data(1, true, false, 0, to_view, wanted);
         exec.setup_data();
         exec.generate_data(panel);
-        is_opaque = root->inq_image_is_opaque();
         return text_of(root->inq_image_ibbox_v());
     }
 
     SketchGraph sketch;
     SketchNode* effect;
-    bool is_opaque = false;
     bool is_interactive = false;
     AbortPanel* panel = nullptr;
 };
@@ -169,19 +167,6 @@ TEST_F(Effect, asks_for_its_border_in_node_units_that_grow_with_zoom)
     run(FRAME, 2.0);
     EXPECT_EQ(TrialOp::radius, Vector2(4.0, 0.0));
     EXPECT_EQ(text_of(PatchOp::asked), "-4 0 44 30");
-}
-
-TEST_F(Effect, covers_what_its_inputs_cover_and_their_borders)
-{
-    add_patch<10, 10, 14, 14>();
-    add_patch<30, 20, 60, 60>(1);
-    TrialOp::request = [](TrialOp& op) {
-        op.set_pixel_border(IntVector2(2, 1));
-        op.set_border(1, Vector2(3.0, 3.0)); // the pixels rule
-    };
-    EXPECT_EQ(run(FRAME), "8 9 40 30");
-    EXPECT_FALSE(is_opaque);
-    EXPECT_EQ(run(IntBBox(area(0, 0, 9, 30))), "8 9 9 15");
 }
 
 TEST_F(Effect, does_nothing_without_an_area_or_an_input)

@@ -131,18 +131,10 @@ TEST(CNodeRasterImage, is_titled_after_its_file_or_its_folder)
     EXPECT_EQ(CNodeRasterImage(KIVStringSet(), nullptr).inq_name(), "Images");
 }
 
-TEST(CNodeRasterImage, shows_the_image_of_the_key_at_or_before_a_frame)
+TEST(CNodeRasterImage, is_copied_with_a_column_of_its_own)
 {
     Artwork artwork;
     const std::unique_ptr<CNodeRasterImage> image(artwork.make_node("a.tif", {"R"}, 5));
-    EXPECT_EQ(image->inq_mipmap_id(4, 8), -1);
-    EXPECT_EQ(image->inq_filename(4), "None");
-    const RasterAsset& asset = *artwork.assets[0];
-    EXPECT_EQ(image->inq_mipmap_id(90, 8), asset.inq_mipmap_id_8());
-    EXPECT_EQ(image->inq_mipmap_id(90, 16), asset.inq_mipmap_id_16());
-    EXPECT_EQ(image->inq_filename(90), artwork.folder.path("a.tif"));
-    EXPECT_EQ(image->inq_path(), artwork.folder.path("a.tif"));
-
     const std::unique_ptr<CNodeRasterImage> copy(static_cast<CNodeRasterImage*>(image->clone()));
     EXPECT_NE(copy->inq_raster_column(), image->inq_raster_column());
     EXPECT_EQ(tell_keys(*copy), tell_keys(*image));

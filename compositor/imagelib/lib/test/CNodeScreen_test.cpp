@@ -1,7 +1,6 @@
-#include "compositor/affine/lib/hdr/CNodeRotate.h"
 #include "compositor/imagelib/lib/hdr/CNodeScreen.h"
 #include "compositor/imagelib/lib/test/ImageGraph.h"
-#include "compositor/imagelib/lib/test/Pixels.h"
+#include "imagelib/hdr/KIVPixmap.h"
 #include "xsheet/colour/hdr/ColourKeyCell.h"
 #include "xsheet/colour/hdr/ColourSubColumn.h"
 
@@ -24,19 +23,6 @@ public:
 };
 
 } // namespace
-
-TEST(CNodeScreen, fills_all_that_is_asked_for_but_a_grey_render)
-{
-    ImageGraph graph;
-    auto* turn = graph.add(new CNodeRotate);
-    graph.connect(turn, graph.output);
-    graph.connect(graph.add(make_card(KIVColour(0.0, 1.0, 0.0))), turn);
-    EXPECT_EQ(find_picture(graph.render(3, 2).get()), Picture(2, "GGG"));
-    graph.bits = 16;
-    EXPECT_EQ(graph.render(3, 2)->inq_type(), PT_RGBA_16);
-    graph.is_colour = false;
-    EXPECT_EQ(graph.render(3, 2), nullptr);
-}
 
 TEST(CNodeScreen, hides_what_lies_below_even_if_it_is_translucent)
 {

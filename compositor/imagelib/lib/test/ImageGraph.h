@@ -38,7 +38,7 @@ public:
         to_view.set_translation({width / 2.0, height / 2.0, 0.0});
         GraphExec exec(CDataImage::inq_type_s(), output, 0);
         auto* image = static_cast<CDataImage*>(exec.inq_root_data());
-        image->set_request_data(frame, is_colour, bits == 16, quality, to_view,
+        image->set_request_data(frame, true, false, 0, to_view,
                                 IntBBox(IntRect(height, 0, 0, width)));
         exec.setup_data();
         exec.generate_data(nullptr);
@@ -48,9 +48,6 @@ public:
     XSheet sheet{nullptr};
     CNodeGraph graph{&sheet};
     CNodeRostrum* output = add(new CNodeRostrum);
-    bool is_colour = true;
-    int bits = 8;
-    int quality = 0;
 };
 
 /// Tells the part of an old record that all nodes with a column have.
