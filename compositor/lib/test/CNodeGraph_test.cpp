@@ -37,11 +37,57 @@ std::string container_of(const CNodeGraph& graph)
     return out.inq_container();
 }
 
+/// The record of a graph without connections that holds what `tell` writes into its list.
+std::unique_ptr<CNodeGraph> read_told(int n, const std::function<void(OldRecord&)>& tell)
+{
+    OldRecord old("CNodeGraph", 92);
+    old.nested("KIVLinkedList", 1, [&](OldRecord& r) {
+        r << n;
+        tell(r);
+    });
+    old.insert_with_class_hdr(nullptr);
+    return old.read<CNodeGraph>();
+}
+
+/// A node without channels, as it stands in a file.
+void put_node(OldRecord& r, const std::function<void(OldRecord&)>& put_group)
+{
+    r.nested("SampleSource", 146, [&](OldRecord& node) {
+        node << 50.0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0 << 0.0 << 0 << 0;
+        put_group(node);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0;
+    });
+}
+
 void put_null(OldRecord& r)
 {
     r.insert_with_class_hdr(nullptr);
 }
 
+/// A node with one output channel, which lists what `put_connections` writes.
+void put_source(OldRecord& r, int node_number, const std::function<void(OldRecord&)>& put_list)
+{
+    r.nested("SampleSource", 146, [&](OldRecord& node) {
+        node << 50.0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.nested("CNodeChannelSet", 1, [&](OldRecord& set) {
+            set.put_seen(static_cast<std::uint32_t>(node_number));
+            set << 1;
+            set.nested("CNodeChannel", 144, [&](OldRecord& channel) {
+                channel.nested("KIVLinkedList", 1, put_list);
+                channel << 0;
+            });
+        });
+        node << 0.0 << 0.0 << 0 << 0;
+        node.insert_with_class_hdr(nullptr);
+        node.insert_with_class_hdr(nullptr);
+        node << 0.0;
+    });
+}
 } // namespace
 
 TEST(CNodeGraph, puts_connections_at_the_head_of_both_lists_and_tells_who_is_concerned)
@@ -153,6 +199,48 @@ TEST(CNodeGraph, reads_graphs_that_were_nodes_and_gives_their_nodes_a_width)
     ASSERT_EQ(graph->inq_nodes_list()->count(), 1);
     graph->load_finished_with_abort(nullptr, false);
     EXPECT_EQ(static_cast<CNode*>(graph->inq_nodes_list()->at_index(0))->inq_width(), 50.0);
+}
+
+TEST(CNodeGraph, refuses_files_whose_parts_do_not_belong_together)
+{
+    EXPECT_TRUE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        put_node(r, [](OldRecord& group) { group.put_seen(2); });
+    }));
+    // the same node twice; no node; a group that is in no graph
+    EXPECT_FALSE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        r.put_seen(2);
+    }));
+    EXPECT_FALSE(read_told(
+        1, [](OldRecord& r) { r.nested("KIVLinkedList", 1, [](OldRecord& list) { list << 0; }); }));
+    EXPECT_FALSE(read_told(
+        1, [](OldRecord& r) { put_node(r, [](OldRecord& group) { put_node(group, put_null); }); }));
+    // channels of another node; a list of no connections; a connection that is not mutual
+    EXPECT_TRUE(read_told(1, [](OldRecord& r) { put_source(r, 2, [](OldRecord& l) { l << 0; }); }));
+    EXPECT_FALSE(read_told(2, [](OldRecord& r) {
+        put_node(r, put_null);
+        put_source(r, 2, [](OldRecord& list) { list << 0; });
+    }));
+    EXPECT_FALSE(read_told(1, [](OldRecord& r) {
+        put_source(r, 2, [](OldRecord& list) {
+            list << 1;
+            list.nested("ChannelDataType", 1, [](OldRecord& object) {
+                object << 5;
+                put_null(object);
+                object << 0;
+            });
+        });
+    }));
+    EXPECT_FALSE(read_told(1, [](OldRecord& r) {
+        put_source(r, 2, [](OldRecord& list) {
+            list << 1;
+            list.nested("CNodeConnection", 132, [](OldRecord& connection) {
+                connection.put_seen(4); // the channel that lists it
+                connection.put_seen(4); // and no input that lists it
+            });
+        });
+    }));
 }
 
 TEST(CNodeGraph, is_not_stored_with_a_connection_that_leaves_it)
