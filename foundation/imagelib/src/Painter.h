@@ -50,11 +50,12 @@ inline std::int64_t to_walk(double value)
         std::floor(std::clamp(value, -FARTHEST, FARTHEST) * ONE_PLACE + 0.5));
 }
 
-/// Of a walk's step. A longer one leaves any source at once, and would leave 64 bits on the way.
+/// A longer one leaves any source at once, and would leave 64 bits on the way.
+constexpr double LONGEST_STEP = 1 << 21;
+
 inline std::int64_t to_step(double value)
 {
-    constexpr double LONGEST = 1 << 21;
-    return to_walk(std::clamp(value, -LONGEST, LONGEST));
+    return to_walk(std::clamp(value, -LONGEST_STEP, LONGEST_STEP));
 }
 
 /// Multiplies pixels by a share of 65536.
@@ -468,11 +469,13 @@ private:
     }
 
     /// From a pixel on, or a part of a pixel beside its centre. Places are counted from the
-    /// beginning of the pixel's strip, so that all walks over it meet the same.
+    /// beginning of the pixel's strip, so that all walks over it meet the same; where a step is too
+    /// long for that, there is just one pixel to a walk.
     SourceWalk make_walk(int x, int y, Place offset = {0.0, 0.0}) const
     {
         const double centre = options.filtered ? 0.5 : -TIE;
-        const int from = strip_begin(x);
+        const bool is_long = std::max(std::abs(m.u_x), std::abs(m.v_x)) > LONGEST_STEP;
+        const int from = is_long ? x : strip_begin(x);
         const SourceWalk walk = {to_walk(m.u_at(from + offset.x, y + offset.y) - centre),
                                  to_walk(m.v_at(from + offset.x, y + offset.y) - centre),
                                  to_step(m.u_x), to_step(m.v_x)};

@@ -256,6 +256,20 @@ TEST(Compositing, takes_the_nearest_pixel_at_low_quality)
               (Rows{{20, 20, 40, 40}, {20, 20, 40, 40}, {10, 10, 30, 30}, {10, 10, 30, 30}}));
 }
 
+TEST(Compositing, takes_it_from_a_card_that_is_seen_from_its_edge)
+{
+    KIVPixmap card(4000, 3, PT_RGBA_8, nullptr, false);
+    card.clear();
+    for (int x = 1990; x < 2010; ++x)
+        for (int y = 0; y < 3; ++y)
+            set_sample(card, x, y, 3, 77);
+    Filled target(12, 3, PT_RGBA_8, KIVColour(0, 0, 0, 0));
+    draw(card, target, {{5.49925, 0}, {5.49925, 3}, {5.50075, 3}}, false);
+    std::vector<unsigned> row(12, 0);
+    row[5] = 77;
+    EXPECT_EQ(inq_plane(target, 3), Rows(3, row));
+}
+
 TEST(Compositing, dims_by_opacity)
 {
     Filled source(6, 6, PT_RGBA_8, KIVColour(1.0));
