@@ -14,6 +14,7 @@ constexpr int EXIF_MARKER = JPEG_APP0 + 1;
 constexpr unsigned LARGEST_MARKER = 0xFFFF;
 constexpr long MOST_MEMORY = 1L << 29; // of the library, for a picture told in several scans
 constexpr int MOST_SCANS = 256;        // few files have a dozen
+constexpr double MOST_WORK = 16.0e9;   // pixels in all scans together; takes seconds
 constexpr int PROFILE_MARKER = JPEG_APP0 + 2;
 
 /// As with PNG, errors jump into the step that called the library.
@@ -77,7 +78,8 @@ void JpegReader::take_message(j_common_ptr common, int level)
 void JpegReader::count_scans(j_common_ptr common)
 {
     const auto* state = reinterpret_cast<j_decompress_ptr>(common);
-    if (state->input_scan_number <= MOST_SCANS)
+    const double pixels = static_cast<double>(state->image_width) * state->image_height;
+    if (state->input_scan_number <= MOST_SCANS && state->input_scan_number * pixels <= MOST_WORK)
         return;
     auto* reader = static_cast<JpegReader*>(common->client_data);
     std::strncpy(reader->message, "the JPEG file has too many scans", sizeof(reader->message) - 1);

@@ -51,10 +51,13 @@ bool will_do(std::size_t block_bytes, std::size_t bytes)
 }
 
 /// What is kept would be missing elsewhere: the heap can't ask for it.
-bool has_limited_addresses()
+bool has_limited_memory()
 {
-    rlimit limit{};
-    return ::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+    const auto is_limited = [](auto what) {
+        rlimit limit{};
+        return ::getrlimit(what, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+    };
+    return is_limited(RLIMIT_AS) || is_limited(RLIMIT_DATA);
 }
 } // namespace
 
@@ -128,7 +131,7 @@ void* SystemMemory::take(std::size_t& bytes)
 
 void SystemMemory::give_back(void* block, std::size_t bytes)
 {
-    static const bool keeps_none = has_limited_addresses();
+    static const bool keeps_none = has_limited_memory();
     if (keeps_none)
         ::munmap(block, bytes);
     else
