@@ -3,12 +3,12 @@
 #include "frontend/CMontaray/Message.h"
 #include "frontend/CMontaray/StopSignal.h"
 #include "imagelib/hdr/UnfinishedFile.h"
+#include "kivlib/hdr/ConsoleOStream.h"
 #include "render/hdr/CommandOutput.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <iostream>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -64,7 +64,7 @@ void JobPool::start(int number, const std::vector<int>& first_places)
     if (job.pid > 0)
         jobs.push_back(std::move(job));
     else
-        std::cerr << "CMontaray: a process could not be started.\n";
+        *cerrp << "CMontaray: a process could not be started.\n";
 }
 
 void JobPool::pass_signal_on()
@@ -184,7 +184,7 @@ void JobPool::replace(const Job& job, const std::string& reason)
 {
     std::vector<int> places = list_lost_places(job);
     if (places.empty() && ++n_idle_deaths > MOST_DEATHS) {
-        std::cerr << "CMontaray: a process is not replaced, as " << reason << " once more.\n";
+        *cerrp << "CMontaray: a process is not replaced, as " << reason.c_str() << " once more.\n";
         return;
     }
     if (!places.empty() && ++n_deaths[places.front()] >= MOST_DEATHS) {
