@@ -1,6 +1,7 @@
 #include "imagelib/src/PngInput.h"
 
 #include "imagelib/src/BigEndian.h"
+#include "imagelib/src/want_of_memory.h"
 
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
@@ -10,7 +11,9 @@ namespace {
 constexpr std::size_t HEAD = 8; // its length and its name
 constexpr std::size_t CHECKSUM = 4;
 
-// Of a file's first chunk, which the format's library has found to be sound.
+// Of a file's first chunk, which the format's library has found to be sound when it asks for the
+// samples.
+constexpr std::size_t NAME = 12;
 constexpr std::size_t WIDTH = 16;
 constexpr std::size_t HEIGHT = 20;
 constexpr std::size_t DEPTH = 24;
@@ -49,12 +52,27 @@ PngInput::~PngInput() = default;
 
 const char* PngInput::read(unsigned char* to, std::size_t count)
 {
-    if (count == HEAD && is_at_samples())
-        return begin_samples(to);
-    if (stored_left > 0)
-        return read_stored(to, count);
+    try {
+        if (stored_left > 0)
+            return read_stored(to, count);
+        return is_at_samples() ? begin_samples(to) : read_file(to, count);
+    } catch (const std::bad_alloc&) { // the library calls this, and knows no exceptions
+        return WANT_OF_MEMORY;
+    }
+}
+
+/// The library makes room for a chunk before it asks for any of it, so one that ends behind the
+/// file is refused with its head. That of the samples comes alone if just the head is wanted.
+const char* PngInput::read_file(unsigned char* to, std::size_t count)
+{
     if (file.size() - position < count)
         return TOO_SHORT;
+    if (position == next_chunk && count == HEAD) {
+        const std::size_t bytes = inq_32(position);
+        if (!is_of_samples(position) && file.size() - position - HEAD < bytes)
+            return TOO_SHORT;
+        next_chunk += HEAD + bytes + CHECKSUM;
+    }
     std::memcpy(to, file.data() + position, count);
     position += count;
     return nullptr;
@@ -74,8 +92,9 @@ bool PngInput::is_of_samples(std::size_t chunk) const
 
 bool PngInput::is_at_samples() const
 {
-    return !unpacker && is_of_samples(position) && file[INTERLACE] == 0 &&
-           count_stored(count_samples()) <= LONGEST_CHUNK;
+    return !unpacker && position == next_chunk && is_of_samples(position) &&
+           file.size() > INTERLACE && std::memcmp(file.data() + NAME, "IHDR", 4) == 0 &&
+           file[INTERLACE] == 0 && count_stored(count_samples()) <= LONGEST_CHUNK;
 }
 
 /// In bytes, with the byte before each row that tells how it is filtered.
@@ -169,12 +188,16 @@ const char* PngInput::open_chunk()
     return nullptr;
 }
 
-/// More samples than the picture has are nobody's loss, but their chunks have to be sound, too.
+/// More samples than the picture has are nobody's loss, but have to be sound, too.
 const char* PngInput::end_samples()
 {
-    unsigned char too_much;
-    const char* reason = unpack(&too_much, sizeof(too_much));
+    unsigned char too_much[4096];
+    const char* reason = nullptr;
+    do
+        reason = unpack(too_much, sizeof(too_much));
+    while (!reason && unpacker->block_state != ISAL_BLOCK_FINISH);
     while (!reason && is_of_samples(position))
         reason = open_chunk();
+    next_chunk = position;
     return reason;
 }

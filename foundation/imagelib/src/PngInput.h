@@ -26,6 +26,7 @@ public:
     const char* read(unsigned char* to, std::size_t count);
 
 private:
+    const char* read_file(unsigned char* to, std::size_t count);
     bool is_at_samples() const;
     bool is_of_samples(std::size_t chunk) const;
     std::uint64_t count_samples() const;
@@ -37,8 +38,11 @@ private:
     const char* end_samples();
     std::uint32_t inq_32(std::size_t place) const;
 
+    static constexpr std::size_t MARK_BYTES = 8;
+
     const Bytes file;
-    std::size_t position = 0; // of what comes next, or of the next chunk of samples
+    std::size_t position = 0;            // of what comes next, or of the next chunk of samples
+    std::size_t next_chunk = MARK_BYTES; // where the library asks for the head of a chunk
 
     std::unique_ptr<inflate_state> unpacker; // null until the samples come
     std::uint64_t samples_left = 0;          // bytes that are still to be unpacked

@@ -12,6 +12,7 @@
 // after <cstdio>, which it needs
 #include <jpeglib.h>
 #include <png.h>
+#include <sys/resource.h>
 #include <tiffio.h>
 #include <zlib.h>
 
@@ -344,6 +345,33 @@ TEST(PixmapReader, takes_the_samples_of_a_png_file_from_any_chunks)
     damaged = file;
     damaged.back() ^= 1;
     EXPECT_FALSE(is_read(damaged));
+}
+
+TEST(PixmapReader, is_not_misled_by_the_chunks_of_a_png_file)
+{
+    const TempFolder folder;
+    const std::string mark = bytes({0x89}) + "PNG\r\n" + bytes({0x1A}) + "\n";
+    const std::string head = make_chunk("IHDR", bytes({0, 0, 0, 2, 0, 0, 0, 1, 8, 0, 0, 0, 0}));
+    const std::string end = make_chunk("IEND", "");
+    unsigned char packed[64];
+    uLongf size = sizeof packed;
+    const unsigned char too_many[] = {0, 9, 8, 7, 6}; // two samples, behind how they are filtered
+    ASSERT_EQ(compress(packed, &size, too_many, sizeof too_many), Z_OK);
+    const std::string samples(reinterpret_cast<char*>(packed), size);
+    const auto is_read = [&](const std::string& contents) {
+        folder.write("a.png", mark + contents);
+        const Pixmap pixmap = read(folder.path("a.png"), 8);
+        return pixmap && inq_plane(*pixmap, 0) == Rows{{9, 8}};
+    };
+    EXPECT_TRUE(is_read(head + make_chunk("IDAT", samples) + end));
+    EXPECT_TRUE(is_read(head + make_chunk("tEXt", std::string("Abc\0IDAT", 8)) +
+                        make_chunk("IDAT", samples) + end));
+    EXPECT_FALSE(is_read(head + make_chunk("IDAT", samples.substr(0, size - 5)) + end));
+    EXPECT_FALSE(is_read(bytes({0, 0, 0, 5}) + "IDAT"));
+    EXPECT_FALSE(is_read(head + bytes({0x7F, 0xFF, 0xFF, 0xF0}) + "tEXt" + end));
+    struct rusage usage {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    EXPECT_LT(usage.ru_maxrss, 1 << 20); // KiB
 }
 
 TEST(PixmapReader, reads_targa_from_any_corner_and_compressed)
