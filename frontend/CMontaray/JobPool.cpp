@@ -184,7 +184,8 @@ void JobPool::replace(const Job& job, const std::string& reason)
 {
     std::vector<int> places = list_lost_places(job);
     if (places.empty() && ++n_idle_deaths > MOST_DEATHS) {
-        *cerrp << "CMontaray: a process is not replaced, as " << reason.c_str() << " once more.\n";
+        *cerrp << "CMontaray: no new process is started: " << reason.c_str()
+               << " without a frame in hand, once more.\n";
         return;
     }
     if (!places.empty() && ++n_deaths[places.front()] >= MOST_DEATHS) {

@@ -35,17 +35,18 @@ void Progress::begin(int frames, int done)
     n_frames = frames;
     n_done = n_done_before = done;
     start = shown_at = Clock::now();
-    if (is_terminal)
+    if (is_terminal || n_done == n_frames)
         show(start);
 }
 
 void Progress::set_done(int done, int frames)
 {
+    const bool is_news = done != n_done || frames != n_frames;
     n_done = done;
     n_frames = std::max(done, frames);
     const Clock::time_point now = Clock::now();
     const auto pause = is_terminal ? Clock::duration(BAR_PAUSE) : Clock::duration(LINE_PAUSE);
-    if (now - shown_at >= pause || n_done == n_frames)
+    if (n_done == n_frames ? is_news : now - shown_at >= pause)
         show(now);
 }
 
@@ -59,7 +60,7 @@ void Progress::add_old_frame()
 std::string Progress::make_forecast(Clock::time_point now) const
 {
     const std::chrono::duration<double> time = now - start;
-    if (n_done == n_done_before || time.count() <= 0.0)
+    if (n_done <= n_done_before || time.count() <= 0.0)
         return "";
     const double rate = (n_done - n_done_before) / time.count();
     char text[64];
@@ -77,9 +78,10 @@ void Progress::show(Clock::time_point now)
     shown_at = now;
 }
 
+/// A process that was started meanwhile can't know whether there is a bar.
 void Progress::hide()
 {
-    if (is_shown)
+    if (is_shown || (is_terminal && ::getpid() != process))
         std::fputs(CLEAR_LINE, stderr);
     is_shown = false;
 }

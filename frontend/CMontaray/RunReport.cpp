@@ -8,12 +8,14 @@
 #include "render/hdr/CommandOutput.h"
 
 #include <iostream>
+#include <unistd.h>
 
 RunReport::Consoles::Consoles()
 {
     if (!progress.is_bar())
         return;
-    coutp = &output;
+    if (::isatty(STDOUT_FILENO) == 1)
+        coutp = &output;
     cerrp = &errors;
 }
 
@@ -82,13 +84,15 @@ int RunReport::finish(int result)
     coutp->flush();
     for (const std::string& fault : faults)
         std::cerr << "CMontaray: " << fault << '\n';
-    const int code = inq_code(result);
+    int code = inq_code(result);
+    if (code == CommandOutput::SUCCESS && options.dry_run && std::ferror(stdout))
+        code = NOT_ALL_TOLD;
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     log.put_finished(code, n_done, time.count());
-    if (!log.is_good())
-        std::cerr << "CMontaray: The log can't be written to its end.\n";
-    const bool is_told = log.is_good() && !(options.dry_run && std::ferror(stdout));
-    return code == CommandOutput::SUCCESS && !is_told ? static_cast<int>(NOT_ALL_TOLD) : code;
+    if (log.is_good())
+        return code;
+    std::cerr << "CMontaray: The log can't be written to its end.\n";
+    return code == CommandOutput::SUCCESS ? static_cast<int>(NOT_ALL_TOLD) : code;
 }
 
 int RunReport::inq_code(int result) const

@@ -52,8 +52,8 @@ int main(int argc, char** argv)
         return std::cout.flush() ? static_cast<int>(CommandOutput::SUCCESS) : NOT_ALL_TOLD;
     }
     const std::vector<char*>& words = options.words;
-    const bool is_list = words.size() > 2 && std::strcmp(words[1], "list_refs") == 0;
+    const bool is_list = words.size() > 1 && std::strcmp(words[1], "list_refs") == 0;
     if (!options.check_form(is_list))
         return options.mistake;
-    return is_list ? list_references(options) : render(options);
+    return is_list && words.size() > 2 ? list_references(options) : render(options);
 }

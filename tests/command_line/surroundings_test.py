@@ -81,17 +81,26 @@ class Surroundings(InFolder):
                                   capture_output=True)
             self.assertEqual((done.returncode, list(self.frames.iterdir())), (210, []))
 
-    def test_the_bar_stays_on_the_terminal(self):
+    def shown_on_terminal(self, *options):
         leader, terminal = pty.openpty()
-        subprocess.run(self.command("-silent", "--progress"), stderr=terminal, check=True)
+        subprocess.run(self.command("--progress", *options), stdout=terminal, stderr=terminal,
+                       check=True)
         os.close(terminal)
         shown = ""
-        while not shown.endswith("\n"):
+        while not shown.endswith("left\r\n"):
             shown += os.read(leader, 1 << 16).decode()
         os.close(leader)
+        return shown
+
+    def test_the_bar_stays_on_the_terminal_below_all_words(self):
+        shown = self.shown_on_terminal("-silent")
         self.assertRegex(shown, r"\A\r\x1b\[K\[\.{30}\] 0 of 4 frames\r")
         self.assertRegex(shown, r"\[#{30}\] 4 of 4 frames, .* left\r\n\Z")
         self.assertFalse(re.search(r"\x1b\[K\r?\x1b\[K", shown), "it was taken away")
+        for options in ([], ["--jobs", "2"]):
+            shown = self.shown_on_terminal(*options)
+            for frame in range(1, 5):
+                self.assertRegex(shown, rf"\x1b\[KRendering frame {frame}\r\n\r\x1b\[K\[")
 
     def test_a_folder_is_the_callers_however_long_the_way_to_it(self):
         deep = self.folder.joinpath(*["a" * 100] * 3)

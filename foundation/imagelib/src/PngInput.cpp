@@ -160,7 +160,8 @@ const char* PngInput::unpack(unsigned char* to, std::uint32_t room)
     unpacker->next_out = to;
     unpacker->avail_out = room;
     for (;;) {
-        if (isal_inflate(unpacker.get()) < 0)
+        const int result = isal_inflate(unpacker.get());
+        if (result < 0 || result == ISAL_NEED_DICT)
             return DAMAGED;
         if (unpacker->avail_out == 0 || unpacker->block_state == ISAL_BLOCK_FINISH)
             return nullptr;

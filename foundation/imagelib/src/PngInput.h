@@ -9,7 +9,7 @@ struct inflate_state;
 /// The bytes of a PNG file as the format's library gets them. It would take most of its time to
 /// unpack the samples, and can't be told of a quicker way. So they are unpacked here, and it gets
 /// them in a chunk of blocks that are only stored; all else is as it lies in the file. The samples
-/// of an interlaced picture are left to it.
+/// of an interlaced picture are left to it, and those of 2 GB and more.
 class PngInput {
 public:
     /// The file, or its beginning, outlives this.
