@@ -70,20 +70,28 @@ struct Span {
     int inq_size() const { return end - first; }
 };
 
-/// Regions begin and end at a multiple of this, so that what is reduced further falls on the same
-/// pixels wherever the region lies.
-constexpr int STEP = 16;
+/// Regions begin and end at a multiple of this, so that their halving, until a side has fewer than
+/// twice the `shown` pixels, falls on the same pixels wherever the region lies. A side that is
+/// odd on the way is taken whole: how it is parted depends on its length.
+int find_step(int size, int shown)
+{
+    int step = 1;
+    for (int left = size; shown <= left / 2; left /= 2, step *= 2)
+        if (left % 2 != 0)
+            return size;
+    return step;
+}
 
 /// What filters need around the shares `from` and `to` of a side that is shown at `shown` pixels.
 /// There is always something, even of a picture out of view.
 Span find_span(double from, double to, int size, int shown)
 {
     constexpr double PIXELS_AROUND = 2.0; // of the copy, and of what is shown
-    const double margin =
-        PIXELS_AROUND + PIXELS_AROUND * size / static_cast<double>(std::max(1, shown));
+    const double margin = PIXELS_AROUND + PIXELS_AROUND * size / static_cast<double>(shown);
     const int first = static_cast<int>(std::clamp(from * size - margin, 0.0, size - 1.0));
     const int end = static_cast<int>(std::clamp(to * size + margin, first + 1.0, size * 1.0));
-    return {first / STEP * STEP, std::min(size, (end / STEP + 1) * STEP)};
+    const int step = find_step(size, shown);
+    return {first / step * step, std::min(size, (end / step + 1) * step)};
 }
 
 std::uint64_t make_place(std::size_t level, int column, int row)
@@ -185,8 +193,8 @@ TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width
     for (std::size_t level = std::min(find_level(shown_width, shown_height), levels.size() - 1);
          level < levels.size(); ++level) {
         const TiffPage& page = levels[level].page;
-        area = {level, find_span(across.min, across.max, page.width, shown_width),
-                find_span(1.0 - up.max, 1.0 - up.min, page.height, shown_height)};
+        area = {level, find_span(across.min, across.max, page.width, std::max(1, shown_width)),
+                find_span(1.0 - up.max, 1.0 - up.min, page.height, std::max(1, shown_height))};
         if (area.inq_bytes(bits) <= inq_pixel_cache().inq_limit())
             break;
     }
