@@ -20,7 +20,12 @@ struct RowLayout {
     int bits;
     Alpha alpha;
 
-    std::size_t inq_bytes() const { return static_cast<std::size_t>(samples * bits / 8); }
+    /// Of a pixel. A damaged file may claim any of both.
+    std::size_t inq_bits() const
+    {
+        return static_cast<std::size_t>(samples) * static_cast<std::size_t>(bits);
+    }
+    std::size_t inq_bytes() const { return inq_bits() / 8; }
     bool operator==(const RowLayout&) const = default;
 };
 

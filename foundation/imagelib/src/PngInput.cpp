@@ -1,6 +1,7 @@
 #include "imagelib/src/PngInput.h"
 
 #include "imagelib/src/BigEndian.h"
+#include "imagelib/src/want_of_memory.h"
 
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
@@ -49,6 +50,15 @@ PngInput::~PngInput() = default;
 
 const char* PngInput::read(unsigned char* to, std::size_t count)
 {
+    try {
+        return read_on(to, count);
+    } catch (const std::bad_alloc&) { // which may not pass through the library
+        return WANT_OF_MEMORY;
+    }
+}
+
+const char* PngInput::read_on(unsigned char* to, std::size_t count)
+{
     if (count == HEAD && is_at_samples())
         return begin_samples(to);
     if (stored_left > 0)
@@ -74,7 +84,7 @@ bool PngInput::is_of_samples(std::size_t chunk) const
 
 bool PngInput::is_at_samples() const
 {
-    return !unpacker && is_of_samples(position) && file[INTERLACE] == 0 &&
+    return !unpacker && position > INTERLACE && is_of_samples(position) && file[INTERLACE] == 0 &&
            count_stored(count_samples()) <= LONGEST_CHUNK;
 }
 

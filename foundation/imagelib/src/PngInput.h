@@ -26,6 +26,7 @@ public:
     const char* read(unsigned char* to, std::size_t count);
 
 private:
+    const char* read_on(unsigned char* to, std::size_t count);
     bool is_at_samples() const;
     bool is_of_samples(std::size_t chunk) const;
     std::uint64_t count_samples() const;

@@ -3,13 +3,11 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/UnfinishedFile.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/TiffStream.h"
 #include "imagelib/src/reduce.h"
 #include "kivlib/hdr/AbortPanel.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <sys/stat.h>
-#include <tiffio.h>
 #include <unistd.h>
 
 namespace {
@@ -31,22 +29,18 @@ public:
     }
 
     TIFF* inq_tiff() const { return tiff; }
-    const KIVString& inq_error() const { return error; }
+    KIVString inq_error(const char* otherwise) const { return words.inq_text(otherwise); }
 
 private:
     static int take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                           va_list values)
     {
-        char text[256];
-        std::vsnprintf(text, sizeof(text), format, values);
-        KIVString& error = static_cast<GrowingTiff*>(self)->error;
-        if (error.is_null())
-            error = text;
+        static_cast<GrowingTiff*>(self)->words.take(format, values);
         return 1;
     }
 
     TIFF* tiff = nullptr;
-    KIVString error;
+    TiffWords words;
 };
 
 bool GrowingTiff::open(const FileHandle& file, bool is_large)
@@ -205,8 +199,7 @@ private:
     }
     bool fail_to_write()
     {
-        const KIVString& told = tiff.inq_error();
-        return fail(told.is_null() ? KIVString("not enough memory, or no room on the disc") : told);
+        return fail(tiff.inq_error("not enough memory, or no room on the disc"));
     }
 
     KIVString image;

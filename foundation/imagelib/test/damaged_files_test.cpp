@@ -2,6 +2,7 @@
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/make_tiled_image.h"
+#include "imagelib/src/PngInput.h"
 #include "imagelib/test/PixmapGrid.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "tests/support/TempFolder.h"
@@ -226,6 +227,22 @@ protected:
     std::string whole;
 };
 } // namespace
+
+TEST(PngInput, looks_at_nothing_behind_the_end_of_the_file)
+{
+    std::string memory("\x89PNG\r\n\x1A\n\0\0\0\0IDAT", 16);
+    memory.append(64, '\0');
+    PngInput input(Bytes(reinterpret_cast<const unsigned char*>(memory.data()), 16));
+    unsigned char bytes[8];
+    EXPECT_EQ(input.read(bytes, sizeof(bytes)), nullptr);
+    EXPECT_EQ(input.read(bytes, sizeof(bytes)), nullptr);
+    EXPECT_FALSE(input.has_stored_samples());
+}
+
+TEST(RowLayout, counts_the_bits_of_what_a_damaged_file_claims)
+{
+    EXPECT_EQ((RowLayout{0xFFFF, 0xFFFF, Alpha::NONE}.inq_bits()), 0xFFFE0001U);
+}
 
 TEST_P(DamagedFiles, are_read_or_refused_in_little_memory_and_time)
 {
