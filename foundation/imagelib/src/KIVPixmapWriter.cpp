@@ -2,8 +2,8 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/UnfinishedFile.h"
+#include "imagelib/src/FileContents.h"
 #include "imagelib/src/WrittenFile.h"
-#include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/ClassManager.h"
 
 #include <cerrno>
@@ -39,35 +39,6 @@ KIVPixmapWriter::WriteError read_file(const FileHandle& file, ByteBuffer& conten
     return file.read_all(memory, size) ? KIVPixmapWriter::WRITE_OKAY
                                        : KIVPixmapWriter::WRITE_CANNOT_OPEN;
 }
-
-/// Memory for the contents of a file. That of the last one is taken again, since fresh pages cost
-/// more than copying a frame into them.
-class FileContents {
-public:
-    FileContents() : buffer(std::move(our_last))
-    {
-        if (!buffer || buffer->has_failed())
-            buffer = std::make_unique<ByteBuffer>();
-        buffer->set_size(0);
-    }
-    FileContents(const FileContents&) = delete;
-    FileContents& operator=(const FileContents&) = delete;
-    ~FileContents()
-    {
-        constexpr std::size_t MOST_KEPT = std::size_t{256} << 20;
-        if (buffer->capacity() <= MOST_KEPT)
-            our_last = std::move(buffer);
-    }
-
-    ByteBuffer& operator*() { return *buffer; }
-
-private:
-    static thread_local std::unique_ptr<ByteBuffer> our_last;
-
-    std::unique_ptr<ByteBuffer> buffer;
-};
-
-thread_local std::unique_ptr<ByteBuffer> FileContents::our_last;
 } // namespace
 
 bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
