@@ -10,11 +10,6 @@ double to_units(int pixels, double dpi)
 {
     return dpi > 0.0 ? pixels * UNITS_PER_INCH / dpi : pixels;
 }
-
-int half_of(int size)
-{
-    return std::max(1, size / 2);
-}
 } // namespace
 
 MipMap::MipMap() = default;

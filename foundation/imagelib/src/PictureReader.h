@@ -48,6 +48,9 @@ public:
     virtual void note_rows(int /*rows*/) {}
 };
 
+/// In pixels, of a picture or of one of its blocks; more makes no sense.
+constexpr int LONGEST_SIDE = 1000000;
+
 /// The most that deflate can make of a byte.
 constexpr std::uint64_t MOST_BY_DEFLATE = 1032;
 

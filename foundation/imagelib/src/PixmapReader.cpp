@@ -25,7 +25,6 @@ namespace {
 bool is_plausible(const PictureInfo& info, const PictureReader& reader, std::uint64_t file_bytes)
 {
     constexpr std::uint64_t MOST_PER_BYTE = 4096; // whatever the format would allow
-    constexpr int LONGEST_SIDE = 1000000;
     if (info.width <= 0 || info.height <= 0 || info.width > LONGEST_SIDE ||
         info.height > LONGEST_SIDE)
         return false;

@@ -9,7 +9,6 @@
 namespace {
 constexpr double METRES_PER_INCH = 0.0254;
 constexpr png_alloc_size_t LARGEST_CHUNK = 16 << 20; // of text, profiles and the like
-constexpr png_uint_32 LONGEST_SIDE = 1000000;
 
 /// An error of the format's library jumps out of it into the step that called it: between the two
 /// stand only locals that need no destructor.

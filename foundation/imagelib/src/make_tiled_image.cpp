@@ -5,6 +5,7 @@
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/TiffStream.h"
 #include "imagelib/src/reduce.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/AbortPanel.h"
 
 #include <sys/stat.h>
@@ -251,7 +252,7 @@ bool TiledImage::write_copy(PageSize larger, int number)
         return fail(inq_system_error());
     const auto reader = make_tiff_page_reader(file.inq_handle(),
                                               static_cast<std::size_t>(state.st_size), number - 1);
-    size = {std::max(1, larger.width / 2), std::max(1, larger.height / 2), larger.bits};
+    size = {half_of(larger.width), half_of(larger.height), larger.bits};
     page = std::make_unique<TilePage>(tiff.inq_tiff(), size, abort);
     HalvedRows rows(larger, *page);
     PictureInfo info;
@@ -279,7 +280,7 @@ bool make_tiled_image(const KIVString& image, const KIVString& tiled_image, KIVS
     try {
         return TiledImage(image, tiled_image, abort).make(error);
     } catch (const std::bad_alloc&) {
-        error = "Can't write image " + tiled_image + ": not enough memory";
+        error = "Can't write image " + tiled_image + ": " + WANT_OF_MEMORY;
         return false;
     }
 }
