@@ -8,14 +8,9 @@ FixedPixels PixmapDrawing::inq_pixels(const KIVPixmap& source)
 {
     const SourcePixels pixels = {source.inq_data(), static_cast<int>(source.row_bytes),
                                  source.width, source.height};
-    if (is_fixed(source))
+    if (source.inq_is_fixed())
         return {source.pixels, source.blocks, pixels, source.inq_bytes()};
     return {nullptr, nullptr, pixels, 0};
-}
-
-bool PixmapDrawing::is_fixed(const KIVPixmap& source)
-{
-    return source.blocks != nullptr;
 }
 
 Canvas PixmapDrawing::inq_canvas(KIVPixmap& pixmap)

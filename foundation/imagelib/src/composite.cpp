@@ -4,7 +4,7 @@
 #include "imagelib/src/DrawList.h"
 #include "imagelib/src/Painter.h"
 #include "imagelib/src/PixmapDrawing.h"
-#include "imagelib/src/layers.h"
+#include "imagelib/src/UnscaledLayer.h"
 #include "imagelib/src/reduce.h"
 
 namespace {
@@ -22,7 +22,7 @@ constexpr double WHOLE_PIXEL = 1.0 / 1024;
 
 PixmapDrawing::Time inq_time(const KIVPixmap& source)
 {
-    return PixmapDrawing::is_fixed(source) ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
+    return source.inq_is_fixed() ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
 }
 
 /// The least box of whole pixels around the four corners, inside the target. What a resampled edge
