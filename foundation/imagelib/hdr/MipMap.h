@@ -32,7 +32,10 @@ public:
     virtual bool inq_tiled() const { return false; }
 
     /// The part of a tiled picture inside four corners of the unit square, for the whole picture
-    /// at `width` by `height`; the caller owns it. The corners become those of what was fetched.
+    /// at `width` by `height`; the caller owns it. The corners become the top left, top right,
+    /// bottom right and bottom left of what was fetched. Null, and they stay, if the picture isn't
+    /// tiled or usable, if a corner is no number, and without memory; a tile that can't be read
+    /// makes the picture unusable.
     virtual gsl::owner<KIVPixmap*> new_region_pixmap(Vector2* corners, int width, int height);
 
     /// The picture in node space: around (0, 0), 60 / dpi units to a pixel, or one unit if the

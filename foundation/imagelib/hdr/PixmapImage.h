@@ -9,7 +9,8 @@ public:
     virtual ~RenderableImage() = default;
 
     /// Draws the whole image so that its bottom left, top left and top right corners come to the
-    /// three points, in the target's pixels with y upwards. False if nothing could be drawn.
+    /// three points, in the target's pixels with y upwards. False if nothing could be drawn, as
+    /// onto a target that is null or has no pixmap. `flags` says nothing, here and below.
     virtual int compositeAffine(double x0, double y0, double x1, double y1, double x2, double y2,
                                 DirectTarget* target, int flags) = 0;
 
@@ -26,13 +27,15 @@ public:
     /// Makes all of it transparent black.
     virtual void clear() = 0;
 
+    /// Null if nothing can be drawn on it.
     virtual KIVPixmap* inq_pixmap() = 0;
 
     /// Whether images are filtered when they are resampled.
     virtual bool inq_high_quality() const = 0;
 };
 
-/// A pixmap for as long as it is drawn, or drawn on.
+/// A pixmap for as long as it is drawn, or drawn on; the pixmap outlives it. If that is null, there
+/// is nothing to draw, and nothing to draw on.
 class PixmapImage : public RenderableImage, public DirectTarget {
 public:
     explicit PixmapImage(KIVPixmap* pixmap) : pixmap(pixmap) {}
