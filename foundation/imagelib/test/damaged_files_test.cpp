@@ -22,7 +22,6 @@
 
 namespace {
 const int FILE_COUNT = std::getenv("MONTARAY_LONG") ? 5000 : 300;
-const bool IS_IN_MEMORY = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 1) == 0;
 constexpr std::size_t MOST_MEMORY = std::size_t{1} << 30;
 constexpr unsigned LONGEST = 10; // seconds for a file
 
@@ -179,10 +178,16 @@ void read_damaged_files(const TempFolder& folder, const std::string& whole, Note
     }
 }
 
-/// A picture of every format, by its file's name.
+/// A picture of every format, by its file's name. The files lie in memory, where that can be had.
 class DamagedFiles : public testing::TestWithParam<const char*> {
 protected:
-    DamagedFiles()
+    static void SetUpTestSuite()
+    {
+        if (::access("/dev/shm", W_OK) == 0)
+            ::setenv("TMPDIR", "/dev/shm", 1);
+    }
+
+    void SetUp() override
     {
         const auto picture = make_soft_patch(120, 90, PT_RGBA_8);
         const char* writer = has_suffix(".tga") ? "TargaWriter" : "TiffWriter";
