@@ -94,12 +94,11 @@ struct Places {
 
 /// Where the pixels of 8 bits at eight places begin, counted from the source's first.
 AVX2_INLINE void store_offsets(int (&offsets)[STEP_8], const Places& u, const Places& v,
-                               int row_bytes)
+                               __m256i row_bytes)
 {
-    _mm256_store_si256(
-        reinterpret_cast<__m256i*>(offsets),
-        _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), _mm256_set1_epi32(row_bytes)),
-                         _mm256_slli_epi32(u.wholes(), 2)));
+    _mm256_store_si256(reinterpret_cast<__m256i*>(offsets),
+                       _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), row_bytes),
+                                        _mm256_slli_epi32(u.wholes(), 2)));
 }
 
 /// The places of four pixels of a walk.
@@ -165,10 +164,11 @@ AVX2 void sample_bilinear_8(std::uint8_t* out, const SourcePixels& source, Sourc
 {
     Places u(walk.u, walk.du);
     Places v(walk.v, walk.dv);
+    const __m256i row_bytes = _mm256_set1_epi32(source.row_bytes);
     int left = pixels;
     for (; left >= STEP_8; left -= STEP_8, out += 4 * STEP_8, u.advance(), v.advance()) {
         alignas(32) int offsets[STEP_8];
-        store_offsets(offsets, u, v, source.row_bytes);
+        store_offsets(offsets, u, v, row_bytes);
         __m256i upper[4];
         __m256i lower[4];
         __m256i all = _mm256_setzero_si256();
@@ -205,10 +205,11 @@ AVX2 void sample_nearest_8(std::uint8_t* out, const SourcePixels& source, Source
 {
     Places u(walk.u, walk.du);
     Places v(walk.v, walk.dv);
+    const __m256i row_bytes = _mm256_set1_epi32(source.row_bytes);
     int left = pixels;
     for (; left >= STEP_8; left -= STEP_8, out += 4 * STEP_8, u.advance(), v.advance()) {
         alignas(32) int offsets[STEP_8];
-        store_offsets(offsets, u, v, source.row_bytes);
+        store_offsets(offsets, u, v, row_bytes);
         prefetch_below(source, offsets[0]);
         store(out, gather(source.data, offsets, 1));
     }
