@@ -141,13 +141,14 @@ KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffe
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
                                               [](png_structp, png_const_charp) {});
     png_infop head = png ? png_create_info_struct(png) : nullptr;
-    bool is_whole = false;
+    WriteError result = WRITE_NO_MEMORY;
     if (head) {
         png_set_write_fn(png, &contents, append, nullptr);
-        is_whole = put_chunks(png, head, pixmap, profile, packed);
+        const bool is_whole = put_chunks(png, head, pixmap, profile, packed);
+        result = is_whole ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
     }
     png_destroy_write_struct(&png, &head);
-    return is_whole ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
+    return result;
 }
 
 [[maybe_unused]] const auto* const PNG_WRITER = new KIVPixmapWriterDescriptor(
