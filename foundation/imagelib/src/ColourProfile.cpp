@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/FileHandle.h"
 
+#include <new>
 #include <sys/stat.h>
 
 namespace {
@@ -11,9 +12,14 @@ KIVString& inq_words()
     return *words;
 }
 
+/// No exception may go through the library of profiles.
 void note_words(cmsContext /*context*/, cmsUInt32Number /*code*/, const char* text)
 {
-    inq_words() = text;
+    try {
+        inq_words() = text;
+    } catch (const std::bad_alloc&) {
+        // then the user is told no reason
+    }
 }
 
 cmsContext make_context()

@@ -47,8 +47,8 @@ private:
 
 bool TiffReader::fail_as_told(const char* otherwise)
 {
-    const KIVString& told = stream.inq_error();
-    return fail(told.is_null() ? KIVString(otherwise) : told);
+    const char* const told = stream.inq_error();
+    return fail(told[0] == '\0' ? otherwise : told);
 }
 
 bool TiffReader::read_head(PictureInfo& info)

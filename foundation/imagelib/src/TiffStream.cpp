@@ -116,11 +116,9 @@ toff_t TiffStream::inq_size(thandle_t self)
 int TiffStream::take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                            va_list values)
 {
-    char text[256];
-    std::vsnprintf(text, sizeof(text), format, values);
     TiffStream& m = *static_cast<TiffStream*>(self);
     m.has_failed = true;
-    if (m.error.is_null())
-        m.error = text;
+    if (m.error[0] == '\0')
+        std::vsnprintf(m.error, sizeof(m.error), format, values);
     return 1;
 }

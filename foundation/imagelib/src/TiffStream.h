@@ -1,7 +1,6 @@
 #pragma once
 
-#include "kivlib/hdr/KIVString.h"
-
+#include <cstdarg>
 #include <cstddef>
 #include <tiffio.h>
 
@@ -31,7 +30,8 @@ public:
     /// False if any write has failed.
     bool close();
 
-    const KIVString& inq_error() const { return error; }
+    /// Empty for none.
+    const char* inq_error() const { return error; }
 
     /// Whether anything was looked for behind the end of the file, even if the library makes do
     /// without.
@@ -55,5 +55,5 @@ private:
     bool has_failed = false;
     bool ended_early = false;
     TIFF* tiff = nullptr;
-    KIVString error;
+    char error[256] = ""; // no string: no exception may go through the library
 };
