@@ -92,6 +92,8 @@ private:
                                       int frame);
     std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, OutputRun& run, int frame);
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, FrameReport& report);
+    int try_to_write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
+                          FrameReport& report);
 
     OutputSettings settings;
     bool leaves_unfinished = false; // files, for `finish_file`

@@ -2,6 +2,7 @@
 
 #include "kivlib/hdr/FileHandle.h"
 
+#include <new>
 #include <sys/stat.h>
 
 namespace {

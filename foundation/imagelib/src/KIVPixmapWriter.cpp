@@ -39,32 +39,39 @@ KIVPixmapWriter::WriteError read_file(const FileHandle& file, ByteBuffer& conten
     return file.read_all(memory, size) ? KIVPixmapWriter::WRITE_OKAY
                                        : KIVPixmapWriter::WRITE_CANNOT_OPEN;
 }
+
+/// Makes the contents of a file by `make`, which may fail, and writes them by `write`.
+template <class Make, class Write>
+KIVPixmapWriter::WriteError make_and_write(Make make, Write write)
+{
+    try {
+        FileContents contents;
+        const KIVPixmapWriter::WriteError failure = make(*contents);
+        if ((*contents).has_failed()) // whatever else came of that
+            return KIVPixmapWriter::WRITE_NO_MEMORY;
+        return failure == KIVPixmapWriter::WRITE_OKAY ? write(*contents) : failure;
+    } catch (const std::bad_alloc&) {
+        return KIVPixmapWriter::WRITE_NO_MEMORY;
+    }
+}
 } // namespace
 
 bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
 {
     error = WRITE_NO_PIXELS;
-    if (!pixmap || !pixmap->inq_data())
+    if (!pixmap || pixmap->inq_is_empty())
         return false;
-    FileContents contents;
-    try {
-        error = encode(*pixmap, *contents);
-    } catch (const std::bad_alloc&) {
-        error = WRITE_NO_MEMORY;
-    }
-    if (error == WRITE_OKAY && (*contents).has_failed())
-        error = WRITE_NO_MEMORY;
-    if (error == WRITE_OKAY)
-        error = write_file(inq_path(file), *contents);
+    error = make_and_write(
+        [&](ByteBuffer& contents) { return encode(std::as_const(*pixmap), contents); },
+        [&](const ByteBuffer& contents) { return write_file(inq_path(file), contents); });
     return error == WRITE_OKAY;
 }
 
 bool KIVPixmapWriter::write_copy(const FileHandle& original, const KIVString& file)
 {
-    FileContents contents;
-    error = read_file(original, *contents);
-    if (error == WRITE_OKAY)
-        error = write_file(inq_path(file), *contents);
+    error = make_and_write(
+        [&](ByteBuffer& contents) { return read_file(original, contents); },
+        [&](const ByteBuffer& contents) { return write_file(inq_path(file), contents); });
     return error == WRITE_OKAY;
 }
 

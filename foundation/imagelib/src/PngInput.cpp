@@ -1,7 +1,6 @@
 #include "imagelib/src/PngInput.h"
 
 #include "imagelib/src/BigEndian.h"
-#include "imagelib/src/want_of_memory.h"
 
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
@@ -49,15 +48,6 @@ PngInput::PngInput(Bytes file) : file(file) {}
 PngInput::~PngInput() = default;
 
 const char* PngInput::read(unsigned char* to, std::size_t count)
-{
-    try {
-        return read_on(to, count);
-    } catch (const std::bad_alloc&) { // which may not pass through the library
-        return WANT_OF_MEMORY;
-    }
-}
-
-const char* PngInput::read_on(unsigned char* to, std::size_t count)
 {
     if (count == HEAD && is_at_samples())
         return begin_samples(to);

@@ -22,11 +22,10 @@ public:
     /// that the library gets mean nothing.
     bool has_stored_samples() const { return unpacker != nullptr; }
 
-    /// Null, or why the bytes can't be had.
+    /// Null, or why the bytes can't be had. Throws without memory.
     const char* read(unsigned char* to, std::size_t count);
 
 private:
-    const char* read_on(unsigned char* to, std::size_t count);
     bool is_at_samples() const;
     bool is_of_samples(std::size_t chunk) const;
     std::uint64_t count_samples() const;

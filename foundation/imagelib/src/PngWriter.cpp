@@ -147,18 +147,19 @@ bool put_head_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap)
     return true;
 }
 
-bool put_head(ByteBuffer& contents, const KIVPixmap& pixmap)
+KIVPixmapWriter::WriteError put_head(ByteBuffer& contents, const KIVPixmap& pixmap)
 {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
                                               [](png_structp, png_const_charp) {});
     png_infop head = png ? png_create_info_struct(png) : nullptr;
-    bool is_whole = false;
+    KIVPixmapWriter::WriteError result = KIVPixmapWriter::WRITE_NO_MEMORY;
     if (head) {
         png_set_write_fn(png, &contents, append, nullptr);
-        is_whole = put_head_chunks(png, head, pixmap);
+        result = put_head_chunks(png, head, pixmap) ? KIVPixmapWriter::WRITE_OKAY
+                                                    : KIVPixmapWriter::WRITE_CANNOT_ENCODE;
     }
     png_destroy_write_struct(&png, &head);
-    return is_whole;
+    return result;
 }
 
 bool PngWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
@@ -176,8 +177,9 @@ KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffe
 {
     if (pixmap.inq_bytes() > MOST_BYTES)
         return WRITE_WRONG_SIZE;
-    if (!put_head(contents, pixmap))
-        return WRITE_CANNOT_ENCODE;
+    const WriteError failure = put_head(contents, pixmap);
+    if (failure != WRITE_OKAY)
+        return failure;
     const bool is_whole =
         put_profile(contents) && put_pixels(contents, pixmap) && Chunk(contents, "IEND").end();
     return is_whole ? WRITE_OKAY : WRITE_NO_MEMORY;

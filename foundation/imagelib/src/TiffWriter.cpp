@@ -175,7 +175,7 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
     TiffStream stream(contents);
     TIFF* tiff = stream.open_to_write();
     if (!tiff)
-        return WRITE_CANNOT_ENCODE;
+        return WRITE_NO_MEMORY;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
     set_profile(tiff);
