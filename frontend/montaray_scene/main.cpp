@@ -79,7 +79,8 @@ bool read_range(const std::string& text, std::pair<int, int>& range)
     if (!read_count(text.substr(0, sign), range.first))
         return false;
     range.second = range.first;
-    return sign == std::string::npos || read_count(text.substr(sign + 1), range.second);
+    return sign == std::string::npos ||
+           (read_count(text.substr(sign + 1), range.second) && range.first <= range.second);
 }
 
 int submit(const Arguments& arguments)

@@ -19,7 +19,8 @@ class CommandOutput {
 public:
     CommandOutput();
 
-    /// Results of the public operations.
+    /// Results of the public operations. A file that can't be written gives the error of its
+    /// KIVPixmapWriter as well: 208 for 1, 210 to 215 for 2 to 7, and 216.
     enum {
         SUCCESS = 0,
         NO_OUTPUT = 1,      // no output folder, or nothing is to be written
@@ -28,7 +29,7 @@ public:
         NO_SCENE = 205,
         BAD_RANGE = 206,
         NO_COLOUR_PROFILE = 207,
-        NO_WRITER = 213
+        NO_WRITER = 213 // no such class; or it was the writer's 5
     };
 
     /// Reads `image [options] scene_file` with the program's name before it. Called once, first.
@@ -91,6 +92,8 @@ private:
                                       int frame);
     std::unique_ptr<KIVPixmap> render_field(RenderScene& renderer, OutputRun& run, int frame);
     int write_file(const KIVString& name, KIVPixmap* pixmap, int file_type, FrameReport& report);
+    int try_to_write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
+                          FrameReport& report);
 
     OutputSettings settings;
     bool leaves_unfinished = false; // files, for `finish_file`

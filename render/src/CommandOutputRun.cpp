@@ -36,6 +36,12 @@ int rounded(double value)
     return static_cast<int>(std::lround(std::clamp<double>(value, INT_MIN, INT_MAX)));
 }
 
+/// False without memory.
+bool add_alpha(KIVPixmap& field)
+{
+    return PixOpConvertType(4, field.inq_bits_per_sample(), true).transform(&field);
+}
+
 /// The half of the first frame that is shown later, with the in-betweens that this takes.
 class SecondField {
 public:
@@ -90,6 +96,12 @@ int result_for_writer_error(int error)
     default:
         return CommandOutput::SUCCESS; // the output carries on as though the frame were written
     }
+}
+
+int note_writer_error(int error, FrameReport& report)
+{
+    report.writer_error = error;
+    return result_for_writer_error(error);
 }
 } // namespace
 
@@ -297,7 +309,9 @@ FrameReport CommandOutput::output_frame(RenderScene& renderer, KIVScene& scene, 
             if (pixmap)
                 write_frame(name, pixmap.get(), report);
         }
-        if (report.outcome == FrameReport::WRITTEN || report.outcome == FrameReport::COPIED)
+        const bool has_file =
+            report.outcome == FrameReport::WRITTEN || report.outcome == FrameReport::COPIED;
+        if (has_file && !held.has_lost_images(frame))
             held.was_written(report);
     }
     if (run.looks_for_images())
@@ -360,11 +374,10 @@ std::unique_ptr<KIVPixmap> CommandOutput::render(RenderScene& renderer, KIVScene
     const std::unique_ptr<KIVPixmap> second = render_field(renderer, run, frame);
     if (!second)
         return nullptr; // half a frame is none
-    if (pixmap->inq_samples_per_pixel() != second->inq_samples_per_pixel())
-        for (KIVPixmap* field : {pixmap.get(), second.get()})
-            PixOpConvertType(4, field->inq_bits_per_sample(), true).transform(field);
-    PixOpAddInterlace(second.get(), inq_field_order(settings.file_type)).transform(pixmap.get());
-    return pixmap;
+    const bool are_alike = pixmap->inq_samples_per_pixel() == second->inq_samples_per_pixel() ||
+                           (add_alpha(*pixmap) && add_alpha(*second));
+    PixOpAddInterlace weave(second.get(), inq_field_order(settings.file_type));
+    return are_alike && weave.transform(pixmap.get()) ? std::move(pixmap) : nullptr;
 }
 
 std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, OutputRun& run,
@@ -373,8 +386,8 @@ std::unique_ptr<KIVPixmap> CommandOutput::render_field(RenderScene& renderer, Ou
     std::unique_ptr<KIVPixmap> pixmap(renderer.render_frame(frame, run.inq_abort_panel()));
     if (!pixmap)
         return nullptr;
-    if (settings.tv_filter)
-        PixOpInterlaceFilter().transform(pixmap.get());
+    if (settings.tv_filter && !PixOpInterlaceFilter().transform(pixmap.get()))
+        return nullptr;
     inq_colour_manager()->add_gamma(pixmap.get());
     return pixmap;
 }
@@ -410,13 +423,22 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
 int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
                               FrameReport& report)
 {
+    return without_exceptions<int>(result_for_writer_error(KIVPixmapWriter::WRITE_NO_MEMORY), [&] {
+        return try_to_write_file(name, pixmap, file_type, report);
+    });
+}
+
+int CommandOutput::try_to_write_file(const KIVString& name, KIVPixmap* pixmap, int file_type,
+                                     FrameReport& report)
+{
     if (file_type == NO_FILE)
         return NO_OUTPUT;
     const OutputFileKind* kind = find_output_file_kind(file_type);
     if (!kind)
         *coutp << "Unsupported file format, cannot write file\n";
-    else if (kind->is_written_in_8_bits)
-        PixOpConvertType(pixmap->inq_samples_per_pixel(), 8, true).transform(pixmap);
+    else if (kind->is_written_in_8_bits &&
+             !PixOpConvertType(pixmap->inq_samples_per_pixel(), 8, true).transform(pixmap))
+        return note_writer_error(KIVPixmapWriter::WRITE_NO_MEMORY, report);
 
     const KIVString writer_class = kind ? kind->writer_class : "";
     if (!ClassManager::inq_main()->find_cd_for(writer_class.c_str())) {
@@ -430,8 +452,7 @@ int CommandOutput::write_file(const KIVString& name, KIVPixmap* pixmap, int file
     writer->write_pixmap(name, pixmap);
     report.file = writer->inq_path(name);
     report.unfinished = writer->inq_unfinished();
-    report.writer_error = writer->inq_error();
-    return result_for_writer_error(report.writer_error);
+    return note_writer_error(writer->inq_error(), report);
 }
 
 void CommandOutput::finish_file(FrameReport& report)

@@ -8,6 +8,7 @@
 #include "render/hdr/RenderScene.h"
 #include "scene/hdr/KIVScene.h"
 
+#include <algorithm>
 #include <ctime>
 #include <dlfcn.h>
 
@@ -93,12 +94,21 @@ void HeldFrame::will_render(int frame)
 {
     rendered_from.clear();
     are_settled = true;
+    for (const CNodeRasterImage* image : images)
+        provider.forget_loss(image->inq_mipmap_id(frame, bits));
     if (!is_provable)
         return;
     for (const CNodeRasterImage* image : images) {
         rendered_from.emplace_back(provider.inq_file(image->inq_mipmap_id(frame, bits)));
         are_settled &= rendered_from.back().is_settled();
     }
+}
+
+bool HeldFrame::has_lost_images(int frame) const
+{
+    return std::ranges::any_of(images, [&](const CNodeRasterImage* image) {
+        return !provider.inq_loss(image->inq_mipmap_id(frame, bits)).is_null();
+    });
 }
 
 void HeldFrame::was_written(const FrameReport& report)
@@ -131,12 +141,22 @@ KIVStringList HeldFrame::find_unreadable_images(int frame) const
         const int id = image->inq_mipmap_id(frame, bits);
         if (id < 0 || image->inq_is_disabled())
             continue;
-        const MipMap* picture = provider.lock(id);
-        if (!picture || !picture->usable)
-            found.add_to_end(image->inq_filename(frame) + ": " +
-                                 (picture ? picture->inq_error_msg() : "it is not known"),
-                             true);
-        provider.unlock(id);
+        if (const KIVString reason = explain_missing(id); !reason.is_null())
+            found.add_to_end(image->inq_filename(frame) + ": " + reason, true);
     }
     return found;
+}
+
+/// Empty for a picture that is there and was there. To look at it now would not tell of the past.
+KIVString HeldFrame::explain_missing(int id) const
+{
+    const KIVString loss = provider.inq_loss(id);
+    if (!loss.is_null())
+        return loss;
+    const MipMap* picture = provider.lock(id);
+    KIVString reason = picture ? KIVString() : KIVString("it is not known");
+    if (picture && !picture->usable)
+        reason = picture->inq_error_msg();
+    provider.unlock(id);
+    return reason;
 }

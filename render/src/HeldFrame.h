@@ -46,16 +46,21 @@ public:
 
     /// Before the frame is rendered: a picture that changes later counts as changed.
     void will_render(int frame);
+
+    /// Whether the frame was rendered without a picture that the next one may have after all.
+    bool has_lost_images(int frame) const;
     void was_written(const FrameReport& report);
 
     /// The held frame's file if it serves for the frame, else not open. After `will_render`.
     FileHandle open_file_for(int frame) const;
 
-    /// Those that the graph refers to on the frame and nobody can read.
+    /// Those that the graph refers to on the frame and nobody can read, or could not while it was
+    /// rendered.
     KIVStringList find_unreadable_images(int frame) const;
 
 private:
     void take(CNode& node);
+    KIVString explain_missing(int id) const;
 
     RenderScene& renderer;
     int bits;

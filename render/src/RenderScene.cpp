@@ -15,6 +15,7 @@
 #include "kivlib/hdr/Record.h"
 #include "kivlib/hdr/entry_point.h"
 #include "kivlib/hdr/report_error.h"
+#include "kivlib/hdr/units.h"
 #include "scene/hdr/KIVScene.h"
 #include "xsheet/column/hdr/XSheet.h"
 #include "xsheet/node/hdr/DWNode.h"
@@ -29,7 +30,6 @@ constexpr int CAMERA_VIEW_LINE = 300;
 constexpr int VIEW_TRANSFORM_LINE = 331;
 constexpr int VIEW_TRANSFORM_AND_NODE_LINE = 359;
 
-constexpr double UNITS_PER_INCH = 60.0;
 constexpr double OPAQUE_ALPHA = 0.998046875; // from here on a background counts as opaque
 constexpr double ROUND_UP = 0.99;            // all but the tiniest fraction makes a pixel
 constexpr double LEAST_SIZE = 1e-6;
@@ -194,7 +194,7 @@ gsl::owner<KIVPixmap*> RenderScene::complete(CDataImage& image) const
 gsl::owner<KIVPixmap*> RenderScene::make_background_pixmap() const
 {
     const bool has_alpha = is_rgba || background.inq_alpha() < OPAQUE_ALPHA;
-    const auto type = static_cast<PixType>((bits == 16 ? 8 : 0) + (has_alpha ? 0 : 1));
+    const PixType type = make_pix_type(has_alpha ? 4 : 3, bits);
     auto pixmap = std::make_unique<KIVPixmap>(width, height, type, nullptr, false);
     if (pixmap->inq_is_empty())
         return nullptr;

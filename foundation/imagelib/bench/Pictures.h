@@ -1,6 +1,7 @@
 #pragma once
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/hdr/PixmapImage.h"
 
 #include <algorithm>
 #include <cmath>
@@ -79,6 +80,20 @@ struct Layer {
     const KIVPixmap* source;
     Placing placing;
 };
+
+/// By this library.
+inline void draw(KIVPixmap& frame, const Layer& layer, bool filtered)
+{
+    const Placing& p = layer.placing;
+    const double top = frame.inq_height() - p.y;
+    const double width = layer.source->inq_width();
+    const double height = layer.source->inq_height();
+    PixmapImage image(const_cast<KIVPixmap*>(layer.source));
+    PixmapImage onto(&frame);
+    onto.setHighQuality(filtered);
+    image.compositeAffine(p.x - height * p.sine(), top - height * p.cosine(), p.x, top,
+                          p.x + width * p.cosine(), top - width * p.sine(), &onto, 0);
+}
 
 /// The frame in doubles, four samples a pixel and 1 for all there is, each layer put over what lies
 /// below it without rounding. A pixel is one sample between four pixels of the source, or the mean

@@ -1,10 +1,8 @@
 #include "imagelib/bench/Pictures.h"
 #include "imagelib/hdr/KIVPixmap.h"
-#include "imagelib/hdr/PixmapImage.h"
 #include "imagelib/src/reduce.h"
 
 #include <benchmark/benchmark.h>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -25,14 +23,7 @@ using bench::OPAQUE;
 using bench::SOURCE_HEIGHT;
 using bench::SOURCE_WIDTH;
 
-struct Placement {
-    double scale;
-    double degrees;
-    double x; // of the source's top left corner, y downwards
-    double y;
-};
-
-Placement inq_placement(int placing)
+bench::Placing inq_placing(int placing)
 {
     switch (placing) {
     case TURNED:
@@ -54,25 +45,13 @@ Placement inq_placement(int placing)
 
 template <class Sample> void draw_with_imagelib(benchmark::State& state, bool filtered)
 {
-    const Placement p = inq_placement(static_cast<int>(state.range(0)));
     const auto source = make_picture<Sample>(static_cast<int>(state.range(1)));
     source->fix_pixels(); // as a provider's are
     KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, source->inq_type(), nullptr, false);
     frame.clear();
-    PixmapImage image(source.get());
-    PixmapImage target(&frame);
-    target.setHighQuality(filtered);
-    const double turn = p.degrees * 3.14159265 / 180.0;
-    const double cosine = std::cos(turn) * p.scale;
-    const double sine = std::sin(turn) * p.scale;
-    const double top = FRAME_HEIGHT - p.y;
-    const double across_x = SOURCE_WIDTH * cosine;
-    const double across_y = SOURCE_WIDTH * sine;
-    const double down_x = -SOURCE_HEIGHT * sine;
-    const double down_y = SOURCE_HEIGHT * cosine;
+    const bench::Layer layer = {source.get(), inq_placing(static_cast<int>(state.range(0)))};
     for (auto _ : state) {
-        image.compositeAffine(p.x + down_x, top - down_y, p.x, top, p.x + across_x, top - across_y,
-                              &target, 0);
+        bench::draw(frame, layer, filtered);
         benchmark::DoNotOptimize(frame.inq_data());
     }
 }
@@ -118,16 +97,15 @@ void weigh_all_pixels(pixman_image_t* image, double scale)
 
 void draw_with_pixman(benchmark::State& state, pixman_filter_t filter)
 {
-    const Placement p = inq_placement(static_cast<int>(state.range(0)));
+    const bench::Placing p = inq_placing(static_cast<int>(state.range(0)));
     const auto source = make_picture<std::uint8_t>(static_cast<int>(state.range(1)));
     KIVPixmap frame(FRAME_WIDTH, FRAME_HEIGHT, PT_RGBA_8, nullptr, false);
     frame.clear();
     pixman_image_t* image = wrap(*source);
     pixman_image_t* target = wrap(frame);
-    const double turn = p.degrees * 3.14159265 / 180.0;
     pixman_f_transform_t back;
     pixman_f_transform_init_translate(&back, -p.x, -p.y);
-    pixman_f_transform_rotate(&back, nullptr, std::cos(turn), -std::sin(turn));
+    pixman_f_transform_rotate(&back, nullptr, p.cosine() / p.scale, -p.sine() / p.scale);
     pixman_f_transform_scale(&back, nullptr, 1.0 / p.scale, 1.0 / p.scale);
     pixman_transform_t fixed;
     pixman_transform_from_pixman_f_transform(&fixed, &back);

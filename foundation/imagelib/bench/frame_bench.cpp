@@ -1,6 +1,5 @@
 #include "imagelib/bench/Pictures.h"
 #include "imagelib/bench/TiffFiles.h"
-#include "imagelib/hdr/PixmapImage.h"
 
 #include <QImage>
 #include <QPainter>
@@ -21,18 +20,7 @@ public:
     Ours(int width, int height) : frame(width, height, type(), nullptr, false) {}
 
     void begin() { frame.clear(); }
-    void draw(const Layer& layer, Filter filter)
-    {
-        const Placing& p = layer.placing;
-        const double top = frame.inq_height() - p.y;
-        const double width = layer.source->inq_width();
-        const double height = layer.source->inq_height();
-        PixmapImage image(const_cast<KIVPixmap*>(layer.source));
-        PixmapImage onto(&frame);
-        onto.setHighQuality(filter == FILTERED);
-        image.compositeAffine(p.x - height * p.sine(), top - height * p.cosine(), p.x, top,
-                              p.x + width * p.cosine(), top - width * p.sine(), &onto, 0);
-    }
+    void draw(const Layer& layer, Filter filter) { bench::draw(frame, layer, filter == FILTERED); }
     void finish() { benchmark::DoNotOptimize(frame.inq_data()); }
     void write(const std::string& file) { new_writer("TiffWriter", 1)->write_pixmap(file, &frame); }
     const KIVPixmap& inq_frame() { return frame; }

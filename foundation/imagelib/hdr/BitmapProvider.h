@@ -21,15 +21,23 @@ public:
     BitmapProvider& operator=(const BitmapProvider&) = delete;
 
     /// An id for the file, from 0, with one hold on it. A file has one id: asked again, it has a
-    /// hold more. Nothing is read.
+    /// hold more. Nothing is read. Without memory it throws, as `new` does, and nothing has
+    /// changed.
     int new_image_id(const KIVString& file);
 
     /// The file of the id, from the root; empty for an id that is not given out.
     KIVString inq_file(int id) const;
 
     /// The picture of the id, usable or not; null for an id that is not given out. It lives until
-    /// the matching unlock.
+    /// the matching unlock. What could not be read for a reason outside the file is tried again by
+    /// the next lock of an unlocked picture.
     MipMap* lock(int id);
+
+    /// Why the picture could not be read at some time since `forget_loss`, for a reason outside the
+    /// file, even if it could be later on; empty if that was never so, and for an id that is not
+    /// given out. Nothing is read.
+    KIVString inq_loss(int id) const;
+    void forget_loss(int id);
 
     void unlock(int id) override;
     void hold_object_id(int id) override;

@@ -79,8 +79,9 @@ public:
     void set_colour(const KIVColour& colour);
     void clear();
 
-    /// `pos` is the place of the top left pixel of `source`, in rows from the top; what lies
-    /// outside is cut off. Without alpha of its own, the target takes the colour over black.
+    /// `pos` is the place of the top left pixel of `source`, which is never null, in rows from the
+    /// top; what lies outside is cut off. Without alpha of its own, the target takes the colour
+    /// over black.
     void copy(const KIVPixmap* source, const IntVector2& pos);
     void composite(const KIVPixmap* source, const IntVector2& pos);
 
@@ -108,7 +109,7 @@ public:
     bool load_data_if_needed() { return pixels != nullptr; }
 
     /// A new pixmap of what lies in a quadrilateral, given in pixels with y upwards. Outside the
-    /// pixmap is transparent.
+    /// pixmap is transparent. Without memory the new one is null, empty or all transparent.
     gsl::owner<KIVPixmap*> new_get_resampled(const Vector2& top_left, const Vector2& top_right,
                                              const Vector2& bottom_right,
                                              const Vector2& bottom_left, int new_width,

@@ -33,7 +33,8 @@ public:
 
     virtual ~KIVPixmapWriter() = default;
 
-    /// Adds the format's extension to a `file` without one. False leaves an error.
+    /// Adds the format's extension to a `file` without one. The pixmap, which may be null, stays as
+    /// it is. False leaves an error.
     bool write_pixmap(const KIVString& file, KIVPixmap* pixmap);
 
     /// A further file with the contents of `original`, which such a writer wrote.

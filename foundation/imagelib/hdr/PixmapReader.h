@@ -21,8 +21,10 @@ struct PictureInfo {
 };
 
 /// False, with a text for the user, for a file that is no picture. The format is known by the
-/// contents, whatever the name.
-bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error);
+/// contents, whatever the name. `may_pass`, unless it is null, tells of a failure whether its
+/// reason lies outside the file: memory was lacking, or the disc failed.
+bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error,
+                      bool* may_pass = nullptr);
 
 /// Works on the rows of a picture as they come from its file.
 class RowFollower {
@@ -36,7 +38,9 @@ public:
 
 /// The picture with alpha at 8 or 16 bits per sample, for the caller to delete; null, with a text
 /// for the user, if any of it can't be read. The colours are those of the file. A follower is told
-/// of the rows unless they come in another order than from the top, or are turned afterwards.
+/// of the rows unless they come in another order than from the top, or are turned afterwards; it
+/// may be null, and so may `may_pass`, which is as above.
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
-                                            KIVString& error, RowFollower* follower = nullptr);
+                                            KIVString& error, RowFollower* follower = nullptr,
+                                            bool* may_pass = nullptr);
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, KIVString& error);

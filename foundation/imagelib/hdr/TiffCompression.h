@@ -7,4 +7,3 @@ enum class TiffCompression {
 };
 
 void set_tiff_compression(TiffCompression compression);
-TiffCompression inq_tiff_compression();

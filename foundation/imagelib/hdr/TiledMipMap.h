@@ -35,16 +35,16 @@ private:
     class Tile;
     struct Area;
 
-    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower,
-                                     KIVString& error) override;
-    std::unique_ptr<KIVPixmap> make_copy(std::size_t level, KIVString& error);
+    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower, KIVString& error,
+                                     bool& may_pass) override;
+    std::unique_ptr<KIVPixmap> make_copy(std::size_t level, KIVString& error, bool& may_pass);
     std::unique_ptr<KIVPixmap> make_region(Vector2* corners, int shown_width, int shown_height);
     std::size_t inq_first_level() const override;
     void note_growth() override { tell_growth(); }
 
     Area find_area(const Vector2* corners, int width, int height) const;
     bool fill(KIVPixmap& region, const Area& area);
-    Tile* find_tile(std::size_t level, int column, int row, KIVString& error);
+    Tile* find_tile(std::size_t level, int column, int row, KIVString& error, bool& may_pass);
 
     std::unique_ptr<PyramidFile> file;
     int bits;

@@ -6,11 +6,14 @@
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/PixmapReader.h"
 #include "imagelib/hdr/TiledMipMap.h"
+#include "imagelib/src/HeldItems.h"
 #include "imagelib/src/PixelCache.h"
 #include "imagelib/src/PyramidFile.h"
 #include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/file_operations.h"
 
+#include <cerrno>
+#include <new>
 #include <sys/stat.h>
 
 namespace {
@@ -48,12 +51,13 @@ public:
         set_size(info.width, info.height, info.x_dpi, info.y_dpi);
     }
     using MipMap::set_unusable;
+    using MipMap::set_without_memory;
 
     void drop_pixels() override { forget_copies(); }
 
 private:
-    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower,
-                                     KIVString& error) override;
+    gsl::owner<KIVPixmap*> load_copy(std::size_t level, RowFollower& follower, KIVString& error,
+                                     bool& may_pass) override;
     void note_growth() override { inq_pixel_cache().note_use(item); }
 
     const KIVString path;
@@ -64,20 +68,20 @@ private:
 
 /// Nobody follows pixels that are still to be brought to the output profile.
 gsl::owner<KIVPixmap*> FileMipMap::load_copy(std::size_t /*level*/, RowFollower& follower,
-                                             KIVString& error)
+                                             KIVString& error, bool& may_pass)
 {
     PictureInfo info;
-    std::unique_ptr<KIVPixmap> picture(
-        new_pixmap_from_file(path, bits, info, error, is_for_output ? nullptr : &follower));
+    std::unique_ptr<KIVPixmap> picture(new_pixmap_from_file(
+        path, bits, info, error, is_for_output ? nullptr : &follower, &may_pass));
     if (!picture)
         return nullptr;
-    if (picture->inq_width() != width || picture->inq_height() != height)
+    if (picture->inq_width() != width || picture->inq_height() != height) {
         error = "Can't read image " + path + ": it has changed since it was looked at";
-    else if (is_for_output && !inq_colour_manager()->bring_to_output(*picture, info.profile))
-        error = "Can't read image " + path + ": " + WANT_OF_MEMORY;
-    else
-        return picture.release();
-    return nullptr;
+        return nullptr;
+    }
+    if (is_for_output && !inq_colour_manager()->bring_to_output(*picture, info.profile))
+        throw std::bad_alloc();
+    return picture.release();
 }
 
 /// The picture of a file, as a provider keeps it.
@@ -87,9 +91,17 @@ public:
     {}
 
     MipMap* inq_mip() { return tiled ? static_cast<MipMap*>(tiled.get()) : &whole; }
+    const MipMap* inq_mip() const { return const_cast<KeptPicture*>(this)->inq_mip(); }
 
-    /// Looks at the file if it has changed since, or if other colours are wanted.
+    /// Looks at the file if it has changed since, if other colours are wanted, or if it could not
+    /// be read for a reason that may have passed.
     void refresh(int colours);
+
+    const KIVString& inq_loss() const
+    {
+        return inq_mip()->may_be_usable_later ? inq_mip()->inq_error_msg() : loss;
+    }
+    void forget_loss();
 
     std::size_t inq_bytes() const override
     {
@@ -107,19 +119,21 @@ public:
     int locks = 0;
 
 private:
-    TiledMipMap::Change make_change(const PictureInfo& info) const;
+    void look(int colours);
+    TiledMipMap::Change make_change(const PictureInfo& info, int colours) const;
 
     const int bits;
     bool is_looked_at = false;
     FileStamp stamp;
+    KIVString loss; // of a picture that has been looked at anew since
     FileMipMap whole;
     std::unique_ptr<TiledMipMap> tiled; // null unless the file is; then this is the picture
 };
 
 /// How pixels are brought to the output profile, if they are at all.
-TiledMipMap::Change KeptPicture::make_change(const PictureInfo& info) const
+TiledMipMap::Change KeptPicture::make_change(const PictureInfo& info, int colours) const
 {
-    if (stamp.colours == 0)
+    if (colours == 0)
         return nullptr;
     return [profile = info.profile](KIVPixmap& pixels) {
         return inq_colour_manager()->bring_to_output(pixels, profile);
@@ -129,100 +143,108 @@ TiledMipMap::Change KeptPicture::make_change(const PictureInfo& info) const
 void KeptPicture::refresh(int colours)
 {
     const FileStamp now = inq_stamp(path, colours);
-    if (is_looked_at && now == stamp && !is_want_of_memory(inq_mip()->inq_error_msg()))
+    if (is_looked_at && now == stamp && !inq_mip()->may_be_usable_later)
         return;
-    is_looked_at = true;
+    try {
+        if (inq_mip()->may_be_usable_later)
+            loss = inq_mip()->inq_error_msg();
+        drop();
+        tiled.reset();
+        look(colours);
+    } catch (const std::bad_alloc&) {
+        tiled.reset();
+        whole.set_without_memory();
+    }
     stamp = now;
-    drop();
-    tiled.reset();
+    is_looked_at = true;
+}
+
+void KeptPicture::look(int colours)
+{
     PictureInfo info;
     KIVString error;
-    if (!inq_picture_info(path, info, error))
-        return whole.set_unusable(error);
-    whole.set_head(info, stamp.colours != 0);
+    bool may_pass = false;
+    if (!inq_picture_info(path, info, error, &may_pass))
+        return whole.set_unusable(error, may_pass);
+    whole.set_head(info, colours != 0);
+    errno = 0;
     if (auto file = info.is_tiled ? PyramidFile::open(path, error) : nullptr)
-        tiled = std::make_unique<TiledMipMap>(std::move(file), info, bits, make_change(info),
-                                              [this] { inq_pixel_cache().note_use(*this); });
+        tiled =
+            std::make_unique<TiledMipMap>(std::move(file), info, bits, make_change(info, colours),
+                                          [this] { inq_pixel_cache().note_use(*this); });
     if (!error.is_null())
-        whole.set_unusable(error);
+        whole.set_unusable(error, has_failed_for_now());
+}
+
+/// An unusable picture has to be looked at anew before it counts as lost again.
+void KeptPicture::forget_loss()
+{
+    loss = KIVString();
+    if (!inq_mip()->may_be_usable_later)
+        return;
+    inq_mip()->may_be_usable_later = false;
+    is_looked_at = false;
 }
 } // namespace
 
 struct BitmapProvider::Contents {
     int bits;
     bool is_colour_managed;
-    std::vector<std::unique_ptr<KeptPicture>> pictures; // by id; null once it is given back
-    std::unordered_map<std::string, int> ids;
-
-    KeptPicture* find(int id) const
-    {
-        const bool is_known = id >= 0 && static_cast<std::size_t>(id) < pictures.size();
-        return is_known ? pictures[static_cast<std::size_t>(id)].get() : nullptr;
-    }
-    void delete_if_unused(int id)
-    {
-        const KeptPicture* picture = find(id);
-        if (picture->holds == 0 && picture->locks == 0)
-            pictures[static_cast<std::size_t>(id)].reset();
-    }
+    HeldItems<KeptPicture> pictures;
 };
 
-BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, false, {}, {}}) {}
+BitmapProvider::BitmapProvider(int bits) : contents(new Contents{bits, false, {}}) {}
 BitmapProvider::~BitmapProvider() = default;
 
 int BitmapProvider::new_image_id(const KIVString& file)
 {
-    const KIVString path = inq_absolute_path(file);
-    const auto [place, is_new] =
-        contents->ids.try_emplace(path.str(), static_cast<int>(contents->pictures.size()));
-    if (is_new)
-        contents->pictures.push_back(std::make_unique<KeptPicture>(path, contents->bits));
-    else
-        hold_object_id(place->second);
-    return place->second;
+    return contents->pictures.hold_path(inq_absolute_path(file), contents->bits);
 }
 
 KIVString BitmapProvider::inq_file(int id) const
 {
-    const KeptPicture* picture = contents->find(id);
+    const KeptPicture* picture = contents->pictures.find(id);
     return picture ? picture->path : KIVString();
 }
 
 MipMap* BitmapProvider::lock(int id)
 {
-    KeptPicture* picture = contents->find(id);
+    KeptPicture* picture = contents->pictures.find(id);
     if (!picture)
         return nullptr;
-    if (picture->locks++ == 0)
+    if (picture->locks == 0)
         picture->refresh(contents->is_colour_managed ? inq_colour_manager()->inq_output_revision()
                                                      : 0);
+    ++picture->locks;
     return picture->inq_mip();
+}
+
+KIVString BitmapProvider::inq_loss(int id) const
+{
+    const KeptPicture* picture = contents->pictures.find(id);
+    return picture ? picture->inq_loss() : KIVString();
+}
+
+void BitmapProvider::forget_loss(int id)
+{
+    if (KeptPicture* picture = contents->pictures.find(id))
+        picture->forget_loss();
 }
 
 void BitmapProvider::unlock(int id)
 {
-    KeptPicture* picture = contents->find(id);
-    if (!picture || picture->locks == 0)
-        return;
-    --picture->locks;
-    inq_pixel_cache().note_use(*picture);
-    contents->delete_if_unused(id);
+    contents->pictures.unlock(id,
+                              [](KeptPicture& picture) { inq_pixel_cache().note_use(picture); });
 }
 
 void BitmapProvider::hold_object_id(int id)
 {
-    if (KeptPicture* picture = contents->find(id))
-        ++picture->holds;
+    contents->pictures.hold(id);
 }
 
 void BitmapProvider::delete_object_id(int id)
 {
-    KeptPicture* picture = contents->find(id);
-    if (!picture || picture->holds == 0)
-        return;
-    if (--picture->holds == 0)
-        contents->ids.erase(picture->path.str());
-    contents->delete_if_unused(id);
+    contents->pictures.let_go(id);
 }
 
 void BitmapProvider::set_cache_limit(std::size_t bytes)

@@ -173,8 +173,6 @@ KIVPixmapWriter::WriteError CinesiteWriter::encode(const KIVPixmap& pixmap, Byte
 {
     const std::size_t row_bytes = 4 * static_cast<std::size_t>(pixmap.inq_width());
     const std::size_t size = inq_file_bytes(pixmap.inq_width(), pixmap.inq_height());
-    if (size > std::numeric_limits<std::uint32_t>::max())
-        return WRITE_WRONG_SIZE;
     char* memory = contents.reset(size);
     if (!memory)
         return WRITE_NO_MEMORY;

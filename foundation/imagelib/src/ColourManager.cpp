@@ -1,8 +1,10 @@
 #include "imagelib/hdr/ColourManager.h"
 
 #include "imagelib/hdr/KIVPixmap.h"
+#include "imagelib/src/HeldItems.h"
 #include "imagelib/src/ProfileTransform.h"
 #include "imagelib/src/samples.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/file_operations.h"
 
 #include <list>
@@ -44,23 +46,10 @@ struct ColourManager::Profiles {
     void refresh(NamedTransform& named, KIVString& error) const;
     ProfileTransform* find_for_picture(const ProfileData& embedded);
 
-    NamedTransform* find(int id) const
-    {
-        const bool is_known = id >= 0 && static_cast<std::size_t>(id) < named.size();
-        return is_known ? named[static_cast<std::size_t>(id)].get() : nullptr;
-    }
-    void delete_if_unused(int id)
-    {
-        const NamedTransform* transform = find(id);
-        if (transform->holds == 0 && transform->locks == 0)
-            named[static_cast<std::size_t>(id)].reset();
-    }
-
     KIVString output_path;
-    Profile output;                                     // null for none
-    int revision = 0;                                   // counts the output profiles
-    std::vector<std::unique_ptr<NamedTransform>> named; // by id; null once it is given back
-    std::unordered_map<std::string, int> ids;
+    Profile output;   // null for none
+    int revision = 0; // counts the output profiles
+    HeldItems<NamedTransform> named;
     Transform from_srgb;                  // null without an output profile
     std::list<PictureTransform> pictures; // the last used one first
 };
@@ -96,10 +85,14 @@ void ColourManager::Profiles::refresh(NamedTransform& wanted, KIVString& error) 
     if (wanted.transform && output && wanted.revision == revision)
         return;
     wanted.transform.reset();
-    KIVString reason = "there is no output profile";
-    if (const Profile from = output ? ColourProfile::read(wanted.path, reason) : nullptr)
-        wanted.transform = ProfileTransform::make(from, output, reason);
     wanted.revision = revision;
+    KIVString reason = "there is no output profile";
+    try {
+        if (const Profile from = output ? ColourProfile::read(wanted.path, reason) : nullptr)
+            wanted.transform = ProfileTransform::make(from, output, reason);
+    } catch (const std::bad_alloc&) {
+        reason = WANT_OF_MEMORY;
+    }
     if (!wanted.transform)
         error = explain(wanted.path, reason);
 }
@@ -151,7 +144,7 @@ void ColourManager::set_output_profile_path(const KIVString& path)
     error = KIVString();
     if (path.is_null())
         return profiles->clear_output();
-    KIVString reason = "not enough memory";
+    KIVString reason = WANT_OF_MEMORY;
     try {
         const Profile profile = ColourProfile::read(path, reason);
         if (profile && profiles->set_output(path, profile, reason))
@@ -175,50 +168,34 @@ bool ColourManager::bring_to_output(KIVPixmap& picture, const ProfileData& embed
 
 int ColourManager::new_transform_id(const KIVString& profile)
 {
-    const KIVString path = inq_absolute_path(profile);
-    const auto [place, is_new] =
-        profiles->ids.try_emplace(path.str(), static_cast<int>(profiles->named.size()));
-    if (is_new)
-        profiles->named.push_back(std::make_unique<NamedTransform>(path));
-    else
-        hold_object_id(place->second);
-    return place->second;
+    return profiles->named.hold_path(inq_absolute_path(profile));
 }
 
 ColourTransform* ColourManager::lock(int id)
 {
     error = KIVString();
-    NamedTransform* named = profiles->find(id);
+    NamedTransform* named = profiles->named.find(id);
     if (!named)
         return nullptr;
-    if (named->locks++ == 0)
+    if (named->locks == 0)
         profiles->refresh(*named, error);
+    ++named->locks;
     return named->transform.get();
 }
 
 void ColourManager::unlock(int id)
 {
-    NamedTransform* named = profiles->find(id);
-    if (!named || named->locks == 0)
-        return;
-    --named->locks;
-    profiles->delete_if_unused(id);
+    profiles->named.unlock(id, [](const NamedTransform&) {});
 }
 
 void ColourManager::hold_object_id(int id)
 {
-    if (NamedTransform* named = profiles->find(id))
-        ++named->holds;
+    profiles->named.hold(id);
 }
 
 void ColourManager::delete_object_id(int id)
 {
-    NamedTransform* named = profiles->find(id);
-    if (!named || named->holds == 0)
-        return;
-    if (--named->holds == 0)
-        profiles->ids.erase(named->path.str());
-    profiles->delete_if_unused(id);
+    profiles->named.let_go(id);
 }
 
 namespace {

@@ -2,18 +2,16 @@
 
 #include "kivlib/hdr/FileHandle.h"
 
+#include <new>
 #include <sys/stat.h>
 
 namespace {
-KIVString& inq_words()
-{
-    static auto* words = new KIVString;
-    return *words;
-}
+/// Taken without memory, for want of which no exception may pass through the library.
+char our_words[256] = "";
 
 void note_words(cmsContext /*context*/, cmsUInt32Number /*code*/, const char* text)
 {
-    inq_words() = text;
+    std::strncpy(our_words, text, sizeof(our_words) - 1);
 }
 
 cmsContext make_context()
@@ -63,8 +61,9 @@ cmsContext inq_colour_context()
 
 KIVString take_colour_words(const char* otherwise)
 {
-    const KIVString words = std::exchange(inq_words(), KIVString());
-    return words.is_null() ? KIVString(otherwise) : words;
+    const KIVString words = our_words[0] == '\0' ? otherwise : our_words;
+    our_words[0] = '\0';
+    return words;
 }
 
 std::unique_ptr<ColourProfile> ColourProfile::read(const KIVString& path, KIVString& reason)

@@ -87,8 +87,6 @@ gsl::owner<KIVPixmapWriter*> ComponentWriter::new_writer(const ComponentMatrix& 
 
 bool ComponentWriter::fit(KIVPixmap& frame, const KIVPixmap& pixmap) const
 {
-    if (!frame.inq_data())
-        return false;
     frame.set_colour(KIVColour(0.0));
     const bool has_aspect = pixmap.inq_x_dpi() > 0.0 && pixmap.inq_y_dpi() > 0.0;
     const double aspect = has_aspect ? pixmap.inq_y_dpi() / pixmap.inq_x_dpi() : 1.0;
@@ -102,9 +100,8 @@ bool ComponentWriter::fit(KIVPixmap& frame, const KIVPixmap& pixmap) const
     PixmapImage source(const_cast<KIVPixmap*>(&pixmap)); // it is only read
     PixmapImage target(&frame);
     target.setHighQuality(true);
-    source.compositeAffine(left, bottom, left, bottom + height, left + width, bottom + height,
-                           &target, 0);
-    return true;
+    return source.compositeAffine(left, bottom, left, bottom + height, left + width,
+                                  bottom + height, &target, 0) != 0;
 }
 
 void ComponentWriter::put_rows(unsigned char* to, const KIVPixmap& frame) const
@@ -145,8 +142,10 @@ KIVPixmapWriter::WriteError ComponentWriter::encode(const KIVPixmap& pixmap, Byt
     if (pixmap.inq_width() != standard.width || pixmap.inq_height() != standard.height) {
         fitted = std::make_unique<KIVPixmap>(standard.width, standard.height, pixmap.inq_type(),
                                              nullptr, false);
-        if (!fit(*fitted, pixmap))
+        if (fitted->inq_is_empty())
             return WRITE_NO_MEMORY;
+        if (!fit(*fitted, pixmap))
+            return WRITE_CANNOT_ENCODE;
         frame = fitted.get();
     }
     char* memory = contents.reset(inq_file_bytes());

@@ -2,6 +2,8 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 
+#include <new>
+
 namespace {
 std::shared_ptr<BlockMap> make_map(const KIVPixmap& pixmap)
 {
@@ -22,6 +24,15 @@ void look_at_rows(KIVPixmap& pixmap, const std::shared_ptr<BlockMap>& blocks, in
 
 void CopyMaker::begin(const KIVPixmap& picture)
 {
+    try {
+        prepare(picture);
+    } catch (const std::bad_alloc&) {
+        // the picture itself is worth reading
+    }
+}
+
+void CopyMaker::prepare(const KIVPixmap& picture)
+{
     blocks = make_map(picture);
     copies.reserve(wanted);
     const KIVPixmap* source = &picture;
@@ -38,6 +49,8 @@ void CopyMaker::take_rows(KIVPixmap& picture, int rows)
 {
     if (!blocks)
         begin(picture);
+    if (!blocks)
+        return;
     look_at_rows(picture, blocks, rows);
     for (Copy& copy : copies) {
         rows = copy.pixels.make_rows(rows);

@@ -26,8 +26,10 @@ private:
     };
 
     void begin(const KIVPixmap& picture);
+    void prepare(const KIVPixmap& picture);
 
     const std::size_t wanted;
-    std::shared_ptr<BlockMap> blocks; // of the picture; null before its first rows
+    std::shared_ptr<BlockMap>
+        blocks; // of the picture; null before its first rows, or without memory
     std::vector<Copy> copies;
 };

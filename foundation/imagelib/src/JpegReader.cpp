@@ -1,5 +1,6 @@
 #include "imagelib/src/PictureReader.h"
 #include "imagelib/src/orientation.h"
+#include "kivlib/hdr/units.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -9,7 +10,6 @@
 #include <jpeglib.h>
 
 namespace {
-constexpr double CENTIMETRES_PER_INCH = 2.54;
 constexpr int EXIF_MARKER = JPEG_APP0 + 1;
 constexpr unsigned LARGEST_MARKER = 0xFFFF;
 constexpr long MOST_MEMORY = 1L << 29; // of the library, for a picture told in several scans

@@ -3,23 +3,17 @@
 #include "imagelib/src/AlignedMemory.h"
 #include "imagelib/src/BlockMap.h"
 #include "imagelib/src/DrawList.h"
+#include "imagelib/src/Fill.h"
 #include "imagelib/src/PixmapDrawing.h"
 #include "imagelib/src/composite.h"
-#include "imagelib/src/layers.h"
 #include "imagelib/src/samples.h"
 #include "kivlib/hdr/KIVColour.h"
 #include "kivlib/hdr/KIVRectangle.h"
+#include "kivlib/hdr/units.h"
 
 namespace {
 /// Places in a pixmap are worked out in 32 bits.
 constexpr std::size_t MOST_BYTES = std::numeric_limits<std::int32_t>::max();
-
-constexpr double UNITS_PER_INCH = 60.0;
-
-double units_per_pixel(double dpi)
-{
-    return dpi > 0.0 ? UNITS_PER_INCH / dpi : 1.0;
-}
 
 std::size_t round_up_to_alignment(std::size_t bytes)
 {
@@ -70,8 +64,8 @@ KIVPixmap::~KIVPixmap() = default;
 
 KIVRectangle KIVPixmap::get_frame() const
 {
-    return {origin.x(), origin.y(), origin.x() + width * units_per_pixel(x_dpi),
-            origin.y() + height * units_per_pixel(y_dpi)};
+    return {origin.x(), origin.y(), origin.x() + to_units(width, x_dpi),
+            origin.y() + to_units(height, y_dpi)};
 }
 
 void KIVPixmap::set_dpi(double dpi, double pixel_aspect)

@@ -2,8 +2,8 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/UnfinishedFile.h"
+#include "imagelib/src/FileContents.h"
 #include "imagelib/src/WrittenFile.h"
-#include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/ClassManager.h"
 
 #include <cerrno>
@@ -40,60 +40,38 @@ KIVPixmapWriter::WriteError read_file(const FileHandle& file, ByteBuffer& conten
                                        : KIVPixmapWriter::WRITE_CANNOT_OPEN;
 }
 
-/// Memory for the contents of a file. That of the last one is taken again, since fresh pages cost
-/// more than copying a frame into them.
-class FileContents {
-public:
-    FileContents() : buffer(std::move(our_last))
-    {
-        if (!buffer || buffer->has_failed())
-            buffer = std::make_unique<ByteBuffer>();
-        buffer->set_size(0);
+/// Makes the contents of a file by `make`, which may fail, and writes them by `write`.
+template <class Make, class Write>
+KIVPixmapWriter::WriteError make_and_write(Make make, Write write)
+{
+    try {
+        FileContents contents;
+        const KIVPixmapWriter::WriteError failure = make(*contents);
+        if ((*contents).has_failed()) // whatever else came of that
+            return KIVPixmapWriter::WRITE_NO_MEMORY;
+        return failure == KIVPixmapWriter::WRITE_OKAY ? write(*contents) : failure;
+    } catch (const std::bad_alloc&) {
+        return KIVPixmapWriter::WRITE_NO_MEMORY;
     }
-    FileContents(const FileContents&) = delete;
-    FileContents& operator=(const FileContents&) = delete;
-    ~FileContents()
-    {
-        constexpr std::size_t MOST_KEPT = std::size_t{256} << 20;
-        if (buffer->capacity() <= MOST_KEPT)
-            our_last = std::move(buffer);
-    }
-
-    ByteBuffer& operator*() { return *buffer; }
-
-private:
-    static thread_local std::unique_ptr<ByteBuffer> our_last;
-
-    std::unique_ptr<ByteBuffer> buffer;
-};
-
-thread_local std::unique_ptr<ByteBuffer> FileContents::our_last;
+}
 } // namespace
 
 bool KIVPixmapWriter::write_pixmap(const KIVString& file, KIVPixmap* pixmap)
 {
     error = WRITE_NO_PIXELS;
-    if (!pixmap || !pixmap->inq_data())
+    if (!pixmap || pixmap->inq_is_empty())
         return false;
-    FileContents contents;
-    try {
-        error = encode(*pixmap, *contents);
-    } catch (const std::bad_alloc&) {
-        error = WRITE_NO_MEMORY;
-    }
-    if (error == WRITE_OKAY && (*contents).has_failed())
-        error = WRITE_NO_MEMORY;
-    if (error == WRITE_OKAY)
-        error = write_file(inq_path(file), *contents);
+    error = make_and_write(
+        [&](ByteBuffer& contents) { return encode(std::as_const(*pixmap), contents); },
+        [&](const ByteBuffer& contents) { return write_file(inq_path(file), contents); });
     return error == WRITE_OKAY;
 }
 
 bool KIVPixmapWriter::write_copy(const FileHandle& original, const KIVString& file)
 {
-    FileContents contents;
-    error = read_file(original, *contents);
-    if (error == WRITE_OKAY)
-        error = write_file(inq_path(file), *contents);
+    error = make_and_write(
+        [&](ByteBuffer& contents) { return read_file(original, contents); },
+        [&](const ByteBuffer& contents) { return write_file(inq_path(file), contents); });
     return error == WRITE_OKAY;
 }
 

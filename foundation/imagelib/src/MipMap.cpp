@@ -2,18 +2,18 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/CopyMaker.h"
+#include "imagelib/src/want_of_memory.h"
+
+#include <new>
 
 namespace {
 constexpr double UNITS_PER_INCH = 60.0;
 
+const KIVString NO_MEMORY = KIVString("Can't read image: ") + WANT_OF_MEMORY;
+
 double to_units(int pixels, double dpi)
 {
     return dpi > 0.0 ? pixels * UNITS_PER_INCH / dpi : pixels;
-}
-
-int half_of(int size)
-{
-    return std::max(1, size / 2);
 }
 } // namespace
 
@@ -37,7 +37,7 @@ gsl::owner<KIVPixmap*> MipMap::new_region_pixmap(Vector2* /*corners*/, int /*wid
 }
 
 gsl::owner<KIVPixmap*> MipMap::load_copy(std::size_t /*level*/, RowFollower& /*follower*/,
-                                         KIVString& /*error*/)
+                                         KIVString& /*error*/, bool& /*may_pass*/)
 {
     return nullptr;
 }
@@ -49,26 +49,45 @@ void MipMap::set_size(int new_width, int new_height, double new_x_dpi, double ne
 
 void MipMap::set_sizes(const std::vector<CopySize>& stored, double new_x_dpi, double new_y_dpi)
 {
-    width = stored[0].width;
-    height = stored[0].height;
-    x_dpi = new_x_dpi;
-    y_dpi = new_y_dpi;
-    usable = true;
-    error = KIVString();
+    usable = false;
     sizes = stored;
     stored_count = stored.size();
     while (sizes.back().width > 1 || sizes.back().height > 1)
         sizes.push_back({half_of(sizes.back().width), half_of(sizes.back().height)});
     levels.clear();
     levels.resize(sizes.size());
+    width = stored[0].width;
+    height = stored[0].height;
+    x_dpi = new_x_dpi;
+    y_dpi = new_y_dpi;
+    error = KIVString();
+    has_lacked_memory = false;
+    may_be_usable_later = false;
+    usable = true;
 }
 
-void MipMap::set_unusable(const KIVString& reason)
+void MipMap::set_unusable(const KIVString& reason, bool may_pass)
 {
     width = 0;
     height = 0;
     usable = false;
     error = reason;
+    has_lacked_memory = false;
+    may_be_usable_later = may_pass;
+}
+
+void MipMap::set_without_memory()
+{
+    width = 0;
+    height = 0;
+    usable = false;
+    has_lacked_memory = true;
+    may_be_usable_later = true;
+}
+
+const KIVString& MipMap::inq_error_msg() const
+{
+    return has_lacked_memory ? NO_MEMORY : error;
 }
 
 void MipMap::forget_copies()
@@ -113,11 +132,15 @@ KIVPixmap* MipMap::inq_level(std::size_t level)
     std::size_t next = level; // from the next larger copy that is there, or is in the file
     while (next >= stored_count && !levels[next])
         --next;
-    CopyMaker copies(level - next);
-    if (levels[next] || load_level(next, copies)) {
-        KIVPixmap& picture = *levels[next++];
-        for (auto& copy : copies.finish(picture))
-            levels[next++] = std::move(copy);
+    try {
+        CopyMaker copies(level - next);
+        if (levels[next] || load_level(next, copies)) {
+            KIVPixmap& picture = *levels[next++];
+            for (auto& copy : copies.finish(picture))
+                levels[next++] = std::move(copy);
+        }
+    } catch (const std::bad_alloc&) {
+        // what is there will do
     }
     note_growth(); // which drops them again if nobody has locked the picture
     return next > 0 ? levels[next - 1].get() : nullptr;
@@ -125,8 +148,12 @@ KIVPixmap* MipMap::inq_level(std::size_t level)
 
 bool MipMap::load_level(std::size_t level, CopyMaker& copies)
 {
-    levels[level].reset(load_copy(level, copies, error));
-    if (!levels[level])
-        usable = false; // reading it again would end the same
+    try {
+        levels[level].reset(load_copy(level, copies, error, may_be_usable_later));
+    } catch (const std::bad_alloc&) {
+        has_lacked_memory = true;
+        may_be_usable_later = true;
+    }
+    usable = levels[level] != nullptr; // reading it again at once would end the same
     return usable;
 }

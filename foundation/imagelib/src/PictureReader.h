@@ -20,7 +20,12 @@ struct RowLayout {
     int bits;
     Alpha alpha;
 
-    std::size_t inq_bytes() const { return static_cast<std::size_t>(samples * bits / 8); }
+    /// Of a pixel. A damaged file may claim any of both.
+    std::size_t inq_bits() const
+    {
+        return static_cast<std::size_t>(samples) * static_cast<std::size_t>(bits);
+    }
+    std::size_t inq_bytes() const { return inq_bits() / 8; }
     bool operator==(const RowLayout&) const = default;
 };
 
@@ -42,6 +47,9 @@ public:
     /// The first `rows` rows are in their places, or have been given.
     virtual void note_rows(int /*rows*/) {}
 };
+
+/// In pixels, of a picture or of one of its blocks; more makes no sense.
+constexpr int LONGEST_SIDE = 1000000;
 
 /// The most that deflate can make of a byte.
 constexpr std::uint64_t MOST_BY_DEFLATE = 1032;

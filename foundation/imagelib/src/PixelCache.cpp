@@ -16,10 +16,7 @@ void PixelCache::note_use(Item& item)
     const std::size_t bytes = item.inq_bytes();
     if (bytes == 0)
         return forget(item);
-    if (item.counted_bytes == 0)
-        item.place = items.insert(items.begin(), &item);
-    else
-        items.splice(items.begin(), items, item.place);
+    items.splice(items.begin(), item.counted_bytes == 0 ? item.own_place : items, item.place);
     total += bytes - item.counted_bytes;
     item.counted_bytes = bytes;
     drop_excess();
@@ -31,7 +28,7 @@ void PixelCache::forget(Item& item)
         return;
     total -= item.counted_bytes;
     item.counted_bytes = 0;
-    items.erase(item.place);
+    item.own_place.splice(item.own_place.begin(), items, item.place);
 }
 
 void PixelCache::set_limit(std::size_t bytes)

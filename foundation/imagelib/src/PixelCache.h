@@ -10,7 +10,7 @@ public:
     /// Pixels that come and go together.
     class Item {
     public:
-        Item() = default;
+        Item() : own_place{this}, place(own_place.begin()) {}
         Item(const Item&) = delete;
         Item& operator=(const Item&) = delete;
         virtual ~Item();
@@ -24,10 +24,12 @@ public:
     private:
         friend class PixelCache;
         std::size_t counted_bytes = 0; // 0 if the cache doesn't know it
-        std::list<Item*>::iterator place;
+        std::list<Item*> own_place;    // empty while it is one of the cache's
+        const std::list<Item*>::iterator place;
     };
 
-    /// `item` has been used, or its pixels have changed. It may be dropped at once.
+    /// `item` has been used, or its pixels have changed. It may be dropped at once. Needs no
+    /// memory.
     void note_use(Item& item);
     void forget(Item& item);
 

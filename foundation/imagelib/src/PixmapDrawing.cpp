@@ -4,18 +4,15 @@
 #include "imagelib/src/DrawList.h"
 #include "imagelib/src/composite.h"
 
+#include <new>
+
 FixedPixels PixmapDrawing::inq_pixels(const KIVPixmap& source)
 {
     const SourcePixels pixels = {source.inq_data(), static_cast<int>(source.row_bytes),
                                  source.width, source.height};
-    if (is_fixed(source))
+    if (source.inq_is_fixed())
         return {source.pixels, source.blocks, pixels, source.inq_bytes()};
     return {nullptr, nullptr, pixels, 0};
-}
-
-bool PixmapDrawing::is_fixed(const KIVPixmap& source)
-{
-    return source.blocks != nullptr;
 }
 
 Canvas PixmapDrawing::inq_canvas(KIVPixmap& pixmap)
@@ -30,9 +27,11 @@ Tile PixmapDrawing::inq_area(const KIVPixmap& pixmap)
 
 void PixmapDrawing::draw(KIVPixmap& target, std::unique_ptr<Layer> layer, Time time)
 {
-    target.prepare_change();
     if (!target.pixels)
         return;
+    target.prepare_change();
+    if (!target.pixels)
+        throw std::bad_alloc(); // the pixels are gone: a picture without them would look finished
     if (time == Time::NOW || (target.waiting && target.waiting->is_full()))
         target.draw_what_waits();
     if (!target.waiting)

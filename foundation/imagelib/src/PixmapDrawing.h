@@ -17,7 +17,6 @@ public:
 
     /// The pixels of a source. Their memory is shared if they are fixed.
     static FixedPixels inq_pixels(const KIVPixmap& source);
-    static bool is_fixed(const KIVPixmap& source);
 
     /// All pixels of a pixmap, to be drawn on at once.
     static Canvas inq_canvas(KIVPixmap& pixmap);

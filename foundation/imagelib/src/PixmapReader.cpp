@@ -25,7 +25,6 @@ namespace {
 bool is_plausible(const PictureInfo& info, const PictureReader& reader, std::uint64_t file_bytes)
 {
     constexpr std::uint64_t MOST_PER_BYTE = 4096; // whatever the format would allow
-    constexpr int LONGEST_SIDE = 1000000;
     if (info.width <= 0 || info.height <= 0 || info.width > LONGEST_SIDE ||
         info.height > LONGEST_SIDE)
         return false;
@@ -97,8 +96,8 @@ enum class Wanted { HEAD, PIXELS };
 /// A picture file, as much of it in memory as is needed, and the reader that knows it.
 class PictureFile {
 public:
-    /// Reads the head. False, with a text for the user, for what is no picture.
-    bool open(const KIVString& path, Wanted wanted, PictureInfo& info, KIVString& error);
+    /// Reads the head. False for what is no picture.
+    bool open(const KIVString& path, Wanted wanted, PictureInfo& info);
 
     /// Null without memory, or if the pixels can't be read.
     std::unique_ptr<KIVPixmap> make_pixmap(const PictureInfo& info, int bits,
@@ -107,22 +106,27 @@ public:
     /// From the top. False if the target or the file gave up.
     bool read_rows(const PictureInfo& info, RowTarget& target);
 
-    KIVString explain(const KIVString& reason) const
-    {
-        return "Can't read image " + path + ": " + reason;
-    }
+    /// Whether the reason of the last step's failure lies outside the file.
+    bool may_failure_pass() const { return has_failed_for_now() || inq_reason().is_null(); }
 
-    /// Why the last step failed.
+    /// Why the last step failed, for the user.
     KIVString explain_failure() const
     {
-        const KIVString& reason = reader->inq_error();
-        return explain(reason.is_null() ? KIVString(WANT_OF_MEMORY) : reason);
+        const KIVString& reason = inq_reason();
+        return "Can't read image " + path + ": " +
+               (reason.is_null() ? KIVString(WANT_OF_MEMORY) : reason);
     }
 
 private:
     bool is_upright_from_top() const
     {
         return reader->is_from_top() && reader->inq_orientation() == 1;
+    }
+
+    /// Empty for want of memory.
+    const KIVString& inq_reason() const
+    {
+        return failure.is_null() && reader ? reader->inq_error() : failure;
     }
     bool find_head(Wanted wanted, PictureInfo& info);
     bool open_file();
@@ -214,7 +218,7 @@ bool PictureFile::find_head(Wanted wanted, PictureInfo& info)
     if (!reader)
         return fail("no known image format");
     if (!read_head(wanted, info))
-        return fail(failure.is_null() ? reader->inq_error() : failure);
+        return false;
     if (!is_plausible(info, *reader, size))
         return fail("the size of the image doesn't fit the file");
     turn(info);
@@ -230,14 +234,10 @@ void PictureFile::turn(PictureInfo& info) const
     std::swap(info.x_dpi, info.y_dpi);
 }
 
-bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& info,
-                       KIVString& error)
+bool PictureFile::open(const KIVString& file_path, Wanted wanted, PictureInfo& info)
 {
     path = file_path;
-    if (find_head(wanted, info))
-        return true;
-    error = explain(failure);
-    return false;
+    return find_head(wanted, info);
 }
 
 /// A pixmap that takes the rows of a reader.
@@ -319,33 +319,40 @@ namespace {
 /// Runs `read(picture, info)` on a file whose head can be read. False, with a text for the user, if
 /// either fails.
 template <class Read>
-bool with_file(const KIVString& file, Wanted wanted, PictureInfo& info, KIVString& error, Read read)
+bool with_file(const KIVString& file, Wanted wanted, PictureInfo& info, KIVString& error,
+               bool* may_pass, Read read)
 {
+    bool is_passing = true;
     try {
+        errno = 0;
         PictureFile picture;
-        if (!picture.open(file, wanted, info, error))
-            return false;
-        check_resolution(info);
-        if (read(picture))
-            return true;
+        if (picture.open(file, wanted, info)) {
+            check_resolution(info);
+            if (read(picture))
+                return true;
+        }
+        is_passing = picture.may_failure_pass();
         error = picture.explain_failure();
     } catch (const std::bad_alloc&) {
         error = "Can't read image " + file + ": " + WANT_OF_MEMORY;
     }
+    if (may_pass)
+        *may_pass = is_passing;
     return false;
 }
 } // namespace
 
-bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error)
+bool inq_picture_info(const KIVString& file, PictureInfo& info, KIVString& error, bool* may_pass)
 {
-    return with_file(file, Wanted::HEAD, info, error, [](const PictureFile&) { return true; });
+    return with_file(file, Wanted::HEAD, info, error, may_pass,
+                     [](const PictureFile&) { return true; });
 }
 
 gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, PictureInfo& info,
-                                            KIVString& error, RowFollower* follower)
+                                            KIVString& error, RowFollower* follower, bool* may_pass)
 {
     std::unique_ptr<KIVPixmap> pixmap;
-    with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
+    with_file(file, Wanted::PIXELS, info, error, may_pass, [&](PictureFile& picture) {
         pixmap = picture.make_pixmap(info, bits, follower);
         return pixmap != nullptr;
     });
@@ -355,7 +362,7 @@ gsl::owner<KIVPixmap*> new_pixmap_from_file(const KIVString& file, int bits, Pic
 bool read_picture_rows(const KIVString& file, const TargetMaker& make_target, KIVString& error)
 {
     PictureInfo info;
-    return with_file(file, Wanted::PIXELS, info, error, [&](PictureFile& picture) {
+    return with_file(file, Wanted::PIXELS, info, error, nullptr, [&](PictureFile& picture) {
         RowTarget* target = make_target(info);
         return target && picture.read_rows(info, *target);
     });

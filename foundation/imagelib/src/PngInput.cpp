@@ -1,7 +1,6 @@
 #include "imagelib/src/PngInput.h"
 
 #include "imagelib/src/BigEndian.h"
-#include "imagelib/src/want_of_memory.h"
 
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
@@ -52,13 +51,9 @@ PngInput::~PngInput() = default;
 
 const char* PngInput::read(unsigned char* to, std::size_t count)
 {
-    try {
-        if (stored_left > 0)
-            return read_stored(to, count);
-        return is_at_samples() ? begin_samples(to) : read_file(to, count);
-    } catch (const std::bad_alloc&) { // the library calls this, and knows no exceptions
-        return WANT_OF_MEMORY;
-    }
+    if (stored_left > 0)
+        return read_stored(to, count);
+    return is_at_samples() ? begin_samples(to) : read_file(to, count);
 }
 
 /// The library makes room for a chunk before it asks for any of it, so one that ends behind the

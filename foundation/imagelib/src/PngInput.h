@@ -22,7 +22,7 @@ public:
     /// that the library gets mean nothing.
     bool has_stored_samples() const { return unpacker != nullptr; }
 
-    /// Null, or why the bytes can't be had.
+    /// Null, or why the bytes can't be had. Throws without memory.
     const char* read(unsigned char* to, std::size_t count);
 
 private:

@@ -4,12 +4,12 @@
 #include "imagelib/src/want_of_memory.h"
 
 #include <csetjmp>
+#include <new>
 #include <png.h>
 
 namespace {
 constexpr double METRES_PER_INCH = 0.0254;
 constexpr png_alloc_size_t LARGEST_CHUNK = 16 << 20; // of text, profiles and the like
-constexpr png_uint_32 LONGEST_SIDE = 1000000;
 
 /// An error of the format's library jumps out of it into the step that called it: between the two
 /// stand only locals that need no destructor.
@@ -34,6 +34,7 @@ private:
     std::uint32_t inq_height() const { return png_get_image_height(png, head); }
     void note_profile(PictureInfo& info) const;
 
+    const char* read_input(png_bytep to, std::size_t count);
     static void read(png_structp png, png_bytep to, std::size_t count);
     [[noreturn]] static void take_error(png_structp png, png_const_charp text);
     static void take_warning(png_structp /*png*/, png_const_charp /*text*/) {}
@@ -48,10 +49,21 @@ private:
     char message[128] = "damaged PNG file";
 };
 
+/// Null, or why the bytes can't be had. No exception may go through the format's library.
+const char* PngReader::read_input(png_bytep to, std::size_t count)
+{
+    try {
+        return input.read(to, count);
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+        return WANT_OF_MEMORY;
+    }
+}
+
 void PngReader::read(png_structp png, png_bytep to, std::size_t count)
 {
     auto* reader = static_cast<PngReader*>(png_get_io_ptr(png));
-    if (const char* reason = reader->input.read(to, count))
+    if (const char* reason = reader->read_input(to, count))
         png_error(png, reason);
 }
 

@@ -2,13 +2,14 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/src/BigEndian.h"
+#include "imagelib/src/FileContents.h"
 #include "imagelib/src/FileRows.h"
 #include "imagelib/src/WrittenFile.h"
 #include "imagelib/src/ZlibPacker.h"
 #include "imagelib/src/row_kernels.h"
-#include "kivlib/hdr/ByteBuffer.h"
 
 #include <csetjmp>
+#include <libdeflate.h>
 #include <png.h>
 
 namespace {
@@ -47,31 +48,69 @@ bool put_filtered_rows(ByteBuffer& filtered, const KIVPixmap& pixmap)
     return true;
 }
 
-bool pack_pixels(ByteBuffer& packed, const KIVPixmap& pixmap)
-{
-    ByteBuffer filtered;
-    if (!put_filtered_rows(filtered, pixmap) ||
-        !packed.reset(ZlibPacker::inq_most(filtered.size())))
-        return false;
-    packed.set_size(ZlibPacker().pack(filtered.data(), filtered.size(), packed.data()));
-    return packed.size() > 0;
-}
+/// A chunk that is put to the end of the contents.
+class Chunk {
+public:
+    Chunk(ByteBuffer& contents, const char* name) : contents(contents), begin(contents.size())
+    {
+        constexpr char LENGTH[4] = {};
+        contents.append(LENGTH, sizeof(LENGTH));
+        contents.append(name, NAME_BYTES);
+    }
 
-/// Under a name of its own, as the format wants it. Empty without a profile; false without memory.
-bool pack_profile(ByteBuffer& chunk)
+    /// The bytes as a whole zlib stream. False without memory.
+    bool pack(const void* from, std::size_t count)
+    {
+        const std::size_t old_size = contents.size();
+        char* const to = contents.extend(ZlibPacker::inq_most(count));
+        const std::size_t size = to ? ZlibPacker().pack(from, count, to) : 0;
+        contents.set_size(old_size + size);
+        return size > 0;
+    }
+
+    /// Comes last. False without memory, if not before.
+    bool end()
+    {
+        unsigned char checksum[4];
+        if (contents.has_failed())
+            return false;
+        auto* const head = reinterpret_cast<unsigned char*>(contents.data() + begin);
+        const std::size_t bytes = contents.size() - begin - HEAD_BYTES;
+        BigEndian(head).put_32(static_cast<unsigned>(bytes));
+        BigEndian(checksum).put_32(
+            libdeflate_crc32(0, head + HEAD_BYTES - NAME_BYTES, NAME_BYTES + bytes));
+        contents.append(checksum, sizeof(checksum));
+        return !contents.has_failed();
+    }
+
+private:
+    static constexpr std::size_t NAME_BYTES = 4;
+    static constexpr std::size_t HEAD_BYTES = 8; // the length and the name
+
+    ByteBuffer& contents;
+    const std::size_t begin;
+};
+
+/// Under a name of its own, as the format wants it; nothing without a profile. False without
+/// memory.
+bool put_profile(ByteBuffer& contents)
 {
     constexpr char NAME_AND_METHOD[] = "Output profile\0"; // and another zero
     const ProfileData& profile = inq_colour_manager()->inq_frame_profile_data();
     if (profile.empty())
         return true;
-    chunk.append(NAME_AND_METHOD, sizeof NAME_AND_METHOD);
-    const std::size_t begin = chunk.size();
-    char* const to = chunk.extend(ZlibPacker::inq_most(profile.size()));
-    if (!to)
-        return false;
-    const std::size_t size = ZlibPacker().pack(profile.data(), profile.size(), to);
-    chunk.set_size(begin + size);
-    return size > 0;
+    Chunk chunk(contents, "iCCP");
+    contents.append(NAME_AND_METHOD, sizeof NAME_AND_METHOD);
+    return chunk.pack(profile.data(), profile.size()) && chunk.end();
+}
+
+/// False without memory.
+bool put_pixels(ByteBuffer& contents, const KIVPixmap& pixmap)
+{
+    FileContents filtered;
+    Chunk chunk(contents, "IDAT");
+    return put_filtered_rows(*filtered, pixmap) &&
+           chunk.pack((*filtered).data(), (*filtered).size()) && chunk.end();
 }
 
 [[noreturn]] void leave(png_structp png, png_const_charp /*text*/)
@@ -82,12 +121,6 @@ bool pack_profile(ByteBuffer& chunk)
 void append(png_structp png, png_bytep from, std::size_t count)
 {
     static_cast<ByteBuffer*>(png_get_io_ptr(png))->append(from, count);
-}
-
-void put_chunk(png_structp png, const char* name, const ByteBuffer& contents)
-{
-    png_write_chunk(png, reinterpret_cast<png_const_bytep>(name),
-                    reinterpret_cast<png_const_bytep>(contents.data()), contents.size());
 }
 
 void set_resolution(png_structp png, png_infop head, const KIVPixmap& pixmap)
@@ -101,8 +134,7 @@ void set_resolution(png_structp png, png_infop head, const KIVPixmap& pixmap)
 }
 
 /// An error of the format's library jumps back to here, past nothing that needs a destructor.
-bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const ByteBuffer& profile,
-                const ByteBuffer& packed)
+bool put_head_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
@@ -112,11 +144,22 @@ bool put_chunks(png_structp png, png_infop head, const KIVPixmap& pixmap, const 
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
     set_resolution(png, head, pixmap);
     png_write_info(png, head);
-    if (profile.size() > 0)
-        put_chunk(png, "iCCP", profile);
-    put_chunk(png, "IDAT", packed);
-    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
     return true;
+}
+
+KIVPixmapWriter::WriteError put_head(ByteBuffer& contents, const KIVPixmap& pixmap)
+{
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
+                                              [](png_structp, png_const_charp) {});
+    png_infop head = png ? png_create_info_struct(png) : nullptr;
+    KIVPixmapWriter::WriteError result = KIVPixmapWriter::WRITE_NO_MEMORY;
+    if (head) {
+        png_set_write_fn(png, &contents, append, nullptr);
+        result = put_head_chunks(png, head, pixmap) ? KIVPixmapWriter::WRITE_OKAY
+                                                    : KIVPixmapWriter::WRITE_CANNOT_ENCODE;
+    }
+    png_destroy_write_struct(&png, &head);
+    return result;
 }
 
 bool PngWriter::is_whole(const WrittenFile& file, const PictureForm& form) const
@@ -134,20 +177,12 @@ KIVPixmapWriter::WriteError PngWriter::encode(const KIVPixmap& pixmap, ByteBuffe
 {
     if (pixmap.inq_bytes() > MOST_BYTES)
         return WRITE_WRONG_SIZE;
-    ByteBuffer profile;
-    ByteBuffer packed;
-    if (!pack_profile(profile) || !pack_pixels(packed, pixmap))
-        return WRITE_NO_MEMORY;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
-                                              [](png_structp, png_const_charp) {});
-    png_infop head = png ? png_create_info_struct(png) : nullptr;
-    bool is_whole = false;
-    if (head) {
-        png_set_write_fn(png, &contents, append, nullptr);
-        is_whole = put_chunks(png, head, pixmap, profile, packed);
-    }
-    png_destroy_write_struct(&png, &head);
-    return is_whole ? WRITE_OKAY : WRITE_CANNOT_ENCODE;
+    const WriteError failure = put_head(contents, pixmap);
+    if (failure != WRITE_OKAY)
+        return failure;
+    const bool is_whole =
+        put_profile(contents) && put_pixels(contents, pixmap) && Chunk(contents, "IEND").end();
+    return is_whole ? WRITE_OKAY : WRITE_NO_MEMORY;
 }
 
 [[maybe_unused]] const auto* const PNG_WRITER = new KIVPixmapWriterDescriptor(

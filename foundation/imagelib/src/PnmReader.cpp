@@ -1,7 +1,8 @@
 #include "imagelib/src/PictureReader.h"
 
 namespace {
-constexpr int MOST_LEVELS = 0xFFFF;
+constexpr std::uint16_t MOST_LEVELS = 0xFFFF;
+constexpr const char* TOO_SHORT = "the PNM file ends too early, or is damaged";
 
 /// The six portable formats: bits, greys and colours, as text or as bytes.
 class PnmReader : public PictureReader {
@@ -14,6 +15,7 @@ public:
 
 private:
     bool is_text() const { return kind <= 3; }
+    bool is_plain() const { return levels == 0xFF && !is_text() && !is_bits(); }
     bool is_bits() const { return kind == 1 || kind == 4; }
     int inq_samples() const { return kind == 3 || kind == 6 ? 3 : 1; }
 
@@ -23,6 +25,7 @@ private:
     bool read_sample(int& sample);
     bool read_row(std::vector<std::uint16_t>& row);
     bool read_packed_row(std::vector<std::uint16_t>& row);
+    bool put_plain_rows(RowTarget& target);
 
     Bytes file;
     int kind;
@@ -130,20 +133,37 @@ bool PnmReader::read_row(std::vector<std::uint16_t>& row)
         int sample = 0;
         if (!read_sample(sample))
             return false;
-        const std::int64_t level = std::min(sample, levels);
-        out = static_cast<std::uint16_t>((level * MOST_LEVELS + levels / 2) / levels);
+        const auto most = static_cast<std::uint32_t>(levels);
+        const auto level = static_cast<std::uint32_t>(std::min(sample, levels));
+        out = static_cast<std::uint16_t>((level * MOST_LEVELS + most / 2) / most);
+    }
+    return true;
+}
+
+/// As they lie in the file.
+bool PnmReader::put_plain_rows(RowTarget& target)
+{
+    const RowLayout layout = {inq_samples(), 8, Alpha::NONE};
+    const std::size_t bytes = layout.inq_bytes() * static_cast<std::size_t>(width);
+    for (int y = 0; y < height; ++y, position += bytes) {
+        if (file.size() - position < bytes)
+            return fail(TOO_SHORT);
+        if (!target.put_row(y, file.data() + position, layout))
+            return fail_by_target();
     }
     return true;
 }
 
 bool PnmReader::read_pixels(RowTarget& target)
 {
+    if (is_plain())
+        return put_plain_rows(target);
     const int samples = inq_samples();
     std::vector<std::uint16_t> row(static_cast<std::size_t>(width) *
                                    static_cast<std::size_t>(samples));
     for (int y = 0; y < height; ++y) {
         if (!read_row(row))
-            return fail("the PNM file ends too early, or is damaged");
+            return fail(TOO_SHORT);
         if (!target.put_row(y, row.data(), {samples, 16, Alpha::NONE}))
             return fail_by_target();
     }

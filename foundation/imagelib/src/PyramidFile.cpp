@@ -2,6 +2,7 @@
 
 #include "imagelib/hdr/KIVPixmap.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
 namespace {
@@ -120,6 +121,7 @@ bool PyramidFile::stand_at(std::size_t level)
 bool PyramidFile::read_tile(std::size_t level, int column, int row, KIVPixmap& to, int x, int y,
                             KIVString& error)
 {
+    errno = 0;
     if (!is_ready(error))
         return false;
     const TiffPage& page = levels[level].page;

@@ -23,7 +23,7 @@ public:
     const std::vector<Level>& inq_levels() const { return levels; }
 
     /// Puts a tile at a place in a pixmap with alpha, where what juts out is cut off. False, with a
-    /// text for the user, if it can't be read.
+    /// text for the user, if it can't be read; `errno` is 0 unless the system knows the reason.
     bool read_tile(std::size_t level, int column, int row, KIVPixmap& to, int x, int y,
                    KIVString& error);
 

@@ -1,8 +1,8 @@
 #include "imagelib/src/TiffPage.h"
 
-namespace {
-constexpr double CENTIMETRES_PER_INCH = 2.54;
+#include "kivlib/hdr/units.h"
 
+namespace {
 int to_size(std::uint32_t told)
 {
     constexpr std::uint32_t MOST = std::numeric_limits<int>::max();
@@ -72,7 +72,6 @@ std::size_t TiffPage::inq_block_bytes() const
 
 bool TiffPage::is_sane() const
 {
-    constexpr int LONGEST_SIDE = 1000000;
     return block_width > 0 && block_height > 0 && block_width <= LONGEST_SIDE &&
            block_height <= LONGEST_SIDE &&
            inq_block_bytes() <= (is_tiled ? LARGEST_TIFF_TILE : LARGEST_TIFF_BLOCK);

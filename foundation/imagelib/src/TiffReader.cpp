@@ -19,7 +19,7 @@ public:
     bool read_pixels(RowTarget& target) override;
 
 private:
-    bool fail_as_told(const char* otherwise);
+    bool fail_as_told(const char* otherwise) { return fail(stream.inq_error(otherwise)); }
     void note_profile(PictureInfo& info) const;
     bool read_bands(RowTarget& target);
     bool put_rows_straight(RowTarget& target, const TiffStrips& strips, int first, int rows) const;
@@ -45,12 +45,6 @@ private:
     std::unique_ptr<unsigned char[]> block; // null if blocks are bands
 };
 
-bool TiffReader::fail_as_told(const char* otherwise)
-{
-    const KIVString& told = stream.inq_error();
-    return fail(told.is_null() ? KIVString(otherwise) : told);
-}
-
 bool TiffReader::read_head(PictureInfo& info)
 {
     tiff = stream.open_to_read();
@@ -69,8 +63,7 @@ bool TiffReader::read_head(PictureInfo& info)
 
 std::uint64_t TiffReader::inq_most_pixels(std::uint64_t file_bytes) const
 {
-    const auto pixel_bits = static_cast<std::uint64_t>(page.layout.samples * page.layout.bits);
-    const std::uint64_t pixels = 8 * file_bytes / std::max(std::uint64_t{1}, pixel_bits);
+    const std::uint64_t pixels = 8 * file_bytes / std::max(std::size_t{1}, page.layout.inq_bits());
     constexpr std::uint64_t MOST_BY_PACKBITS = 64;
     constexpr std::uint64_t MOST_BY_OTHERS = 4096;
     if (!page.is_plain)

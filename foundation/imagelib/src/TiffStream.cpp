@@ -3,7 +3,6 @@
 #include "kivlib/hdr/ByteBuffer.h"
 #include "kivlib/hdr/FileHandle.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <unistd.h>
 
@@ -33,6 +32,12 @@ int take_warning(TIFF* /*tiff*/, void* /*self*/, const char* /*module*/, const c
     return 1;
 }
 } // namespace
+
+void TiffWords::take(const char* format, va_list values)
+{
+    if (text[0] == '\0')
+        std::vsnprintf(text, sizeof(text), format, values);
+}
 
 TIFF* TiffStream::open(const char* mode)
 {
@@ -116,11 +121,8 @@ toff_t TiffStream::inq_size(thandle_t self)
 int TiffStream::take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                            va_list values)
 {
-    char text[256];
-    std::vsnprintf(text, sizeof(text), format, values);
     TiffStream& m = *static_cast<TiffStream*>(self);
     m.has_failed = true;
-    if (m.error.is_null())
-        m.error = text;
+    m.words.take(format, values);
     return 1;
 }

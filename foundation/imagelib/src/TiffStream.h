@@ -2,11 +2,27 @@
 
 #include "kivlib/hdr/KIVString.h"
 
+#include <cstdarg>
 #include <cstddef>
 #include <tiffio.h>
 
 class ByteBuffer;
 class FileHandle;
+
+/// What the format's library has to complain about, first of all. It is taken without memory, for
+/// want of which no exception may pass through the library.
+class TiffWords {
+public:
+    void take(const char* format, va_list values);
+
+    KIVString inq_text(const char* otherwise) const
+    {
+        return text[0] == '\0' ? KIVString(otherwise) : KIVString(text);
+    }
+
+private:
+    char text[256] = "";
+};
 
 /// The bytes of a TIFF file, which is open at most once: on disc to be read, and only where the
 /// format's library looks; in memory to be written. What the library has to complain about is kept
@@ -31,7 +47,8 @@ public:
     /// False if any write has failed.
     bool close();
 
-    const KIVString& inq_error() const { return error; }
+    /// Why something failed, for the user.
+    KIVString inq_error(const char* otherwise) const { return words.inq_text(otherwise); }
 
     /// Whether anything was looked for behind the end of the file, even if the library makes do
     /// without.
@@ -55,5 +72,5 @@ private:
     bool has_failed = false;
     bool ended_early = false;
     TIFF* tiff = nullptr;
-    KIVString error;
+    TiffWords words;
 };

@@ -168,9 +168,6 @@ bool TiffWriter::is_whole(const WrittenFile& file, const PictureForm& form) cons
 
 KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuffer& contents)
 {
-    constexpr std::size_t MOST = 0xFFF00000; // places in the file have 32 bits
-    if (pixmap.inq_bytes() > MOST)
-        return WRITE_WRONG_SIZE;
     const int scheme = inq_scheme(is_compressed);
     constexpr std::size_t TAGS = 4096;
     if (!contents.make_room(TAGS + pixmap.inq_bytes() / (is_compressed ? 8 : 1)))
@@ -178,7 +175,7 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
     TiffStream stream(contents);
     TIFF* tiff = stream.open_to_write();
     if (!tiff)
-        return WRITE_CANNOT_ENCODE;
+        return WRITE_NO_MEMORY;
     set_layout(tiff, pixmap);
     set_resolution(tiff, pixmap);
     set_profile(tiff);
@@ -199,9 +196,4 @@ KIVPixmapWriter::WriteError TiffWriter::encode(const KIVPixmap& pixmap, ByteBuff
 void set_tiff_compression(TiffCompression compression)
 {
     our_tiff_compression = compression;
-}
-
-TiffCompression inq_tiff_compression()
-{
-    return our_tiff_compression;
 }

@@ -60,7 +60,17 @@ void TiledMipMap::Tile::put_into(KIVPixmap& region, int x, int y) const
 }
 
 namespace {
-const KIVString NO_MEMORY = KIVString("Can't read image: ") + WANT_OF_MEMORY;
+/// Closes a file that tiles are read from, whatever happens meanwhile.
+class FileUse {
+public:
+    explicit FileUse(PyramidFile& file) : file(file) {}
+    FileUse(const FileUse&) = delete;
+    FileUse& operator=(const FileUse&) = delete;
+    ~FileUse() { file.close(); }
+
+private:
+    PyramidFile& file;
+};
 
 /// Pixels of one side of a copy, counted from the left or from the top.
 struct Span {
@@ -70,20 +80,28 @@ struct Span {
     int inq_size() const { return end - first; }
 };
 
-/// Regions begin and end at a multiple of this, so that what is reduced further falls on the same
-/// pixels wherever the region lies.
-constexpr int STEP = 16;
+/// Regions begin and end at a multiple of this, so that their halving, until a side has fewer than
+/// twice the `shown` pixels, falls on the same pixels wherever the region lies. A side that is
+/// odd on the way is taken whole: how it is parted depends on its length.
+int find_step(int size, int shown)
+{
+    int step = 1;
+    for (int left = size; shown <= left / 2; left /= 2, step *= 2)
+        if (left % 2 != 0)
+            return size;
+    return step;
+}
 
 /// What filters need around the shares `from` and `to` of a side that is shown at `shown` pixels.
 /// There is always something, even of a picture out of view.
 Span find_span(double from, double to, int size, int shown)
 {
     constexpr double PIXELS_AROUND = 2.0; // of the copy, and of what is shown
-    const double margin =
-        PIXELS_AROUND + PIXELS_AROUND * size / static_cast<double>(std::max(1, shown));
+    const double margin = PIXELS_AROUND + PIXELS_AROUND * size / static_cast<double>(shown);
     const int first = static_cast<int>(std::clamp(from * size - margin, 0.0, size - 1.0));
     const int end = static_cast<int>(std::clamp(to * size + margin, first + 1.0, size * 1.0));
-    return {first / STEP * STEP, std::min(size, (end / STEP + 1) * STEP)};
+    const int step = find_step(size, shown);
+    return {first / step * step, std::min(size, (end / step + 1) * step)};
 }
 
 std::uint64_t make_place(std::size_t level, int column, int row)
@@ -142,33 +160,28 @@ std::size_t TiledMipMap::inq_first_level() const
 }
 
 gsl::owner<KIVPixmap*> TiledMipMap::load_copy(std::size_t level, RowFollower& /*follower*/,
-                                              KIVString& error)
+                                              KIVString& error, bool& may_pass)
 {
-    try {
-        return make_copy(level, error).release();
-    } catch (const std::bad_alloc&) {
-        error = NO_MEMORY;
-        return nullptr;
-    }
+    const FileUse use(*file);
+    return make_copy(level, error, may_pass).release();
 }
 
 /// The tiles are put into the copy without being kept themselves.
-std::unique_ptr<KIVPixmap> TiledMipMap::make_copy(std::size_t level, KIVString& error)
+std::unique_ptr<KIVPixmap> TiledMipMap::make_copy(std::size_t level, KIVString& error,
+                                                  bool& may_pass)
 {
     const TiffPage& page = file->inq_levels()[level].page;
     auto copy = std::make_unique<KIVPixmap>(page.width, page.height, 4, bits, nullptr, false);
-    bool is_okay = copy->inq_data() != nullptr;
-    if (!is_okay)
-        error = NO_MEMORY;
+    if (copy->inq_is_empty())
+        throw std::bad_alloc();
+    bool is_okay = true;
     for (int y = 0; is_okay && y < page.height; y += page.block_height)
         for (int x = 0; is_okay && x < page.width; x += page.block_width)
             is_okay = file->read_tile(level, x / page.block_width, y / page.block_height, *copy, x,
                                       y, error);
-    file->close();
-    if (is_okay && change && !change(*copy)) {
-        error = NO_MEMORY;
-        return nullptr;
-    }
+    may_pass = !is_okay && has_failed_for_now();
+    if (is_okay && change && !change(*copy))
+        throw std::bad_alloc();
     return is_okay ? std::move(copy) : nullptr;
 }
 
@@ -185,8 +198,8 @@ TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width
     for (std::size_t level = std::min(find_level(shown_width, shown_height), levels.size() - 1);
          level < levels.size(); ++level) {
         const TiffPage& page = levels[level].page;
-        area = {level, find_span(across.min, across.max, page.width, shown_width),
-                find_span(1.0 - up.max, 1.0 - up.min, page.height, shown_height)};
+        area = {level, find_span(across.min, across.max, page.width, std::max(1, shown_width)),
+                find_span(1.0 - up.max, 1.0 - up.min, page.height, std::max(1, shown_height))};
         if (area.inq_bytes(bits) <= inq_pixel_cache().inq_limit())
             break;
     }
@@ -196,6 +209,7 @@ TiledMipMap::Area TiledMipMap::find_area(const Vector2* corners, int shown_width
 gsl::owner<KIVPixmap*> TiledMipMap::new_region_pixmap(Vector2* corners, int shown_width,
                                                       int shown_height)
 {
+    const FileUse use(*file);
     try {
         return make_region(corners, shown_width, shown_height).release();
     } catch (const std::bad_alloc&) {
@@ -232,25 +246,25 @@ bool TiledMipMap::fill(KIVPixmap& region, const Area& area)
 {
     const TiffPage& page = file->inq_levels()[area.level].page;
     KIVString error;
+    bool may_pass = false;
     for (int row = area.rows.first / page.block_height; row * page.block_height < area.rows.end;
          ++row)
         for (int column = area.columns.first / page.block_width;
              column * page.block_width < area.columns.end; ++column) {
-            Tile* tile = find_tile(area.level, column, row, error);
+            Tile* tile = find_tile(area.level, column, row, error, may_pass);
             if (!tile) {
-                file->close();
-                set_unusable(error); // reading it again would end the same
+                set_unusable(error, may_pass); // reading it again at once would end the same
                 return false;
             }
             tile->put_into(region, column * page.block_width - area.columns.first,
                            row * page.block_height - area.rows.first);
             inq_pixel_cache().note_use(*tile); // which may be its end
         }
-    file->close();
     return true;
 }
 
-TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row, KIVString& error)
+TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row, KIVString& error,
+                                          bool& may_pass)
 {
     const std::uint64_t place = make_place(level, column, row);
     const auto found = tiles.find(place);
@@ -260,13 +274,15 @@ TiledMipMap::Tile* TiledMipMap::find_tile(std::size_t level, int column, int row
     KIVPixmap pixels(std::min(page.block_width, page.width - column * page.block_width),
                      std::min(page.block_height, page.height - row * page.block_height), 4, bits,
                      nullptr, false);
-    if (pixels.inq_data() && !file->read_tile(level, column, row, pixels, 0, 0, error))
-        return nullptr;
-    const bool is_ready = pixels.inq_data() && (!change || change(pixels));
-    auto tile = std::make_unique<Tile>(*this, place, pixels);
-    if (!is_ready || tile->is_empty()) {
-        error = NO_MEMORY;
+    if (pixels.inq_is_empty())
+        throw std::bad_alloc();
+    if (!file->read_tile(level, column, row, pixels, 0, 0, error)) {
+        may_pass = has_failed_for_now();
         return nullptr;
     }
+    const bool is_ready = !change || change(pixels);
+    auto tile = std::make_unique<Tile>(*this, place, pixels);
+    if (!is_ready || tile->is_empty())
+        throw std::bad_alloc();
     return tiles.emplace(place, std::move(tile)).first->second.get();
 }

@@ -4,8 +4,10 @@
 #include "imagelib/src/DrawList.h"
 #include "imagelib/src/Painter.h"
 #include "imagelib/src/PixmapDrawing.h"
-#include "imagelib/src/layers.h"
+#include "imagelib/src/UnscaledLayer.h"
 #include "imagelib/src/reduce.h"
+
+#include <new>
 
 namespace {
 constexpr double SMALLEST_AREA = 1e-9; // pixels; a thinner image can't be placed
@@ -22,7 +24,7 @@ constexpr double WHOLE_PIXEL = 1.0 / 1024;
 
 PixmapDrawing::Time inq_time(const KIVPixmap& source)
 {
-    return PixmapDrawing::is_fixed(source) ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
+    return source.inq_is_fixed() ? PixmapDrawing::Time::LATER : PixmapDrawing::Time::NOW;
 }
 
 /// The least box of whole pixels around the four corners, inside the target. What a resampled edge
@@ -85,20 +87,29 @@ void paint(KIVPixmap& target, const KIVPixmap& source, const Sides& sides, Place
     PixmapDrawing::draw(target, std::move(painter), inq_time(source));
 }
 
-/// `source` with alpha and at the target's depth: itself, or a copy in `made`. Null without
-/// memory.
-const KIVPixmap* bring_to_depth(const KIVPixmap& source, const KIVPixmap& target,
+/// `source` with alpha and at the target's depth: itself, or a copy in `made`.
+const KIVPixmap& bring_to_depth(const KIVPixmap& source, const KIVPixmap& target,
                                 std::unique_ptr<KIVPixmap>& made)
 {
     const PixType type = make_pix_type(4, target.inq_bits_per_sample());
     if (source.inq_type() == type)
-        return &source;
-    made.reset(new (std::nothrow)
-                   KIVPixmap(source.inq_width(), source.inq_height(), type, nullptr, false));
-    if (!made || !made->inq_data())
-        return nullptr;
+        return source;
+    made =
+        std::make_unique<KIVPixmap>(source.inq_width(), source.inq_height(), type, nullptr, false);
+    if (made->inq_is_empty())
+        throw std::bad_alloc();
     made->copy(&source, IntVector2(0, 0));
-    return made.get();
+    return *made;
+}
+
+/// A copy at half the size, in place of the last one in `made`, which may be what is halved.
+const KIVPixmap& halve(const KIVPixmap& image, bool halve_width, bool halve_height,
+                       std::unique_ptr<KIVPixmap>& made)
+{
+    made = make_reduced(image, halve_width, halve_height);
+    if (!made)
+        throw std::bad_alloc();
+    return *made;
 }
 } // namespace
 
@@ -117,19 +128,15 @@ bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left
         return true;
     }
     std::unique_ptr<KIVPixmap> made;
-    const KIVPixmap* image = bring_to_depth(source, target, made);
-    while (image && options.filtered) { // until the image is at least half its size there
+    const KIVPixmap* image = &bring_to_depth(source, target, made);
+    while (options.filtered) { // until the image is at least half its size there
         const bool halve_width = sides.x_scale() < HALVE_BELOW && image->inq_width() > 1;
         const bool halve_height = sides.y_scale() < HALVE_BELOW && image->inq_height() > 1;
         if (!halve_width && !halve_height)
             break;
-        made = make_reduced(*image, halve_width, halve_height);
-        image = made.get();
-        if (image)
-            sides = make_sides(*image, top_left, top_right, bottom_left);
+        image = &halve(*image, halve_width, halve_height, made);
+        sides = make_sides(*image, top_left, top_right, bottom_left);
     }
-    if (!image)
-        return false;
     if (made)
         made->fix_pixels(); // so that its drawing can wait
     if (target.inq_bits_per_sample() == 8)
@@ -200,24 +207,19 @@ bool resample_quadrilateral(KIVPixmap& target, const KIVPixmap& source, const Pl
         !std::all_of(corners, corners + 4, is_placeable))
         return false;
     std::unique_ptr<KIVPixmap> made;
-    const KIVPixmap* image = bring_to_depth(source, target, made);
+    const KIVPixmap* image = &bring_to_depth(source, target, made);
     Place at[4] = {corners[0], corners[1], corners[2], corners[3]};
-    while (image) {
+    for (;;) {
         const Mapping middle = make_row_mapping(*image, target, at, target.inq_height() / 2);
         const bool halve_width = middle.u_length * HALVE_BELOW > 1.0 && image->inq_width() > 1;
         const bool halve_height = middle.v_length * HALVE_BELOW > 1.0 && image->inq_height() > 1;
         if (!halve_width && !halve_height)
             break;
-        made = make_reduced(*image, halve_width, halve_height);
-        if (!made)
-            return false;
+        image = &halve(*image, halve_width, halve_height, made);
         for (Place& place : at)
             place = {place.x * made->inq_width() / middle.width,
                      place.y * made->inq_height() / middle.height};
-        image = made.get();
     }
-    if (!image)
-        return false;
     if (target.inq_bits_per_sample() == 8)
         resample<std::uint8_t>(target, *image, at);
     else

@@ -14,8 +14,10 @@ struct Place {
     double y;
 };
 
+// Without memory these throw, as `new` does.
+
 /// Draws `source` over `target` so that three of its corners come to the places. False if its
-/// shape there has no area or no memory was left.
+/// shape there has no area.
 bool composite_placed(KIVPixmap& target, const KIVPixmap& source, Place top_left, Place top_right,
                       Place bottom_left, const DrawOptions& options);
 

@@ -110,7 +110,7 @@ template <> const Kernels<std::uint16_t>* inq_avx2_kernels();
 template <> const Kernels<std::uint8_t>& inq_kernels();
 template <> const Kernels<std::uint16_t>& inq_kernels();
 
-// One pixel of each loop: what a vector loop does with the pixels that are left over.
+// The loops without vectors: what a vector loop does with the pixels that are left over.
 namespace plain {
 
 constexpr int ONE_SHIFT = 32; // of a walk's places

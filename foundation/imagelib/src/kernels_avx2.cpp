@@ -58,6 +58,12 @@ AVX2 __m256i gather(const unsigned char* base, const int* places, std::ptrdiff_t
     return _mm256_setr_epi32(at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7));
 }
 
+/// The walk from its next place on after so many.
+SourceWalk step_on(const SourceWalk& walk, std::int64_t pixels)
+{
+    return {walk.u + pixels * walk.du, walk.v + pixels * walk.dv, walk.du, walk.dv};
+}
+
 /// The places of eight pixels of a walk, so arranged that the halves of their 64 bits unpack in
 /// the order of the pixels.
 struct Places {
@@ -85,6 +91,15 @@ struct Places {
     AVX2 __m256i wholes() const { return halves<0xDD>(); }
     AVX2 __m256i fractions() const { return halves<0x88>(); }
 };
+
+/// Where the pixels of 8 bits at eight places begin, counted from the source's first.
+AVX2_INLINE void store_offsets(int (&offsets)[STEP_8], const Places& u, const Places& v,
+                               __m256i row_bytes)
+{
+    _mm256_store_si256(reinterpret_cast<__m256i*>(offsets),
+                       _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), row_bytes),
+                                        _mm256_slli_epi32(u.wholes(), 2)));
+}
 
 /// The places of four pixels of a walk.
 struct FourPlaces {
@@ -153,9 +168,7 @@ AVX2 void sample_bilinear_8(std::uint8_t* out, const SourcePixels& source, Sourc
     int left = pixels;
     for (; left >= STEP_8; left -= STEP_8, out += 4 * STEP_8, u.advance(), v.advance()) {
         alignas(32) int offsets[STEP_8];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(offsets),
-                           _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), row_bytes),
-                                            _mm256_slli_epi32(u.wholes(), 2)));
+        store_offsets(offsets, u, v, row_bytes);
         __m256i upper[4];
         __m256i lower[4];
         __m256i all = _mm256_setzero_si256();
@@ -184,9 +197,7 @@ AVX2 void sample_bilinear_8(std::uint8_t* out, const SourcePixels& source, Sourc
         store(out, _mm256_packus_epi16(mix_columns(p0, p1, _mm256_shuffle_epi32(right, 0x50)),
                                        mix_columns(p2, p3, _mm256_shuffle_epi32(right, 0xFA))));
     }
-    const std::int64_t done = pixels - left;
-    plain::sample_bilinear(
-        out, source, {walk.u + done * walk.du, walk.v + done * walk.dv, walk.du, walk.dv}, left);
+    plain::sample_bilinear(out, source, step_on(walk, pixels - left), left);
 }
 
 AVX2 void sample_nearest_8(std::uint8_t* out, const SourcePixels& source, SourceWalk walk,
@@ -198,15 +209,11 @@ AVX2 void sample_nearest_8(std::uint8_t* out, const SourcePixels& source, Source
     int left = pixels;
     for (; left >= STEP_8; left -= STEP_8, out += 4 * STEP_8, u.advance(), v.advance()) {
         alignas(32) int offsets[STEP_8];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(offsets),
-                           _mm256_add_epi32(_mm256_mullo_epi32(v.wholes(), row_bytes),
-                                            _mm256_slli_epi32(u.wholes(), 2)));
+        store_offsets(offsets, u, v, row_bytes);
         prefetch_below(source, offsets[0]);
         store(out, gather(source.data, offsets, 1));
     }
-    const std::int64_t done = pixels - left;
-    plain::sample_nearest(
-        out, source, {walk.u + done * walk.du, walk.v + done * walk.dv, walk.du, walk.dv}, left);
+    plain::sample_nearest(out, source, step_on(walk, pixels - left), left);
 }
 
 /// Where the step at `i` begins: the last step of a row goes over pixels a second time.
@@ -456,9 +463,7 @@ AVX2 void sample_bilinear_16(std::uint16_t* out, const SourcePixels& source, Sou
         const __m256i b = weigh_neighbours(at(1), at(3), source.row_bytes, weights, last_two);
         store(out, _mm256_xor_si256(_mm256_packs_epi32(a, b), _mm256_set1_epi16(-0x8000)));
     }
-    const std::int64_t done = pixels - left;
-    plain::sample_bilinear(
-        out, source, {walk.u + done * walk.du, walk.v + done * walk.dv, walk.du, walk.dv}, left);
+    plain::sample_bilinear(out, source, step_on(walk, pixels - left), left);
 }
 
 template <class Sample> AVX2 __m256i widen_sum(__m128i a, __m128i b)

@@ -3,13 +3,12 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/hdr/UnfinishedFile.h"
 #include "imagelib/src/PictureReader.h"
+#include "imagelib/src/TiffStream.h"
 #include "imagelib/src/reduce.h"
+#include "imagelib/src/want_of_memory.h"
 #include "kivlib/hdr/AbortPanel.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <sys/stat.h>
-#include <tiffio.h>
 #include <unistd.h>
 
 namespace {
@@ -31,22 +30,18 @@ public:
     }
 
     TIFF* inq_tiff() const { return tiff; }
-    const KIVString& inq_error() const { return error; }
+    KIVString inq_error(const char* otherwise) const { return words.inq_text(otherwise); }
 
 private:
     static int take_error(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format,
                           va_list values)
     {
-        char text[256];
-        std::vsnprintf(text, sizeof(text), format, values);
-        KIVString& error = static_cast<GrowingTiff*>(self)->error;
-        if (error.is_null())
-            error = text;
+        static_cast<GrowingTiff*>(self)->words.take(format, values);
         return 1;
     }
 
     TIFF* tiff = nullptr;
-    KIVString error;
+    TiffWords words;
 };
 
 bool GrowingTiff::open(const FileHandle& file, bool is_large)
@@ -205,8 +200,7 @@ private:
     }
     bool fail_to_write()
     {
-        const KIVString& told = tiff.inq_error();
-        return fail(told.is_null() ? KIVString("not enough memory, or no room on the disc") : told);
+        return fail(tiff.inq_error("not enough memory, or no room on the disc"));
     }
 
     KIVString image;
@@ -258,7 +252,7 @@ bool TiledImage::write_copy(PageSize larger, int number)
         return fail(inq_system_error());
     const auto reader = make_tiff_page_reader(file.inq_handle(),
                                               static_cast<std::size_t>(state.st_size), number - 1);
-    size = {std::max(1, larger.width / 2), std::max(1, larger.height / 2), larger.bits};
+    size = {half_of(larger.width), half_of(larger.height), larger.bits};
     page = std::make_unique<TilePage>(tiff.inq_tiff(), size, abort);
     HalvedRows rows(larger, *page);
     PictureInfo info;
@@ -286,7 +280,7 @@ bool make_tiled_image(const KIVString& image, const KIVString& tiled_image, KIVS
     try {
         return TiledImage(image, tiled_image, abort).make(error);
     } catch (const std::bad_alloc&) {
-        error = "Can't write image " + tiled_image + ": not enough memory";
+        error = "Can't write image " + tiled_image + ": " + WANT_OF_MEMORY;
         return false;
     }
 }

@@ -87,11 +87,6 @@ std::unique_ptr<RowMaker> make_maker(int bits, int source_width, int source_heig
                      : make_maker<std::uint16_t>(source_width, source_height, width, height);
 }
 
-int half_of(int size)
-{
-    return std::max(1, size / 2);
-}
-
 std::size_t count_row_bytes(int width, int bits)
 {
     return static_cast<std::size_t>(width) * static_cast<std::size_t>(bits / 2);

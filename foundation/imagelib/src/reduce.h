@@ -1,10 +1,17 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 class KIVPixmap;
+
+/// A side of such a copy.
+inline int half_of(int size)
+{
+    return std::max(1, size / 2);
+}
 
 /// Makes single rows of a copy that is half as large.
 class RowMaker {
@@ -58,9 +65,6 @@ private:
 class RowReducer {
 public:
     RowReducer(int source_width, int source_height, int bits);
-
-    int inq_width() const { return width; }
-    int inq_height() const { return height; }
 
     /// Takes the next row of the source, and gives the row of the copy that it completes, until the
     /// next call; null for none.

@@ -1,16 +1,24 @@
 #pragma once
 
-#include "kivlib/hdr/KIVString.h"
-
 #include <cerrno>
 
 /// What the user is told where there is no picture for want of memory.
 inline constexpr char WANT_OF_MEMORY[] = "not enough memory";
 
-/// Whether the text tells that the process lacked something, so that the next attempt with the
-/// same file may go better.
-inline bool is_want_of_memory(const KIVString& error)
+/// Whether the last call that failed did so for a reason that may pass while the file stays as it
+/// is. False while `errno` is 0, and for what the file's own state tells.
+inline bool has_failed_for_now()
 {
-    return error.contains(WANT_OF_MEMORY) || error.contains(std::strerror(EMFILE)) ||
-           error.contains(std::strerror(ENOMEM));
+    switch (errno) {
+    case 0:
+    case ENOENT:
+    case ENOTDIR:
+    case EISDIR:
+    case EINVAL: // also where the file is no regular one
+    case ELOOP:
+    case ENAMETOOLONG:
+        return false;
+    default:
+        return true;
+    }
 }

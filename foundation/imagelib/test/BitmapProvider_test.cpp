@@ -6,6 +6,7 @@
 #include "imagelib/test/PixmapGrid.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "kivlib/hdr/KIVStringList.h"
+#include "tests/support/CacheLimit.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -25,13 +26,6 @@ unsigned inq_grey(MipMap* mip)
     const KIVPixmap* pixmap = mip ? mip->inq_pixmap(1, 1) : nullptr;
     return pixmap ? inq_sample(*pixmap, 0, 0, 0) : 999;
 }
-
-/// Puts the limit of the cache back.
-struct CacheLimit {
-    explicit CacheLimit(std::size_t bytes) { BitmapProvider::set_cache_limit(bytes); }
-    ~CacheLimit() { BitmapProvider::set_cache_limit(old); }
-    const std::size_t old = BitmapProvider::inq_cache_limit();
-};
 } // namespace
 
 TEST(MipMap, gives_the_smallest_copy_that_is_large_enough)

@@ -1,7 +1,9 @@
 #include "imagelib/hdr/BitmapProvider.h"
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/make_tiled_image.h"
+#include "imagelib/src/reduce.h"
 #include "imagelib/test/PixmapGrid.h"
+#include "tests/support/CacheLimit.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -64,12 +66,6 @@ private:
     int id;
     MipMap* mip;
 };
-
-struct CacheLimit {
-    explicit CacheLimit(std::size_t bytes) { BitmapProvider::set_cache_limit(bytes); }
-    ~CacheLimit() { BitmapProvider::set_cache_limit(old); }
-    const std::size_t old = BitmapProvider::inq_cache_limit();
-};
 } // namespace
 
 TEST(TiledMipMap, gives_the_part_of_the_best_copy_that_is_seen)
@@ -105,6 +101,40 @@ TEST(TiledMipMap, gives_the_part_of_the_best_copy_that_is_seen)
             EXPECT_LE(inq_difference(*part, expected), bits == 8 ? 1U : 0U) << width;
         }
     }
+}
+
+TEST(TiledMipMap, gives_parts_that_are_squeezed_on_the_same_pixels_as_the_whole)
+{
+    const TempFolder folder;
+    KIVString error;
+    write_large(folder, "large.ppm", 1536, 703);
+    ASSERT_TRUE(make_tiled_image(folder.path("large.ppm"), folder.path("tiles.tif"), error));
+    Locked tiled(folder.path("tiles.tif"), 16);
+    struct Squeeze {
+        int width;
+        int height;
+        int halved_across; // so many times before it is drawn
+        int halved_down;
+    };
+    for (const Squeeze& shown : {Squeeze{1200, 175, 0, 2}, Squeeze{40, 600, 5, 0}})
+        for (const double at : {0.0, 0.31, 0.62, 0.9}) {
+            const auto squeeze = [&](const KIVPixmap& pixels) {
+                auto made = make_reduced(pixels, false, false);
+                for (int i = 0; i < shown.halved_across + shown.halved_down; ++i)
+                    made = make_reduced(*made, i < shown.halved_across, i >= shown.halved_across);
+                return made;
+            };
+            const auto whole = squeeze(*tiled->inq_pixmap(shown.width, shown.height));
+            Vector2 corners[4] = {{at, at}, {at, at}, {at, at}, {at, at}};
+            const std::unique_ptr<KIVPixmap> region(
+                tiled->new_region_pixmap(corners, shown.width, shown.height));
+            const auto part = squeeze(*region);
+            KIVPixmap expected(part->inq_width(), part->inq_height(), PT_RGBA_16, nullptr, false);
+            const long left = std::lround(corners[0].x() * whole->inq_width());
+            const long top = std::lround((1.0 - corners[0].y()) * whole->inq_height());
+            expected.copy(whole.get(), IntVector2(-left, -top));
+            EXPECT_EQ(inq_difference(*part, expected), 0U) << shown.width << ' ' << at;
+        }
 }
 
 TEST(TiledMipMap, keeps_its_tiles_below_the_limit_of_all_pictures)

@@ -325,36 +325,36 @@ template <class Sample> struct Noise {
     }
 };
 
-template <class Sample> void compare_kernels()
-{
-    const Kernels<Sample>* fast = inq_avx2_kernels<Sample>();
-    if (!fast)
-        GTEST_SKIP() << "the processor has no vector kernels";
+/// The plain loops and those with vectors.
+template <class Sample> struct BothKernels {
     const Kernels<Sample>& plain = inq_plain_kernels<Sample>();
+    const Kernels<Sample>* fast = inq_avx2_kernels<Sample>();
     Noise<Sample> noise;
-    const SourcePixels source = noise.source();
-    constexpr std::int64_t ONE = std::int64_t{1} << 32;
-    std::vector<Taps<Sample>> taps;
-    for (int i = 0; i < 32; ++i)
-        taps.push_back({(i * 5) % 56, {0.1F, 0.3F, 0.01F * static_cast<float>(i), 0.25F}});
-    for (const int count : {0, 1, 3, 4, 7, 8, 9, 23}) {
-        std::vector<Sample> a(4 * 64, 9);
-        std::vector<Sample> b(4 * 64, 9);
+    std::vector<Sample> a = std::vector<Sample>(4 * 64, 9);
+    std::vector<Sample> b = a;
+    std::vector<Mixed<Sample>> mixed_a = std::vector<Mixed<Sample>>(4 * 64, 1);
+    std::vector<Mixed<Sample>> mixed_b = mixed_a;
+
+    const Sample* inq_row(int y) const { return noise.pixels.data() + 4 * noise.WIDTH * y; }
+
+    void compare_walks(int count)
+    {
+        constexpr std::int64_t ONE = std::int64_t{1} << 32;
         const SourceWalk walk = {ONE * 3 + 123456789, ONE * 5 + 987654321, ONE * 2 + 55555555,
                                  ONE + 777777777};
-        plain.sample_nearest(a.data(), source, walk, count);
-        fast->sample_nearest(b.data(), source, walk, count);
+        plain.sample_nearest(a.data(), noise.source(), walk, count);
+        fast->sample_nearest(b.data(), noise.source(), walk, count);
         EXPECT_EQ(a, b) << "nearest " << count;
-        plain.sample_bilinear(a.data(), source, walk, count);
-        fast->sample_bilinear(b.data(), source, walk, count);
+        plain.sample_bilinear(a.data(), noise.source(), walk, count);
+        fast->sample_bilinear(b.data(), noise.source(), walk, count);
         EXPECT_EQ(a, b) << "bilinear " << count;
+    }
 
-        std::vector<Mixed<Sample>> mixed_a(4 * 64, 1);
-        std::vector<Mixed<Sample>> mixed_b(4 * 64, 1);
-        const Sample* row = noise.pixels.data() + 4 * noise.WIDTH * 9;
-        const Sample* next = row + 4 * noise.WIDTH;
-        EXPECT_EQ(plain.mix_rows(mixed_a.data(), row, next, 0x9ABCDEF0, count),
-                  fast->mix_rows(mixed_b.data(), row, next, 0x9ABCDEF0, count));
+    void compare_level_rows(int count)
+    {
+        mixed_b = mixed_a;
+        EXPECT_EQ(plain.mix_rows(mixed_a.data(), inq_row(9), inq_row(10), 0x9ABCDEF0, count),
+                  fast->mix_rows(mixed_b.data(), inq_row(9), inq_row(10), 0x9ABCDEF0, count));
         EXPECT_EQ(mixed_a, mixed_b) << "rows " << count;
         std::vector<int> columns;
         std::vector<std::uint32_t> fractions;
@@ -362,39 +362,62 @@ template <class Sample> void compare_kernels()
             columns.push_back((i * 7) % 50);
             fractions.push_back(static_cast<std::uint32_t>(noise.random()));
         }
-        plain.mix_rows(mixed_a.data(), row, next, 0x12345678, 60);
+        plain.mix_rows(mixed_a.data(), inq_row(9), inq_row(10), 0x12345678, 60);
         plain.mix_columns(a.data(), mixed_a.data(), {columns.data(), fractions.data()}, count);
         fast->mix_columns(b.data(), mixed_a.data(), {columns.data(), fractions.data()}, count);
         EXPECT_EQ(a, b) << "columns " << count;
+        plain.pick(a.data(), inq_row(9), {columns.data(), fractions.data()}, count);
+        fast->pick(b.data(), inq_row(9), {columns.data(), fractions.data()}, count);
+        EXPECT_EQ(a, b) << "pick " << count;
+    }
 
-        for (int i = 0; i < noise.HEIGHT - 4; ++i) {
-            const Sample* rows[4];
-            for (int k = 0; k < 4; ++k)
-                rows[k] = noise.pixels.data() + 4 * noise.WIDTH * (i + k);
-            plain.over(a.data(), rows[0], count);
-            fast->over(b.data(), rows[0], count);
-            EXPECT_EQ(a, b) << "over " << count;
-            std::vector<Sample> c(4 * 64);
-            std::vector<Sample> d(4 * 64);
-            plain.average(c.data(), rows, count);
-            fast->average(d.data(), rows, count);
-            EXPECT_EQ(c, d) << "average " << count;
-            const auto* block = reinterpret_cast<const unsigned char*>(rows[0]);
-            EXPECT_EQ(plain.look_at_block(block, 4 * sizeof(Sample)),
-                      fast->look_at_block(block, 4 * sizeof(Sample)));
-            plain.halve(c.data(), rows[0], rows[1], count);
-            fast->halve(d.data(), rows[0], rows[1], count);
-            EXPECT_EQ(c, d) << "halve " << count;
-            mixed_b = mixed_a;
-            for (int row_count = 1; row_count <= TAPS; ++row_count) {
-                EXPECT_EQ(plain.weigh_rows(mixed_a.data(), rows, taps[0].shares, row_count, count),
-                          fast->weigh_rows(mixed_b.data(), rows, taps[0].shares, row_count, count));
-                EXPECT_EQ(mixed_a, mixed_b) << "weighed rows " << count;
-            }
-            plain.weigh_rows(mixed_a.data(), rows, taps[1].shares, TAPS, 60);
-            plain.weigh_columns(c.data(), mixed_a.data(), taps.data(), count);
-            fast->weigh_columns(d.data(), mixed_a.data(), taps.data(), count);
-            EXPECT_EQ(c, d) << "weighed columns " << count;
+    void compare_whole_pixels(const Sample* const rows[TAPS], int count)
+    {
+        plain.over(a.data(), rows[0], count);
+        fast->over(b.data(), rows[0], count);
+        EXPECT_EQ(a, b) << "over " << count;
+        plain.average(a.data(), rows, count);
+        fast->average(b.data(), rows, count);
+        EXPECT_EQ(a, b) << "average " << count;
+        plain.halve(a.data(), rows[0], rows[1], count);
+        fast->halve(b.data(), rows[0], rows[1], count);
+        EXPECT_EQ(a, b) << "halve " << count;
+        const auto* block = reinterpret_cast<const unsigned char*>(rows[0]);
+        EXPECT_EQ(plain.look_at_block(block, 4 * sizeof(Sample)),
+                  fast->look_at_block(block, 4 * sizeof(Sample)));
+    }
+
+    void compare_shares(const Sample* const rows[TAPS], int count)
+    {
+        std::vector<Taps<Sample>> taps;
+        for (int i = 0; i < 32; ++i)
+            taps.push_back({(i * 5) % 56, {0.1F, 0.3F, 0.01F * static_cast<float>(i), 0.25F}});
+        mixed_b = mixed_a;
+        for (int row_count = 1; row_count <= TAPS; ++row_count) {
+            EXPECT_EQ(plain.weigh_rows(mixed_a.data(), rows, taps[0].shares, row_count, count),
+                      fast->weigh_rows(mixed_b.data(), rows, taps[0].shares, row_count, count));
+            EXPECT_EQ(mixed_a, mixed_b) << "weighed rows " << count;
+        }
+        plain.weigh_rows(mixed_a.data(), rows, taps[1].shares, TAPS, 60);
+        plain.weigh_columns(a.data(), mixed_a.data(), taps.data(), count);
+        fast->weigh_columns(b.data(), mixed_a.data(), taps.data(), count);
+        EXPECT_EQ(a, b) << "weighed columns " << count;
+    }
+};
+
+template <class Sample> void compare_kernels()
+{
+    BothKernels<Sample> both;
+    if (!both.fast)
+        GTEST_SKIP() << "the processor has no vector kernels";
+    for (const int count : {0, 1, 3, 4, 7, 8, 9, 23}) {
+        both.compare_walks(count);
+        both.compare_level_rows(count);
+        for (int y = 0; y < both.noise.HEIGHT - TAPS; ++y) {
+            const Sample* const rows[TAPS] = {both.inq_row(y), both.inq_row(y + 1),
+                                              both.inq_row(y + 2), both.inq_row(y + 3)};
+            both.compare_whole_pixels(rows, count);
+            both.compare_shares(rows, count);
         }
     }
 }

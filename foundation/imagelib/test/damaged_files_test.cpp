@@ -2,6 +2,7 @@
 #include "imagelib/hdr/KIVPixmapWriter.h"
 #include "imagelib/hdr/MipMap.h"
 #include "imagelib/hdr/make_tiled_image.h"
+#include "imagelib/src/PngInput.h"
 #include "imagelib/test/PixmapGrid.h"
 #include "kivlib/hdr/ClassManager.h"
 #include "tests/support/TempFolder.h"
@@ -21,7 +22,6 @@
 
 namespace {
 const int FILE_COUNT = std::getenv("MONTARAY_LONG") ? 5000 : 300;
-const bool IS_IN_MEMORY = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 1) == 0;
 constexpr std::size_t MOST_MEMORY = std::size_t{1} << 30;
 constexpr unsigned LONGEST = 10; // seconds for a file
 
@@ -178,10 +178,16 @@ void read_damaged_files(const TempFolder& folder, const std::string& whole, Note
     }
 }
 
-/// A picture of every format, by its file's name.
+/// A picture of every format, by its file's name. The files lie in memory, where that can be had.
 class DamagedFiles : public testing::TestWithParam<const char*> {
 protected:
-    DamagedFiles()
+    static void SetUpTestSuite()
+    {
+        if (::access("/dev/shm", W_OK) == 0)
+            ::setenv("TMPDIR", "/dev/shm", 1);
+    }
+
+    void SetUp() override
     {
         const auto picture = make_soft_patch(120, 90, PT_RGBA_8);
         const char* writer = has_suffix(".tga") ? "TargaWriter" : "TiffWriter";
@@ -226,6 +232,22 @@ protected:
     std::string whole;
 };
 } // namespace
+
+TEST(PngInput, looks_at_nothing_behind_the_end_of_the_file)
+{
+    std::string memory("\x89PNG\r\n\x1A\n\0\0\0\0IDAT", 16);
+    memory.append(64, '\0');
+    PngInput input(Bytes(reinterpret_cast<const unsigned char*>(memory.data()), 16));
+    unsigned char bytes[8];
+    EXPECT_EQ(input.read(bytes, sizeof(bytes)), nullptr);
+    EXPECT_EQ(input.read(bytes, sizeof(bytes)), nullptr);
+    EXPECT_FALSE(input.has_stored_samples());
+}
+
+TEST(RowLayout, counts_the_bits_of_what_a_damaged_file_claims)
+{
+    EXPECT_EQ((RowLayout{0xFFFF, 0xFFFF, Alpha::NONE}.inq_bits()), 0xFFFE0001U);
+}
 
 TEST_P(DamagedFiles, are_read_or_refused_in_little_memory_and_time)
 {

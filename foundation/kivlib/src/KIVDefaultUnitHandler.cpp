@@ -1,10 +1,10 @@
 #include "kivlib/hdr/KIVDefaultUnitHandler.h"
 
+#include "kivlib/hdr/units.h"
+
 #include <charconv>
 
 namespace {
-constexpr double WORLD_UNITS_PER_INCH = 60.0;
-constexpr double CENTIMETRES_PER_INCH = 2.54;
 constexpr int MOST_PLACES = 17;
 constexpr auto NO_TYPE = static_cast<KIVUnitType>(-1);
 constexpr double NO_NUMBER = std::numeric_limits<double>::quiet_NaN();
@@ -90,14 +90,14 @@ KIVDefaultUnitHandler::Scale KIVDefaultUnitHandler::inq_scale(KIVUnitType type, 
 {
     switch (type) {
     case KIV_UNIT_FIELDS:
-        return {WORLD_UNITS_PER_INCH, axis == Axis::X ? 1.0 : aspect_ratio};
+        return {UNITS_PER_INCH, axis == Axis::X ? 1.0 : aspect_ratio};
     case KIV_UNIT_FIELD_WIDTH:
     case KIV_UNIT_INCHES:
-        return {WORLD_UNITS_PER_INCH, 1.0};
+        return {UNITS_PER_INCH, 1.0};
     case KIV_UNIT_CENTIMETRES:
-        return {WORLD_UNITS_PER_INCH, CENTIMETRES_PER_INCH};
+        return {UNITS_PER_INCH, CENTIMETRES_PER_INCH};
     case KIV_UNIT_MILLIMETRES:
-        return {WORLD_UNITS_PER_INCH, 10.0 * CENTIMETRES_PER_INCH};
+        return {UNITS_PER_INCH, 10.0 * CENTIMETRES_PER_INCH};
     case KIV_UNIT_PERCENT:
         return {1.0, 100.0};
     default:

@@ -12,7 +12,9 @@ class RenderableImage;
 
 /// The picture on an image channel. Layers meet here: a source draws itself straight into the
 /// datum nearest the root that takes it, and pictures that had to be made apart are merged. The
-/// lower left corner of the pixmap lies at the lower left corner of the datum's box.
+/// lower left corner of the pixmap lies at the lower left corner of the datum's box. Memory that a
+/// pixmap or a drawing lacks is an exception, as of `new`: without one of its layers a frame is
+/// none.
 class CDataImage : public CDataRender {
 public:
     CDataImage() = default;

@@ -10,6 +10,7 @@
 #include "kivlib/hdr/Matrix.h"
 
 #include <limits>
+#include <new>
 #include <typeinfo>
 
 namespace {
@@ -42,11 +43,17 @@ PixType layer_type(const CDataRender& data)
     return make_pix_type(COLOUR_AND_ALPHA, data.inq_bits_per_sample());
 }
 
+/// Without memory for its pixels it throws: with an empty one the layers would be lost, and the
+/// frame would look finished.
 gsl::owner<KIVPixmap*> new_pixmap_for(const IntBBox& box, PixType type)
 {
     const IntRect& area = box.inq_rectangle();
-    return new KIVPixmap(static_cast<int>(area.get_width()), static_cast<int>(area.get_height()),
-                         type, nullptr, false);
+    auto pixmap =
+        std::make_unique<KIVPixmap>(static_cast<int>(area.get_width()),
+                                    static_cast<int>(area.get_height()), type, nullptr, false);
+    if (pixmap->inq_is_empty() && area.get_width() > 0 && area.get_height() > 0)
+        throw std::bad_alloc();
+    return pixmap.release();
 }
 
 void make_transparent(KIVPixmap& pixmap)
