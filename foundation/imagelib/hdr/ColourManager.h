@@ -60,12 +60,13 @@ public:
     const KIVString& inq_error_msg() const { return error; }
 
     /// An id, from 0, for the way from the profile of the file to the output profile, with one hold
-    /// on it. A file has one id. Nothing is read.
+    /// on it. A file has one id. Nothing is read. Without memory it throws, as `new` does, and
+    /// nothing has changed.
     int new_transform_id(const KIVString& profile);
 
     /// The way to the output profile that is in force, until the matching unlock. Null, with an
-    /// error, if a profile can't be had or there is no output profile; null for an id that is not
-    /// given out. Unlock it none the less.
+    /// error, if a profile can't be had, memory is lacking or there is no output profile; null for
+    /// an id that is not given out. Unlock it none the less.
     ColourTransform* lock(int id);
 
     void unlock(int id) override;
