@@ -3,18 +3,12 @@
 #include "imagelib/hdr/KIVPixmap.h"
 #include "imagelib/src/CopyMaker.h"
 #include "imagelib/src/want_of_memory.h"
+#include "kivlib/hdr/units.h"
 
 #include <new>
 
 namespace {
-constexpr double UNITS_PER_INCH = 60.0;
-
 const KIVString NO_MEMORY = KIVString("Can't read image: ") + WANT_OF_MEMORY;
-
-double to_units(int pixels, double dpi)
-{
-    return dpi > 0.0 ? pixels * UNITS_PER_INCH / dpi : pixels;
-}
 } // namespace
 
 MipMap::MipMap() = default;
