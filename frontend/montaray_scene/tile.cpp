@@ -12,19 +12,20 @@ namespace {
 /// It is replaced as a whole, so it must not be the image, a device or the like.
 bool may_be_replaced(const std::filesystem::path& file, const std::filesystem::path& image)
 {
+    using std::filesystem::file_type;
     std::error_code failure;
-    const auto type = std::filesystem::status(file, failure).type();
-    if (type == std::filesystem::file_type::not_found)
-        return true;
-    return type == std::filesystem::file_type::regular &&
-           !std::filesystem::equivalent(file, image, failure);
+    const file_type type = std::filesystem::status(file, failure).type();
+    if (type == file_type::regular)
+        return !std::filesystem::equivalent(file, image, failure);
+    return type == file_type::not_found || type == file_type::none; // which the write explains
 }
 } // namespace
 
 int tile_image(const std::string& image, const std::string& tiled_image)
 {
     if (!may_be_replaced(tiled_image, image)) {
-        std::cerr << "montaray-scene: " << tiled_image << " is the image itself, or no file\n";
+        std::cerr << "montaray-scene: " << in_one_line(tiled_image).str()
+                  << " is the image itself, or no file\n";
         return FAILED;
     }
     StopSignal::watch();
